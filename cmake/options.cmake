@@ -1,0 +1,13 @@
+# What every target of the project is compiled with; linked as zat_options.
+add_library(zat_options INTERFACE)
+target_compile_options(zat_options INTERFACE -Wall -Wextra -Wconversion -Wshadow -Werror)
+target_compile_definitions(zat_options INTERFACE _FILE_OFFSET_BITS=64)
+target_include_directories(zat_options INTERFACE ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR}/include)
+
+if(WIN32)
+    target_link_options(zat_options INTERFACE -static)
+endif()
+if(ZAT_SANITIZE)
+    add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    add_link_options(-fsanitize=address,undefined)
+endif()

@@ -1,0 +1,50 @@
+#include "api/dispatch.h"
+
+#include "audio/mp3_file.h"
+
+#include <cstddef>
+#include <iterator>
+
+namespace zat {
+
+namespace {
+
+using Analyser = int (*)(InfoRecord*);
+
+struct Row {
+    uint32_t type_code;
+    Analyser analyser;
+};
+
+// A code without a row has no analyser: its record holds what detection wrote. Results are not
+// looked at; what an analyser could not read is missing in the record, and that says it.
+constexpr Row rows[] = {
+    {FILETYPE_MP3, AnalyzeMp3File},
+    {FILETYPE_SHOCKWAVEMP3, AnalyzeMp3File},
+    {FILETYPE_RMP3, AnalyzeRmp3File},
+};
+
+constexpr bool has_duplicate_codes() {
+    for (size_t i = 0; i < std::size(rows); ++i) {
+        for (size_t j = i + 1; j < std::size(rows); ++j) {
+            if (rows[i].type_code == rows[j].type_code) {
+                return true;
+            }
+        }
+    }
+    return false;
+}
+static_assert(!has_duplicate_codes());
+
+} // namespace
+
+void DispatchAnalyser(InfoRecord* record) {
+    for (const Row& row : rows) {
+        if (row.type_code == record->type_code) {
+            row.analyser(record);
+            return;
+        }
+    }
+}
+
+} // namespace zat

@@ -1,0 +1,60 @@
+// The exported entry points. They hold no logic of their own beyond joining detection, dispatch and
+// report.
+#include "api/dispatch.h"
+#include "api/report.h"
+#include "common/catalogue_directory.h"
+#include "detect/file_format.h"
+#include "zat/zat.h"
+
+#include <cstdint>
+
+#if defined(_WIN32)
+#define ZAT_EXPORT // listed in the module definition file
+#else
+#define ZAT_EXPORT __attribute__((visibility("default")))
+#endif
+
+extern "C" {
+
+ZAT_EXPORT int32_t ZAT_CALL DllEntryPoint(
+    void* /*module*/, uint32_t /*reason*/, void* /*reserved*/) {
+    return 1;
+}
+
+ZAT_EXPORT void ZAT_CALL Init() {}
+
+ZAT_EXPORT void ZAT_CALL InitFree() {}
+
+ZAT_EXPORT int32_t ZAT_CALL GetDllVersion() {
+    return 161225;
+}
+
+ZAT_EXPORT int32_t ZAT_CALL Unicode() {
+    return 0;
+}
+
+ZAT_EXPORT void ZAT_CALL GetDllComment(char* /*text*/) {}
+
+ZAT_EXPORT void ZAT_CALL SetPath(const char* directory) {
+    zat::set_catalogue_directory(directory);
+}
+
+ZAT_EXPORT void ZAT_CALL _GetFileFormat(void* /*unused*/) {}
+
+ZAT_EXPORT void ZAT_CALL GetFileFormat(InfoRecord* record) {
+    zat::fill_file_format(record);
+}
+
+ZAT_EXPORT void ZAT_CALL GetInfo(InfoRecord* record) {
+    zat::fill_file_format(record);
+    zat::DispatchAnalyser(record);
+}
+
+ZAT_EXPORT void ZAT_CALL ReFormFull(const InfoRecord* record, char* out) {
+    zat::write_report(record, out, ZAT_REPORT_SIZE, zat::report_body_size);
+}
+
+ZAT_EXPORT uint32_t ZAT_CALL ReFormFullBounded(const InfoRecord* record, char* out, uint32_t size) {
+    return static_cast<uint32_t>(zat::write_report(record, out, size, SIZE_MAX));
+}
+}

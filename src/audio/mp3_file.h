@@ -1,0 +1,15 @@
+// Files that hold a bare MPEG audio stream, and the RIFF form RMP3 around one.
+#pragma once
+
+#include "zat/zat.h"
+
+namespace zat {
+
+// Describes the MPEG audio stream of record->path, computes the play time and lists the tags around
+// it. Returns 0, or 1 when no stream could be described.
+int AnalyzeMp3File(InfoRecord* record);
+
+// Describes the first frame of the "data" chunk. Always returns 0.
+int AnalyzeRmp3File(InfoRecord* record);
+
+} // namespace zat

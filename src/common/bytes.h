@@ -1,0 +1,106 @@
+// Fixed-width fields from byte buffers. None looks at a length: callers have checked it.
+#pragma once
+
+#include <bit>
+#include <cstdint>
+#include <cstring>
+#include <span>
+
+namespace zat {
+
+using Bytes = std::span<const uint8_t>;
+
+constexpr uint16_t ReadLE16(const uint8_t* p) {
+    return static_cast<uint16_t>(p[1] << 8 | p[0]);
+}
+
+constexpr uint16_t ReadBE16(const uint8_t* p) {
+    return static_cast<uint16_t>(p[0] << 8 | p[1]);
+}
+
+constexpr uint32_t ReadBE24(const uint8_t* p) {
+    return static_cast<uint32_t>(p[0]) << 16 | static_cast<uint32_t>(p[1]) << 8 | p[2];
+}
+
+constexpr uint32_t ReadLE32(const uint8_t* p) {
+    return static_cast<uint32_t>(ReadLE16(p + 2)) << 16 | ReadLE16(p);
+}
+
+constexpr uint32_t ReadBE32(const uint8_t* p) {
+    return static_cast<uint32_t>(ReadBE16(p)) << 16 | ReadBE16(p + 2);
+}
+
+constexpr int64_t ReadLE64(const uint8_t* p) {
+    return static_cast<int64_t>(static_cast<uint64_t>(ReadLE32(p + 4)) << 32 | ReadLE32(p));
+}
+
+constexpr int64_t ReadBE64(const uint8_t* p) {
+    return static_cast<int64_t>(static_cast<uint64_t>(ReadBE32(p)) << 32 | ReadBE32(p + 4));
+}
+
+// IEEE 754 single precision, widened.
+constexpr double ReadBEFloat32(const uint8_t* p) {
+    return static_cast<double>(std::bit_cast<float>(ReadBE32(p)));
+}
+
+constexpr double ReadBEFloat64(const uint8_t* p) {
+    return std::bit_cast<double>(ReadBE64(p));
+}
+
+// Unsigned 16.16 fixed point.
+constexpr double ReadBEFixed16_16(const uint8_t* p) {
+    return ReadBE16(p) + ReadBE16(p + 2) / 65536.0;
+}
+
+// Four hexadecimal characters; any other character counts with its own code.
+constexpr int32_t ReadHex4(const char* text) {
+    int32_t value = 0;
+    for (int i = 0; i < 4; ++i) {
+        const char c = text[i];
+        int32_t digit = static_cast<unsigned char>(c);
+        if (c >= '0' && c <= '9') {
+            digit -= '0';
+        } else if (c >= 'A' && c <= 'Z') {
+            digit -= 55;
+        } else if (c >= 'a' && c <= 'z') {
+            digit -= 87;
+        }
+        value = value * 16 + digit;
+    }
+    return value;
+}
+
+constexpr void SwapBytes32(uint32_t* value) {
+    *value = __builtin_bswap32(*value);
+}
+
+constexpr void SwapBytes64(uint64_t* value) {
+    *value = __builtin_bswap64(*value);
+}
+
+constexpr int64_t MakeInt64(uint32_t low, uint32_t high) {
+    return static_cast<int64_t>(static_cast<uint64_t>(high) << 32 | low);
+}
+
+constexpr void SplitInt64(int64_t value, uint32_t* low, uint32_t* high) {
+    *low = static_cast<uint32_t>(static_cast<uint64_t>(value));
+    *high = static_cast<uint32_t>(static_cast<uint64_t>(value) >> 32);
+}
+
+// True when `text` (its terminator aside) stands at p.
+template <size_t N>
+bool starts_with(const uint8_t* p, const char (&text)[N]) {
+    return std::memcmp(p, text, N - 1) == 0;
+}
+
+// The same for a buffer of any length.
+template <size_t N>
+bool has_at(Bytes bytes, size_t offset, const char (&text)[N]) {
+    return offset <= bytes.size() && N - 1 <= bytes.size() - offset &&
+           starts_with(bytes.data() + offset, text);
+}
+
+// Position of the first pair of bytes a, b at or after `from`, or -1 when none lies in `bytes`.
+int64_t find_byte_pair(Bytes bytes, size_t from, uint8_t a, uint8_t b);
+
+} // namespace zat

@@ -1,0 +1,49 @@
+// The one seam to the platform: opening, reading and closing media files, and reserving memory for
+// a view of one. Implemented in file_access_posix.cpp and file_access_win32.cpp.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace zat {
+
+// An open file. `handle` belongs to the platform; -1 when no file is open.
+struct FileRecord {
+    intptr_t handle = -1;
+    int64_t position = 0; // byte position after the last seek or read
+    int64_t size = 0;     // bytes, taken when the file was opened
+};
+
+enum class SeekOrigin { begin, current, end };
+
+// Opens an existing regular file for reading, shared with readers and writers. Links are followed;
+// a directory, pipe, socket or device does not open. Returns 0, or 1 on failure.
+int FileOpen(FileRecord* file, const char* path);
+
+// Moves the position and returns it. A position before the file's start reads nothing.
+int64_t FileSeek(FileRecord* file, int64_t offset, SeekOrigin origin);
+
+// Reads up to `count` bytes at the position and moves it. Returns the bytes read: fewer at the end
+// of the file, 0 on failure.
+uint32_t FileRead(FileRecord* file, void* destination, uint32_t count);
+
+void FileClose(FileRecord* file);
+
+// Size in bytes of the regular file at `path`, 0 when it does not open.
+int64_t FileSizeByPath(const char* path);
+
+// 0 when something stands at `path`, a directory included; 1 when nothing does.
+int FileExists(const char* path);
+
+// Reserves `size` bytes that read as zero and cost memory only where they are written; null on
+// failure.
+uint8_t* reserve_memory(size_t size);
+void release_memory(uint8_t* memory, size_t size);
+
+// Reads at an absolute position; same result as FileSeek and FileRead.
+inline uint32_t read_at(FileRecord* file, int64_t position, void* destination, uint32_t count) {
+    FileSeek(file, position, SeekOrigin::begin);
+    return FileRead(file, destination, count);
+}
+
+} // namespace zat

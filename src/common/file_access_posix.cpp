@@ -1,0 +1,73 @@
+#include "common/file_access.h"
+
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace zat {
+
+int FileOpen(FileRecord* file, const char* path) {
+    file->handle = -1;
+    struct stat status {};
+    // Looked at before opening: opening a pipe or a device can already change its state.
+    if (stat(path, &status) != 0 || !S_ISREG(status.st_mode)) {
+        return 1;
+    }
+    const int descriptor = open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+    if (descriptor < 0) {
+        return 1;
+    }
+    if (fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode)) {
+        close(descriptor);
+        return 1;
+    }
+    file->handle = descriptor;
+    file->size = status.st_size;
+    return 0;
+}
+
+uint32_t FileRead(FileRecord* file, void* destination, uint32_t count) {
+    auto* bytes = static_cast<uint8_t*>(destination);
+    uint32_t done = 0;
+    while (done < count && file->position >= 0) {
+        const ssize_t got =
+            pread(static_cast<int>(file->handle), bytes + done, count - done, file->position);
+        if (got < 0 && errno == EINTR) {
+            continue;
+        }
+        if (got <= 0) {
+            break;
+        }
+        done += static_cast<uint32_t>(got);
+        file->position += got;
+        if (file->position >= file->size) {
+            break; // the end, without the call that would only confirm it
+        }
+    }
+    return done;
+}
+
+void FileClose(FileRecord* file) {
+    close(static_cast<int>(file->handle));
+}
+
+int FileExists(const char* path) {
+    struct stat status {};
+    return stat(path, &status) == 0 ? 0 : 1;
+}
+
+uint8_t* reserve_memory(size_t size) {
+    void* memory = mmap(
+        nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+    return memory == MAP_FAILED ? nullptr : static_cast<uint8_t*>(memory);
+}
+
+void release_memory(uint8_t* memory, size_t size) {
+    if (memory != nullptr) {
+        munmap(memory, size);
+    }
+}
+
+} // namespace zat

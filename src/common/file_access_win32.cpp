@@ -1,0 +1,78 @@
+#include "common/file_access.h"
+
+#define WIN32_LEAN_AND_MEAN
+#include <windows.h>
+
+namespace zat {
+
+namespace {
+
+HANDLE native(const FileRecord* file) {
+    return reinterpret_cast<HANDLE>(file->handle);
+}
+
+} // namespace
+
+int FileOpen(FileRecord* file, const char* path) {
+    file->handle = -1;
+    const HANDLE handle = CreateFileA(path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE,
+        nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (handle == INVALID_HANDLE_VALUE) {
+        return 1;
+    }
+    BY_HANDLE_FILE_INFORMATION information;
+    LARGE_INTEGER size;
+    if (GetFileType(handle) != FILE_TYPE_DISK ||
+        GetFileInformationByHandle(handle, &information) == 0 ||
+        (information.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0 ||
+        GetFileSizeEx(handle, &size) == 0) {
+        CloseHandle(handle);
+        return 1;
+    }
+    file->handle = reinterpret_cast<intptr_t>(handle);
+    file->size = size.QuadPart;
+    return 0;
+}
+
+uint32_t FileRead(FileRecord* file, void* destination, uint32_t count) {
+    if (file->position < 0) {
+        return 0;
+    }
+    // The position travels with the read, so that a seek costs no system call.
+    OVERLAPPED at{};
+    at.Offset = static_cast<DWORD>(file->position & 0xFFFFFFFF);
+    at.OffsetHigh = static_cast<DWORD>(file->position >> 32);
+    DWORD got = 0;
+    if (ReadFile(native(file), destination, count, &got, &at) == 0) {
+        return 0;
+    }
+    file->position += got;
+    return got;
+}
+
+void FileClose(FileRecord* file) {
+    CloseHandle(native(file));
+}
+
+int FileExists(const char* path) {
+    WIN32_FIND_DATAA found;
+    const HANDLE handle = FindFirstFileA(path, &found);
+    if (handle == INVALID_HANDLE_VALUE) {
+        return 1;
+    }
+    FindClose(handle);
+    return 0;
+}
+
+uint8_t* reserve_memory(size_t size) {
+    return static_cast<uint8_t*>(
+        VirtualAlloc(nullptr, size, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE));
+}
+
+void release_memory(uint8_t* memory, size_t /*size*/) {
+    if (memory != nullptr) {
+        VirtualFree(memory, 0, MEM_RELEASE);
+    }
+}
+
+} // namespace zat

@@ -1,0 +1,83 @@
+#include "common/file_window.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace zat {
+
+namespace {
+
+// Each further step loads this many times what is there already.
+constexpr uint32_t growth = 8;
+
+// Behind the capacity, so that a field may be looked at across the end.
+constexpr uint32_t padding = 8;
+
+// Moves the view to memory for the whole capacity. False when there is none.
+bool reserve(FileWindow* window) {
+    uint8_t* memory = reserve_memory(size_t{window->capacity} + padding);
+    if (memory == nullptr) {
+        return false;
+    }
+    std::memcpy(memory, window->first, window->loaded);
+    window->reserved = memory;
+    window->bytes = memory;
+    return true;
+}
+
+} // namespace
+
+void window_open(FileWindow* window, FileRecord* file, int64_t start, uint32_t capacity) {
+    window->file = file;
+    window->capacity = capacity;
+    window->reserved = nullptr;
+    window->bytes = window->first;
+    window->start = start;
+    window->loaded = 0;
+    window->complete = false;
+    std::memset(window->first, 0, sizeof window->first);
+}
+
+void window_move(FileWindow* window, int64_t start) {
+    window_close(window);
+    window_open(window, window->file, start, window->capacity);
+}
+
+uint32_t window_load(FileWindow* window, uint32_t wanted) {
+    wanted = std::min(wanted, window->capacity);
+    while (window->loaded < wanted && !window->complete) {
+        uint32_t target = std::min(FileWindow::first_size, window->capacity);
+        if (window->loaded >= FileWindow::first_size) {
+            target = window->loaded < window->capacity / growth ? window->loaded * growth
+                                                                : window->capacity;
+            target = std::max(target, wanted);
+            if (window->reserved == nullptr && !reserve(window)) {
+                window->complete = true;
+                break;
+            }
+        }
+        const uint32_t missing = target - window->loaded;
+        const uint32_t got = read_at(
+            window->file, window->start + window->loaded, window->bytes + window->loaded, missing);
+        window->loaded += got;
+        window->complete = got < missing || window->loaded == window->capacity;
+    }
+    return window->loaded;
+}
+
+const uint8_t* window_at(FileWindow* window, uint32_t offset, uint32_t length) {
+    static constexpr uint8_t zeros[8] = {};
+    const uint64_t end = uint64_t{offset} + length;
+    window_load(window, static_cast<uint32_t>(std::min<uint64_t>(end, window->capacity)));
+    return offset < window->loaded ? window->bytes + offset : zeros;
+}
+
+void window_close(FileWindow* window) {
+    release_memory(window->reserved, size_t{window->capacity} + padding);
+    window->reserved = nullptr;
+    window->bytes = window->first;
+    window->loaded = 0;
+    window->complete = true;
+}
+
+} // namespace zat

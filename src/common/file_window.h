@@ -1,0 +1,52 @@
+// A zero-padded view of a stretch of a file that is read in steps, on demand: whoever looks at the
+// first bytes pays for the first bytes only, and sees what reading the whole stretch would show.
+#pragma once
+
+#include "common/file_access.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+
+namespace zat {
+
+struct FileWindow {
+    // Enough for every look at a file's start that is not a search.
+    static constexpr uint32_t first_size = 8192;
+
+    FileRecord* file = nullptr;
+    int64_t start = 0;        // file position of the view's first byte
+    uint32_t capacity = 0;    // bytes the view may span
+    uint32_t loaded = 0;      // bytes read so far
+    bool complete = false;    // nothing more can be loaded
+    uint8_t* bytes = nullptr; // readable up to `loaded` and, as zeros, first_size at the least
+    uint8_t* reserved = nullptr;
+    uint8_t first[first_size + 8]; // the view, until more is asked for
+};
+
+// Starts a view of up to `capacity` bytes at `start` of an open file. Reads nothing yet.
+void window_open(FileWindow* window, FileRecord* file, int64_t start, uint32_t capacity);
+
+// Starts the view anew at another place of the same file.
+void window_move(FileWindow* window, int64_t start);
+
+// Loads at least the first `wanted` bytes, as far as the file and the capacity have them. Returns
+// the bytes loaded, which may be more or fewer.
+uint32_t window_load(FileWindow* window, uint32_t wanted);
+
+// Loads all that the capacity allows.
+inline uint32_t window_load_all(FileWindow* window) {
+    return window_load(window, window->capacity);
+}
+
+// A pointer to `length` (at most 8) bytes at `offset` of the view, zeros where the file or the
+// capacity ended.
+const uint8_t* window_at(FileWindow* window, uint32_t offset, uint32_t length);
+
+inline std::span<const uint8_t> window_bytes(const FileWindow* window) {
+    return {window->bytes, window->loaded};
+}
+
+void window_close(FileWindow* window);
+
+} // namespace zat

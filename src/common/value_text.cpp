@@ -1,0 +1,39 @@
+#include "common/value_text.h"
+
+#include "common/text.h"
+
+#include <cmath>
+#include <cstring>
+
+namespace zat {
+
+void FormatGroupedSize(uint64_t value, char* out) {
+    char digits[value_text_size];
+    const size_t count = format_text(digits, sizeof digits, "%ju", static_cast<uintmax_t>(value));
+    size_t at = 0;
+    for (size_t i = 0; i < count; ++i) {
+        if (i != 0 && (count - i) % 3 == 0) {
+            out[at++] = ',';
+        }
+        out[at++] = digits[i];
+    }
+    out[at] = '\0';
+}
+
+int FormatPlayTime(double seconds, char* out) {
+    if (!(seconds >= 0.0 && seconds < 2147483648.0)) {
+        return 1;
+    }
+    const auto whole = static_cast<int32_t>(seconds);
+    const int32_t hours = whole / 3600;
+    const int32_t minutes = (whole - hours * 3600) / 60;
+    const int32_t rest = whole - hours * 3600 - minutes * 60;
+    char fraction[value_text_size];
+    format_text(fraction, sizeof fraction, "%f", seconds - (hours * 3600.0 + minutes * 60 + rest));
+    const int milliseconds =
+        (fraction[2] - '0') * 100 + (fraction[3] - '0') * 10 + (fraction[4] - '0');
+    format_text(out, value_text_size, "%d:%.2d:%.2d.%.3d", hours, minutes, rest, milliseconds);
+    return 0;
+}
+
+} // namespace zat

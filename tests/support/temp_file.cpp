@@ -1,0 +1,108 @@
+#include "support/temp_file.h"
+
+#include <atomic>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <random>
+
+namespace zat::test {
+
+namespace {
+
+void expect_terminated(const char* text, size_t size, const char* what) {
+    EXPECT_NE(std::memchr(text, '\0', size), nullptr) << what << " lacks its terminator";
+}
+
+void expect_count(int32_t count, int32_t slots, const char* what) {
+    EXPECT_GE(count, 0) << what;
+    EXPECT_LE(count, slots) << what;
+}
+
+} // namespace
+
+std::string temp_directory() {
+    static const std::string directory = [] {
+        std::random_device random;
+        const auto unique = std::to_string(random()) + "-" + std::to_string(random());
+        const auto path = std::filesystem::temp_directory_path() / ("zat-test-" + unique);
+        std::filesystem::create_directories(path);
+        static struct Remover {
+            std::filesystem::path path;
+            ~Remover() {
+                std::error_code ignored;
+                std::filesystem::remove_all(path, ignored);
+            }
+        } remover{path};
+        return (path / "").string();
+    }();
+    return directory;
+}
+
+TempFile::TempFile(const std::vector<uint8_t>& bytes, std::string_view name) {
+    static std::atomic<int> next = 0;
+    path = temp_directory() + std::to_string(next++) + "-" + std::string(name);
+    std::ofstream(path, std::ios::binary)
+        .write(reinterpret_cast<const char*>(bytes.data()),
+            static_cast<std::streamsize>(bytes.size()));
+}
+
+TempFile::~TempFile() {
+    std::error_code ignored;
+    std::filesystem::remove(path, ignored);
+}
+
+std::unique_ptr<InfoRecord> info_of_path(std::string_view path) {
+    auto record = std::make_unique<InfoRecord>();
+    std::memcpy(record.get(), path.data(), std::min(path.size(), sizeof(InfoRecord)));
+    GetInfo(record.get());
+    return record;
+}
+
+std::unique_ptr<InfoRecord> info_of(const std::vector<uint8_t>& bytes) {
+    return info_of_path(TempFile(bytes).path);
+}
+
+std::string report_of(const InfoRecord& record) {
+    std::string report(ReFormFullBounded(&record, nullptr, 0) + 1, '\0');
+    ReFormFullBounded(&record, report.data(), static_cast<uint32_t>(report.size()));
+    report.pop_back();
+    return report;
+}
+
+void expect_sound(const InfoRecord& record) {
+    expect_count(record.general_count, 2, "general count");
+    expect_count(record.video_count, ZAT_LINE_COUNT, "video count");
+    expect_count(record.audio_count, ZAT_LINE_COUNT, "audio count");
+    expect_count(record.extra_count, ZAT_LINE_COUNT, "extra count");
+    expect_terminated(record.label, sizeof record.label, "label");
+    expect_terminated(record.extra_info, sizeof record.extra_info, "extra info");
+    for (const auto& line : record.general) {
+        expect_terminated(line, sizeof line, "general line");
+    }
+    for (int i = 0; i < ZAT_LINE_COUNT; ++i) {
+        expect_terminated(record.video[i], ZAT_LINE_SIZE, "video line");
+        expect_terminated(record.audio[i], ZAT_LINE_SIZE, "audio line");
+        expect_terminated(record.extra[i], ZAT_LINE_SIZE, "extra line");
+    }
+    for (const uint8_t byte : record.reserved) {
+        EXPECT_EQ(byte, 0) << "the reserved area was written";
+    }
+    for (const uint8_t byte : record.unused) {
+        EXPECT_EQ(byte, 0) << "the unused area was written";
+    }
+    report_of(record);
+}
+
+void expect_sound_at_every_length(const std::vector<uint8_t>& bytes, size_t step) {
+    for (size_t length = 0; length < bytes.size(); length += step) {
+        SCOPED_TRACE("cut at " + std::to_string(length));
+        expect_sound(*info_of({bytes.begin(), bytes.begin() + static_cast<ptrdiff_t>(length)}));
+        if (::testing::Test::HasFailure()) {
+            return;
+        }
+    }
+}
+
+} // namespace zat::test
