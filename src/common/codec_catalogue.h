@@ -29,7 +29,7 @@ int CodecLookup(CodecQuery* query);
 
 // The same in the library's own catalogue. Writes the name to `out` or, without one, a remark that
 // says why and shows the code as `shown`. Returns the lookup's result.
-int codec_name(std::string_view section, std::string_view key, std::string_view shown, char* out,
-    size_t size);
+int codec_name(
+    std::string_view section, std::string_view key, std::string_view shown, char* out, size_t size);
 
 } // namespace zat
