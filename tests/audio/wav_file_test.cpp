@@ -190,7 +190,7 @@ const Row rows[] = {
         "[fmt ][data]", 0},
     {"an fmt of 4 GiB", wave({fmt({}, {}, 0xFFFFFFFF), data(4)}), "[RIFF(WAVE)]",
         "[C\x96\xB3"
-        "0001] 44100Hz 2ch() 1411.20kbps 16Bit [fmt:-1Byte]",
+        "0001] 44100Hz 2ch(C) 1411.20kbps 16Bit [fmt:-1Byte]",
         "[fmt ]", 0},
     {"data beyond the file", wave({fmt({}), chunk("data", "abcd", 1764000)}), "[RIFF(WAVE)]",
         plain_line, "[fmt ][data]", 10},
@@ -288,7 +288,7 @@ TEST(WavFile, EstimatesThePlayTimeBeyond2Gb) {
     } cases[] = {
         {{}, 2,
             "2GB\x92\xB4\x8B\x4B\x8A\x69\x8A\x4Fwav \x8A\x54\x8E\x5A\x8D\xC4\x90\xB6\x8E\x9E\x8A"
-            "\xD4[3:22:53.770]"},
+            "\xD4[3:22:53.943]"},
         {{1, 2, 44100, 176400, 0, 16}, 2, "2GB\x92\xB4\x8B\x4B\x8A\x69\x8A\x4Fwav"},
         {{0x55, 2, 0, 0, 4, 0}, 3,
             "2GB\x92\xB4\x8B\x4B\x8A\x69\x8A\x4FwavnAvgBytesPerSec\x82\xAA"
