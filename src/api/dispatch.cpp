@@ -1,6 +1,8 @@
 #include "api/dispatch.h"
 
 #include "audio/mp3_file.h"
+#include "container/flv.h"
+#include "container/realmedia.h"
 
 #include <cstddef>
 #include <iterator>
@@ -22,6 +24,8 @@ constexpr Row rows[] = {
     {FILETYPE_MP3, AnalyzeMp3File},
     {FILETYPE_SHOCKWAVEMP3, AnalyzeMp3File},
     {FILETYPE_RMP3, AnalyzeRmp3File},
+    {FILETYPE_FLV, AnalyzeFlvFile},
+    {FILETYPE_REALMEDIA, AnalyzeRealMediaFile},
 };
 
 constexpr bool has_duplicate_codes() {
