@@ -100,6 +100,11 @@ bool has_at(Bytes bytes, size_t offset, const char (&text)[N]) {
            starts_with(bytes.data() + offset, text);
 }
 
+// The byte at `offset`, 0 behind the end: for a look at a file's start that may be cut short.
+constexpr uint8_t byte_at(Bytes bytes, size_t offset) {
+    return offset < bytes.size() ? bytes[offset] : uint8_t{0};
+}
+
 // Position of the first pair of bytes a, b at or after `from`, or -1 when none lies in `bytes`.
 int64_t find_byte_pair(Bytes bytes, size_t from, uint8_t a, uint8_t b);
 

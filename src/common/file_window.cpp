@@ -72,6 +72,17 @@ const uint8_t* window_at(FileWindow* window, uint32_t offset, uint32_t length) {
     return offset < window->loaded ? window->bytes + offset : zeros;
 }
 
+std::span<const uint8_t> window_view(FileWindow* window, int64_t position, uint32_t length) {
+    length = std::min(length, window->capacity);
+    if (position < window->start || position - window->start > window->capacity - length) {
+        window_move(window, position);
+    }
+    const auto offset = static_cast<uint32_t>(position - window->start);
+    const uint32_t loaded = window_load(window, offset + length);
+    return offset < loaded ? window_bytes(window).subspan(offset, std::min(length, loaded - offset))
+                           : std::span<const uint8_t>{};
+}
+
 void window_close(FileWindow* window) {
     release_memory(window->reserved, size_t{window->capacity} + padding);
     window->reserved = nullptr;

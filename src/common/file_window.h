@@ -47,6 +47,10 @@ inline std::span<const uint8_t> window_bytes(const FileWindow* window) {
     return {window->bytes, window->loaded};
 }
 
+// The `length` (at most the capacity) bytes at a position of the file, fewer where it ends. Moves
+// the view there when it does not span them: a walk over small structures costs few reads.
+std::span<const uint8_t> window_view(FileWindow* window, int64_t position, uint32_t length);
+
 void window_close(FileWindow* window);
 
 } // namespace zat

@@ -1,0 +1,54 @@
+// AAC as an AudioSpecificConfig (ISO/IEC 14496-3, 1.6.2.1) and the container around it describe it.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace zat {
+
+struct AacConfig {
+    uint32_t length = 0; // bytes of the AudioSpecificConfig, set before GetAACConfig
+
+    // From the AudioSpecificConfig.
+    uint8_t object_type = 0;
+    uint8_t sampling_frequency_index = 0;
+    uint8_t channel_configuration = 0;
+    uint32_t sync_extension_type = 0; // 0x2B7 when the extension fields are there
+    uint8_t extension_object_type = 0;
+    uint8_t sbr_flag = 0;
+    uint32_t extension_sampling_frequency_index = 0;
+    uint32_t sync_extension_type2 = 0;
+    uint32_t ps_flag = 0;
+
+    uint32_t ps_implicit_flag = 0; // set by ResolveAacChannels
+
+    // From the container, filled by the caller before the line is made.
+    uint32_t container_channels = 0;    // 0 when it does not tell
+    uint32_t container_sample_rate = 0; // Hz
+    uint32_t maximum_bitrate = 0;       // bit/s
+    uint32_t average_bitrate = 0;       // bit/s
+    uint32_t bit_depth = 0;
+    uint32_t frame_size = 0; // bytes
+};
+
+// Decodes cfg->length bytes; a length of 0 changes nothing.
+void GetAACConfig(const uint8_t* bytes, AacConfig* cfg);
+
+// The channel count for AacChannelName, 0 for a layout that has no name. May set the implicit PS
+// flag.
+uint32_t ResolveAacChannels(AacConfig* cfg);
+
+// Name of a channel configuration.
+const char* AacChannelName(uint32_t channel_configuration);
+
+// Writes the name of an audio object type. 48 bytes hold each of them.
+void AacObjectTypeName(uint32_t object_type, char* out, size_t size);
+
+// The sample rate in Hz that the line shows: that of the configuration, doubled where SBR extends
+// it; negative for reserved indices.
+int32_t aac_config_rate(const AacConfig* cfg);
+
+// Describes the stream: `out` has line_size bytes.
+void FormatAacConfigLine(char* out, AacConfig* cfg);
+
+} // namespace zat

@@ -1,0 +1,33 @@
+// Sizes of the tags around an audio stream: ID3v2 (id3.org, ID3v2.4.0 structure, 3.1) before it,
+// APE, Lyrics3 v2 and ID3v1 behind it, in this order.
+#pragma once
+
+#include "common/file_access.h"
+
+#include <cstdint>
+
+namespace zat {
+
+// Bytes; 0 for a tag that is not there.
+struct TagSizes {
+    uint32_t id3v2 = 0;      // all tags at the start, headers included
+    uint32_t ape = 0;        // 32 for an "APETAG" marker before the APE footer
+    uint32_t id3v1 = 0;      // 128
+    uint32_t other = 0;      // left to the caller
+    uint32_t ape_footer = 0; // 32: the footer alone, without its items
+    uint32_t lyrics3 = 0;    // with the size field and the end marker
+};
+
+// Bytes of a tag header, ID3v2's.
+constexpr uint32_t id3v2_header_size = 10;
+
+// The whole tag's size from its ten header bytes, 0 when they do not begin with "ID3". The size
+// bytes count with all eight bits, so that files of writers that ignore the sync-safe form come out
+// larger, and a footer is not counted.
+uint32_t Id3v2Size(const uint8_t* header);
+
+// Measures the tags of an open file into a cleared record. Moves the file position. Returns 0, or 2
+// when nothing of the file's tail could be read; the ID3v2 size is set then all the same.
+int MeasureTags(FileRecord* file, TagSizes* sizes);
+
+} // namespace zat
