@@ -1,3 +1,51 @@
-int main() {
-    return 0;
+#include "description.h"
+#include "file_list.h"
+#include "library.h"
+#include "options.h"
+#include "run.h"
+#include "terminal.h"
+
+namespace {
+
+using namespace host;
+
+// Beside the program, else where it is installed.
+std::string default_catalogue() {
+    const std::string directory = program_directory();
+    for (const std::string& candidate : {directory, directory + "../share/zat/"}) {
+        if (file_exists(candidate + "zat-codec.ini")) {
+            return candidate;
+        }
+    }
+    return directory;
+}
+
+// The library joins the file's name directly.
+std::string with_separator(std::string directory) {
+    if (!directory.empty() && directory.find_last_of("/\\") != directory.size() - 1) {
+        directory += '/';
+    }
+    return directory;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    Library library;
+    const std::string problem = load_library(&library);
+    if (!problem.empty()) {
+        write_message(problem);
+        return exit_failures;
+    }
+    Options options;
+    const std::string version =
+        "zat " ZAT_VERSION " (library build " + std::to_string(library.get_version()) + ")";
+    const int status = parse_options(program_arguments(argc, argv), version, &options);
+    if (status >= 0) {
+        return status;
+    }
+    const std::string catalogue =
+        with_separator(options.catalogue.empty() ? default_catalogue() : options.catalogue);
+    library.set_path(with_separator(path_for_library(catalogue)).c_str());
+    return run(library, options);
 }

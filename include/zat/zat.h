@@ -45,6 +45,7 @@ enum ZatFileType {
     FILETYPE_UNKNOWN = 1,     /* + unknown or refused */
     FILETYPE_OPENFAILED = 2,  /* + could not be opened, or no regular file */
     FILETYPE_PATHTOOLONG = 3, /* + path of more than 512 bytes */
+    FILETYPE_ERROR_END = 4,   /* end of the error range */
     FILETYPE_MEDIA = 10,      /* start of the media range */
     FILETYPE_VIDEO_AUDIO = 11,
     FILETYPE_AVI = 12,        /* + */

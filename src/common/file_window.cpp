@@ -53,6 +53,7 @@ uint32_t window_load(FileWindow* window, uint32_t wanted) {
             target = std::max(target, wanted);
             if (window->reserved == nullptr && !reserve(window)) {
                 window->complete = true;
+                window->no_memory = true;
                 break;
             }
         }

@@ -19,6 +19,7 @@ struct FileWindow {
     uint32_t capacity = 0;    // bytes the view may span
     uint32_t loaded = 0;      // bytes read so far
     bool complete = false;    // nothing more can be loaded
+    bool no_memory = false;   // the view is cut short for want of memory; stays set
     uint8_t* bytes = nullptr; // readable up to `loaded` and, as zeros, first_size at the least
     uint8_t* reserved = nullptr;
     uint8_t first[first_size + 8]; // the view, until more is asked for

@@ -4,6 +4,7 @@
 #include "support/record_text.h"
 #include "support/temp_file.h"
 
+#include <fstream>
 #include <gtest/gtest.h>
 
 namespace {
@@ -116,9 +117,12 @@ struct Row {
     std::string expected;
 };
 
-// With the shipped catalogue.
 void expect_rows(const std::vector<Row>& rows) {
-    SetPath(ZAT_SOURCE_DIR "/catalogue/");
+    const std::string directory = temp_directory() + "realmedia-";
+    std::ofstream(directory + "zat-codec.ini") << "[REAL]\nRV30\tRealVideo 8\n"
+                                                  "COOK\tRealAudio G2 (Cook)\n"
+                                                  "INT4\tRealAudio 2.0 (28.8)\n";
+    SetPath(directory.c_str());
     for (const Row& row : rows) {
         EXPECT_EQ(described(row.bytes), row.expected) << row.name;
     }

@@ -1,0 +1,151 @@
+#include "corpus.h"
+
+#include "support/byte_builder.h"
+
+#include <filesystem>
+#include <fstream>
+#include <random>
+
+namespace {
+
+using zat::test::ByteBuilder;
+using Bytes = std::vector<uint8_t>;
+
+void write_file(const std::string& path, const Bytes& bytes, uint64_t size = 0) {
+    std::ofstream(path, std::ios::binary)
+        .write(reinterpret_cast<const char*>(bytes.data()),
+            static_cast<std::streamsize>(bytes.size()));
+    if (size > bytes.size()) {
+        std::filesystem::resize_file(path, size); // the rest is a hole
+    }
+}
+
+// An hour of 128 kbit/s MPEG-1 Layer III behind an ID3v2 tag of 200 KiB.
+Bytes hour_of_mp3() {
+    ByteBuilder file;
+    file.text("ID3").raw({3, 0, 0, 0, 12, 64, 0}).fill(204800, 'x');
+    ByteBuilder frame;
+    frame.raw({0xFF, 0xFB, 0x90, 0x64}).fill(413, 0x55);
+    for (int i = 0; i < 137813; ++i) {
+        file.append(frame.bytes);
+    }
+    return file.text("TAG").fill(125).bytes;
+}
+
+Bytes pcm_wav_head(uint32_t data_size) {
+    return ByteBuilder()
+        .text("RIFF")
+        .le32(data_size + 36)
+        .text("WAVEfmt ")
+        .le32(16)
+        .le16(1)
+        .le16(2)
+        .le32(44100)
+        .le32(176400)
+        .le16(4)
+        .le16(16)
+        .text("data")
+        .le32(data_size)
+        .fill(65536, 1)
+        .bytes;
+}
+
+ByteBuilder box(const char* type, const Bytes& payload) {
+    return ByteBuilder().be32(payload.size() + 8).text(type).append(payload);
+}
+
+// The movie box of a two-hour film: one video and one audio track with their sample tables.
+Bytes long_movie() {
+    const auto table = [](const char* type, uint32_t count, bool constant) {
+        ByteBuilder payload;
+        payload.be32(0);
+        if (!constant) {
+            payload.be32(0);
+        }
+        payload.be32(count);
+        for (uint32_t i = 0; i < count; ++i) {
+            payload.be32(1000 + i % 977);
+        }
+        return box(type, payload.bytes).bytes;
+    };
+    const auto track = [&](uint32_t id, const char* handler, const Bytes& entry, uint32_t samples) {
+        const Bytes tkhd =
+            box("tkhd", ByteBuilder().be32(0).be32(0).be32(0).be32(id).fill(68).bytes).bytes;
+        const Bytes mdhd =
+            box("mdhd", ByteBuilder().fill(12).be32(1000).be32(7200000).be32(0).bytes).bytes;
+        const Bytes hdlr =
+            box("hdlr", ByteBuilder().be32(0).be32(0).text(handler).fill(13).bytes).bytes;
+        const Bytes stsd = box("stsd", ByteBuilder().be32(0).be32(1).append(entry).bytes).bytes;
+        const Bytes stbl = box("stbl", ByteBuilder()
+                                           .append(stsd)
+                                           .append(table("stsz", samples, false))
+                                           .append(table("stco", samples / 8, true))
+                                           .bytes)
+                               .bytes;
+        const Bytes minf = box("minf", stbl).bytes;
+        const Bytes mdia =
+            box("mdia", ByteBuilder().append(mdhd).append(hdlr).append(minf).bytes).bytes;
+        return box("trak", ByteBuilder().append(tkhd).append(mdia).bytes).bytes;
+    };
+    const Bytes video = box("hvc1", ByteBuilder()
+                                        .fill(6)
+                                        .be16(1)
+                                        .fill(16)
+                                        .be16(1920)
+                                        .be16(1080)
+                                        .fill(14)
+                                        .fill(32)
+                                        .be16(24)
+                                        .be16(0xFFFF)
+                                        .bytes)
+                            .bytes;
+    const Bytes audio = box("Opus",
+        ByteBuilder().fill(6).be16(1).fill(8).be16(2).be16(16).fill(4).be16(48000).be16(0).bytes)
+                            .bytes;
+    const Bytes mvhd =
+        box("mvhd", ByteBuilder().fill(12).be32(1000).be32(7200000).fill(80).bytes).bytes;
+    const Bytes moov = box("moov", ByteBuilder()
+                                       .append(mvhd)
+                                       .append(track(1, "vide", video, 180000))
+                                       .append(track(2, "soun", audio, 150000))
+                                       .bytes)
+                           .bytes;
+    return ByteBuilder()
+        .append(box("ftyp", ByteBuilder().text("isom").be32(512).bytes).bytes)
+        .append(moov)
+        .be32(1)
+        .text("mdat")
+        .be64(2000000016)
+        .bytes;
+}
+
+Bytes random_bytes(size_t count) {
+    std::mt19937_64 random(1);
+    Bytes bytes(count);
+    for (uint8_t& byte : bytes) {
+        byte = static_cast<uint8_t>(random());
+    }
+    bytes[0] = 0x42; // matches no signature
+    return bytes;
+}
+
+} // namespace
+
+std::vector<BenchFile> make_corpus(const std::string& directory) {
+    std::vector<BenchFile> files;
+    const auto add = [&](const std::string& name, const Bytes& bytes, uint64_t size = 0) {
+        write_file(directory + name, bytes, size);
+        files.push_back({name, directory + name});
+    };
+    add("mp3-60min", hour_of_mp3());
+    add("wav-3gb-sparse", pcm_wav_head(3000000000U), 3000000000U);
+    add("mp4-2h", long_movie(), 2000000000U);
+    add("header-typed-5gb", ByteBuilder().text("fLaC").fill(100000, 7).bytes, 5000000000U);
+    add("random-1mib", random_bytes(1 << 20));
+    add("random-5mib", random_bytes(5 << 20));
+    for (const char* real : {"mp3-vbr.mp3", "pcm.wav", "surround.ac3", "surround.dts", "avc.mp4",
+             "fragmented.mp4", "asp.mov", "avc.flv", "video.rm"}) {
+        files.push_back({real, std::string(ZAT_SOURCE_DIR "fuzz/seeds/") + real});
+    }
+    return files;
+}

@@ -1,0 +1,135 @@
+#include "file_list.h"
+
+#include "encoding.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <memory>
+#include <vector>
+
+namespace host {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+#ifdef _WIN32
+fs::path native(const std::string& path) {
+    return wide_of_utf8(path);
+}
+std::string name_of(const fs::path& path) {
+    return utf8_of_wide(path.filename().wstring());
+}
+FILE* open_list(const std::string& path) {
+    return _wfopen(wide_of_utf8(path).c_str(), L"rb");
+}
+constexpr bool lines_may_end_with_cr = true;
+constexpr char separators[] = "/\\";
+#else
+fs::path native(const std::string& path) {
+    return path;
+}
+std::string name_of(const fs::path& path) {
+    return path.filename().string();
+}
+FILE* open_list(const std::string& path) {
+    return std::fopen(path.c_str(), "rb");
+}
+constexpr bool lines_may_end_with_cr = false;
+constexpr char separators[] = "/";
+#endif
+
+struct Entry {
+    std::string name;
+    bool is_directory;
+};
+
+bool walk_directory(const std::string& directory, const FileVisitor& visit) {
+    std::error_code error;
+    std::vector<Entry> entries;
+    fs::directory_iterator iterator(native(directory), error);
+    for (; !error && iterator != fs::directory_iterator(); iterator.increment(error)) {
+        std::error_code ignored;
+        const bool is_directory =
+            iterator->symlink_status(ignored).type() == fs::file_type::directory;
+        const bool is_linked_directory = !is_directory && iterator->is_directory(ignored);
+        if (!is_linked_directory) {
+            entries.push_back({name_of(iterator->path()), is_directory});
+        }
+    }
+    if (error && !visit(directory, error.message())) {
+        return false;
+    }
+    std::sort(entries.begin(), entries.end(),
+        [](const Entry& a, const Entry& b) { return a.name < b.name; });
+    const bool separated = std::strchr(separators, directory.back()) != nullptr;
+    for (const Entry& entry : entries) {
+        const std::string path = directory + (separated ? "" : "/") + entry.name;
+        if (entry.is_directory ? !walk_directory(path, visit) : !visit(path, "")) {
+            return false;
+        }
+    }
+    return true;
+}
+
+bool visit_path(const std::string& path, const FileVisitor& visit) {
+    if (names_directory(path)) {
+        return walk_directory(path, visit);
+    }
+    return visit(path, "");
+}
+
+bool visit_list(const Options& options, const FileVisitor& visit) {
+    const bool standard_input = options.files_from == "-";
+    const std::unique_ptr<FILE, int (*)(FILE*)> list(
+        standard_input ? stdin : open_list(options.files_from),
+        [](FILE* file) { return file == stdin ? 0 : std::fclose(file); });
+    if (list == nullptr) {
+        return visit(options.files_from, std::strerror(errno));
+    }
+    std::string path;
+    const int end = options.null_separated ? '\0' : '\n';
+    for (int c = 0; c != EOF;) {
+        c = std::fgetc(list.get());
+        if (c != end && c != EOF) {
+            path += static_cast<char>(c);
+            continue;
+        }
+        if (lines_may_end_with_cr && !options.null_separated && path.ends_with('\r')) {
+            path.pop_back();
+        }
+        if (!path.empty() && !visit_path(path, visit)) {
+            return false;
+        }
+        path.clear();
+    }
+    return true;
+}
+
+} // namespace
+
+bool names_directory(const std::string& path) {
+    std::error_code ignored;
+    return fs::is_directory(native(path), ignored);
+}
+
+bool file_exists(const std::string& path) {
+    std::error_code ignored;
+    return fs::exists(native(path), ignored);
+}
+
+void for_each_file(const Options& options, const FileVisitor& visit) {
+    for (const std::string& path : options.paths) {
+        if (!path.empty() ? !visit_path(path, visit) : !visit(path, "the name is empty")) {
+            return;
+        }
+    }
+    if (!options.files_from.empty()) {
+        visit_list(options, visit);
+    }
+}
+
+} // namespace host

@@ -1,0 +1,25 @@
+// The library, loaded as any host loads it.
+#pragma once
+
+#include "zat/zat.h"
+
+#include <string>
+
+namespace host {
+
+struct Library {
+    decltype(&::SetPath) set_path = nullptr;
+    decltype(&::GetFileFormat) get_file_format = nullptr;
+    decltype(&::GetInfo) get_info = nullptr;
+    decltype(&::ReFormFullBounded) reform_full_bounded = nullptr;
+    decltype(&::GetDllVersion) get_version = nullptr;
+};
+
+// Loads the library that stands beside the program, in its build folder or as installed. Returns an
+// empty text, or why it could not be loaded.
+std::string load_library(Library* library);
+
+// The directory of the program with its last separator, as UTF-8.
+std::string program_directory();
+
+} // namespace host

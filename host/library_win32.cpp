@@ -1,0 +1,45 @@
+#include "encoding.h"
+#include "library.h"
+
+#include <vector>
+#define WIN32_LEAN_AND_MEAN
+#include <windows.h>
+
+namespace host {
+
+std::string program_directory() {
+    std::vector<wchar_t> path(32768);
+    const DWORD length = GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size()));
+    const std::string program = utf8_of_wide(std::wstring(path.data(), length));
+    return program.substr(0, program.find_last_of("\\/") + 1);
+}
+
+namespace {
+
+template <class Function>
+bool find(HMODULE module, const char* name, Function* function) {
+    *function = reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(module, name)));
+    return *function != nullptr;
+}
+
+} // namespace
+
+std::string load_library(Library* library) {
+    const std::wstring path = wide_of_utf8(program_directory() + ZAT_DLL_NAME);
+    const HMODULE module = LoadLibraryW(path.c_str());
+    if (module == nullptr) {
+        return "the library " ZAT_DLL_NAME
+               " cannot be loaded from the program's directory (error " +
+               std::to_string(GetLastError()) + ")";
+    }
+    if (!find(module, "SetPath", &library->set_path) ||
+        !find(module, "GetFileFormat", &library->get_file_format) ||
+        !find(module, "GetInfo", &library->get_info) ||
+        !find(module, "ReFormFullBounded", &library->reform_full_bounded) ||
+        !find(module, "GetDllVersion", &library->get_version)) {
+        return "the library " ZAT_DLL_NAME " lacks an entry point";
+    }
+    return "";
+}
+
+} // namespace host

@@ -1,0 +1,82 @@
+#include "options.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <iostream>
+
+namespace host {
+
+namespace {
+
+constexpr char examples[] = R"(Examples:
+  zat song.mp3                          the report of one file
+  zat Music/                            of every file below a directory
+  zat --format jsonl Music/ | jq .play_time
+  zat --format csv *.mp4 > movies.csv   one row a stream
+  find . -size +1G -print0 | zat -0 --files-from -
+
+Exit status: 0 when every file was described, 1 when one could not be read or is of unknown type,
+2 for a wrong command line.)";
+
+} // namespace
+
+int parse_options(
+    const std::vector<std::string>& arguments, const std::string& version, Options* options) {
+    CLI::App app(
+        "Tells what media files hold, from their bytes and never from their names.", "zat");
+    app.footer(examples);
+    app.get_formatter()->column_width(30);
+    const std::map<std::string, Format> formats{{"text", Format::text}, {"json", Format::json},
+        {"jsonl", Format::jsonl}, {"csv", Format::csv}};
+    std::vector<std::string> paths;
+    app.add_option(
+           "PATH", paths, "Files and directories; - reads a list of paths from standard input")
+        ->type_name("");
+    app.add_option("-f,--format", options->format,
+           "text: the report (default); json: one array; jsonl: one object a line; csv: one row a "
+           "stream")
+        ->transform(CLI::CheckedTransformer(formats).description(""))
+        ->type_name("FORMAT")
+        ->default_str("");
+    app.add_option("--files-from", options->files_from,
+           "Read paths from FILE, one a line; - is standard input")
+        ->type_name("FILE");
+    app.add_flag("-0,--null", options->null_separated, "The list's paths end with a zero byte");
+    app.add_flag("--detect-only", options->detect_only, "Only tell the type of each file");
+    app.add_flag("--with-report", options->with_report, "JSON: add the text of the report");
+    app.add_option("--catalogue", options->catalogue,
+           "Directory of zat-codec.ini (default: beside the program, then the installed one)")
+        ->type_name("DIR");
+    app.add_option("-j,--jobs", options->jobs, "Files examined at a time (default: the processors)")
+        ->type_name("N")
+        ->check(CLI::Range(1U, 256U).description(""));
+    app.add_flag(
+        "--raw", options->raw, "Write the report's bytes as they are, Shift-JIS and CR LF");
+    app.add_flag("-q,--quiet", options->quiet, "No messages and no progress");
+    app.set_version_flag("--version", version, "Print the version");
+
+    std::vector<std::string> reversed(arguments.rbegin(), arguments.rend());
+    try {
+        app.parse(reversed);
+    } catch (const CLI::Success& success) {
+        app.exit(success);
+        return exit_described;
+    } catch (const CLI::ParseError& error) {
+        std::cerr << "zat: " << error.what() << "\nTry 'zat --help'.\n";
+        return exit_usage;
+    }
+    for (const std::string& path : paths) {
+        if (path != "-") {
+            options->paths.push_back(path);
+        } else if (options->files_from.empty()) {
+            options->files_from = "-";
+        }
+    }
+    if (options->paths.empty() && options->files_from.empty()) {
+        std::cerr << "zat: no file named\nTry 'zat --help'.\n";
+        return exit_usage;
+    }
+    return -1;
+}
+
+} // namespace host

@@ -1,0 +1,34 @@
+// The command line.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace host {
+
+enum class Format { text, json, jsonl, csv };
+
+struct Options {
+    Format format = Format::text;
+    std::vector<std::string> paths;
+    std::string files_from;      // a file with a path a line, "-" for standard input
+    bool null_separated = false; // the list's paths end with a zero byte
+    bool detect_only = false;
+    bool raw = false;
+    bool quiet = false;
+    bool with_report = false; // JSON: the report's text too
+    std::string catalogue;    // directory; empty for the default
+    unsigned jobs = 0;        // 0: as many as processors
+};
+
+constexpr int exit_described = 0;
+constexpr int exit_failures = 1;
+constexpr int exit_usage = 2;
+constexpr int exit_interrupted = 130;
+
+// Reads the arguments, the program's name left out. Returns -1 when the program is to go on, else
+// the exit status; help, version and usage errors have then been printed.
+int parse_options(
+    const std::vector<std::string>& arguments, const std::string& version, Options* options);
+
+} // namespace host

@@ -1,0 +1,147 @@
+#include "encoding.h"
+#include "terminal.h"
+
+#include <csignal>
+
+#define WIN32_LEAN_AND_MEAN
+#include <windows.h>
+
+#include <shellapi.h>
+
+namespace host {
+
+namespace {
+
+HANDLE standard(DWORD which) {
+    return GetStdHandle(which);
+}
+
+bool is_console(DWORD which) {
+    DWORD mode = 0;
+    return GetConsoleMode(standard(which), &mode) != 0;
+}
+
+WriteResult write_bytes(DWORD which, std::string_view bytes) {
+    while (!bytes.empty()) {
+        DWORD count = 0;
+        if (WriteFile(standard(which), bytes.data(), static_cast<DWORD>(bytes.size()), &count,
+                nullptr) == 0) {
+            const DWORD error = GetLastError();
+            return error == ERROR_BROKEN_PIPE || error == ERROR_NO_DATA ? WriteResult::closed
+                                                                        : WriteResult::failed;
+        }
+        bytes.remove_prefix(count);
+    }
+    return WriteResult::written;
+}
+
+// A console takes UTF-16 whatever its code page; a file or pipe gets the console's code page.
+WriteResult write_text(DWORD which, std::string_view utf8) {
+    const std::wstring wide = wide_of_utf8(utf8);
+    if (is_console(which)) {
+        for (size_t at = 0; at < wide.size();) {
+            DWORD count = 0;
+            const auto length =
+                static_cast<DWORD>(wide.size() - at < 8192 ? wide.size() - at : 8192);
+            if (WriteConsoleW(standard(which), wide.data() + at, length, &count, nullptr) == 0 ||
+                count == 0) {
+                return WriteResult::failed;
+            }
+            at += count;
+        }
+        return WriteResult::written;
+    }
+    const UINT code_page = GetConsoleOutputCP();
+    if (code_page == 0 || code_page == CP_UTF8) {
+        return write_bytes(which, utf8);
+    }
+    const int size = static_cast<int>(wide.size());
+    const int length =
+        WideCharToMultiByte(code_page, 0, wide.data(), size, nullptr, 0, nullptr, nullptr);
+    std::string bytes(static_cast<size_t>(length), '\0');
+    WideCharToMultiByte(code_page, 0, wide.data(), size, bytes.data(), length, nullptr, nullptr);
+    return write_bytes(which, bytes);
+}
+
+bool has_wildcard(const std::wstring& argument) {
+    return argument.find_first_of(L"*?") != std::wstring::npos &&
+           argument.rfind(L"\\\\?\\", 0) != 0;
+}
+
+// The names that match, in the directory's order; the argument itself when none does.
+void expand(const std::wstring& argument, std::vector<std::string>* out) {
+    WIN32_FIND_DATAW found;
+    const HANDLE handle = FindFirstFileW(argument.c_str(), &found);
+    if (handle == INVALID_HANDLE_VALUE) {
+        out->push_back(utf8_of_wide(argument));
+        return;
+    }
+    const std::wstring directory = argument.substr(0, argument.find_last_of(L"\\/:") + 1);
+    do {
+        const std::wstring name = found.cFileName;
+        if (name != L"." && name != L"..") {
+            out->push_back(utf8_of_wide(directory + name));
+        }
+    } while (FindNextFileW(handle, &found) != 0);
+    FindClose(handle);
+}
+
+} // namespace
+
+std::vector<std::string> program_arguments(int /*argc*/, char** /*argv*/) {
+    int count = 0;
+    LPWSTR* arguments = CommandLineToArgvW(GetCommandLineW(), &count);
+    std::vector<std::string> out;
+    for (int i = 1; i < count; ++i) {
+        if (has_wildcard(arguments[i])) {
+            expand(arguments[i], &out);
+        } else {
+            out.push_back(utf8_of_wide(arguments[i]));
+        }
+    }
+    LocalFree(arguments);
+    return out;
+}
+
+void prepare_signals(void (*on_interrupt)(int)) {
+    std::signal(SIGINT, on_interrupt); // back to its default after the first
+}
+
+WriteResult write_output(std::string_view utf8, bool as_text) {
+    return as_text ? write_text(STD_OUTPUT_HANDLE, utf8) : write_bytes(STD_OUTPUT_HANDLE, utf8);
+}
+
+std::string error_text(DWORD error) {
+    wchar_t text[512];
+    DWORD length = FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS,
+        nullptr, error, 0, text, 512, nullptr);
+    while (length > 0 && (text[length - 1] == L'\n' || text[length - 1] == L'\r')) {
+        --length;
+    }
+    return length == 0 ? "error " + std::to_string(error) : utf8_of_wide({text, length});
+}
+
+std::string last_write_error() {
+    return error_text(GetLastError());
+}
+
+void write_message(const std::string& utf8) {
+    write_text(STD_ERROR_HANDLE, "zat: " + utf8 + "\r\n");
+}
+
+bool output_is_terminal() {
+    return is_console(STD_OUTPUT_HANDLE);
+}
+
+bool error_is_terminal() {
+    return is_console(STD_ERROR_HANDLE);
+}
+
+void write_progress(const std::string& text) {
+    static size_t shown = 0;
+    const std::string blank(shown, ' ');
+    write_text(STD_ERROR_HANDLE, "\r" + blank + "\r" + text);
+    shown = text.size();
+}
+
+} // namespace host

@@ -1,0 +1,163 @@
+// The headers that encoders put into the first frame of a Layer III stream, at the place of its
+// silent main data: "Xing" (also written as "Info" by constant-rate encoders) behind the side
+// information, "VBRI" at a fixed place. No standard describes them.
+#include "audio/mpeg_audio.h"
+#include "common/text.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace zat {
+
+namespace {
+
+constexpr uint32_t vbri_offset = 36;
+
+// Fields of a Xing or Info header, from its name on.
+constexpr uint32_t xing_flags = 7; // lowest byte of a big-endian word
+constexpr uint32_t xing_frames = 8;
+constexpr uint32_t xing_bytes = 12; // whether or not the frame count is there
+constexpr uint32_t xing_gogo = 116;
+constexpr uint32_t xing_encoder = 120;
+constexpr uint32_t xing_method = 129;
+constexpr uint8_t flag_frames = 1;
+constexpr uint8_t flag_bytes = 2;
+
+// Fields of a VBRI header, from its name on.
+constexpr uint32_t vbri_bytes = 10;
+constexpr uint32_t vbri_frames = 14;
+
+// Longest encoder string, and the byte behind it that ends it.
+constexpr uint32_t encoder_limit = sizeof(MpegAudioInfo::encoder_string) - 1;
+static_assert(vbri_offset + xing_encoder + encoder_limit + 1 <= vbr_header_reach);
+
+// Where a Xing header stands: behind header and side information (ISO/IEC 11172-3 and 13818-3,
+// 2.4.1.7).
+uint32_t xing_offset(const MpegAudioInfo* info) {
+    const bool mono = info->channel_mode == 3;
+    if (info->version_code == 10) {
+        return mono ? 21 : 36;
+    }
+    return mono ? 13 : 21;
+}
+
+// LAME's "VBR method", by the low half of its byte.
+void name_vbr_method(uint8_t method, MpegAudioInfo* info) {
+    static constexpr const char* names[10] = {"unknown", "CBR", "ABR", "VBR-OLD/RH", "VBR-NEW/MTRH",
+        "VBR-MT", "FULL-VBR4", "VBR-NEW/MT", "CBR-2PASS", "ABR-2PASS"};
+    if (method < std::size(names)) {
+        copy_text(info->vbr_method_name, names[method]);
+    } else if (method == 15) {
+        copy_text(info->vbr_method_name, "reserved");
+    } else {
+        format_text(info->vbr_method_name, sizeof info->vbr_method_name, "unknown(0x%.2x)", method);
+    }
+}
+
+// Copies the printable text at `bytes` without a space that ends it.
+void copy_encoder(const uint8_t* bytes, MpegAudioInfo* info) {
+    const auto is_printable = [&](uint32_t i) {
+        return IsNotPrintable(static_cast<char>(bytes[i])) == 0;
+    };
+    uint32_t length = 0;
+    while (length < encoder_limit && is_printable(length) &&
+           (bytes[length] != ' ' || is_printable(length + 1))) {
+        ++length;
+    }
+    copy_text(info->encoder_string, {reinterpret_cast<const char*>(bytes), length});
+}
+
+// The encoder's name and method from a Xing or Info header; the annotation goes to `annotation`.
+void parse_encoder(const uint8_t* header, MpegAudioInfo* info, char* annotation) {
+    if (IsNotPrintable(static_cast<char>(header[xing_encoder])) == 0) {
+        copy_encoder(header + xing_encoder, info);
+    }
+    if (std::strncmp(info->encoder_string, "LAME", 4) == 0) {
+        name_vbr_method(header[xing_method] & 0x0F, info);
+    } else if (info->encoder_string[0] != '\0') {
+        format_text(annotation, sizeof info->encoder_annotation, "[%s]", info->encoder_string);
+    }
+    if (starts_with(header + xing_gogo, "GOGO")) {
+        copy_text(annotation, sizeof info->encoder_annotation, "[GOGO]");
+    }
+}
+
+// Samples of a frame for the average. The 1151, one less than such a frame has, stays: shown rates
+// are compared with those of earlier reports.
+double samples_per_frame(const MpegAudioInfo* info) {
+    if (info->version_code == 10 && info->layer == 1) {
+        return 384;
+    }
+    return info->version_code != 10 && info->layer == 3 ? 576 : 1151;
+}
+
+double average_bitrate(const MpegAudioInfo* info, uint32_t byte_count, uint32_t frames) {
+    const double bits_per_frame = static_cast<double>(byte_count) * 8 / frames;
+    return bits_per_frame * info->sample_rate * (1 / samples_per_frame(info)) * 0.001;
+}
+
+} // namespace
+
+int ParseVbrHeader(Bytes frame, MpegAudioInfo* info) {
+    uint8_t bytes[vbr_header_reach] = {};
+    std::copy_n(frame.begin(), std::min(frame.size(), sizeof bytes), bytes);
+
+    const uint8_t* header = bytes + xing_offset(info);
+    const bool xing = starts_with(header, "Xing");
+    const bool plain = starts_with(header, "Info");
+    bool vbri = starts_with(header, "VBRI");
+    if (!xing && !plain && !vbri && starts_with(bytes + vbri_offset, "VBRI")) {
+        header = bytes + vbri_offset;
+        vbri = true;
+    }
+    if (xing || vbri) {
+        copy_text(info->vbr_header_kind, xing ? "Xing" : "VBRI");
+        info->rate_mode = rate_mode_variable;
+    }
+    // Frames of silence begin with the encoder's name where there is no header.
+    if (starts_with(bytes + vbri_offset, "LAME")) {
+        copy_text(info->encoder_string,
+            bounded_text(reinterpret_cast<const char*>(bytes + vbri_offset), 8));
+    }
+
+    uint32_t frame_count = 0;
+    uint32_t byte_count = 0;
+    char annotation[sizeof info->encoder_annotation] = {};
+    if (xing || plain) {
+        const uint8_t flags = header[xing_flags];
+        if ((flags & flag_frames) != 0) {
+            frame_count = ReadBE32(header + xing_frames);
+            if (frame_count == 0) {
+                return 1;
+            }
+        }
+        if ((flags & flag_bytes) != 0) {
+            byte_count = ReadBE32(header + xing_bytes);
+        }
+        parse_encoder(header, info, annotation);
+    } else if (vbri) {
+        byte_count = ReadBE32(header + vbri_bytes);
+        frame_count = ReadBE32(header + vbri_frames);
+        if (frame_count == 0) {
+            return 1;
+        }
+    }
+    if (xing || vbri) {
+        if (frame_count <= 1) {
+            return 1;
+        }
+        // The header's own frame is not part of the stream.
+        info->average_bitrate = average_bitrate(info, byte_count, frame_count - 1);
+        if (info->version_code == 10 && info->layer == 1) {
+            --frame_count;
+        }
+    }
+    info->frame_count = frame_count;
+    if (info->rate_mode != rate_mode_variable) {
+        info->rate_mode = rate_mode_constant;
+    }
+    copy_text(info->encoder_annotation, annotation);
+    return 0;
+}
+
+} // namespace zat

@@ -1,0 +1,215 @@
+#include "detect/driver.h"
+
+#include "common/file_window.h"
+#include "common/messages.h"
+#include "common/tag_sizes.h"
+#include "detect/ac3_probe.h"
+#include "detect/mpeg_probes.h"
+#include "detect/quicktime_brand.h"
+#include "detect/signatures.h"
+#include "detect/text_check.h"
+#include "detect/ts_probes.h"
+
+#include <algorithm>
+#include <cstring>
+#include <string_view>
+
+namespace zat {
+
+namespace {
+
+// No probe sees more than this of a file.
+constexpr uint32_t view_size = 5242880;
+
+// More zeros than this at the start are no padding any more.
+constexpr uint32_t zero_limit = 2048;
+
+// An ID3v2 tag of this size or more is stepped over with a read of its own, a smaller one within
+// what the view loads anyway.
+constexpr uint32_t large_tag = 4096;
+
+// The result and, for a refusal, the line that says why.
+int refuse(DetectContext* context, uint32_t type_code, int result, std::string_view text) {
+    context->type_code = type_code;
+    copy_text(context->general[0], text);
+    context->general_count = 1;
+    return result;
+}
+
+int accept(DetectContext* context, uint32_t type_code, int64_t stream_start) {
+    context->type_code = type_code;
+    context->stream_start = static_cast<int32_t>(stream_start);
+    return 0;
+}
+
+int accept_packets(DetectContext* context, uint32_t packet_size, int64_t stream_start) {
+    return accept(context, packet_size == ts_packet_size ? FILETYPE_MPEG2_TS : FILETYPE_MPEG2_M2TS,
+        stream_start);
+}
+
+struct Refusal {
+    char magic[3];
+    const char* text;
+};
+
+constexpr Refusal refusals[] = {
+    {"MZ", message::exe_file},
+    {"PK", message::zip_file},
+};
+
+bool has_tag_at(FileWindow* window, int64_t position, uint32_t first_tag_size) {
+    uint8_t id[3] = {};
+    if (position > view_size - int64_t{sizeof id}) {
+        return false;
+    }
+    const auto at = static_cast<uint32_t>(position);
+    if (first_tag_size >= large_tag && at + sizeof id > window->loaded) {
+        read_at(window->file, position, id, sizeof id);
+    } else {
+        std::memcpy(id, window_at(window, at, sizeof id), sizeof id);
+    }
+    return starts_with(id, "ID3");
+}
+
+// File position behind the ID3v2 tags at the start. A further tag counts with the first one's size.
+int64_t end_of_tags(FileWindow* window) {
+    window_load(window, id3v2_header_size);
+    const uint32_t size = Id3v2Size(window->bytes);
+    int64_t end = size;
+    while (size > 0 && has_tag_at(window, end, size)) {
+        end += size;
+    }
+    return end;
+}
+
+// Loads more only while the bytes at hand leave the answer open.
+int64_t find_packets(FileWindow* window, uint32_t* packet_size) {
+    for (;;) {
+        const int64_t position = TsFullCheck(window_bytes(window), packet_size);
+        if (position != ts_wants_more || window->complete) {
+            return position;
+        }
+        window_load(window, window->loaded + 1);
+    }
+}
+
+size_t leading_zeros(Bytes bytes) {
+    return static_cast<size_t>(std::find_if(bytes.begin(), bytes.end(), [](uint8_t byte) {
+        return byte != 0;
+    }) - bytes.begin());
+}
+
+// Streams that begin somewhere in the view.
+int search_streams(FileWindow* window, DetectContext* context) {
+    const size_t zeros = leading_zeros(window_bytes(window));
+    if (zeros > zero_limit) {
+        return refuse(context, FILETYPE_UNKNOWN, 0, message::dummy_data);
+    }
+    window_load(window, static_cast<uint32_t>(zeros) + mpeg_audio_reach);
+    int64_t position = MpegAudioCheck(window_bytes(window).subspan(zeros), MpegAudioMode::search);
+    if (position >= 0) {
+        return accept(context, FILETYPE_MP3, static_cast<int64_t>(zeros) + position);
+    }
+    window_load_all(window);
+    const Bytes bytes = window_bytes(window).subspan(zeros);
+    position = MpegSequenceCheck(bytes);
+    if (position >= 0) {
+        return accept(context, FILETYPE_MPEG, static_cast<int64_t>(zeros) + position);
+    }
+    uint32_t packet_size = 0;
+    if (TsTwoPacketCheck(bytes, &packet_size) == 0) {
+        return accept(context, FILETYPE_MPEG2_TS, static_cast<int64_t>(zeros)); // of either size
+    }
+    position = Ac3SyncCheck(bytes);
+    if (position >= 0) {
+        return accept(context, FILETYPE_AC3, static_cast<int64_t>(zeros) + position);
+    }
+    context->type_code = FILETYPE_UNKNOWN;
+    return -6;
+}
+
+// The probes, from the surest to the most lenient, on the bytes behind the tags.
+int probe(FileWindow* window, DetectContext* context) {
+    const Bytes start = window_bytes(window);
+    const int64_t wrapped = WrappedMp3Check(start);
+    if (wrapped > 0) {
+        return accept(context, FILETYPE_SHOCKWAVEMP3, wrapped);
+    }
+    for (const auto check : {CheckHeaderSignature, QuickTimeBrandCheck}) {
+        const uint32_t type_code = check(start);
+        if (type_code != FILETYPE_UNKNOWN) {
+            context->type_code = type_code;
+            return 0;
+        }
+    }
+    if (MpegAudioCheck(start, MpegAudioMode::at_start) >= 0) {
+        return accept(context, FILETYPE_MP3, 0);
+    }
+    uint32_t packet_size = 0;
+    const int64_t packets = find_packets(window, &packet_size);
+    if (packets >= 0) {
+        return accept_packets(context, packet_size, packets);
+    }
+    const Bytes bytes = window_bytes(window);
+    if (TsTwoPacketCheck(bytes, &packet_size) == 0) {
+        return accept_packets(context, packet_size, 0);
+    }
+    // Packets of 188 bytes have been accepted by now. A start code at the start, too, ends here at
+    // the latest: the signatures leave it only with a sync byte behind it.
+    if (TsOnePacketCheck(bytes) == 0) {
+        return accept_packets(context, timestamped_packet_size, 0);
+    }
+    return search_streams(window, context);
+}
+
+int classify(FileWindow* window, DetectContext* context) {
+    if (window->file->size == 0) {
+        return refuse(context, FILETYPE_UNKNOWN, -4, message::empty_file);
+    }
+    if (window_load(window, 1) == 0) {
+        return refuse(context, FILETYPE_ERROR, -3, message::read_failed);
+    }
+    if (TextFileCheck(window, window->file->size) == 0) {
+        return refuse(context, FILETYPE_UNKNOWN, -5, message::text_file);
+    }
+    for (const Refusal& row : refusals) {
+        if (starts_with(window->bytes, row.magic)) {
+            return refuse(context, FILETYPE_UNKNOWN, -5, row.text);
+        }
+    }
+    const int64_t stream = end_of_tags(window);
+    if (stream > 0) {
+        window_move(window, stream);
+        if (window_load(window, 1) == 0) {
+            return refuse(context, FILETYPE_ERROR, -3, message::read_failed);
+        }
+    }
+    return probe(window, context);
+}
+
+} // namespace
+
+int detect(DetectContext* context) {
+    if (context->path_length > path_limit) {
+        const int result = refuse(context, FILETYPE_PATHTOOLONG, -1, "");
+        format_text(context->general[0], line_size, message::path_too_long,
+            static_cast<int>(context->path_length), static_cast<int>(path_limit));
+        return result;
+    }
+    FileRecord file;
+    if (context->path_length == path_limit || FileOpen(&file, context->path) != 0) {
+        return refuse(context, FILETYPE_OPENFAILED, -1, message::open_failed);
+    }
+    context->file_size = file.size;
+    FileWindow window;
+    window_open(&window, &file, 0, view_size);
+    int result = classify(&window, context);
+    if (window.no_memory) {
+        result = refuse(context, FILETYPE_ERROR, -2, message::buffer_failed);
+    }
+    window_close(&window);
+    FileClose(&file);
+    return result;
+}
+
+} // namespace zat

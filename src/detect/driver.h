@@ -1,0 +1,34 @@
+// Decides from a file's bytes, never from its name, what it is.
+#pragma once
+
+#include "common/text.h"
+#include "zat/zat.h"
+
+#include <cstddef>
+#include <cstdint>
+
+namespace zat {
+
+// The longest path text; one of exactly this length leaves no room for its terminator and does not
+// open.
+constexpr size_t path_limit = 512;
+
+// The driver's working record.
+struct DetectContext {
+    char path[path_limit];
+    size_t path_length; // bytes; more than path_limit when the text did not fit
+    uint32_t type_code;
+    int32_t stream_start; // byte position of the stream in the view behind a leading tag, set to -1
+                          // by the caller; written for streams that a probe found
+    int64_t file_size;    // bytes; 0 for a file that does not open
+    char general[2][line_size];
+    int32_t general_count;
+};
+
+// Decides the type of the file at context->path; the context is cleared but for path, path length
+// and stream start. Returns 0 when a probe decided, else a negative reason: -1 not opened, -2 no
+// memory, -3 nothing read, -4 empty, -5 refused, -6 nothing matched. The type is always written; a
+// refusal writes its general line.
+int detect(DetectContext* context);
+
+} // namespace zat

@@ -1,0 +1,14 @@
+// Files that begin with a magic number.
+#pragma once
+
+#include "common/bytes.h"
+
+#include <cstdint>
+
+namespace zat {
+
+// The type of the first signature in the table's order that a file beginning with `bytes` has;
+// FILETYPE_UNKNOWN without one. Looks at no more than 197 bytes.
+uint32_t CheckHeaderSignature(Bytes bytes);
+
+} // namespace zat
