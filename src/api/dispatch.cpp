@@ -4,6 +4,8 @@
 #include "audio/dts_file.h"
 #include "audio/mp3_file.h"
 #include "audio/wav_file.h"
+#include "container/flv.h"
+#include "container/realmedia.h"
 
 #include <cstddef>
 #include <iterator>
@@ -28,6 +30,8 @@ constexpr Row rows[] = {
     {FILETYPE_RMP3, AnalyzeRmp3File},
     {FILETYPE_AC3, ac3_file},
     {FILETYPE_DTS16BE, dts_file},
+    {FILETYPE_FLV, AnalyzeFlvFile},
+    {FILETYPE_REALMEDIA, AnalyzeRealMediaFile},
 };
 
 constexpr bool has_duplicate_codes() {
