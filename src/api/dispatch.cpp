@@ -1,5 +1,7 @@
 #include "api/dispatch.h"
 
+#include "audio/ac3_file.h"
+#include "audio/dts_file.h"
 #include "audio/mp3_file.h"
 
 #include <cstddef>
@@ -22,6 +24,8 @@ constexpr Row rows[] = {
     {FILETYPE_MP3, AnalyzeMp3File},
     {FILETYPE_SHOCKWAVEMP3, AnalyzeMp3File},
     {FILETYPE_RMP3, AnalyzeRmp3File},
+    {FILETYPE_AC3, ac3_file},
+    {FILETYPE_DTS16BE, dts_file},
 };
 
 constexpr bool has_duplicate_codes() {
