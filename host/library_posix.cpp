@@ -27,8 +27,8 @@ std::string load_library(Library* library) {
     const std::string directory = program_directory();
     void* handle = nullptr;
     for (const std::string& path :
-        {directory + "libzat.so", directory + "../" ZAT_LIBRARY_DIR "/libzat.so",
-            directory + "../lib/libzat.so", std::string("libzat.so")}) {
+        {directory + "libzat.so", directory + "../" ZAT_LIBRARY_DIR "/libzat.so.1",
+            directory + "../lib/libzat.so.1", std::string("libzat.so.1")}) {
         handle = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
         if (handle != nullptr) {
             break;

@@ -1,0 +1,53 @@
+# Where cmake --install puts things, and what cpack packs: a .deb of the native build, a .zip of a
+# Windows one.
+include(CMakePackageConfigHelpers)
+
+if(WIN32)
+    # What a Windows host's author unpacks: everything a program needs side by side.
+    install(TARGETS zat_lib zat RUNTIME DESTINATION .)
+    get_target_property(library_name zat_lib OUTPUT_NAME)
+    install(FILES ${CMAKE_BINARY_DIR}/${library_name}.lib src/api/${library_name}.def DESTINATION lib)
+    install(FILES include/zat/zat.h DESTINATION include/zat)
+    install(FILES catalogue/zat-codec.ini README.md README.ja.md DESTINATION .)
+    install(FILES docs/host-guide.md docs/lines.md docs/zat.schema.json DESTINATION docs)
+    install(FILES bindings/python/zat.py DESTINATION bindings/python)
+    set(CPACK_GENERATOR ZIP)
+    set(CPACK_PACKAGE_FILE_NAME zat-${PROJECT_VERSION}-win${ZAT_POINTER_BITS})
+else()
+    install(TARGETS zat_lib EXPORT zatTargets)
+    install(TARGETS zat)
+    install(FILES include/zat/zat.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/zat)
+    install(FILES catalogue/zat-codec.ini DESTINATION ${CMAKE_INSTALL_DATADIR}/zat)
+    install(FILES README.md README.ja.md docs/host-guide.md docs/lines.md docs/zat.schema.json
+        DESTINATION ${CMAKE_INSTALL_DOCDIR})
+    install(FILES bindings/python/zat.py DESTINATION ${CMAKE_INSTALL_DATADIR}/zat)
+
+    install(EXPORT zatTargets NAMESPACE zat:: DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/zat)
+    write_basic_package_version_file(${CMAKE_BINARY_DIR}/zatConfigVersion.cmake
+        COMPATIBILITY SameMajorVersion)
+    configure_package_config_file(cmake/zatConfig.cmake.in ${CMAKE_BINARY_DIR}/zatConfig.cmake
+        INSTALL_DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/zat PATH_VARS CMAKE_INSTALL_DATADIR)
+    install(FILES ${CMAKE_BINARY_DIR}/zatConfig.cmake ${CMAKE_BINARY_DIR}/zatConfigVersion.cmake
+        DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/zat)
+
+    # Relative to where the file lies, so that an unpacked tree works from any place.
+    file(RELATIVE_PATH ZAT_PC_PREFIX /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
+    configure_file(cmake/zat.pc.in ${CMAKE_BINARY_DIR}/zat.pc @ONLY)
+    install(FILES ${CMAKE_BINARY_DIR}/zat.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+
+    set(CPACK_GENERATOR DEB)
+    set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+    set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+    set(CPACK_DEBIAN_PACKAGE_SECTION video)
+    set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+endif()
+
+set(CPACK_PACKAGE_NAME zat)
+set(CPACK_PACKAGE_VENDOR zat)
+set(CPACK_PACKAGE_CONTACT "zat maintainers <zat@localhost>")
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${PROJECT_DESCRIPTION}")
+set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
+set(CPACK_PACKAGE_DIRECTORY ${CMAKE_BINARY_DIR}/package)
+set(CPACK_STRIP_FILES ON)
+set(CPACK_VERBATIM_VARIABLES ON)
+include(CPack)
