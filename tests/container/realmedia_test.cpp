@@ -41,7 +41,7 @@ Data properties(uint64_t packet_size, uint64_t duration) {
 
 struct Stream {
     std::string_view name;
-    std::string_view mime = "";
+    std::string_view mime{};
     uint64_t start = 0;
     uint64_t duration = 0;
     int version = 0;
