@@ -3,7 +3,7 @@
 zat_cache=${ZAT_CACHE:-${XDG_CACHE_HOME:-${HOME:-/root}/.cache}/zat}
 
 # The architectures that ./check runs Windows programs of.
-wine_architectures=(i386)
+wine_architectures=(i386 amd64)
 
 # Raise this when make_wine_root changes: directories made by an older one are then made again.
 wine_recipe=1

@@ -1,6 +1,9 @@
 #include "api/dispatch.h"
 
+#include "audio/ac3_file.h"
+#include "audio/dts_file.h"
 #include "audio/mp3_file.h"
+#include "audio/wav_file.h"
 #include "container/flv.h"
 #include "container/realmedia.h"
 
@@ -21,9 +24,12 @@ struct Row {
 // A code without a row has no analyser: its record holds what detection wrote. Results are not
 // looked at; what an analyser could not read is missing in the record, and that says it.
 constexpr Row rows[] = {
+    {FILETYPE_WAV, AnalyzeWavFile},
     {FILETYPE_MP3, AnalyzeMp3File},
     {FILETYPE_SHOCKWAVEMP3, AnalyzeMp3File},
     {FILETYPE_RMP3, AnalyzeRmp3File},
+    {FILETYPE_AC3, ac3_file},
+    {FILETYPE_DTS16BE, dts_file},
     {FILETYPE_FLV, AnalyzeFlvFile},
     {FILETYPE_REALMEDIA, AnalyzeRealMediaFile},
 };

@@ -1,0 +1,241 @@
+"""What a user of the command line sees: exit status, standard output, standard error.
+
+    cli_test.py PROGRAM...    PROGRAM and its first arguments, such as: build/linux/zat
+"""
+
+import contextlib
+import csv
+import io
+import json
+import os
+import pathlib
+import shutil
+import signal
+import subprocess
+import sys
+import tempfile
+import time
+import unittest
+
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+PROGRAM = sys.argv[1:]
+WINDOWS = any(argument.endswith(".exe") for argument in PROGRAM)
+SAMPLE = "sine-vbr.mp3"
+OK, FAILURES, USAGE = 0, 1, 2
+
+
+def zat(*arguments, **options):
+    options.setdefault("stdin", subprocess.DEVNULL)
+    if "input" in options:
+        del options["stdin"]
+    done = subprocess.run([*PROGRAM, *arguments], capture_output=True, timeout=120, **options)
+    out = done.stdout
+    if WINDOWS and b"--raw" not in [os.fsencode(a) for a in arguments]:
+        out = out.replace(b"\r\n", b"\n")
+    return done.returncode, out, done.stderr.replace(b"\r\n", b"\n")
+
+
+def text_of(output):
+    # Under Wine without a console the output is in the console's code page, which is 932 here.
+    return output.decode("cp932" if WINDOWS else "utf-8")
+
+
+@contextlib.contextmanager
+def folder():
+    with tempfile.TemporaryDirectory(dir=ROOT / "build") as name:
+        before = os.getcwd()
+        os.chdir(name)
+        try:
+            yield pathlib.Path(name)
+        finally:
+            os.chdir(before)
+
+
+class Cli(unittest.TestCase):
+    def setUp(self):
+        self.exit_stack = contextlib.ExitStack()
+        self.addCleanup(self.exit_stack.close)
+        self.folder = self.exit_stack.enter_context(folder())
+        shutil.copy(ROOT / "samples" / SAMPLE, self.folder)
+        (self.folder / "unknown.bin").write_bytes(bytes(range(256)) * 40)
+
+    def check(self, arguments, status, out=(), err=(), **options):
+        actual, stdout, stderr = zat(*arguments, **options)
+        shown = f"{arguments}\n{stdout!r}\n{stderr!r}"
+        self.assertEqual(actual, status, shown)
+        stdout, stderr = text_of(stdout), text_of(stderr)
+        for part in [out] if isinstance(out, str) else out:
+            self.assertIn(part, stdout, shown)
+        for part in [err] if isinstance(err, str) else err:
+            self.assertIn(part, stderr, shown)
+        if not out:
+            self.assertEqual(stdout, "", shown)
+        if not err:
+            self.assertEqual(stderr, "", shown)
+        return stdout, stderr
+
+    def test_options(self):
+        line = "MPEG1-LayerIII 44100Hz [VBR Xing"
+        (self.folder / "list.txt").write_text(f"\n{SAMPLE}\n\n")
+        rows = [
+            # arguments, status, standard output, standard error
+            ([SAMPLE], OK, [line, "Byte 0:00:"], ""),
+            (["--help"], OK, ["Usage: zat", "Examples:", "--files-from", "Exit status"], ""),
+            (["--version"], OK, "zat 1.0.0 (library build 161225)", ""),
+            ([], USAGE, "", "no file named"),
+            (["--nonsense", SAMPLE], USAGE, "", "--nonsense"),
+            (["--format", "xml", SAMPLE], USAGE, "", "xml"),
+            (["--jobs", "0", SAMPLE], USAGE, "", "--jobs"),
+            (["missing.mp3"], FAILURES, "", "missing.mp3: "),
+            (["missing.mp3", SAMPLE], FAILURES, line, "missing.mp3: "),
+            (["--quiet", "missing.mp3", SAMPLE], FAILURES, line, ""),
+            (["unknown.bin"], FAILURES, "[1:0.0.0]", ["unknown.bin: unknown type", "未対応の形式"]),
+            (["--detect-only", SAMPLE], OK, "[106:0.0.0]", ""),
+            (["--files-from", "list.txt"], OK, [f"==> {SAMPLE} <==", line], ""),
+            (["--files-from", "missing.txt"], FAILURES, "", "missing.txt: "),
+            (["--jobs", "3", SAMPLE, SAMPLE], OK, line, ""),
+        ]
+        for arguments, status, out, err in rows:
+            with self.subTest(arguments=arguments):
+                self.check(arguments, status, out, err)
+
+    def test_list_on_standard_input(self):
+        for arguments, listed in [
+            (["-"], f"{SAMPLE}\n\n{SAMPLE}"),
+            (["-0", "-"], f"{SAMPLE}\0\0{SAMPLE}\0"),
+            (["-0", "--files-from", "-"], f"{SAMPLE}\0{SAMPLE}"),
+        ]:
+            with self.subTest(arguments=arguments):
+                out, _ = self.check(arguments, OK, "MPEG1-LayerIII", input=listed.encode())
+                self.assertEqual(out.count("==> "), 2)
+
+    def test_directories_are_walked_in_order(self):
+        for name in ["b/2.mp3", "b/10.mp3", "a/z/1.mp3", "c.mp3"]:
+            path = self.folder / "tree" / name
+            path.parent.mkdir(parents=True, exist_ok=True)
+            shutil.copy(SAMPLE, path)
+        if not WINDOWS:
+            os.symlink("..", self.folder / "tree/b/loop")
+        expected = ["tree/a/z/1.mp3", "tree/b/10.mp3", "tree/b/2.mp3", "tree/c.mp3"]
+        for jobs in ["1", "4"]:
+            out, _ = self.check(["--jobs", jobs, "--format", "jsonl", "tree"], OK, "{")
+            self.assertEqual([json.loads(line)["path"] for line in out.splitlines()], expected)
+
+    def test_raw_report(self):
+        status, out, _ = zat("--raw", "unknown.bin", "-q")
+        self.assertEqual(status, FAILURES)
+        self.assertTrue(out.startswith("未対応の形式\r\n".encode("cp932")), out)
+
+    def test_json_follows_the_schema(self):
+        import jsonschema
+
+        schema = json.loads((ROOT / "docs" / "zat.schema.json").read_text())
+        jsonschema.Draft7Validator.check_schema(schema)
+        arguments = ["--format", "json", "--with-report", SAMPLE, "missing.mp3", "unknown.bin", "-q"]
+        _, out, _ = zat(*arguments)
+        records = json.loads(out.decode("utf-8"))
+        jsonschema.validate(records, schema)
+        self.assertEqual([record["path"] for record in records], [SAMPLE, "missing.mp3", "unknown.bin"])
+        self.assertEqual(records[0]["type"], {"code": 106, "name": "FILETYPE_MP3"})
+        self.assertEqual(records[0]["file_size"], os.path.getsize(SAMPLE))
+        self.assertIn("MPEG1-LayerIII", records[0]["report"])
+        self.assertIn("error", records[1])
+        self.assertEqual(records[2]["general"], ["未対応の形式"])
+        _, lines, _ = zat("--format", "jsonl", "--with-report", SAMPLE, "missing.mp3", "unknown.bin", "-q")
+        self.assertEqual([json.loads(line) for line in lines.decode("utf-8").splitlines()], records)
+        _, empty, _ = zat("--format", "json", "-", input=b"")
+        self.assertEqual(json.loads(empty), [])
+
+    def test_csv_has_a_row_a_stream(self):
+        _, out, _ = zat("--format", "csv", SAMPLE, "missing.mp3", "-q")
+        rows = list(csv.DictReader(io.StringIO(out.decode("utf-8"))))
+        self.assertEqual([row["kind"] for row in rows], ["audio", "extra", "error"])
+        self.assertTrue(rows[0]["line"].startswith("MPEG1-LayerIII"))
+        self.assertEqual(rows[0]["type_code"], "106")
+        self.assertGreater(float(rows[0]["play_time"]), 0)
+
+    def test_catalogue_option(self):
+        wav = b"RIFF$\0\0\0WAVEfmt \x10\0\0\0\x01\0\x01\0@\x1f\0\0@\x1f\0\0\x01\0\x08\0data\0\0\0\0"
+        (self.folder / "tone.wav").write_bytes(wav)
+        (self.folder / "own").mkdir()
+        (self.folder / "own" / "zat-codec.ini").write_text("[AVI-Audio]\n0001\tOwn name\n")
+        self.check(["tone.wav"], OK, "[PCM")
+        self.check(["--catalogue", "own", "tone.wav"], OK, "[Own name]")
+        self.check(["--catalogue", "nowhere", "tone.wav"], OK, "[C無0001]")
+
+    def test_names_outside_the_usual(self):
+        names = ["日本 語.mp3", "-dash.mp3"]
+        for name in names:
+            shutil.copy(SAMPLE, self.folder / name)
+            out, _ = self.check(["--format", "jsonl", "--", name], OK, "{") if not WINDOWS else ("", "")
+            if not WINDOWS:
+                self.assertEqual(json.loads(out)["path"], name)
+        if WINDOWS:
+            self.check([names[0]], OK, "MPEG1-LayerIII")
+
+    @unittest.skipIf(WINDOWS, "names are Unicode on Windows")
+    def test_names_of_any_bytes_and_length(self):
+        name = b"\xff\xfe.mp3"
+        shutil.copy(SAMPLE, name)
+        _, out, _ = zat("--format", "jsonl", name)
+        self.assertEqual(json.loads(out)["path"], "\ufffd\ufffd.mp3")
+        self.assertEqual(json.loads(out)["path_percent"], "%FF%FE.mp3")
+        deep = os.path.join(*["d" * 200] * 4)
+        os.makedirs(deep)
+        shutil.copy(SAMPLE, deep)
+        self.check([os.path.join(deep, SAMPLE)], OK, "MPEG1-LayerIII")
+
+    @unittest.skipIf(WINDOWS, "made with POSIX calls")
+    def test_what_is_no_file_is_passed_over(self):
+        os.mkfifo("pipe")
+        self.check(["pipe", "/dev/zero", SAMPLE], FAILURES, "MPEG1-LayerIII",
+                   ["pipe: is no regular file", "/dev/zero: is no regular file"])
+        if os.path.exists("/dev/full"):
+            with open("/dev/full", "wb") as full:
+                done = subprocess.run([*PROGRAM, SAMPLE], stdout=full, stderr=subprocess.PIPE)
+            self.assertEqual(done.returncode, FAILURES)
+            self.assertIn(b"standard output cannot be written", done.stderr)
+
+    @unittest.skipIf(WINDOWS, "made with POSIX calls")
+    def test_a_closed_pipe_is_no_error(self):
+        process = subprocess.Popen([*PROGRAM, *[SAMPLE] * 2000], stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+        process.stdout.read(10)
+        process.stdout.close()
+        self.assertEqual(process.stderr.read(), b"")
+        process.stderr.close()
+        self.assertEqual(process.wait(60), OK)
+
+    @unittest.skipIf(WINDOWS, "made with POSIX calls")
+    def test_an_interrupt_leaves_whole_output(self):
+        reader, writer = os.pipe()
+        process = subprocess.Popen([*PROGRAM, "--format", "json", "-"], stdin=reader, stdout=subprocess.PIPE)
+        os.close(reader)
+        os.write(writer, f"{SAMPLE}\n".encode())
+        head = process.stdout.read(20)
+        process.send_signal(signal.SIGINT)
+        out = head + process.stdout.read()
+        os.close(writer)
+        process.stdout.close()
+        self.assertEqual(process.wait(60), 130)
+        self.assertEqual(len(json.loads(out)), 1)
+
+    @unittest.skipIf(WINDOWS, "the same code; slow to start")
+    def test_a_hundred_thousand_paths(self):
+        listed = f"{SAMPLE}\n".encode() * 100000
+        start = time.monotonic()
+        done = subprocess.run([*PROGRAM, "--format", "jsonl", "-"], input=listed, capture_output=True)
+        self.assertEqual(done.returncode, OK)
+        self.assertEqual(done.stdout.count(b"\n"), 100000)
+        self.assertLess(time.monotonic() - start, 100)
+
+    @unittest.skipUnless(WINDOWS, "shells expand them elsewhere")
+    def test_wildcards(self):
+        shutil.copy(SAMPLE, "other.mp3")
+        out, _ = self.check(["*.mp3"], OK, "MPEG1-LayerIII")
+        self.assertEqual(out.count("==> "), 2)
+
+
+if __name__ == "__main__":
+    del sys.argv[1:]
+    PROGRAM = [str(pathlib.Path(part).resolve()) if os.path.sep in part else part for part in PROGRAM]
+    unittest.main()
