@@ -1,6 +1,7 @@
 #include "api/dispatch.h"
 
 #include "audio/mp3_file.h"
+#include "audio/wav_file.h"
 
 #include <cstddef>
 #include <iterator>
@@ -19,6 +20,7 @@ struct Row {
 // A code without a row has no analyser: its record holds what detection wrote. Results are not
 // looked at; what an analyser could not read is missing in the record, and that says it.
 constexpr Row rows[] = {
+    {FILETYPE_WAV, AnalyzeWavFile},
     {FILETYPE_MP3, AnalyzeMp3File},
     {FILETYPE_SHOCKWAVEMP3, AnalyzeMp3File},
     {FILETYPE_RMP3, AnalyzeRmp3File},

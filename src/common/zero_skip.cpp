@@ -11,6 +11,8 @@ namespace {
 constexpr uint32_t first_look = 64;
 constexpr uint32_t largest_look = 16384;
 
+} // namespace
+
 uint32_t leading_zeros(const uint8_t* bytes, uint32_t length) {
     uint32_t count = 0;
     for (uint64_t word = 0; length - count >= sizeof word; count += sizeof word) {
@@ -24,8 +26,6 @@ uint32_t leading_zeros(const uint8_t* bytes, uint32_t length) {
     }
     return count;
 }
-
-} // namespace
 
 int64_t skip_zeros(FileRecord* file) {
     uint8_t bytes[largest_look];

@@ -1,0 +1,14 @@
+// RIFF WAVE files, with whatever their chunks announce: PCM, compressed audio named through the
+// codec catalogue, DTS and MPEG audio streams, Broadcast Wave and lossyWAV.
+#pragma once
+
+#include "zat/zat.h"
+
+namespace zat {
+
+// Describes record->path in one audio line, with the chain of chunks as an extra line. Returns 0,
+// or 1 when the file does not open or a DTS stream's header is damaged; the record then holds what
+// was found before.
+int AnalyzeWavFile(InfoRecord* record);
+
+} // namespace zat

@@ -1,0 +1,68 @@
+#include "common/block_reader.h"
+
+#include "common/zero_skip.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace zat {
+
+namespace {
+
+// The bytes that the block shows from a file position, loaded if need be; 0 at the end of the file.
+uint32_t load(BlockReader* reader, int64_t position, const uint8_t** bytes) {
+    const int64_t end = reader->start + reader->loaded;
+    if (position < reader->start || position >= end) {
+        if (position < 0 || position >= reader->file->size) {
+            return 0;
+        }
+        const bool goes_on = position == end && reader->loaded != 0;
+        reader->start = position;
+        reader->loaded = read_at(reader->file, position, reader->block,
+            goes_on ? BlockReader::block_size : BlockReader::jump_size);
+    }
+    const auto offset = static_cast<uint32_t>(position - reader->start);
+    *bytes = reader->block + offset;
+    return reader->loaded - offset;
+}
+
+} // namespace
+
+void block_open(BlockReader* reader, FileRecord* file) {
+    reader->file = file;
+    reader->start = 0;
+    reader->loaded = 0;
+}
+
+uint32_t block_read(BlockReader* reader, int64_t position, void* destination, uint32_t count) {
+    auto* out = static_cast<uint8_t*>(destination);
+    uint32_t done = 0;
+    while (done < count) {
+        const uint8_t* bytes = nullptr;
+        const uint32_t ready = std::min(load(reader, position + done, &bytes), count - done);
+        if (ready == 0) {
+            break;
+        }
+        std::memcpy(out + done, bytes, ready);
+        done += ready;
+    }
+    return done;
+}
+
+int64_t block_count_zeros(BlockReader* reader, int64_t position) {
+    int64_t zeros = 0;
+    for (;;) {
+        const uint8_t* bytes = nullptr;
+        const uint32_t ready = load(reader, position + zeros, &bytes);
+        if (ready == 0) {
+            return -1;
+        }
+        const uint32_t run = leading_zeros(bytes, ready);
+        zeros += run;
+        if (run < ready) {
+            return zeros;
+        }
+    }
+}
+
+} // namespace zat

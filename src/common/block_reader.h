@@ -1,0 +1,33 @@
+// Many small reads that mostly go forward, such as the headers of a file's chunks, at the cost of a
+// few large ones.
+#pragma once
+
+#include "common/file_access.h"
+
+#include <cstdint>
+
+namespace zat {
+
+struct BlockReader {
+    // Behind a jump little may be wanted; whoever reads on gets whole blocks.
+    static constexpr uint32_t jump_size = 4096;
+    static constexpr uint32_t block_size = 32768;
+
+    FileRecord* file = nullptr;
+    int64_t start = 0;   // file position of the block
+    uint32_t loaded = 0; // bytes of it
+    uint8_t block[block_size];
+};
+
+// Starts on an open file; reads nothing yet.
+void block_open(BlockReader* reader, FileRecord* file);
+
+// Copies up to `count` bytes from a file position. Returns the bytes copied: fewer at the end of
+// the file.
+uint32_t block_read(BlockReader* reader, int64_t position, void* destination, uint32_t count);
+
+// The number of zero bytes from a file position up to the first other byte, or -1 when the file
+// ends before one.
+int64_t block_count_zeros(BlockReader* reader, int64_t position);
+
+} // namespace zat

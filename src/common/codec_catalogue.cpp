@@ -1,0 +1,152 @@
+#include "common/codec_catalogue.h"
+
+#include "common/catalogue_directory.h"
+#include "common/file_access.h"
+#include "common/messages.h"
+#include "common/text.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+
+namespace zat {
+
+namespace {
+
+constexpr std::string_view file_name = "zat-codec.ini";
+
+// The one section where a later match replaces an earlier one: its range keys stand first.
+constexpr std::string_view last_match_section = "[MPEG2-TS-PID]";
+
+// Characters of a line, its newline included; what is longer continues as a line of its own.
+constexpr size_t line_limit = 255;
+
+// Reads a text file line by line through one block, however large the file and its lines are.
+struct LineReader {
+    FileRecord* file;
+    size_t at = 0;
+    size_t end = 0;
+    bool at_end_of_file = false;
+    char block[16384];
+};
+
+// Makes the longest possible line visible at once: "\r\n" counts as one character.
+void fill_block(LineReader* reader) {
+    const size_t rest = reader->end - reader->at;
+    std::memmove(reader->block, reader->block + reader->at, rest);
+    const uint32_t got = FileRead(
+        reader->file, reader->block + rest, static_cast<uint32_t>(sizeof reader->block - rest));
+    reader->at = 0;
+    reader->end = rest + got;
+    reader->at_end_of_file = got == 0 || reader->file->position >= reader->file->size;
+}
+
+// The next line without its newline, up to its first zero byte; valid until the next call. False
+// at the end of the file.
+bool read_line(LineReader* reader, std::string_view* line) {
+    constexpr size_t window = line_limit + 1;
+    while (reader->end - reader->at < window && !reader->at_end_of_file) {
+        fill_block(reader);
+    }
+    const char* text = reader->block + reader->at;
+    const size_t available = std::min(reader->end - reader->at, window);
+    if (available == 0) {
+        return false;
+    }
+    size_t length = std::min(available, line_limit);
+    size_t used = length;
+    const void* newline = std::memchr(text, '\n', available);
+    if (newline != nullptr) {
+        const auto raw = static_cast<size_t>(static_cast<const char*>(newline) - text);
+        const size_t shown = raw != 0 && text[raw - 1] == '\r' ? raw - 1 : raw;
+        if (shown < line_limit) {
+            length = shown;
+            used = raw + 1;
+        }
+    }
+    reader->at += used;
+    *line = bounded_text(text, length);
+    return true;
+}
+
+// True for an entry that matches the key.
+bool entry_matches(std::string_view line, std::string_view key, std::string_view* name) {
+    if (line.empty() || key.empty() || line.front() != key.front()) {
+        return false; // before the search for the tab: this is most lines
+    }
+    const size_t tab = line.rfind('\t');
+    if (tab == std::string_view::npos || tab == 0 || !key.starts_with(line.substr(0, tab))) {
+        return false;
+    }
+    *name = line.substr(tab + 1);
+    return true;
+}
+
+int search(LineReader* reader, CodecQuery* query) {
+    const std::string_view section = bounded_text(query->section);
+    const std::string_view key = bounded_text(query->key);
+    const bool last_wins = section == last_match_section;
+    bool in_section = false;
+    int result = codec_not_listed;
+    std::string_view line;
+    while (read_line(reader, &line)) {
+        if (line.starts_with('[')) {
+            if (in_section) {
+                return codec_not_listed;
+            }
+            // A header that is only the beginning of the wanted one opens the section as well.
+            in_section = section.starts_with(line);
+            continue;
+        }
+        std::string_view name;
+        if (!in_section || line.starts_with('\'') || !entry_matches(line, key, &name)) {
+            continue;
+        }
+        copy_text(query->result, name);
+        result = codec_found;
+        if (!last_wins) {
+            break;
+        }
+    }
+    return result;
+}
+
+} // namespace
+
+int CodecLookup(CodecQuery* query) {
+    FileRecord file;
+    if (FileOpen(&file, query->file_path) != 0) {
+        return codec_no_catalogue;
+    }
+    LineReader reader;
+    reader.file = &file;
+    const int result = search(&reader, query);
+    FileClose(&file);
+    return result;
+}
+
+int codec_name(std::string_view section, std::string_view key, std::string_view shown, char* out,
+    size_t size) {
+    const std::string_view directory = catalogue_directory();
+    CodecQuery query{};
+    int result = codec_no_catalogue;
+    // A path that would not fit is no file's; cut, it might be another file's.
+    if (directory.size() + file_name.size() < sizeof query.file_path) {
+        copy_text(query.file_path, directory);
+        append_text(query.file_path, file_name);
+        copy_text(query.section, section);
+        copy_text(query.key, key);
+        result = CodecLookup(&query);
+    }
+    if (result == codec_found) {
+        copy_text(out, size, bounded_text(query.result));
+        return result;
+    }
+    char code[line_size];
+    copy_text(code, shown);
+    format_text(
+        out, size, result == codec_not_listed ? message::not_listed : message::no_catalogue, code);
+    return result;
+}
+
+} // namespace zat
