@@ -1,0 +1,49 @@
+// The H.264 sequence parameter set (ITU-T H.264, 7.3.2.1.1 and Annex E).
+#pragma once
+
+#include <cstdint>
+
+namespace zat {
+
+// What a stream does not carry keeps the caller's value.
+struct AvcSequenceInfo {
+    uint32_t width = 0; // luma samples after cropping
+    uint32_t height = 0;
+    uint8_t bit_depth = 0; // luma
+    char codec_name[32] = {};
+    char profile_level[32] = {};
+    char aspect[32] = {};  // sample aspect ratio
+    double frame_rate = 0; // frames per second by the VUI timing; may be infinite or NaN
+    double bit_rate = 0;   // bit/s of the first NAL HRD entry
+    uint8_t fixed_frame_rate = 0;
+    uint8_t cbr = 0;
+    uint8_t frame_mbs_only = 0; // 1: progressive frames only
+};
+
+// Positions are bits from the NAL header on, emulation prevention bytes not counted.
+struct AvcParseState {
+    uint8_t error = 0;       // 1 when a position passed the end of the data
+    uint32_t total_bits = 0; // 8 × the NAL's bytes, emulation prevention bytes counted
+    uint32_t end_pos = 0;    // where the parse stopped
+    uint32_t vui_start = 0;
+    uint32_t nal_hrd_start = 0;
+    uint32_t vcl_hrd_start = 0;
+    uint32_t cpb_clamped = 0; // 1 when a cpb_cnt_minus1 was 32 or more
+    char reserved[512] = {};
+    uint8_t aspect_ratio_info_present_flag = 0;
+    uint8_t aspect_ratio_idc = 0;
+    uint16_t sar_width = 0;
+    uint16_t sar_height = 0;
+    // Of the flag, the idc, the width and the height above.
+    uint32_t aspect_field_pos[4] = {};
+};
+
+// Parses the NAL unit of `length` bytes that starts at its header byte (nal_unit_type 7). A length
+// of 0 writes nothing. The caller clears both records.
+//
+// state->error tells a truncated parameter set: when it ended before the VUI, the size, depth and
+// texts are not written; when it ended inside, they are.
+void ParseAvcSequenceParameterSet(
+    const uint8_t* nal, uint32_t length, AvcSequenceInfo* info, AvcParseState* state);
+
+} // namespace zat

@@ -1,0 +1,74 @@
+// MPEG-1 and MPEG-2 video: the sequence header (ISO/IEC 11172-2, 2.4.2.3; ISO/IEC
+// 13818-2, 6.2.2.1), the sequence and sequence display extensions (ISO/IEC 13818-2, 6.2.2.3
+// and 6.2.2.4), and the lines made of them. Callers find the start codes themselves, but for
+// mpeg2_video_line.
+#pragma once
+
+#include "common/bytes.h"
+
+#include <cstddef>
+#include <cstdint>
+
+namespace zat {
+
+struct SequenceHeader {
+    uint32_t width = 0;
+    uint32_t height = 0;
+    uint8_t aspect_code = 0;
+    uint8_t frame_rate_code = 0;
+    uint32_t bit_rate_value = 0; // units of 400 bit/s
+    uint32_t vbv_bytes = 0;
+};
+
+// The bit_rate_value that marks a variable bit rate.
+constexpr uint32_t variable_bit_rate = 0x3FFFF;
+
+struct SequenceExtension {
+    uint8_t profile = 0; // escape bit and profile indication together
+    uint8_t level = 0;
+    uint8_t progressive = 0;
+};
+
+struct SequenceDisplayExtension {
+    uint32_t display_horizontal_size = 0;
+    uint32_t display_vertical_size = 0;
+};
+
+constexpr size_t sequence_header_size = 8;
+
+// Reads the bytes that follow the start code 00 00 01 B3. Returns 0, or 1 when they are fewer than
+// sequence_header_size.
+int read_sequence_header(SequenceHeader* header, Bytes bytes);
+
+// Both read the bytes that follow the start code 00 00 01 B5. They return 0, or 1 when another kind
+// of extension stands there or the bytes end within it; the record is then left as it was.
+int read_sequence_extension(SequenceExtension* extension, Bytes bytes);
+int read_sequence_display_extension(SequenceDisplayExtension* extension, Bytes bytes);
+
+// Room for every name that profile_level_name writes, terminator included.
+constexpr size_t profile_level_size = 32;
+
+// Only the Main profile (4) has names; any other gives an empty text. `out` has
+// profile_level_size bytes.
+void profile_level_name(uint32_t profile, uint32_t level, char* out);
+
+// Texts of the 4-bit codes; a code above 15 gives an empty one.
+const char* mpeg1_aspect_name(uint32_t aspect_code);
+const char* mpeg2_aspect_name(uint32_t aspect_code);
+const char* frame_rate_name(uint32_t frame_rate_code);
+
+// The exact rate as a fraction, for an extra line; empty for the codes that have none.
+const char* frame_rate_fraction(uint32_t frame_rate_code);
+
+enum class MpegVideoVersion { mpeg1, mpeg2 };
+
+// The line of a program stream's video; an MPEG-1 stream passes a cleared extension. `out` has
+// line_size bytes.
+void mpeg_video_line(const SequenceHeader* header, const SequenceExtension* extension,
+    MpegVideoVersion version, char* out);
+
+// The line of a Matroska track: finds the headers in its codec-private data. Returns 0, or 1 with
+// an empty line when no whole sequence header is there. `out` has line_size bytes.
+int mpeg2_video_line(Bytes codec_private, char* out);
+
+} // namespace zat

@@ -1,0 +1,130 @@
+#include "video/mpeg_sequence.h"
+
+#include "common/text.h"
+#include "support/byte_builder.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace zat::test {
+namespace {
+
+// What follows the start code.
+std::vector<uint8_t> sequence_header(
+    int width, int height, int aspect, int rate, uint64_t bit_rate, uint64_t vbv) {
+    BitBuilder bits;
+    bits.bits(static_cast<uint64_t>(width), 12).bits(static_cast<uint64_t>(height), 12);
+    bits.bits(static_cast<uint64_t>(aspect), 4).bits(static_cast<uint64_t>(rate), 4);
+    return bits.bits(bit_rate, 18).bits(1, 1).bits(vbv, 10).bits(0, 3).bytes;
+}
+
+std::vector<uint8_t> sequence_extension(int profile, int level, int progressive) {
+    return ByteBuilder().raw({0x10 | profile, level << 4 | progressive << 3 | 2, 0}).bytes;
+}
+
+TEST(MpegSequence, WritesTheProgramStreamLine) {
+    constexpr auto one = MpegVideoVersion::mpeg1;
+    constexpr auto two = MpegVideoVersion::mpeg2;
+    struct Row {
+        MpegVideoVersion version;
+        std::vector<uint8_t> header;
+        std::vector<uint8_t> extension;
+        const char* expected;
+    };
+    const Row rows[] = {
+        {two, sequence_header(720, 576, 3, 3, 22500, 112), sequence_extension(4, 8, 0),
+            "720x576 16:9 9000kbps 25fps 229376Byte interlace MP@ML"},
+        {two, sequence_header(1920, 1080, 2, 4, 0x3FFFF, 112), sequence_extension(4, 4, 1),
+            "1920x1080 4:3 VBR 29.97fps Progressive MP@HL"},
+        {two, sequence_header(1440, 1080, 5, 15, 0x3FFFE, 1023), sequence_extension(1, 6, 1),
+            "1440x1080 0.8055 104856kbps reserved(15)fps 2095104Byte Progressive"},
+        {two, sequence_header(4095, 4095, 15, 8, 1, 0), sequence_extension(4, 5, 0),
+            "4095x4095 (15) 0kbps 60fps 0Byte interlace profile:4 level:5"},
+        {one, sequence_header(352, 288, 1, 0, 2875, 20), {},
+            "352x288 1:1 1150kbps forbidden(0)fps 40960Byte interlace"},
+        {one, sequence_header(352, 240, 3, 1, 2875, 20), {},
+            "352x240 16:9(PAL) 1150kbps 23.976fps 40960Byte interlace"},
+    };
+    for (const Row& row : rows) {
+        SequenceHeader header;
+        SequenceExtension extension;
+        char line[line_size];
+        EXPECT_EQ(read_sequence_header(&header, row.header), 0);
+        EXPECT_EQ(
+            read_sequence_extension(&extension, row.extension), row.extension.empty() ? 1 : 0);
+        mpeg_video_line(&header, &extension, row.version, line);
+        EXPECT_STREQ(line, row.expected);
+    }
+}
+
+TEST(MpegSequence, ReadsTheDisplaySizeBehindTheColours) {
+    for (const uint64_t colours : {0, 1}) {
+        BitBuilder bits;
+        bits.bits(2, 4).bits(5, 3).bits(colours, 1).bits(0x010101, colours != 0 ? 24 : 0);
+        bits.bits(540, 14).bits(1, 1).bits(480, 14).bits(0, 3);
+        SequenceDisplayExtension extension;
+        EXPECT_EQ(read_sequence_display_extension(&extension, bits.bytes), 0);
+        EXPECT_EQ(extension.display_horizontal_size, 540U);
+        EXPECT_EQ(extension.display_vertical_size, 480U);
+        bits.bytes.resize(4);
+        SequenceDisplayExtension cut;
+        EXPECT_EQ(read_sequence_display_extension(&cut, bits.bytes), 1);
+        EXPECT_EQ(cut.display_horizontal_size, 0U);
+    }
+}
+
+TEST(MpegSequence, FindsTheHeadersOfACodecPrivate) {
+    const auto header = [](int width) {
+        return ByteBuilder()
+            .raw({0, 0, 1, 0xB3})
+            .append(sequence_header(width, 480, 2, 4, 0x3FFFF, 112))
+            .bytes;
+    };
+    const auto extension = [](int level) {
+        return ByteBuilder().raw({0, 0, 1, 0xB5}).append(sequence_extension(4, level, 0)).bytes;
+    };
+    struct Row {
+        const char* name;
+        std::vector<uint8_t> bytes;
+        const char* expected;
+    };
+    const Row rows[] = {
+        {"no VBR form", ByteBuilder().append(header(720)).append(extension(8)).bytes,
+            "MPEG2 720x480 4:3 104857kbps 29.97fps 229376Byte Interlace MP@ML"},
+        {"the last header before the extension",
+            ByteBuilder()
+                .append(header(720))
+                .append(header(704))
+                .append(extension(8))
+                .append(header(352))
+                .bytes,
+            "MPEG2 704x480 4:3 104857kbps 29.97fps 229376Byte Interlace MP@ML"},
+        {"no extension", header(720), "MPEG2 720x480 4:3 104857kbps 29.97fps 229376Byte Interlace"},
+        {"another extension first",
+            ByteBuilder()
+                .append(header(720))
+                .raw({0, 0, 1, 0xB5, 0x23, 0, 0, 0})
+                .append(extension(4))
+                .bytes,
+            "MPEG2 720x480 4:3 104857kbps 29.97fps 229376Byte Interlace MP@HL"},
+        {"nothing", {}, ""},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        char line[line_size];
+        EXPECT_EQ(mpeg2_video_line(row.bytes, line), row.expected[0] == '\0' ? 1 : 0);
+        EXPECT_STREQ(line, row.expected);
+    }
+    // A header that is cut is none.
+    std::vector<uint8_t> cut = header(720);
+    while (!cut.empty()) {
+        cut.pop_back();
+        char line[line_size];
+        EXPECT_EQ(mpeg2_video_line(std::vector<uint8_t>(cut), line), 1);
+    }
+}
+
+} // namespace
+} // namespace zat::test
