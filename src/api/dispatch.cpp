@@ -1,8 +1,12 @@
 #include "api/dispatch.h"
 
+#include "audio/ac3_file.h"
+#include "audio/dts_file.h"
 #include "audio/mp3_file.h"
 #include "audio/wav_file.h"
+#include "container/flv.h"
 #include "container/mp4.h"
+#include "container/realmedia.h"
 
 #include <cstddef>
 #include <iterator>
@@ -29,6 +33,10 @@ constexpr Row rows[] = {
     {FILETYPE_MP3, AnalyzeMp3File},
     {FILETYPE_SHOCKWAVEMP3, AnalyzeMp3File},
     {FILETYPE_RMP3, AnalyzeRmp3File},
+    {FILETYPE_AC3, ac3_file},
+    {FILETYPE_DTS16BE, dts_file},
+    {FILETYPE_FLV, AnalyzeFlvFile},
+    {FILETYPE_REALMEDIA, AnalyzeRealMediaFile},
 };
 
 constexpr bool has_duplicate_codes() {

@@ -32,6 +32,23 @@ bool pass_ue(RbspReader* reader, AvcParseState* state) {
     return take_ue(reader, state, &ignored);
 }
 
+// The same for fields of one kind in a row.
+bool pass_each_u(RbspReader* reader, AvcParseState* state, int n, int fields) {
+    bool within = true;
+    for (int i = 0; i < fields && within; ++i) {
+        within = pass_u(reader, state, n);
+    }
+    return within;
+}
+
+bool pass_each_ue(RbspReader* reader, AvcParseState* state, int fields) {
+    bool within = true;
+    for (int i = 0; i < fields && within; ++i) {
+        within = pass_ue(reader, state);
+    }
+    return within;
+}
+
 // hrd_parameters()
 bool parse_hrd(RbspReader* reader, AvcHrd* hrd, AvcParseState* state) {
     hrd->cpb_cnt_minus1 = read_ue(reader);
@@ -58,10 +75,9 @@ bool parse_hrd(RbspReader* reader, AvcHrd* hrd, AvcParseState* state) {
             hrd->complete = !rbsp_overrun(reader);
         }
     }
-    return pass_u(reader, state, 5) && // initial_cpb_removal_delay_length_minus1
-           pass_u(reader, state, 5) && // cpb_removal_delay_length_minus1
-           pass_u(reader, state, 5) && // dpb_output_delay_length_minus1
-           pass_u(reader, state, 5);   // time_offset_length
+    // initial_cpb_removal_delay_length_minus1, cpb_removal_delay_length_minus1,
+    // dpb_output_delay_length_minus1, time_offset_length
+    return pass_each_u(reader, state, 5, 4);
 }
 
 bool parse_aspect(RbspReader* reader, AvcVui* vui, AvcParseState* state) {
@@ -109,16 +125,13 @@ bool pass_display_info(RbspReader* reader, AvcParseState* state) {
             !take_u(reader, state, 1, &colour_description_present_flag)) {
             return false;
         }
-        if (colour_description_present_flag != 0 &&
-            (!pass_u(reader, state, 8) ||     // colour_primaries
-                !pass_u(reader, state, 8) ||  // transfer_characteristics
-                !pass_u(reader, state, 8))) { // matrix_coefficients
+        // colour_primaries, transfer_characteristics, matrix_coefficients
+        if (colour_description_present_flag != 0 && !pass_each_u(reader, state, 8, 3)) {
             return false;
         }
     }
-    return take_u(reader, state, 1, &present) &&          // chroma_loc_info_present_flag
-           (present == 0 || (pass_ue(reader, state) &&    // chroma_sample_loc_type_top_field
-                                pass_ue(reader, state))); // chroma_sample_loc_type_bottom_field
+    // chroma_loc_info_present_flag; chroma_sample_loc_type_top_field and _bottom_field
+    return take_u(reader, state, 1, &present) && (present == 0 || pass_each_ue(reader, state, 2));
 }
 
 bool parse_timing(RbspReader* reader, AvcVui* vui, AvcParseState* state) {
@@ -171,11 +184,7 @@ void pass_bitstream_restriction(RbspReader* reader, AvcParseState* state) {
     }
     // max_bytes_per_pic_denom, max_bits_per_mb_denom, log2_max_mv_length_horizontal,
     // log2_max_mv_length_vertical, max_num_reorder_frames, max_dec_frame_buffering
-    for (int i = 0; i < 6; ++i) {
-        if (!pass_ue(reader, state)) {
-            return;
-        }
-    }
+    pass_each_ue(reader, state, 6);
 }
 
 } // namespace

@@ -1,0 +1,198 @@
+#include "audio/aac.h"
+
+#include "common/bits.h"
+#include "common/text.h"
+
+#include <iterator>
+#include <string_view>
+
+namespace zat {
+
+namespace {
+
+constexpr uint32_t sbr_sync_extension = 0x2B7;
+constexpr uint8_t object_type_lc = 2;
+constexpr uint8_t object_type_sbr = 5;
+constexpr size_t name_size = 64;
+
+// ISO/IEC 14496-3, table 1.18; -1 for reserved indices and the explicit rate.
+int32_t sample_rate_of(uint32_t index) {
+    static constexpr int32_t rates[] = {
+        96000, 88200, 64000, 48000, 44100, 32000, 24000, 22050, 16000, 12000, 11025, 8000, 7350};
+    static_assert(std::size(rates) == 13);
+    return index < std::size(rates) ? rates[index] : -1;
+}
+
+// Whether the container's rate tells of SBR that the configuration does not announce, or confirms
+// that which it does.
+bool container_tells_sbr(const AacConfig* cfg) {
+    const int32_t table_rate = sample_rate_of(cfg->sampling_frequency_index);
+    if (static_cast<uint32_t>(table_rate) == cfg->container_sample_rate) {
+        return false;
+    }
+    const bool is_double = static_cast<uint32_t>(2 * table_rate) == cfg->container_sample_rate;
+    if (cfg->extension_object_type == object_type_sbr) {
+        return is_double || cfg->sync_extension_type != sbr_sync_extension;
+    }
+    return cfg->object_type == object_type_lc && is_double;
+}
+
+// The kind of AAC with its SBR and PS marks.
+void stream_name(const AacConfig* cfg, char (&name)[name_size]) {
+    copy_text(name, "AAC");
+    if (cfg->object_type == object_type_lc) {
+        copy_text(name, cfg->extension_object_type == object_type_sbr ? "AAC HE(LC)" : "AAC LC");
+    }
+    if (cfg->sbr_flag == 1) {
+        copy_text(name, "AAC HE+SBR");
+    } else if (container_tells_sbr(cfg)) {
+        append_text(name, "+(SBR)");
+    }
+    if (std::string_view(name) == "AAC") {
+        AacObjectTypeName(cfg->object_type, name, sizeof name);
+    }
+    if (cfg->ps_implicit_flag != 0) {
+        append_text(name, "+(PS)");
+    }
+    if (cfg->ps_flag == 1) {
+        append_text(name, "+PS");
+    }
+}
+
+// Bit/s: the container's average, else that of frames of 1024 samples, else the maximum.
+double line_bitrate(const AacConfig* cfg) {
+    if (cfg->average_bitrate != 0) {
+        return cfg->average_bitrate;
+    }
+    const int64_t by_frame = int64_t{cfg->frame_size} * 8 * aac_config_rate(cfg) >> 10;
+    return by_frame != 0 ? static_cast<double>(by_frame) : cfg->maximum_bitrate;
+}
+
+} // namespace
+
+void GetAACConfig(const uint8_t* bytes, AacConfig* cfg) {
+    if (cfg->length == 0) {
+        return;
+    }
+    // The configuration counts up to its first zero byte only, as the text that it once was copied
+    // as: fields behind one read as zero.
+    uint8_t text[8] = {};
+    for (size_t i = 0; i < std::size(text) && i < cfg->length && bytes[i] != 0; ++i) {
+        text[i] = bytes[i];
+    }
+    BitReader reader{text};
+    cfg->object_type = static_cast<uint8_t>(read_bits(&reader, 5)); // no escape for 31
+    cfg->sampling_frequency_index = static_cast<uint8_t>(read_bits(&reader, 4));
+    cfg->channel_configuration = static_cast<uint8_t>(read_bits(&reader, 4));
+    // GASpecificConfig
+    skip_bits(&reader, 1); // frameLengthFlag
+    skip_bits(&reader, 1); // dependsOnCoreCoder
+    skip_bits(&reader, 1); // extensionFlag
+    if (cfg->length < 3) {
+        return;
+    }
+    cfg->sync_extension_type = read_bits(&reader, 11);
+    if (cfg->sync_extension_type != sbr_sync_extension) {
+        return;
+    }
+    cfg->extension_object_type = static_cast<uint8_t>(read_bits(&reader, 5));
+    cfg->sbr_flag = static_cast<uint8_t>(read_bits(&reader, 1));
+    cfg->extension_sampling_frequency_index = read_bits(&reader, 4);
+    if (cfg->length > 5) {
+        cfg->sync_extension_type2 = read_bits(&reader, 11);
+        cfg->ps_flag = read_bits(&reader, 1);
+    }
+}
+
+uint32_t ResolveAacChannels(AacConfig* cfg) {
+    const uint32_t configured = cfg->channel_configuration;
+    const uint32_t contained = cfg->container_channels;
+    if (contained == 0) {
+        return configured >= 1 && cfg->ps_flag == 1 ? 2 : configured;
+    }
+    if (contained == configured) {
+        return cfg->ps_flag == 0 ? contained : 0;
+    }
+    if (configured == 1 && contained == 2) {
+        if (cfg->ps_flag != 1) {
+            cfg->ps_implicit_flag = 1;
+        }
+        return 2;
+    }
+    return configured;
+}
+
+const char* AacChannelName(uint32_t channel_configuration) {
+    // ISO/IEC 14496-3, table 1.19.
+    static constexpr const char* names[] = {
+        "custom",
+        "mono(C)",
+        "stereo(L,R)",
+        "3ch(C,L,R)",
+        "4ch(C,L,R,BC)",
+        "5ch(C,L,R,BL,BR)",
+        "5.1ch(C,L,R,BL,BR,LFE)",
+        "7.1ch(C,L,R,BL,BR,SL,SR,LFE)",
+    };
+    static_assert(std::size(names) == 8);
+    return channel_configuration < std::size(names) ? names[channel_configuration] : "UnKnown";
+}
+
+void AacObjectTypeName(uint32_t object_type, char* out, size_t size) {
+    // ISO/IEC 14496-3, table 1.17.
+    static constexpr const char* names[] = {
+        "NULL",
+        "Main",
+        "LC",
+        "SSR",
+        "Long term prediction",
+        "HE",
+        "Scalable",
+        "TwinVQ",
+        "CELP",
+        "HVXC",
+        "Reserved-0xA",
+        "Reserved-0xB",
+        "TTSI",
+        "Main synthetic",
+        "Wavetable synthesis",
+        "General MIDI",
+        "Algorithmic Synthesis and Audio FX",
+        "LC with error recovery",
+        "Reserved-0x12",
+        "Long term prediction with error recovery",
+        "scalable with error recovery",
+        "TwinVQ with error recovery",
+        "BSAC with error recovery",
+        "LD with error recovery",
+        "CELP with error recovery",
+        "HXVC with error recovery",
+        "HILN with error recovery",
+        "Parametric with error recovery",
+        "Reserved-0x1C",
+        "Reserved-0x1D",
+        "Reserved-0x1E",
+        "Reserved-0x1F",
+    };
+    static_assert(std::size(names) == 32);
+    if (object_type < std::size(names)) {
+        copy_text(out, size, names[object_type]);
+    } else {
+        format_text(out, size, "MPEG4-AAC(%u)", object_type);
+    }
+}
+
+int32_t aac_config_rate(const AacConfig* cfg) {
+    const int32_t table_rate = sample_rate_of(cfg->sampling_frequency_index);
+    return cfg->sbr_flag == 1 || container_tells_sbr(cfg) ? 2 * table_rate : table_rate;
+}
+
+void FormatAacConfigLine(char* out, AacConfig* cfg) {
+    const char* channels = AacChannelName(ResolveAacChannels(cfg)); // before the name: sets PS
+    char name[name_size] = "";
+    stream_name(cfg, name);
+    format_text(out, line_size, "[%s] %dHz %s %dBit %.3fkbps", name, aac_config_rate(cfg), channels,
+        cfg->bit_depth, line_bitrate(cfg) * 0.001);
+}
+
+} // namespace zat

@@ -1,0 +1,191 @@
+#include "audio/dts.h"
+
+#include "common/bits.h"
+#include "common/text.h"
+
+#include <iterator>
+#include <utility>
+
+namespace zat {
+
+namespace {
+
+// ETSI TS 102 114, table 5-4.
+struct Arrangement {
+    const char* name;
+    int16_t channels;
+};
+
+Arrangement arrangement_of(uint32_t amode) {
+    static constexpr Arrangement arrangements[] = {
+        {"A", 1},
+        {"A+B(dual mono)", 2},
+        {"L+R(stereo)", 2},
+        {"(L+R)+(L-R)(sum-difference)", 2},
+        {"LT+RT(left and right total)", 2},
+        {"C+L+R", 3},
+        {"L+R+S", 3},
+        {"C+L+R+S", 4},
+        {"L+R+SL+SR", 4},
+        {"C+L+R+SL+SR", 5},
+        {"CL+CR+L+R+SL+SR", 6},
+        {"C+L+R+LR+RR+OV", 6},
+        {"CF+CR+LF+RF+LR+RR", 6},
+        {"CL+C+CR+L+R+SL+SR", 7},
+        {"CL+CR+L+R+SL1+SL2+SR1+SR2", 8},
+        {"CL+C+CR+L+R+SL+S+SR", 8},
+    };
+    static_assert(std::size(arrangements) == 16);
+    return amode < std::size(arrangements) ? arrangements[amode] : Arrangement{"User defined", -1};
+}
+
+// ETSI TS 102 114, table 5-5.
+int32_t sample_rate_of(uint32_t sfreq) {
+    static constexpr int32_t rates[] = {
+        -1, 8000, 16000, 32000, -1, -1, 11025, 22050, 44100, -1, -1, 12000, 24000, 48000, -1, -1};
+    static_assert(std::size(rates) == 16);
+    return sfreq < std::size(rates) ? rates[sfreq] : -1;
+}
+
+// ETSI TS 102 114, table 5-7. The rate of code 22 is meant as it stands.
+int32_t bitrate_of(uint32_t rate) {
+    static constexpr int32_t rates[] = {32000, 56000, 64000, 96000, 112000, 128000, 192000, 224000,
+        256000, 320000, 384000, 448000, 512000, 576000, 640000, 768000, 960000, 1024000, 1152000,
+        1280000, 1344000, 1408000, 1411020, 1472000, 1536000, 1920000, 2048000, 3072000, 3840000};
+    static_assert(std::size(rates) == 29);
+    return rate < std::size(rates) ? rates[rate] : -1;
+}
+
+// ETSI TS 102 114, table 5-14.
+const char* extension_name(uint32_t ext_audio_id) {
+    switch (ext_audio_id) {
+    case 0:
+        return "(XCh)";
+    case 2:
+        return "(X96k)";
+    case 3:
+        return "(XCh,X96k)";
+    default:
+        return "";
+    }
+}
+
+// ETSI TS 102 114, table 5-17.
+struct Resolution {
+    int8_t bits;
+    const char* es;
+};
+
+Resolution resolution_of(uint32_t pcmr) {
+    static constexpr Resolution resolutions[] = {
+        {16, ""}, {16, "-ES"}, {20, ""}, {20, "-ES"}, {-1, ""}, {24, "-ES"}, {24, ""}, {-1, ""}};
+    static_assert(std::size(resolutions) == 8);
+    return pcmr < std::size(resolutions) ? resolutions[pcmr] : Resolution{-1, ""};
+}
+
+const char* packing_name(uint32_t sync_type) {
+    static constexpr const char* names[] = {"", "16BitBE", "16BitLE", "14BitBE", "14BitLE"};
+    static_assert(std::size(names) == dts_14bit_le + 1);
+    return sync_type < std::size(names) ? names[sync_type] : "";
+}
+
+void swap_words(uint8_t* buf) {
+    for (int i = 0; i < dts_packed_size; i += 2) {
+        std::swap(buf[i], buf[i + 1]);
+    }
+}
+
+// Joins the low 14 bits of the big-endian words; the last word only gives its bits to the others.
+void join_14bit_words(uint8_t* buf) {
+    constexpr int words = dts_packed_size / 2;
+    for (int i = 0; i + 1 < words; ++i) {
+        const int taken = 2 * (i + 1); // bits of the next word
+        const uint32_t next = ReadBE16(buf + 2 * i + 2) & 0x3FFFU;
+        const uint32_t word =
+            static_cast<uint32_t>(ReadBE16(buf + 2 * i)) << taken | next >> (14 - taken);
+        buf[2 * i] = static_cast<uint8_t>(word >> 8);
+        buf[2 * i + 1] = static_cast<uint8_t>(word);
+    }
+}
+
+} // namespace
+
+DtsSyncType dts_sync_type(const uint8_t* buf) {
+    switch (ReadBE32(buf)) {
+    case 0x7FFE8001:
+        return dts_16bit_be;
+    case 0xFE7F0180:
+        return dts_16bit_le;
+    // In 14-bit words the sync word goes on into the third: FTYPE 1 and SHORT 31.
+    case 0x1FFFE800:
+        return buf[4] == 0x07 && buf[5] >> 4 == 0xF ? dts_14bit_be : dts_none;
+    case 0xFF1F00E8:
+        return buf[5] == 0x07 && buf[4] >> 4 == 0xF ? dts_14bit_le : dts_none;
+    default:
+        return dts_none;
+    }
+}
+
+void dts_to_16bit_be(uint8_t* buf, DtsSyncType type) {
+    if (type == dts_16bit_le || type == dts_14bit_le) {
+        swap_words(buf);
+    }
+    if (type == dts_14bit_be || type == dts_14bit_le) {
+        join_14bit_words(buf);
+    }
+}
+
+int dts_info(const uint8_t* buf, DtsInfo* info) {
+    constexpr uint32_t sync_word = 0x7FFE8001;
+    BitReader reader{Bytes(buf, dts_header_size)};
+
+    if (read_bits(&reader, 32) != sync_word) {
+        return 1;
+    }
+    skip_bits(&reader, 1); // FTYPE
+    skip_bits(&reader, 5); // SHORT
+    const bool cpf = read_bits(&reader, 1) != 0;
+    skip_bits(&reader, 7);                                                 // NBLKS
+    skip_bits(&reader, 14);                                                // FSIZE
+    const Arrangement arrangement = arrangement_of(read_bits(&reader, 6)); // AMODE
+    copy_text(info->arrangement, arrangement.name);
+    info->channels = arrangement.channels;
+    info->sample_rate = sample_rate_of(read_bits(&reader, 4)); // SFREQ
+    info->bitrate = bitrate_of(read_bits(&reader, 5));         // RATE
+    skip_bits(&reader, 1);                                     // MIX
+    skip_bits(&reader, 1);                                     // DYNF
+    skip_bits(&reader, 1);                                     // TIMEF
+    skip_bits(&reader, 1);                                     // AUXF
+    skip_bits(&reader, 1);                                     // HDCD
+    const uint32_t ext_audio_id = read_bits(&reader, 3);
+    if (read_bits(&reader, 1) != 0) { // EXT_AUDIO
+        copy_text(info->extension, extension_name(ext_audio_id));
+    }
+    skip_bits(&reader, 1); // ASPF
+    const uint32_t lff = read_bits(&reader, 2);
+    if (lff == 1 || lff == 2) {
+        copy_text(info->lfe, ".1");
+    }
+    skip_bits(&reader, 1); // HFLAG
+    if (cpf) {
+        skip_bits(&reader, 16); // HCRC
+    }
+    skip_bits(&reader, 1);                                              // FILTS
+    skip_bits(&reader, 4);                                              // VERNUM
+    skip_bits(&reader, 2);                                              // CHIST
+    const Resolution resolution = resolution_of(read_bits(&reader, 3)); // PCMR
+    info->bits = resolution.bits;
+    copy_text(info->es, resolution.es);
+    return reader.failed ? 1 : 0;
+}
+
+void dts_line(DtsInfo* info, char* out) {
+    if (info->lfe[0] != '\0') {
+        append_text(info->arrangement, "+LFE");
+    }
+    format_text(out, line_size, "DTS(%s)%s%s %dHz %d%sCh %s %.3fkbps %dBit",
+        packing_name(info->sync_type), info->es, info->extension, info->sample_rate, info->channels,
+        info->lfe, info->arrangement, info->bitrate * 0.001, info->bits);
+}
+
+} // namespace zat

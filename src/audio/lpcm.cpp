@@ -1,0 +1,88 @@
+#include "audio/lpcm.h"
+
+#include "common/text.h"
+
+#include <iterator>
+
+namespace zat {
+
+namespace {
+
+// Channel assignment of the Blu-ray LPCM header.
+struct Assignment {
+    const char* layout;
+    int8_t channels;
+};
+
+Assignment bd_assignment(uint32_t code) {
+    static constexpr Assignment unknown = {"Unknown(0)", 0};
+    static constexpr Assignment assignments[] = {
+        unknown,
+        {"C", 1},
+        unknown,
+        {"stereo(L+R)", 2},
+        {"3/0(L+R+C)", 3},
+        {"2/1(L+R+S)", 4}, // counted like the layouts with two surround channels
+        {"3/1(L+R+C+S)", 4},
+        {"2/2(L+R+SL+SR)", 4},
+        {"3/2(L+R+C+SL+SR)", 5},
+        {"3/2.1(L+R+C+SL+SR+LFE)", 6},
+        {"3/4(L+R+C+SL+SR+BL+BR)", 7},
+        {"3/4.1(L+R+C+BL+BR+SL+SR+LFE)", 8},
+    };
+    static_assert(std::size(assignments) == 12);
+    return code < std::size(assignments) ? assignments[code] : unknown;
+}
+
+int32_t bd_sample_rate(uint32_t code) {
+    switch (code) {
+    case 1:
+        return 48000;
+    case 4:
+        return 96000;
+    case 5:
+        return 192000;
+    default:
+        return 0;
+    }
+}
+
+int32_t byte_rate_of(const LpcmInfo* info) {
+    return info->bits / 8 * info->sample_rate * info->channels;
+}
+
+} // namespace
+
+int dvd_lpcm_info(const uint8_t* attr, LpcmInfo* info) {
+    static constexpr int8_t bits[] = {16, 20, 24, -1};
+    static_assert(std::size(bits) == 4);
+    info->bits = bits[*attr >> 6];                           // quantization
+    info->sample_rate = (*attr & 0x10) != 0 ? 96000 : 48000; // its other bit is not used
+    info->channels = static_cast<int8_t>((*attr & 7) + 1);   // number_of_channels
+    info->byte_rate = byte_rate_of(info);
+    return 0;
+}
+
+int bd_lpcm_info(const uint8_t* header, LpcmInfo* info) {
+    static constexpr int8_t bits[] = {0, 16, 20, 24};
+    static_assert(std::size(bits) == 4);
+    const Assignment assignment = bd_assignment(header[2] >> 4); // channel_assignment
+    copy_text(info->layout, assignment.layout);
+    info->channels = assignment.channels;
+    info->sample_rate = bd_sample_rate(header[2] & 0x0F); // sampling_frequency
+    info->bits = bits[header[3] >> 6];                    // bits_per_sample
+    info->byte_rate = byte_rate_of(info);
+    return 0;
+}
+
+void dvd_lpcm_line(const LpcmInfo* info, char* out) {
+    format_text(out, line_size, "LPCM %dHz %dch %dBit %.3fkbps", info->sample_rate, info->channels,
+        info->bits, info->byte_rate * 8 * 0.001);
+}
+
+void bd_lpcm_line(const LpcmInfo* info, char* out) {
+    format_text(out, line_size, "LPCM %dHz %s %dBit %.3fkbps", info->sample_rate, info->layout,
+        info->bits, info->byte_rate * 8 * 0.001);
+}
+
+} // namespace zat

@@ -1,0 +1,74 @@
+#include "audio/truehd.h"
+
+#include "common/bytes.h"
+#include "common/text.h"
+
+#include <iterator>
+
+namespace zat {
+
+namespace {
+
+constexpr size_t search_size = 24; // positions at which format_sync is looked for
+constexpr size_t channel_name_size = 8;
+
+// format_info.audio_sampling_frequency.
+uint32_t sample_rate_of(uint32_t code) {
+    if (code == 15) {
+        return 0;
+    }
+    const uint32_t base = (code & 8) != 0 ? 44100 : 48000;
+    return base << (code & 7);
+}
+
+} // namespace
+
+int truehd_info(const uint8_t* buf, TrueHdInfo* info) {
+    constexpr uint32_t sync = 0xF8726F; // format_sync, the same for all MLP streams ...
+    constexpr uint8_t truehd = 0xBA;    // ... up to this byte
+    size_t position = 0;
+    while (ReadBE24(buf + position) != sync) {
+        if (++position == search_size) {
+            return -1;
+        }
+    }
+    if (buf[position + 3] != truehd) {
+        return -2;
+    }
+    const uint8_t* p = buf + position + 4;
+    // audio_sampling_frequency (4), channel types and modifiers (8), then the two assignments with
+    // the 8-channel modifier (2) between them.
+    const uint32_t six_channel_assignment = (p[1] & 0x0FU) << 1 | p[2] >> 7;
+    const uint32_t eight_channel_assignment = (p[2] & 0x1FU) << 8 | p[3];
+    info->channels = TrueHDchannels(
+        eight_channel_assignment != 0 ? eight_channel_assignment : six_channel_assignment);
+    info->sample_rate = sample_rate_of(p[0] >> 4);
+    // Behind signature, flags and a reserved word (16 each): variable_rate (1) and peak_data_rate
+    // (15), in sixteenths of a bit per sample.
+    const uint16_t rate = ReadBE16(p + 10);
+    info->vbr = rate >> 15;
+    info->peak_bitrate =
+        static_cast<uint32_t>((uint64_t{rate & 0x7FFFU} * info->sample_rate + 8) >> 4);
+    return 0;
+}
+
+uint32_t TrueHDchannels(uint32_t mask) {
+    // L/R, C, LFE, Ls/Rs, Lvh/Rvh, Lc/Rc, Lrs/Rrs, Cs, Ts, Lsd/Rsd, Lw/Rw, Cvh, LFE2
+    static constexpr uint8_t channels[] = {2, 1, 1, 2, 2, 2, 2, 1, 1, 2, 2, 1, 1};
+    static_assert(std::size(channels) == 13);
+    uint32_t count = 0;
+    for (size_t bit = 0; bit < std::size(channels); ++bit) {
+        count += (mask >> bit & 1) != 0 ? channels[bit] : 0;
+    }
+    return count;
+}
+
+void truehd_channel_name(uint32_t count, char* out) {
+    if (count == 1 || count == 2) {
+        format_text(out, channel_name_size, "%uch", count);
+    } else if (count >= 3 && count <= 20) {
+        format_text(out, channel_name_size, "%u.1ch", count - 1); // one is taken to be the LFE
+    }
+}
+
+} // namespace zat
