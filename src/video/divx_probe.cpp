@@ -13,7 +13,6 @@ namespace {
 
 constexpr char divx_mark[] = "DivX";
 constexpr char xvid_mark[] = "XviD";
-constexpr size_t mark_size = 4;
 constexpr int no_string = -1;
 constexpr int per_string = 2;
 
@@ -33,43 +32,26 @@ void copy_encoder_string(char (&out)[16], Bytes bytes, size_t from) {
     copy_text(out, text);
 }
 
-// How far a mark that holds `last` may lie behind one that would end there: the marks are one word
-// read from both ends, so half of the letters end a mark and the others are one byte from it.
-size_t step_behind(uint8_t last) {
-    switch (last) {
-    case 'D':
-    case 'X':
-        return 0;
-    case 'i':
-    case 'v':
-        return 1;
-    default:
-        return mark_size;
-    }
-}
-
 // Keeps the last string of each kind, two strings in all.
 int find_marks(Bytes bytes, DivxProbe* probe) {
     int result = no_string;
-    for (size_t end = mark_size; end <= bytes.size() && result <= per_string;) {
-        const size_t step = step_behind(bytes[end - 1]);
-        end += step;
-        if (step != 0) {
-            continue;
+    // Both marks hold one 'v'; looking for that alone leaves the work to memchr.
+    for (size_t i = 0; result <= per_string; ++i) {
+        i = find_byte(bytes, i, 'v');
+        if (i == bytes.size()) {
+            break;
         }
-        const size_t at = end - mark_size;
-        if (starts_with(&bytes[at], divx_mark)) {
-            probe->divx_pos = static_cast<uint32_t>(at);
+        if (i >= 2 && has_at(bytes, i - 2, divx_mark)) {
+            probe->divx_pos = static_cast<uint32_t>(i - 2);
             probe->divx_found = 1;
-            copy_encoder_string(probe->divx_string, bytes, at);
+            copy_encoder_string(probe->divx_string, bytes, i - 2);
             result += per_string;
-        } else if (starts_with(&bytes[at], xvid_mark)) {
-            probe->xvid_pos = static_cast<uint32_t>(at);
+        } else if (i >= 1 && has_at(bytes, i - 1, xvid_mark)) {
+            probe->xvid_pos = static_cast<uint32_t>(i - 1);
             probe->xvid_found = 1;
-            copy_encoder_string(probe->xvid_string, bytes, at);
+            copy_encoder_string(probe->xvid_string, bytes, i - 1);
             result += per_string;
         }
-        ++end;
     }
     return result;
 }

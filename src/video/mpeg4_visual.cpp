@@ -3,14 +3,13 @@
 #include "common/bits.h"
 #include "common/text.h"
 
-#include <algorithm>
 #include <array>
 
 namespace zat {
 
 namespace {
 
-constexpr uint32_t video_object_layer_start_code = 0x0000'0120;
+constexpr char vol_start_code[] = "\0\0\1\x20";
 constexpr size_t start_code_size = 4;
 constexpr uint32_t extended_par = 15;
 
@@ -82,30 +81,18 @@ constexpr ProfileName profiles[] = {
     {0xFD, "FGS@L5"},
 };
 
-// How far a start code that holds `first` may begin before one that would begin there.
-size_t step_before(uint8_t first) {
-    switch (first) {
-    case 0x00:
-        return 1;
-    case 0x01:
-        return 2;
-    case 0x20:
-        return 3;
-    default:
-        return start_code_size;
-    }
-}
-
 // Position of the last start code, or 0: one at the very start does not count.
 size_t last_vol_start_code(Bytes buffer) {
-    if (buffer.size() <= start_code_size) {
-        return 0;
+    size_t last = 0;
+    const size_t code_end = start_code_size - 1;
+    // The code's last byte is rarer in video than its zeros.
+    for (size_t i = find_byte(buffer, 0, vol_start_code[code_end]); i < buffer.size();
+         i = find_byte(buffer, i + 1, vol_start_code[code_end])) {
+        if (i >= code_end && starts_with(&buffer[i - code_end], vol_start_code)) {
+            last = i - code_end;
+        }
     }
-    size_t at = buffer.size() - start_code_size;
-    while (at > 0 && ReadBE32(&buffer[at]) != video_object_layer_start_code) {
-        at -= std::min(at, step_before(buffer[at]));
-    }
-    return at;
+    return last;
 }
 
 // Reads n bits; false when they lie past the data.
