@@ -79,7 +79,7 @@ TEST(MpegAudioLine, tells_what_the_vbr_header_says) {
     const struct {
         const char* name;
         uint32_t header;
-        size_t offset;
+        uint32_t offset;
         ByteBuilder content;
         int result;
         std::string line;

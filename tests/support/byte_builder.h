@@ -18,8 +18,10 @@ struct ByteBuilder {
         return *this;
     }
     ByteBuilder& text(std::string_view value) {
-        bytes.insert(bytes.end(), value.begin(), value.end());
-        return *this;
+        // Not insert(): GCC 12 takes its move of the bytes behind the end for an overflow.
+        const size_t end = bytes.size();
+        bytes.resize(end + value.size());
+        return put(end, value);
     }
     ByteBuilder& append(const std::vector<uint8_t>& value) {
         bytes.insert(bytes.end(), value.begin(), value.end());
