@@ -5,6 +5,7 @@
 #include "audio/mp3_file.h"
 #include "audio/wav_file.h"
 #include "container/flv.h"
+#include "container/mp4.h"
 #include "container/realmedia.h"
 
 #include <cstddef>
@@ -24,6 +25,10 @@ struct Row {
 // A code without a row has no analyser: its record holds what detection wrote. Results are not
 // looked at; what an analyser could not read is missing in the record, and that says it.
 constexpr Row rows[] = {
+    {FILETYPE_QUICKTIME, AnalyzeMp4File},
+    {FILETYPE_3GPP2, AnalyzeMp4File},
+    {FILETYPE_MPEG4, AnalyzeMp4File},
+    {FILETYPE_AAC, AnalyzeMp4File},
     {FILETYPE_WAV, AnalyzeWavFile},
     {FILETYPE_MP3, AnalyzeMp3File},
     {FILETYPE_SHOCKWAVEMP3, AnalyzeMp3File},

@@ -1,0 +1,14 @@
+// MP4, 3GPP and the rest of the ISO base media file format (ISO/IEC 14496-12), and QuickTime
+// movies.
+#pragma once
+
+#include "zat/zat.h"
+
+namespace zat {
+
+// Describes the file at record->path: label, play time, a line per video and audio track (the first
+// ten of each), and extra lines for the brand, chapters, fragments and the movie atom's position.
+// Returns 0, or 1 when the file does not open.
+int AnalyzeMp4File(InfoRecord* record);
+
+} // namespace zat

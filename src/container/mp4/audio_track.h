@@ -1,0 +1,20 @@
+// One audio track, described.
+#pragma once
+
+#include "container/mp4/codec_text.h"
+#include "container/mp4/movie.h"
+
+namespace zat::mp4 {
+
+struct AudioDescription {
+    uint32_t sample_rate = 0; // Hz
+    uint32_t channels = 0;
+    uint32_t sample_size = 0; // bits
+    uint64_t bytes = 0;
+    uint32_t bitrate = 0; // bit/s that the configuration tells; 0 when the bytes decide
+    char codec[codec_text_size] = {};
+};
+
+void describe_audio(AtomReader* reader, const Track& track, AudioDescription* description);
+
+} // namespace zat::mp4

@@ -1,0 +1,141 @@
+#include "container/mp4/fragments.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace zat::mp4 {
+
+namespace {
+
+// 8.8.2
+void take_fragments_duration(AtomReader* reader, Span payload, Movie* movie) {
+    const bool version_1 = read_be32(reader, payload, 0) >> 24 == 1;
+    const uint64_t high = version_1 ? read_be32(reader, payload, 4) : 0;
+    movie->fragments_duration = high << 32 | read_be32(reader, payload, version_1 ? 8 : 4);
+}
+
+// 8.8.3
+void take_track_defaults(AtomReader* reader, Span payload, Movie* movie) {
+    uint8_t fields[20];
+    if (movie->default_count == std::ssize(movie->defaults) ||
+        !read_all(reader, payload, 0, fields, sizeof fields)) {
+        return;
+    }
+    movie->defaults[movie->default_count++] = {
+        ReadBE32(fields + 4), ReadBE32(fields + 12), ReadBE32(fields + 16)};
+}
+
+Track* find_track(Movie* movie, uint32_t id) {
+    for (int kind = 0; kind < static_cast<int>(TrackKind::count); ++kind) {
+        for (int i = 0; i < movie->track_count[kind]; ++i) {
+            if (movie->tracks[kind][i].id == id) {
+                return &movie->tracks[kind][i];
+            }
+        }
+    }
+    return nullptr;
+}
+
+// The durations and sizes of the samples that are there, of `width` bytes each.
+void sum_samples(
+    AtomReader* reader, Span table, uint32_t count, uint32_t flags, uint32_t width, Track* track) {
+    constexpr uint32_t block_size = 4096;
+    uint8_t block[block_size];
+    const bool durations = (flags & 0x100) != 0;
+    const bool sizes = (flags & 0x200) != 0;
+    const uint32_t size_at = durations ? 4 : 0;
+    int64_t offset = 0;
+    while (count != 0) {
+        const uint32_t wanted = std::min(count, block_size / width);
+        const uint32_t whole = read_some(reader, table, offset, block, wanted * width) / width;
+        for (uint32_t i = 0; i < whole; ++i) {
+            const uint8_t* sample = block + i * width;
+            track->fragment_duration += durations ? ReadBE32(sample) : 0;
+            track->fragment_bytes += sizes ? ReadBE32(sample + size_at) : 0;
+        }
+        if (whole != wanted) {
+            return;
+        }
+        offset += wanted * width;
+        count -= wanted;
+    }
+}
+
+} // namespace
+
+void visit_fragment_announcement(AtomReader* reader, const Atom& atom, Movie* movie) {
+    movie->fragments_announced = true;
+    Span space = atom.payload;
+    Atom child;
+    while (next_child(reader, &space, &child)) {
+        if (child.type == type_of("mehd")) {
+            take_fragments_duration(reader, child.payload, movie);
+        } else if (child.type == type_of("trex")) {
+            take_track_defaults(reader, child.payload, movie);
+        }
+    }
+}
+
+void visit_fragment(AtomReader* /*reader*/, const Atom& /*atom*/, Movie* movie) {
+    close_track(movie);
+    ++movie->fragments;
+}
+
+void visit_track_fragment(AtomReader* /*reader*/, const Atom& /*atom*/, Movie* movie) {
+    movie->fragment_track = nullptr;
+}
+
+// 8.8.7: which of the fields behind the track ID are there is told by the flags.
+void visit_track_fragment_header(AtomReader* reader, const Atom& atom, Movie* movie) {
+    const uint32_t flags = read_be32(reader, atom.payload, 0);
+    const uint32_t id = read_be32(reader, atom.payload, 4);
+    movie->fragment_track = find_track(movie, id);
+    movie->fragment_defaults = {};
+    for (int i = 0; i < movie->default_count; ++i) {
+        if (movie->defaults[i].track_id == id) {
+            movie->fragment_defaults = movie->defaults[i];
+        }
+    }
+    int64_t offset = 8;
+    offset += (flags & 0x01) != 0 ? 8 : 0; // base_data_offset
+    offset += (flags & 0x02) != 0 ? 4 : 0; // sample_description_index
+    if ((flags & 0x08) != 0) {
+        movie->fragment_defaults.duration = read_be32(reader, atom.payload, offset);
+        offset += 4;
+    }
+    if ((flags & 0x10) != 0) {
+        movie->fragment_defaults.size = read_be32(reader, atom.payload, offset);
+    }
+}
+
+// 8.8.8
+void visit_track_run(AtomReader* reader, const Atom& atom, Movie* movie) {
+    Track* track = movie->fragment_track;
+    uint8_t fields[8];
+    if (track == nullptr || !read_all(reader, atom.payload, 0, fields, sizeof fields)) {
+        return;
+    }
+    const uint32_t flags = ReadBE32(fields);
+    const uint32_t count = ReadBE32(fields + 4);
+    track->fragment_samples += count;
+    if ((flags & 0x100) == 0) {
+        track->fragment_duration += uint64_t{count} * movie->fragment_defaults.duration;
+    }
+    if ((flags & 0x200) == 0) {
+        track->fragment_bytes += uint64_t{count} * movie->fragment_defaults.size;
+    }
+    if ((flags & 0x300) == 0) {
+        return;
+    }
+    uint32_t width = 0; // duration, size, flags, composition time offset
+    for (uint32_t flag = 0x100; flag <= 0x800; flag <<= 1) {
+        width += (flags & flag) != 0 ? 4 : 0;
+    }
+    Span table = atom.payload;
+    table.start += 8;
+    table.start += (flags & 0x01) != 0 ? 4 : 0; // data_offset
+    table.start += (flags & 0x04) != 0 ? 4 : 0; // first_sample_flags
+    sum_samples(reader, table, count, flags, width, track);
+}
+
+} // namespace zat::mp4

@@ -1,0 +1,53 @@
+#include "container/mp4/movie.h"
+
+#include "common/numbers.h"
+
+#include <algorithm>
+
+namespace zat::mp4 {
+
+namespace {
+
+double longest_track_seconds(const Movie& movie) {
+    double longest = 0;
+    for (int kind = 0; kind < static_cast<int>(TrackKind::count); ++kind) {
+        for (int i = 0; i < movie.track_count[kind]; ++i) {
+            const Track& track = movie.tracks[kind][i];
+            if (track.time_scale != 0) {
+                const auto duration = static_cast<double>(track.fragment_duration);
+                longest = std::max(longest, duration / track.time_scale);
+            }
+        }
+    }
+    return longest;
+}
+
+} // namespace
+
+double movie_seconds(const Movie& movie) {
+    const bool fragmented = movie.fragments != 0 || movie.fragments_announced;
+    if (fragmented && movie.duration == 0) {
+        if (movie.fragments_duration != 0) {
+            return divide(
+                static_cast<double>(movie.fragments_duration), movie.fragments_time_scale);
+        }
+        const double longest = longest_track_seconds(movie);
+        if (longest > 0) {
+            return longest;
+        }
+    }
+    return movie.header_seen ? divide(movie.duration, movie.time_scale) : 0;
+}
+
+void close_track(Movie* movie) {
+    if (!movie->track_is_open) {
+        return;
+    }
+    movie->track_is_open = false;
+    const auto kind = static_cast<int>(movie->open_track.kind);
+    if (movie->track_count[kind] < max_tracks) {
+        movie->tracks[kind][movie->track_count[kind]++] = movie->open_track;
+    }
+}
+
+} // namespace zat::mp4

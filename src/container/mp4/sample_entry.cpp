@@ -1,0 +1,129 @@
+#include "container/mp4/sample_entry.h"
+
+#include "common/numbers.h"
+
+#include <cstring>
+
+namespace zat::mp4 {
+
+namespace {
+
+// Entry fields that all formats share: size, format, 6 bytes reserved, data reference index.
+constexpr int64_t common_size = 16;
+
+struct Located {
+    uint32_t type;
+    Span SampleEntry::*payload;
+};
+
+constexpr Located located[] = {
+    {type_of("esds"), &SampleEntry::es_descriptor},
+    {type_of("avcC"), &SampleEntry::avc_configuration},
+    {type_of("pasp"), &SampleEntry::pixel_aspect},
+    {type_of("alac"), &SampleEntry::alac_cookie},
+    {type_of("dfLa"), &SampleEntry::flac_configuration},
+    {type_of("dec3"), &SampleEntry::eac3_configuration},
+    {type_of("srat"), &SampleEntry::sampling_rate},
+};
+
+// The first atom of a type counts.
+void locate_atom(const Atom& atom, SampleEntry* entry) {
+    for (const Located& row : located) {
+        if (row.type == atom.type && size_of(entry->*row.payload) == 0) {
+            entry->*row.payload = atom.payload;
+        }
+    }
+}
+
+// QuickTime keeps the decoder's atoms of a sound in one more, "wave".
+void locate_atoms(AtomReader* reader, Span space, SampleEntry* entry) {
+    Atom atom;
+    while (next_child(reader, &space, &atom)) {
+        locate_atom(atom, entry);
+        if (atom.type == type_of("wave")) {
+            Span inner = atom.payload;
+            Atom child;
+            while (next_child(reader, &inner, &child)) {
+                locate_atom(child, entry);
+            }
+        }
+    }
+}
+
+// Version 2, revision 2, vendor 4, qualities 4 and 4, size 2 and 2, resolutions 4 and 4, data size
+// 4, frame count 2, compressor name 32, depth 2, colour table 2.
+int64_t read_video_fields(AtomReader* reader, Span space, SampleEntry* entry) {
+    uint8_t fields[70] = {};
+    read_some(reader, space, common_size, fields, sizeof fields);
+    entry->width = ReadBE16(fields + 16);
+    entry->height = ReadBE16(fields + 18);
+    entry->depth = ReadBE16(fields + 66);
+    return common_size + static_cast<int64_t>(sizeof fields);
+}
+
+// Version 2, revision 2, vendor 4, channels 2, sample size 2, compression 2, packet size 2, rate
+// 16.16; QuickTime's later versions go on behind that.
+int64_t read_audio_fields(
+    AtomReader* reader, Span space, bool quicktime_versions, SampleEntry* entry) {
+    constexpr int64_t version_0_size = 20;
+    uint8_t fields[56] = {};
+    read_some(reader, space, common_size, fields, sizeof fields);
+    entry->channels = ReadBE16(fields + 8);
+    entry->sample_size = ReadBE16(fields + 10);
+    entry->sample_rate = ReadBE16(fields + 16);
+    const uint16_t version = quicktime_versions ? ReadBE16(fields) : uint16_t{0};
+    if (version == 1) { // per packet: samples, bytes; bytes per frame, bytes per sample
+        return common_size + version_0_size + 16;
+    }
+    if (version == 2) { // structure size 4, rate as a double, channels 4, marker 4, bits 4, ...
+        entry->sample_rate = clamp_to_integer<uint32_t>(ReadBEFloat64(fields + 24));
+        entry->channels = ReadBE32(fields + 32);
+        entry->sample_size = ReadBE32(fields + 40);
+        return common_size + static_cast<int64_t>(sizeof fields);
+    }
+    if (std::memcmp(entry->format, "mlpa", 4) == 0) { // a TrueHD rate has all 32 bits
+        entry->sample_rate = ReadBE32(fields + 16);
+    }
+    return common_size + version_0_size;
+}
+
+// Where the last entry stands; false without any.
+bool find_last_entry(AtomReader* reader, Span description, Span* last) {
+    uint32_t count = read_be32(reader, description, 4);
+    Span space = description;
+    space.start += 8;
+    bool found = false;
+    while (count != 0) {
+        // An entry's header is an atom's.
+        Atom entry;
+        const Span rest = space;
+        if (!next_child(reader, &space, &entry) || entry.payload.end - rest.start < common_size) {
+            break;
+        }
+        *last = {rest.start, entry.payload.end};
+        found = true;
+        --count;
+    }
+    return found;
+}
+
+} // namespace
+
+void read_sample_entry(AtomReader* reader, const Track& track, SampleEntry* entry) {
+    Span space;
+    uint8_t description[4];
+    if (!read_all(reader, track.sample_description, 0, description, sizeof description) ||
+        !find_last_entry(reader, track.sample_description, &space)) {
+        return;
+    }
+    entry->found = read_all(reader, space, 4, entry->format, sizeof entry->format);
+    // A description of version 1 announces ISO/IEC 14496-12's own entry of version 1, which has the
+    // fields of version 0.
+    const bool quicktime_versions = description[0] == 0;
+    const int64_t fixed_size = track.kind == TrackKind::video
+                                   ? read_video_fields(reader, space, entry)
+                                   : read_audio_fields(reader, space, quicktime_versions, entry);
+    locate_atoms(reader, {space.start + fixed_size, space.end}, entry);
+}
+
+} // namespace zat::mp4

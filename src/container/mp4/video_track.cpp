@@ -1,0 +1,117 @@
+#include "container/mp4/video_track.h"
+
+#include "common/codec_catalogue.h"
+#include "common/text.h"
+#include "container/mp4/codec_text.h"
+#include "container/mp4/es_descriptor.h"
+#include "container/mp4/sample_entry.h"
+#include "container/mp4/sample_tables.h"
+#include "video/avc_names.h"
+#include "video/mpeg4_visual.h"
+
+#include <algorithm>
+
+namespace zat::mp4 {
+
+namespace {
+
+constexpr size_t profile_level_size = 64;
+
+// The first parameter set of an AVCDecoderConfigurationRecord (ISO/IEC 14496-15, 5.3.3.1); false
+// without one.
+bool parse_first_sps(
+    AtomReader* reader, Span configuration, AvcSequenceInfo* info, AvcParseState* state) {
+    constexpr int64_t sps_offset = 8;
+    uint8_t fields[sps_offset];
+    uint8_t sps[UINT16_MAX];
+    if (!read_all(reader, configuration, 0, fields, sizeof fields) || (fields[5] & 0x1F) == 0) {
+        return false;
+    }
+    const uint32_t length = read_some(reader, configuration, sps_offset, sps, ReadBE16(fields + 6));
+    ParseAvcSequenceParameterSet(sps, length, info, state);
+    return true;
+}
+
+// ISO/IEC 14496-12, 12.1.4; false unless both spacings are set.
+bool read_pixel_aspect(AtomReader* reader, Span payload, uint32_t* h, uint32_t* v) {
+    *h = read_be32(reader, payload, 0);
+    *v = read_be32(reader, payload, 4);
+    return *h != 0 && *v != 0;
+}
+
+bool describe_avc(AtomReader* reader, const SampleEntry& entry, VideoDescription* description) {
+    uint8_t fields[4]; // version, profile, compatibility, level
+    if (!read_all(reader, entry.avc_configuration, 0, fields, sizeof fields)) {
+        return false;
+    }
+    char profile_level[profile_level_size];
+    FormatAvcProfileLevel(profile_level, sizeof profile_level, fields[1], fields[3]);
+    AvcSequenceInfo info{};
+    parse_first_sps(reader, entry.avc_configuration, &info, &description->avc_state);
+    description->progressive = info.frame_mbs_only == 1;
+    uint32_t h = 0;
+    uint32_t v = 0;
+    if (read_pixel_aspect(reader, entry.pixel_aspect, &h, &v)) {
+        format_text(description->codec, codec_text_size, "AVC/H264 %s %d:%d", profile_level,
+            static_cast<int32_t>(h), static_cast<int32_t>(v));
+    } else {
+        format_text(
+            description->codec, codec_text_size, "AVC/H264 %s %s", profile_level, info.aspect);
+    }
+    return true;
+}
+
+// The profile_and_level_indication behind a visual object sequence's start code (ISO/IEC 14496-2,
+// 6.2.2); 0 without one.
+uint32_t visual_profile_level(Bytes headers) {
+    for (size_t i = 0; i + 4 < headers.size(); ++i) {
+        if (ReadBE32(headers.data() + i) == 0x000001B0) {
+            return headers[i + 4];
+        }
+    }
+    return 0;
+}
+
+bool describe_mpeg4_visual(
+    AtomReader* reader, const EsDescriptor& descriptor, VideoDescription* description) {
+    if (descriptor.object_type != object_mpeg4_visual) {
+        return false;
+    }
+    uint8_t headers[4096]; // of an encoder's headers some dozen bytes are usual
+    const uint32_t length = read_some(reader, descriptor.specific_info, 0, headers, sizeof headers);
+    if (length == 0) {
+        return false;
+    }
+    char profile_level[profile_level_size];
+    Mpeg4ProfileLevelName(
+        profile_level, sizeof profile_level, visual_profile_level({headers, length}));
+    DivxProbe probe{};
+    FindDivxVolAspect({headers, length}, &probe);
+    Mpeg4AspectName(&probe);
+    format_text(
+        description->codec, codec_text_size, "MPEG4 %s %s", profile_level, probe.aspect_text);
+    return true;
+}
+
+} // namespace
+
+void describe_video(AtomReader* reader, const Track& track, VideoDescription* description) {
+    SampleEntry entry;
+    read_sample_entry(reader, track, &entry);
+    const SampleTotals totals = sum_sample_sizes(reader, track);
+    description->frames = totals.samples;
+    description->bytes = totals.bytes;
+    description->width = entry.width;
+    description->height = entry.height;
+    description->depth = entry.depth;
+    if (!entry.found || describe_avc(reader, entry, description)) {
+        return;
+    }
+    EsDescriptor descriptor;
+    read_es_descriptor(reader, entry.es_descriptor, &descriptor);
+    if (!describe_mpeg4_visual(reader, descriptor, description)) {
+        catalogue_text("[QT-VIDEO]", entry.format, descriptor.object_type, description->codec);
+    }
+}
+
+} // namespace zat::mp4

@@ -1,0 +1,159 @@
+#include "container/mp4/visit.h"
+
+#include "container/mp4/atom_walk.h"
+#include "container/mp4/fragments.h"
+
+#include <cstring>
+#include <string_view>
+
+namespace zat::mp4 {
+
+namespace {
+
+using Visit = void (*)(AtomReader*, const Atom&, Movie*);
+
+// ISO/IEC 14496-12, 4.3. A second brand is ignored.
+void visit_brand(AtomReader* reader, const Atom& atom, Movie* movie) {
+    if (!movie->brand_seen) {
+        movie->brand_seen = read_all(reader, atom.payload, 0, movie->brand, sizeof movie->brand);
+    }
+}
+
+void visit_movie(AtomReader* /*reader*/, const Atom& atom, Movie* movie) {
+    if (!movie->movie_seen) {
+        movie->movie_seen = true;
+        movie->offset = atom.offset;
+    }
+}
+
+void visit_compressed_movie(AtomReader* /*reader*/, const Atom& /*atom*/, Movie* movie) {
+    movie->compressed = true;
+}
+
+// ISO/IEC 14496-12, 8.2.2. Play time and scale are taken from where version 0 has them, in version
+// 1 too; only the duration of fragments, which stands elsewhere, counts in the scale of version 1.
+void visit_movie_header(AtomReader* reader, const Atom& atom, Movie* movie) {
+    uint8_t fields[24] = {};
+    if (read_some(reader, atom.payload, 0, fields, sizeof fields) < 20) {
+        return;
+    }
+    movie->header_seen = true;
+    movie->time_scale = ReadBE32(fields + 12);
+    movie->duration = ReadBE32(fields + 16);
+    movie->fragments_time_scale = fields[0] == 1 ? ReadBE32(fields + 20) : movie->time_scale;
+}
+
+void visit_track(AtomReader* /*reader*/, const Atom& /*atom*/, Movie* movie) {
+    close_track(movie);
+    movie->track_seen = true;
+    movie->open_track = {};
+    movie->track_is_open = true;
+}
+
+// ISO/IEC 14496-12, 8.3.2: the times before the ID have 64 bits in version 1.
+void visit_track_header(AtomReader* reader, const Atom& atom, Movie* movie) {
+    const bool version_1 = read_be32(reader, atom.payload, 0) >> 24 == 1;
+    movie->open_track.id = read_be32(reader, atom.payload, version_1 ? 20 : 12);
+}
+
+// ISO/IEC 14496-12, 8.4.2.
+void visit_media_header(AtomReader* reader, const Atom& atom, Movie* movie) {
+    const bool version_1 = read_be32(reader, atom.payload, 0) >> 24 == 1;
+    movie->open_track.time_scale = read_be32(reader, atom.payload, version_1 ? 20 : 12);
+}
+
+// ISO/IEC 14496-12, 8.4.3.
+void visit_handler(AtomReader* reader, const Atom& atom, Movie* movie) {
+    const uint32_t handler = read_be32(reader, atom.payload, 8);
+    movie->open_track.kind = handler == type_of("vide")   ? TrackKind::video
+                             : handler == type_of("soun") ? TrackKind::audio
+                                                          : TrackKind::other;
+}
+
+void visit_sample_description(AtomReader* /*reader*/, const Atom& atom, Movie* movie) {
+    movie->open_track.sample_description = atom.payload;
+}
+
+void visit_sample_sizes(AtomReader* /*reader*/, const Atom& atom, Movie* movie) {
+    movie->open_track.sample_sizes = atom.payload;
+    movie->open_track.compact_sizes = atom.type == type_of("stz2");
+}
+
+void visit_chunk_offsets(AtomReader* /*reader*/, const Atom& atom, Movie* movie) {
+    movie->open_track.chunk_offsets = atom.payload;
+    movie->open_track.large_offsets = atom.type == type_of("co64");
+}
+
+// The chapter list of Nero's tools: version 1 has four bytes more before the count.
+void visit_chapter_list(AtomReader* reader, const Atom& atom, Movie* movie) {
+    uint8_t fields[9] = {};
+    read_some(reader, atom.payload, 0, fields, sizeof fields);
+    movie->chapters = fields[0] == 0 ? fields[4] : fields[8];
+}
+
+struct Rule {
+    std::string_view path;
+    Visit visit;
+};
+
+constexpr Rule rules[] = {
+    {"/ftyp", visit_brand},
+    {"/moov", visit_movie},
+    {"/moof", visit_fragment},
+    {"/moov/cmov", visit_compressed_movie},
+    {"/moov/mvhd", visit_movie_header},
+    {"/moov/mvex", visit_fragment_announcement},
+    {"/moov/trak", visit_track},
+    {"/moof/traf", visit_track_fragment},
+    {"/moov/udta/chpl", visit_chapter_list},
+    {"/moov/trak/tkhd", visit_track_header},
+    {"/moof/traf/tfhd", visit_track_fragment_header},
+    {"/moof/traf/trun", visit_track_run},
+    {"/moov/trak/mdia/mdhd", visit_media_header},
+    {"/moov/trak/mdia/hdlr", visit_handler},
+    {"/moov/trak/mdia/minf/stbl/stsd", visit_sample_description},
+    {"/moov/trak/mdia/minf/stbl/stsz", visit_sample_sizes},
+    {"/moov/trak/mdia/minf/stbl/stz2", visit_sample_sizes},
+    {"/moov/trak/mdia/minf/stbl/stco", visit_chunk_offsets},
+    {"/moov/trak/mdia/minf/stbl/co64", visit_chunk_offsets},
+};
+
+constexpr size_t step = 5; // characters of a path for one atom: "/" and the type
+
+uint32_t type_in_path(std::string_view path, size_t index) {
+    return ReadBE32(reinterpret_cast<const uint8_t*>(path.data()) + index * step + 1);
+}
+
+// From the last type on, which most rules differ in.
+bool matches(std::string_view rule_path, std::span<const uint32_t> path) {
+    if (rule_path.size() != path.size() * step) {
+        return false;
+    }
+    for (size_t i = path.size(); i-- > 0;) {
+        if (type_in_path(rule_path, i) != path[i]) {
+            return false;
+        }
+    }
+    return true;
+}
+
+} // namespace
+
+void collect_movie(AtomReader* reader, Movie* movie) {
+    AtomWalk walk;
+    start_walk(&walk, reader);
+    Atom atom;
+    std::span<const uint32_t> path;
+    while (next_atom(&walk, &atom, &path)) {
+        for (const Rule& rule : rules) {
+            if (matches(rule.path, path)) {
+                rule.visit(reader, atom, movie);
+                break;
+            }
+        }
+    }
+    close_track(movie);
+    movie->large_atom_seen = walk.large_atom_seen;
+}
+
+} // namespace zat::mp4
