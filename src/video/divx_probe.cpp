@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstring>
 #include <string_view>
 
 namespace zat {
@@ -32,15 +33,20 @@ void copy_encoder_string(char (&out)[16], Bytes bytes, size_t from) {
     copy_text(out, text);
 }
 
+// Position of the first 'v' at or after `from`, or the size. Both marks hold one; looking for that
+// alone leaves the work to memchr.
+size_t find_mark_letter(Bytes bytes, size_t from) {
+    const void* hit =
+        from < bytes.size() ? std::memchr(&bytes[from], 'v', bytes.size() - from) : nullptr;
+    return hit == nullptr ? bytes.size()
+                          : static_cast<size_t>(static_cast<const uint8_t*>(hit) - bytes.data());
+}
+
 // Keeps the last string of each kind, two strings in all.
 int find_marks(Bytes bytes, DivxProbe* probe) {
     int result = no_string;
-    // Both marks hold one 'v'; looking for that alone leaves the work to memchr.
-    for (size_t i = 0; result <= per_string; ++i) {
-        i = find_byte(bytes, i, 'v');
-        if (i == bytes.size()) {
-            break;
-        }
+    for (size_t i = find_mark_letter(bytes, 0); i < bytes.size() && result <= per_string;
+         i = find_mark_letter(bytes, i + 1)) {
         if (i >= 2 && has_at(bytes, i - 2, divx_mark)) {
             probe->divx_pos = static_cast<uint32_t>(i - 2);
             probe->divx_found = 1;

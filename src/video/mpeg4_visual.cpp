@@ -83,16 +83,20 @@ constexpr ProfileName profiles[] = {
 
 // Position of the last start code, or 0: one at the very start does not count.
 size_t last_vol_start_code(Bytes buffer) {
+    constexpr size_t zeros = 2;
     size_t last = 0;
-    const size_t code_end = start_code_size - 1;
-    // The code's last byte is rarer in video than its zeros.
-    for (size_t i = find_byte(buffer, 0, vol_start_code[code_end]); i < buffer.size();
-         i = find_byte(buffer, i + 1, vol_start_code[code_end])) {
-        if (i >= code_end && starts_with(&buffer[i - code_end], vol_start_code)) {
-            last = i - code_end;
+    size_t from = zeros + 1;
+    for (;;) {
+        const int64_t pair = find_byte_pair(buffer, from, 0x01, 0x20);
+        if (pair < 0) {
+            return last;
         }
+        const size_t at = static_cast<size_t>(pair) - zeros;
+        if (starts_with(&buffer[at], vol_start_code)) {
+            last = at;
+        }
+        from = static_cast<size_t>(pair) + zeros;
     }
-    return last;
 }
 
 // Reads n bits; false when they lie past the data.

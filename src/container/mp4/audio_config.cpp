@@ -42,17 +42,18 @@ void apply_flac(AtomReader* reader, SampleEntry* entry) {
 
 // EC3SpecificBox (ETSI TS 102 366, F.6): the first independent substream and the channels that its
 // dependent ones add. The entry's own count is to be ignored.
-void apply_eac3(AtomReader* reader, SampleEntry* entry) {
+uint32_t apply_eac3(AtomReader* reader, SampleEntry* entry) {
     constexpr uint32_t rates[] = {48000, 44100, 32000};
     constexpr uint8_t channels_by_acmod[] = {2, 1, 2, 3, 3, 4, 4, 5};
     constexpr uint8_t channels_by_location[] = {
         1, 1, 2, 2, 2, 2, 1, 2, 2}; // chan_loc, top bit first
     uint8_t config[6] = {};
     if (read_some(reader, entry->eac3_configuration, 0, config, sizeof config) < 5) {
-        return;
+        return 0;
     }
     BitReader bits{.bytes = config};
-    skip_bits(&bits, 13 + 3); // data_rate, num_ind_sub
+    const uint32_t data_rate = read_bits(&bits, 13); // kbit/s
+    skip_bits(&bits, 3);                             // num_ind_sub
     const uint32_t fscod = read_bits(&bits, 2);
     skip_bits(&bits, 5 + 1 + 1 + 3); // bsid, reserved, asvc, bsmod
     entry->channels = channels_by_acmod[read_bits(&bits, 3)];
@@ -66,6 +67,7 @@ void apply_eac3(AtomReader* reader, SampleEntry* entry) {
     if (fscod < std::size(rates)) {
         entry->sample_rate = rates[fscod];
     }
+    return data_rate * 1000;
 }
 
 // ISO/IEC 14496-12, 12.2.4.
@@ -78,11 +80,12 @@ void apply_sampling_rate(AtomReader* reader, SampleEntry* entry) {
 
 } // namespace
 
-uint32_t apply_audio_config(AtomReader* reader, SampleEntry* entry) {
+uint32_t apply_audio_config(AtomReader* reader, bool one_size, SampleEntry* entry) {
     apply_sampling_rate(reader, entry);
     apply_flac(reader, entry);
-    apply_eac3(reader, entry);
-    return apply_alac(reader, entry);
+    const uint32_t eac3_rate = apply_eac3(reader, entry);
+    const uint32_t alac_rate = apply_alac(reader, entry);
+    return one_size && eac3_rate != 0 ? eac3_rate : alac_rate;
 }
 
 } // namespace zat::mp4

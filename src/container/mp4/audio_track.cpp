@@ -88,11 +88,11 @@ bool name_by_first_frame(
 }
 
 // QuickTime wraps a WAVE format tag into "ms" and the tag.
-void name_by_catalogue(const SampleEntry& entry, char* out) {
+void name_by_catalogue(const SampleEntry& entry, uint8_t object_type, char* out) {
     char shown[9];
     FourccText(entry.format, shown);
     if (std::strncmp(shown, "6d73", 4) != 0) {
-        catalogue_text("[QT-AUDIO]", entry.format, out);
+        catalogue_text("[QT-AUDIO]", entry.format, object_type, out);
         return;
     }
     char tag[5];
@@ -112,7 +112,7 @@ void name_codec(AtomReader* reader, const Track& track, const SampleEntry& entry
     if (describe != nullptr && name_by_first_frame(reader, track, describe, out)) {
         return;
     }
-    name_by_catalogue(entry, out);
+    name_by_catalogue(entry, descriptor.object_type, out);
 }
 
 } // namespace
@@ -120,8 +120,9 @@ void name_codec(AtomReader* reader, const Track& track, const SampleEntry& entry
 void describe_audio(AtomReader* reader, const Track& track, AudioDescription* description) {
     SampleEntry entry;
     read_sample_entry(reader, track, &entry);
-    description->bytes = sum_sample_sizes(reader, track).bytes;
-    description->bitrate = apply_audio_config(reader, &entry);
+    const SampleTotals totals = sum_sample_sizes(reader, track);
+    description->bytes = totals.bytes;
+    description->bitrate = apply_audio_config(reader, totals.one_size, &entry);
     description->sample_rate = entry.sample_rate;
     description->channels = entry.channels;
     description->sample_size = entry.sample_size;

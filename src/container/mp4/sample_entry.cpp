@@ -81,6 +81,9 @@ int64_t read_audio_fields(
         entry->sample_size = ReadBE32(fields + 40);
         return common_size + static_cast<int64_t>(sizeof fields);
     }
+    if (std::memcmp(entry->format, "mlpa", 4) == 0) { // a TrueHD rate has all 32 bits
+        entry->sample_rate = ReadBE32(fields + 16);
+    }
     return common_size + version_0_size;
 }
 

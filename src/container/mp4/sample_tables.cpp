@@ -68,6 +68,7 @@ SampleTotals sum_sample_sizes(AtomReader* reader, const Track& track) {
             totals.bytes = sum_entries(reader, track.sample_sizes, totals.samples, bits);
         } else if (!track.compact_sizes) {
             totals.bytes = totals.samples;
+            totals.one_size = true;
         }
     }
     totals.samples += track.fragment_samples;

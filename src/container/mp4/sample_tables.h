@@ -7,7 +7,8 @@ namespace zat::mp4 {
 
 struct SampleTotals {
     uint32_t samples = 0;
-    uint64_t bytes = 0; // knowingly the sample count where all samples have one size
+    uint64_t bytes = 0;    // knowingly the sample count where all samples have one size
+    bool one_size = false; // all samples in the movie atom have one size
 };
 
 // The samples in the movie atom and in fragments. A table that is shorter than its count gives what

@@ -73,10 +73,8 @@ uint32_t visual_profile_level(Bytes headers) {
 }
 
 bool describe_mpeg4_visual(
-    AtomReader* reader, const SampleEntry& entry, VideoDescription* description) {
-    EsDescriptor descriptor;
-    if (!read_es_descriptor(reader, entry.es_descriptor, &descriptor) ||
-        descriptor.object_type != object_mpeg4_visual) {
+    AtomReader* reader, const EsDescriptor& descriptor, VideoDescription* description) {
+    if (descriptor.object_type != object_mpeg4_visual) {
         return false;
     }
     uint8_t headers[4096]; // of an encoder's headers some dozen bytes are usual
@@ -106,9 +104,13 @@ void describe_video(AtomReader* reader, const Track& track, VideoDescription* de
     description->width = entry.width;
     description->height = entry.height;
     description->depth = entry.depth;
-    if (entry.found && !describe_avc(reader, entry, description) &&
-        !describe_mpeg4_visual(reader, entry, description)) {
-        catalogue_text("[QT-VIDEO]", entry.format, description->codec);
+    if (!entry.found || describe_avc(reader, entry, description)) {
+        return;
+    }
+    EsDescriptor descriptor;
+    read_es_descriptor(reader, entry.es_descriptor, &descriptor);
+    if (!describe_mpeg4_visual(reader, descriptor, description)) {
+        catalogue_text("[QT-VIDEO]", entry.format, descriptor.object_type, description->codec);
     }
 }
 
