@@ -3,6 +3,7 @@
 #include "common/catalogue_directory.h"
 #include "common/text.h"
 #include "support/byte_builder.h"
+#include "support/shipped_catalogue.h"
 #include "support/temp_file.h"
 
 #include <algorithm>
@@ -194,11 +195,8 @@ const std::map<std::string, SectionForm> forms = {
 // The file is edited by hand: every entry must be found by its own key, which fails for a key below
 // its own beginning, a duplicate and a misplaced section.
 TEST(ShippedCatalogue, EveryEntryIsReachable) {
-    static constexpr uint8_t bytes[] = {
-#include "catalogue_bytes.inc"
-    };
-    const TempFile file({std::begin(bytes), std::end(bytes)});
-    std::istringstream lines(std::string(std::begin(bytes), std::end(bytes)));
+    const TempFile file(shipped_catalogue);
+    std::istringstream lines(std::string(shipped_catalogue.begin(), shipped_catalogue.end()));
     std::map<std::string, std::vector<std::string>> keys;
     std::string section;
     for (std::string line; std::getline(lines, line);) {
