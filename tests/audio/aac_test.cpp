@@ -13,8 +13,7 @@ namespace {
 
 // ---- ADTS -------------------------------------------------------------------------------------
 
-std::vector<uint8_t> adts(
-    uint32_t id, uint32_t profile, uint32_t rate_index, uint32_t channels, uint32_t frame_length) {
+std::vector<uint8_t> adts(uint32_t id, uint32_t profile, uint32_t rate_index, uint32_t channels, uint32_t frame_length) {
     BitBuilder out;
     out.bits(0xFFF, 12).bits(id, 1).bits(0, 2).bits(1, 1).bits(profile, 2).bits(rate_index, 4);
     out.bits(1, 1).bits(channels, 3).bits(0xF, 4).bits(frame_length, 13).bits(0x1FFF, 13);
@@ -40,8 +39,8 @@ TEST(Adts, describes_headers_in_each_style) {
     EXPECT_EQ(adts_line(lc, adts_profile), "[AAC AAC_LC]" + rest);
     EXPECT_EQ(adts_line(lc, adts_version), "[MPEG4-AAC]" + rest);
     EXPECT_EQ(adts_line(lc, adts_name_only), "[AAC]" + rest);
-    EXPECT_EQ(adts_line(adts(1, 3, 7, 7, 8191)),
-        "[MPEG2-AAC (Reverved)] 22500Hz 7.1ch(C,L,R,BL,BR,SL,SR,LFE) 1439.824kbps 8191Byte");
+    EXPECT_EQ(
+        adts_line(adts(1, 3, 7, 7, 8191)), "[MPEG2-AAC (Reverved)] 22500Hz 7.1ch(C,L,R,BL,BR,SL,SR,LFE) 1439.824kbps 8191Byte");
     EXPECT_EQ(adts_line(adts(1, 0, 0, 0, 8191)), // a product beyond 32 bits
         "[MPEG2-AAC Main Profile] 96000Hz custom 6143.250kbps 8191Byte");
     EXPECT_EQ(adts_line(adts(0, 0, 12, 2, 371)), "refused");
@@ -83,8 +82,7 @@ TEST(Adts, is_found_behind_the_pes_header_of_a_packet) {
             packet.put(at, {reinterpret_cast<const char*>(bytes.data()), bytes.size()});
         };
         put(row.frame, adts(0, 1, 4, 2, 371));
-        put(row.pes,
-            ByteBuilder().be32(row.start).be16(0).raw({row.flags, 0, row.header_length}).bytes);
+        put(row.pes, ByteBuilder().be32(row.start).be16(0).raw({row.flags, 0, row.header_length}).bytes);
         EXPECT_EQ(FindAdtsInPes(packet.bytes.data()), row.expected) << row.name;
     }
 }
@@ -134,19 +132,14 @@ TEST(AacConfig, decides_on_sbr_ps_and_channels) {
         {"SBR denied, but in the container", {0x13, 0x10, 0x56, 0xE5, 0x18}, {.rate = 48000},
             "[AAC HE(LC)+(SBR)] 48000Hz stereo(L,R) "},
         {"SBR cut off", {0x13, 0x10, 0x56, 0xE5}, {}, "[AAC HE(LC)] 24000Hz stereo(L,R) "},
-        {"extension behind a zero byte", {0x10, 0x00, 0x56, 0xE5, 0x98}, {.channels = 0},
-            "[AAC LC] 96000Hz custom "},
-        {"PS makes equal counts custom", {0x13, 0x90, 0x56, 0xE5, 0xA5, 0x48, 0x80}, {},
-            "[AAC HE+SBR+PS] 44100Hz custom "},
-        {"PS over mono", {0x13, 0x88, 0x56, 0xE5, 0xA5, 0x48, 0x80}, {},
-            "[AAC HE+SBR+PS] 44100Hz stereo(L,R) "},
+        {"extension behind a zero byte", {0x10, 0x00, 0x56, 0xE5, 0x98}, {.channels = 0}, "[AAC LC] 96000Hz custom "},
+        {"PS makes equal counts custom", {0x13, 0x90, 0x56, 0xE5, 0xA5, 0x48, 0x80}, {}, "[AAC HE+SBR+PS] 44100Hz custom "},
+        {"PS over mono", {0x13, 0x88, 0x56, 0xE5, 0xA5, 0x48, 0x80}, {}, "[AAC HE+SBR+PS] 44100Hz stereo(L,R) "},
         {"PS, container silent", {0x13, 0x88, 0x56, 0xE5, 0xA5, 0x48, 0x80}, {.channels = 0},
             "[AAC HE+SBR+PS] 44100Hz stereo(L,R) "},
-        {"PS cut off", {0x13, 0x88, 0x56, 0xE5, 0xA5, 0x48}, {},
-            "[AAC HE+SBR+(PS)] 44100Hz stereo(L,R) "},
+        {"PS cut off", {0x13, 0x88, 0x56, 0xE5, 0xA5, 0x48}, {}, "[AAC HE+SBR+(PS)] 44100Hz stereo(L,R) "},
         {"counts that differ", {0x12, 0x58}, {.channels = 6}, "[AAC LC] 44100Hz UnKnown "},
-        {"another object type", {0xCA, 0x10}, {.rate = 88200},
-            "[HXVC with error recovery] 44100Hz "},
+        {"another object type", {0xCA, 0x10}, {.rate = 88200}, "[HXVC with error recovery] 44100Hz "},
         {"reserved rate", {0x16, 0x90}, {}, "[AAC LC] -1Hz stereo(L,R) "},
         {"rate from the frame size", {0x12, 0x10}, {.average = 0, .frame_size = 371},
             "[AAC LC] 44100Hz stereo(L,R) 16Bit 127.821kbps"},

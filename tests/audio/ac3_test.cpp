@@ -69,23 +69,16 @@ TEST(Ac3, describes_frames_by_their_bit_stream_information) {
         const char* line;
     };
     const Row rows[] = {
-        {"5.1", {.frmsizecod = 30, .acmod = 7, .lfeon = 1},
-            "AC3 48000Hz [5.1Ch(3/2) L+C+R+SL+SR CM] 448kbps"},
+        {"5.1", {.frmsizecod = 30, .acmod = 7, .lfeon = 1}, "AC3 48000Hz [5.1Ch(3/2) L+C+R+SL+SR CM] 448kbps"},
         {"matrixed stereo", {.dsurmod = 2}, "AC3 48000Hz [2Ch(2/0) L+R CM Dolby Surround] 192kbps"},
-        {"one surround channel counts as two", {.acmod = 4, .lfeon = 1},
-            "AC3 48000Hz [4.1Ch(2/1) L+R+S CM] 192kbps"},
-        {"Surround EX behind every optional field",
-            {.bsid = 6, .acmod = 7, .lfeon = 1, .optional = true, .dsurexmod = 2},
+        {"one surround channel counts as two", {.acmod = 4, .lfeon = 1}, "AC3 48000Hz [4.1Ch(2/1) L+R+S CM] 192kbps"},
+        {"Surround EX behind every optional field", {.bsid = 6, .acmod = 7, .lfeon = 1, .optional = true, .dsurexmod = 2},
             "AC3 48000Hz [5.1Ch(3/2) L+C+R+SL+SR CM Dolby Surround EX] 192kbps"},
-        {"Surround EX behind two programmes",
-            {.bsid = 6, .bsmod = 7, .acmod = 0, .optional = true, .dsurexmod = 2},
+        {"Surround EX behind two programmes", {.bsid = 6, .bsmod = 7, .acmod = 0, .optional = true, .dsurexmod = 2},
             "AC3 48000Hz [2Ch(1+1) Ch1+Ch2  Dolby Surround EX] 192kbps"},
-        {"Surround EX needs the alternate syntax", {.acmod = 7, .dsurexmod = 2},
-            "AC3 48000Hz [5Ch(3/2) L+C+R+SL+SR CM] 192kbps"},
-        {"voice over", {.fscod = 1, .frmsizecod = 37, .bsmod = 7, .acmod = 1},
-            "AC3 44100Hz [1Ch(1/0) C VO] 640kbps"},
-        {"karaoke", {.fscod = 2, .frmsizecod = 0, .bsmod = 7, .acmod = 6},
-            "AC3 32000Hz [4Ch(2/2) L+R+SL+SR karaoke] 32kbps"},
+        {"Surround EX needs the alternate syntax", {.acmod = 7, .dsurexmod = 2}, "AC3 48000Hz [5Ch(3/2) L+C+R+SL+SR CM] 192kbps"},
+        {"voice over", {.fscod = 1, .frmsizecod = 37, .bsmod = 7, .acmod = 1}, "AC3 44100Hz [1Ch(1/0) C VO] 640kbps"},
+        {"karaoke", {.fscod = 2, .frmsizecod = 0, .bsmod = 7, .acmod = 6}, "AC3 32000Hz [4Ch(2/2) L+R+SL+SR karaoke] 32kbps"},
         {"reserved sample rate", {.fscod = 3}, "refused"},
         {"reserved frame size", {.frmsizecod = 38}, "refused"},
         {"bsid of another syntax", {.bsid = 9}, "refused"},
@@ -110,8 +103,7 @@ TEST(Ac3, names_truehd_by_its_core) {
 // The table holds two sizes for each rate: they differ at 44.1 kHz only, where a frame of 1536
 // samples takes no whole number of words.
 TEST(Ac3, knows_the_frame_sizes_of_every_rate) {
-    const int kbps[] = {
-        32, 40, 48, 56, 64, 80, 96, 112, 128, 160, 192, 224, 256, 320, 384, 448, 512, 576, 640};
+    const int kbps[] = {32, 40, 48, 56, 64, 80, 96, 112, 128, 160, 192, 224, 256, 320, 384, 448, 512, 576, 640};
     for (int code = 0; code < 38; ++code) {
         const int words_per_second = kbps[code / 2] * 1000 / 16;
         EXPECT_EQ(ac3_framesize(code, 0), words_per_second * 1536 / 48000 * 2) << code;
@@ -148,8 +140,7 @@ TEST(Ac3File, takes_the_first_sync_word_of_2048_bytes) {
     EXPECT_EQ(file_text(at(2047, frame)), "0.000");
     EXPECT_EQ(file_text(std::vector<uint8_t>(2048, 1)), "0.000");
     // The first word counts, whatever stands behind it.
-    EXPECT_EQ(file_text(at(0, ByteBuilder().be32(0x0B770000).be32(0xFF000000).append(frame).bytes)),
-        "0.000");
+    EXPECT_EQ(file_text(at(0, ByteBuilder().be32(0x0B770000).be32(0xFF000000).append(frame).bytes)), "0.000");
     // The mark lies behind the bytes that are read.
     const Frame ex = {.bsid = 6, .acmod = 7, .lfeon = 1, .optional = true, .dsurexmod = 2};
     EXPECT_EQ(file_text(at(0, header(ex))), line + "1.000");
@@ -158,8 +149,7 @@ TEST(Ac3File, takes_the_first_sync_word_of_2048_bytes) {
 TEST(Ac3File, goes_on_with_zeros_behind_a_cut_header) {
     const std::vector<uint8_t> frame = header({.acmod = 7, .lfeon = 1});
     for (size_t length = 0; length <= frame.size(); ++length) {
-        const std::string text =
-            file_text({frame.begin(), frame.begin() + static_cast<long>(length)});
+        const std::string text = file_text({frame.begin(), frame.begin() + static_cast<long>(length)});
         // Without the byte of fscod and frmsizecod these are 48 kHz and 32 kbit/s.
         const char* begin = length < 2   ? "0.000"
                             : length < 5 ? "A AC3 48000Hz [2Ch(1+1) Ch1+Ch2 CM] 32kbps\n"

@@ -83,12 +83,10 @@ TEST(Dts, describes_core_headers) {
     };
     const Row rows[] = {
         {"5.1", {}, "DTS(16BitBE) 48000Hz 5.1Ch C+L+R+SL+SR+LFE 1536.000kbps 24Bit"},
-        {"header check", {.cpf = 1, .pcmr = 3},
-            "DTS(16BitBE)-ES 48000Hz 5.1Ch C+L+R+SL+SR+LFE 1536.000kbps 20Bit"},
+        {"header check", {.cpf = 1, .pcmr = 3}, "DTS(16BitBE)-ES 48000Hz 5.1Ch C+L+R+SL+SR+LFE 1536.000kbps 20Bit"},
         {"extensions", {.ext_audio_id = 3, .ext_audio = 1, .pcmr = 5},
             "DTS(16BitBE)-ES(XCh,X96k) 48000Hz 5.1Ch C+L+R+SL+SR+LFE 1536.000kbps 24Bit"},
-        {"extension that is not there", {.ext_audio_id = 2},
-            "DTS(16BitBE) 48000Hz 5.1Ch C+L+R+SL+SR+LFE 1536.000kbps 24Bit"},
+        {"extension that is not there", {.ext_audio_id = 2}, "DTS(16BitBE) 48000Hz 5.1Ch C+L+R+SL+SR+LFE 1536.000kbps 24Bit"},
         {"the rate of code 22", {.amode = 2, .sfreq = 8, .rate = 22, .lff = 0, .pcmr = 0},
             "DTS(16BitBE) 44100Hz 2Ch L+R(stereo) 1411.020kbps 16Bit"},
         {"invalid LFF", {.amode = 0, .sfreq = 1, .rate = 0, .lff = 3, .pcmr = 1},
@@ -128,9 +126,7 @@ std::string file_text(const std::vector<uint8_t>& bytes) {
 }
 
 TEST(DtsFile, describes_a_file_that_begins_with_a_frame) {
-    const auto file = [](const std::vector<uint8_t>& bytes) {
-        return ByteBuilder().append(bytes).pad_to(19200).bytes;
-    };
+    const auto file = [](const std::vector<uint8_t>& bytes) { return ByteBuilder().append(bytes).pad_to(19200).bytes; };
     const std::string rest = ") 48000Hz 5.1Ch C+L+R+SL+SR+LFE 1536.000kbps 24Bit\n0.100";
     EXPECT_EQ(file_text(file(header({}))), "A DTS(16BitBE" + rest);
     EXPECT_EQ(file_text(file(swapped(header({})))), "A DTS(16BitLE" + rest);
@@ -138,15 +134,13 @@ TEST(DtsFile, describes_a_file_that_begins_with_a_frame) {
     EXPECT_EQ(file_text(file(swapped(as_14bit(header({}))))), "A DTS(14BitLE" + rest);
     EXPECT_EQ(file_text(file(ByteBuilder().u8(0).append(header({})).bytes)), "7.000");
     // Without a rate the play time stays.
-    EXPECT_EQ(file_text(file(header({.rate = 29}))),
-        "A DTS(16BitBE) 48000Hz 5.1Ch C+L+R+SL+SR+LFE -0.001kbps 24Bit\n7.000");
+    EXPECT_EQ(file_text(file(header({.rate = 29}))), "A DTS(16BitBE) 48000Hz 5.1Ch C+L+R+SL+SR+LFE -0.001kbps 24Bit\n7.000");
 }
 
 TEST(DtsFile, goes_on_with_zeros_behind_a_cut_header) {
     const std::vector<uint8_t> frame = header({.cpf = 1});
     for (size_t length = 0; length < 20; ++length) {
-        const std::string text =
-            file_text({frame.begin(), frame.begin() + static_cast<long>(length)});
+        const std::string text = file_text({frame.begin(), frame.begin() + static_cast<long>(length)});
         const char* begin = length < 4    ? "7.000"
                             : length < 8  ? "A DTS(16BitBE) -1Hz 1Ch A 32.000kbps 16Bit\n"
                             : length < 14 ? "A DTS(16BitBE) "

@@ -36,8 +36,7 @@ TEST(Lpcm, describes_dvd_headers) {
 TEST(Lpcm, describes_blu_ray_headers) {
     EXPECT_EQ(bd_line(0x91, 0xC0), "LPCM 48000Hz 3/2.1(L+R+C+SL+SR+LFE) 24Bit 6912.000kbps");
     EXPECT_EQ(bd_line(0x54, 0xBF), "LPCM 96000Hz 2/1(L+R+S) 20Bit 6144.000kbps");
-    EXPECT_EQ(
-        bd_line(0xB5, 0x40), "LPCM 192000Hz 3/4.1(L+R+C+BL+BR+SL+SR+LFE) 16Bit 24576.000kbps");
+    EXPECT_EQ(bd_line(0xB5, 0x40), "LPCM 192000Hz 3/4.1(L+R+C+BL+BR+SL+SR+LFE) 16Bit 24576.000kbps");
     EXPECT_EQ(bd_line(0x21, 0x40), "LPCM 48000Hz Unknown(0) 16Bit 0.000kbps");
     EXPECT_EQ(bd_line(0xC2, 0x00), "LPCM 0Hz Unknown(0) 0Bit 0.000kbps");
 }

@@ -45,8 +45,7 @@ TEST(TrueHd, reads_the_major_sync) {
 
 TEST(TrueHd, names_layouts_with_one_lfe) {
     char name[8] = "kept";
-    const std::pair<uint32_t, const char*> rows[] = {
-        {0, "kept"}, {2, "2ch"}, {3, "2.1ch"}, {20, "19.1ch"}, {21, "19.1ch"}};
+    const std::pair<uint32_t, const char*> rows[] = {{0, "kept"}, {2, "2ch"}, {3, "2.1ch"}, {20, "19.1ch"}, {21, "19.1ch"}};
     for (const auto& [count, expected] : rows) {
         truehd_channel_name(count, name);
         EXPECT_STREQ(name, expected);

@@ -33,8 +33,8 @@ TEST(BlockReader, ReadsWhatStandsInTheFile) {
         got.resize(block_read(&reader, position, got.data(), count));
         const auto from = std::min<size_t>(static_cast<size_t>(position), bytes.size());
         const auto to = std::min<size_t>(from + count, bytes.size());
-        ASSERT_EQ(got, std::vector<uint8_t>(bytes.begin() + static_cast<ptrdiff_t>(from),
-                           bytes.begin() + static_cast<ptrdiff_t>(to)))
+        ASSERT_EQ(
+            got, std::vector<uint8_t>(bytes.begin() + static_cast<ptrdiff_t>(from), bytes.begin() + static_cast<ptrdiff_t>(to)))
             << position << "+" << count;
         const auto rest = bytes.begin() + static_cast<ptrdiff_t>(from);
         const auto other = std::find_if(rest, bytes.end(), [](uint8_t byte) { return byte != 0; });

@@ -14,8 +14,7 @@ namespace {
 using namespace zat;
 using namespace zat::test;
 
-std::vector<uint8_t> with_bytes(
-    size_t length, std::initializer_list<size_t> places, std::string_view bytes = "G") {
+std::vector<uint8_t> with_bytes(size_t length, std::initializer_list<size_t> places, std::string_view bytes = "G") {
     ByteBuilder builder;
     builder.fill(length, 'x');
     for (const size_t place : places) {
@@ -58,16 +57,13 @@ TEST(MpegSequenceCheck, finds_the_last_candidate_at_any_place) {
         EXPECT_EQ(MpegSequenceCheck(bytes), static_cast<int64_t>(at));
         EXPECT_EQ(MpegSequenceCheck(Bytes(bytes).first(at + 78)), -1);
     }
-    const auto two =
-        ByteBuilder{with_bytes(length, {10, 120}, header)}.put(86, prefix).put(196, prefix).bytes;
+    const auto two = ByteBuilder{with_bytes(length, {10, 120}, header)}.put(86, prefix).put(196, prefix).bytes;
     EXPECT_EQ(MpegSequenceCheck(two), 120);
 }
 
 TEST(Ac3SyncCheck, follows_one_frame_length) {
     // 0x00: 48 kHz, 128 bytes; 0x25: 48 kHz, 2,560 bytes.
-    const auto sync = [](int codes) {
-        return std::string{0x0B, 0x77, 0, 0, static_cast<char>(codes)};
-    };
+    const auto sync = [](int codes) { return std::string{0x0B, 0x77, 0, 0, static_cast<char>(codes)}; };
     const auto chain = with_bytes(400, {100, 228}, sync(0));
     EXPECT_EQ(Ac3SyncCheck(chain), 100);
     EXPECT_EQ(Ac3SyncCheck(Bytes(chain).first(230)), 100);
@@ -91,8 +87,7 @@ TEST(MpegAudioCheck, wants_two_headers_a_frame_apart) {
     EXPECT_EQ(MpegAudioCheck(Bytes(pair).first(518), MpegAudioMode::search), -1);
     const std::string_view unusable[] = {"\xFF\xFB\x9C", "\xFF\xFB\xF0", {"\xFF\xFB\0", 3}};
     for (const std::string_view replaced : unusable) {
-        EXPECT_EQ(
-            MpegAudioCheck(ByteBuilder{pair}.put(100, replaced).bytes, MpegAudioMode::search), -1);
+        EXPECT_EQ(MpegAudioCheck(ByteBuilder{pair}.put(100, replaced).bytes, MpegAudioMode::search), -1);
     }
 }
 

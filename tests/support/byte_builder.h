@@ -32,9 +32,7 @@ struct ByteBuilder {
         return *this;
     }
     // Fills up to a total length.
-    ByteBuilder& pad_to(size_t length, int value = 0) {
-        return fill(length > bytes.size() ? length - bytes.size() : 0, value);
-    }
+    ByteBuilder& pad_to(size_t length, int value = 0) { return fill(length > bytes.size() ? length - bytes.size() : 0, value); }
     ByteBuilder& u8(uint64_t value) { return big_endian(value, 1); }
     ByteBuilder& be16(uint64_t value) { return big_endian(value, 2); }
     ByteBuilder& be24(uint64_t value) { return big_endian(value, 3); }

@@ -14,8 +14,7 @@ namespace zat::test {
 namespace {
 
 // A start code and a layer header up to its aspect.
-std::vector<uint8_t> vol(
-    int aspect, int par_width = 0, int par_height = 0, bool identified = false) {
+std::vector<uint8_t> vol(int aspect, int par_width = 0, int par_height = 0, bool identified = false) {
     BitBuilder bits;
     bits.bits(0x120, 32).bits(0, 1).bits(1, 8).bits(identified ? 1 : 0, 1);
     bits.bits(0x11, identified ? 7 : 0).bits(static_cast<uint64_t>(aspect), 4);
@@ -60,8 +59,7 @@ TEST(Mpeg4Visual, NamesProfilesByTheirOddValues) {
         uint32_t value;
         const char* name;
     } rows[] = {{0xF0, "UnknownProfile(240)"}, {0xF1, "Adv Simple@L0"}, {0xF7, "Adv Simple@L3b"},
-        {0xB1, "Adv Coding Efficieny@L1"}, {0xFE, "UnknownProfile(254)"},
-        {0x101, "UnknownProfile(257)"}};
+        {0xB1, "Adv Coding Efficieny@L1"}, {0xFE, "UnknownProfile(254)"}, {0x101, "UnknownProfile(257)"}};
     for (const auto& row : rows) {
         char text[32];
         Mpeg4ProfileLevelName(text, sizeof text, row.value);
@@ -110,8 +108,7 @@ TEST(DivxProbe, FindsTheEncodersStrings) {
 TEST(DivxProbe, ReadsTheAspectOfItsEncodesAndFamilyOnly) {
     const struct {
         const char *fourcc, *text, *aspect;
-    } rows[] = {
-        {"FMP4", "DivX1/", "4:3 NTSC"}, {"DIV3", "x264/", "4:3 NTSC"}, {"FMP4", "x264/", ""}};
+    } rows[] = {{"FMP4", "DivX1/", "4:3 NTSC"}, {"DIV3", "x264/", "4:3 NTSC"}, {"FMP4", "x264/", ""}};
     for (const auto& row : rows) {
         DivxProbe probe;
         copy_text(probe.fourcc, row.fourcc);
