@@ -26,6 +26,7 @@ int parse_options(
         "Tells what media files hold, from their bytes and never from their names.", "zat");
     app.footer(examples);
     app.get_formatter()->column_width(30);
+    app.allow_windows_style_options(false); // a path may begin with a slash there too
     const std::map<std::string, Format> formats{{"text", Format::text}, {"json", Format::json},
         {"jsonl", Format::jsonl}, {"csv", Format::csv}};
     std::vector<std::string> paths;
