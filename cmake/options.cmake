@@ -1,6 +1,8 @@
 # What every target of the project is compiled with; linked as zat_options.
 add_library(zat_options INTERFACE)
 target_compile_options(zat_options INTERFACE -Wall -Wextra -Wconversion -Wshadow -Werror)
+# Clang's -Wconversion takes in what GCC keeps apart.
+target_compile_options(zat_options INTERFACE $<$<CXX_COMPILER_ID:Clang>:-Wno-sign-conversion>)
 target_compile_definitions(zat_options INTERFACE _FILE_OFFSET_BITS=64)
 target_include_directories(zat_options INTERFACE ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR}/include)
 

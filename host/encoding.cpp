@@ -54,8 +54,8 @@ std::string utf8_of_character(std::string_view character) {
         932, MB_ERR_INVALID_CHARS, character.data(), static_cast<int>(character.size()), wide, 4);
     return length > 0 ? utf8_of_wide(std::wstring(wide, static_cast<size_t>(length))) : "";
 #else
-    static thread_local const iconv_t converter = iconv_open("UTF-8", "CP932");
-    if (converter == reinterpret_cast<iconv_t>(-1)) {
+    static thread_local iconv_t converter = iconv_open("UTF-8", "CP932");
+    if (reinterpret_cast<intptr_t>(converter) == -1) {
         return "";
     }
     char in[2] = {character[0], character.size() > 1 ? character[1] : '\0'};

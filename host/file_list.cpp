@@ -91,7 +91,7 @@ bool visit_list(const Options& options, const FileVisitor& visit) {
         return visit(options.files_from, std::strerror(errno));
     }
     std::string path;
-    const int end = options.null_separated ? '\0' : '\n';
+    const int end = options.null_separated ? 0 : static_cast<unsigned char>('\n');
     for (int c = 0; c != EOF;) {
         c = std::fgetc(list.get());
         if (c != end && c != EOF) {

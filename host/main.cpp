@@ -11,7 +11,7 @@ using namespace host;
 
 // Beside the program, else where it is installed.
 std::string default_catalogue() {
-    const std::string directory = program_directory();
+    std::string directory = program_directory();
     for (const std::string& candidate : {directory, directory + "../share/zat/"}) {
         if (file_exists(candidate + "zat-codec.ini")) {
             return candidate;

@@ -155,9 +155,13 @@ std::string csv_of(const Description& description) {
                              std::to_string(record.file_size) + "\r\n";
     std::string out;
     for (const Stream& stream : streams) {
-        out += head + stream.kind + "," +
-               (stream.number == 0 ? "" : std::to_string(stream.number)) + "," +
-               csv_field(stream.line) + tail;
+        out += head;
+        out += stream.kind;
+        out += ',';
+        out += stream.number == 0 ? "" : std::to_string(stream.number);
+        out += ',';
+        out += csv_field(stream.line);
+        out += tail;
     }
     return out;
 }

@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <clocale>
 #include <csignal>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <iconv.h>
@@ -27,8 +28,8 @@ bool locale_is_shift_jis() {
 }
 
 std::string shift_jis_of_utf8(std::string_view text) {
-    const iconv_t converter = iconv_open("CP932//TRANSLIT", "UTF-8");
-    if (converter == reinterpret_cast<iconv_t>(-1)) {
+    iconv_t converter = iconv_open("CP932//TRANSLIT", "UTF-8");
+    if (reinterpret_cast<intptr_t>(converter) == -1) {
         return std::string(text);
     }
     std::string in(text);

@@ -47,8 +47,8 @@ int ac3_file(InfoRecord* record) {
     }
     ac3_line(&info, record->audio[0]);
     record->audio_count = 1;
-    // The lowest rate is 32 kbit/s.
-    record->play_time = static_cast<double>(file.size) / (info.bitrate / 8 * 1000);
+    const int byte_rate = info.bitrate / 8 * 1000; // not zero: the lowest rate is 32 kbit/s
+    record->play_time = static_cast<double>(file.size) / byte_rate;
     return 0;
 }
 

@@ -97,14 +97,13 @@ void swap_words(uint8_t* buf) {
 
 // Joins the low 14 bits of the big-endian words; the last word only gives its bits to the others.
 void join_14bit_words(uint8_t* buf) {
-    constexpr int words = dts_packed_size / 2;
-    for (int i = 0; i + 1 < words; ++i) {
-        const int taken = 2 * (i + 1); // bits of the next word
-        const uint32_t next = ReadBE16(buf + 2 * i + 2) & 0x3FFFU;
-        const uint32_t word =
-            static_cast<uint32_t>(ReadBE16(buf + 2 * i)) << taken | next >> (14 - taken);
-        buf[2 * i] = static_cast<uint8_t>(word >> 8);
-        buf[2 * i + 1] = static_cast<uint8_t>(word);
+    int taken = 2; // bits of the next word
+    for (uint8_t* at = buf; at + 2 < buf + dts_packed_size; at += 2) {
+        const uint32_t next = ReadBE16(at + 2) & 0x3FFFU;
+        const uint32_t word = static_cast<uint32_t>(ReadBE16(at)) << taken | next >> (14 - taken);
+        at[0] = static_cast<uint8_t>(word >> 8);
+        at[1] = static_cast<uint8_t>(word);
+        taken += 2;
     }
 }
 

@@ -22,8 +22,8 @@ constexpr size_t extra_info_size = 256; // bytes used of the extra-info text, te
 void set_play_time(const WavFormatInfo& info, InfoRecord* record) {
     if (info.format_tag == wav_tag_pcm) {
         if (info.block_align != 0 && info.sample_rate != 0) {
-            record->play_time =
-                static_cast<double>(info.data_size / info.block_align) / info.sample_rate;
+            const uint32_t frames = info.data_size / info.block_align;
+            record->play_time = static_cast<double>(frames) / info.sample_rate;
         }
     } else if (info.byte_rate != 0) {
         record->play_time = static_cast<double>(info.data_size) / info.byte_rate;
@@ -123,9 +123,10 @@ void note_beyond_2gb(const WavFormatInfo& info, InfoRecord* record) {
     if (info.block_align == 0 || info.sample_rate == 0) {
         return;
     }
-    const auto bytes = static_cast<int64_t>(record->file_size) - info.data_position;
+    const int64_t frames =
+        (static_cast<int64_t>(record->file_size) - info.data_position) / info.block_align;
     char time[value_text_size] = {};
-    FormatPlayTime(static_cast<double>(bytes / info.block_align) / info.sample_rate, time);
+    FormatPlayTime(static_cast<double>(frames) / info.sample_rate, time);
     append_text(record->extra[1], message::estimated_time);
     append_text(record->extra[1], time);
     append_text(record->extra[1], "]");

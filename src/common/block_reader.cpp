@@ -62,6 +62,7 @@ int64_t block_count_zeros(BlockReader* reader, int64_t position) {
         if (run < ready) {
             return zeros;
         }
+        zeros = next_data(reader->file, position + zeros) - position;
     }
 }
 

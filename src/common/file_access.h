@@ -27,6 +27,10 @@ int64_t FileSeek(FileRecord* file, int64_t offset, SeekOrigin origin);
 // of the file, 0 on failure.
 uint32_t FileRead(FileRecord* file, void* destination, uint32_t count);
 
+// The first position from `position` on where anything but zeros may stand: past the holes of a
+// sparse file, where the platform tells them; the file's size when only holes follow.
+int64_t next_data(const FileRecord* file, int64_t position);
+
 void FileClose(FileRecord* file);
 
 // Size in bytes of the regular file at `path`, 0 when it does not open.

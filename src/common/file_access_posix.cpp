@@ -49,6 +49,19 @@ uint32_t FileRead(FileRecord* file, void* destination, uint32_t count) {
     return done;
 }
 
+int64_t next_data(const FileRecord* file, int64_t position) {
+#ifdef SEEK_DATA
+    const off_t found = lseek(static_cast<int>(file->handle), position, SEEK_DATA);
+    if (found > position) {
+        return found;
+    }
+    if (found < 0 && errno == ENXIO && file->size > position) {
+        return file->size;
+    }
+#endif
+    return position;
+}
+
 void FileClose(FileRecord* file) {
     close(static_cast<int>(file->handle));
 }

@@ -2,6 +2,7 @@
 
 #define WIN32_LEAN_AND_MEAN
 #include <windows.h>
+#include <winioctl.h>
 
 namespace zat {
 
@@ -48,6 +49,27 @@ uint32_t FileRead(FileRecord* file, void* destination, uint32_t count) {
     }
     file->position += got;
     return got;
+}
+
+int64_t next_data(const FileRecord* file, int64_t position) {
+    if (position < 0 || position >= file->size) {
+        return position;
+    }
+    FILE_ALLOCATED_RANGE_BUFFER wanted{};
+    FILE_ALLOCATED_RANGE_BUFFER first{};
+    wanted.FileOffset.QuadPart = position;
+    wanted.Length.QuadPart = file->size - position;
+    DWORD got = 0;
+    // Room for one range is enough; that there are more is no failure.
+    if (DeviceIoControl(native(file), FSCTL_QUERY_ALLOCATED_RANGES, &wanted, sizeof wanted, &first,
+            sizeof first, &got, nullptr) == 0 &&
+        GetLastError() != ERROR_MORE_DATA) {
+        return position;
+    }
+    if (got < sizeof first) {
+        return file->size;
+    }
+    return first.FileOffset.QuadPart > position ? first.FileOffset.QuadPart : position;
 }
 
 void FileClose(FileRecord* file) {

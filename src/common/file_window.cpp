@@ -7,8 +7,8 @@ namespace zat {
 
 namespace {
 
-// Each further step loads this many times what is there already.
-constexpr uint32_t growth = 8;
+// Each further step makes the view this many times as long: few calls, and little read in vain.
+constexpr uint32_t growth = 2;
 
 // Behind the capacity, so that a field may be looked at across the end.
 constexpr uint32_t padding = 8;

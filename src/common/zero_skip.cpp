@@ -40,6 +40,7 @@ int64_t skip_zeros(FileRecord* file) {
             FileSeek(file, int64_t{zeros} - got, SeekOrigin::current);
             return file->position - start;
         }
+        FileSeek(file, next_data(file, file->position), SeekOrigin::begin);
     }
 }
 

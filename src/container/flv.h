@@ -1,4 +1,4 @@
-// Flash Video files (Adobe Flash Video File Format Specification 10.1, annex E).
+// Flash Video files (Adobe Flash Video File Format 10.1, annex E).
 #pragma once
 
 #include "zat/zat.h"

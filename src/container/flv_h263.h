@@ -10,7 +10,7 @@ struct H263PictureSize {
     uint32_t height = 0;
 };
 
-// The size in an H263VIDEOPACKET (Flash Video File Format Specification 10.1, annex E.4.3.2); the
+// The size in an H263VIDEOPACKET (Adobe Flash Video File Format 10.1, annex E.4.3.2); the
 // start code is not checked. {0, 0} for the reserved size code and for a header that is cut off.
 H263PictureSize ParseFlvH263PictureSize(Bytes picture);
 

@@ -16,7 +16,7 @@ struct FlvMetadata {
 };
 
 // Takes the known numbers from the data of a script tag: an AMF0 string (the object's name, which
-// is not looked at) and an ECMA array (AMF0 file format specification, section 2). A later value of
+// is not looked at) and an ECMA array (Action Message Format AMF 0, section 2). A later value of
 // the same name wins. Damage ends the walk; what came before it counts.
 void ParseFlvScript(Bytes data, FlvMetadata* metadata);
 

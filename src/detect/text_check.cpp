@@ -13,13 +13,16 @@ constexpr int64_t checked_bytes = 1048576;
 
 int TextFileCheck(FileWindow* window, int64_t size) {
     const auto wanted = static_cast<uint32_t>(std::min(size, checked_bytes));
-    // Nearly every media file has a zero byte in its first kilobytes.
-    const uint32_t steps[] = {1, FileWindow::first_size + 1, wanted};
+    // Nearly every media file has a zero byte in its first kilobytes, so a step loads no more than
+    // the window does by itself.
     uint32_t checked = 0;
-    for (const uint32_t step : steps) {
-        const uint32_t loaded = std::min(window_load(window, std::min(step, wanted)), wanted);
+    while (checked < wanted) {
+        const uint32_t loaded = std::min(window_load(window, checked + 1), wanted);
         if (std::memchr(window->bytes + checked, 0, loaded - checked) != nullptr) {
             return -1;
+        }
+        if (loaded == checked) {
+            break;
         }
         checked = loaded;
     }

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstring>
 #include <string_view>
 
 namespace zat {
@@ -13,7 +14,6 @@ namespace {
 
 constexpr char divx_mark[] = "DivX";
 constexpr char xvid_mark[] = "XviD";
-constexpr size_t mark_size = 4;
 constexpr int no_string = -1;
 constexpr int per_string = 2;
 
@@ -33,43 +33,31 @@ void copy_encoder_string(char (&out)[16], Bytes bytes, size_t from) {
     copy_text(out, text);
 }
 
-// How far a mark that holds `last` may lie behind one that would end there: the marks are one word
-// read from both ends, so half of the letters end a mark and the others are one byte from it.
-size_t step_behind(uint8_t last) {
-    switch (last) {
-    case 'D':
-    case 'X':
-        return 0;
-    case 'i':
-    case 'v':
-        return 1;
-    default:
-        return mark_size;
-    }
+// Position of the first 'v' at or after `from`, or the size. Both marks hold one; looking for that
+// alone leaves the work to memchr.
+size_t find_mark_letter(Bytes bytes, size_t from) {
+    const void* hit =
+        from < bytes.size() ? std::memchr(&bytes[from], 'v', bytes.size() - from) : nullptr;
+    return hit == nullptr ? bytes.size()
+                          : static_cast<size_t>(static_cast<const uint8_t*>(hit) - bytes.data());
 }
 
 // Keeps the last string of each kind, two strings in all.
 int find_marks(Bytes bytes, DivxProbe* probe) {
     int result = no_string;
-    for (size_t end = mark_size; end <= bytes.size() && result <= per_string;) {
-        const size_t step = step_behind(bytes[end - 1]);
-        end += step;
-        if (step != 0) {
-            continue;
-        }
-        const size_t at = end - mark_size;
-        if (starts_with(&bytes[at], divx_mark)) {
-            probe->divx_pos = static_cast<uint32_t>(at);
+    for (size_t i = find_mark_letter(bytes, 0); i < bytes.size() && result <= per_string;
+         i = find_mark_letter(bytes, i + 1)) {
+        if (i >= 2 && has_at(bytes, i - 2, divx_mark)) {
+            probe->divx_pos = static_cast<uint32_t>(i - 2);
             probe->divx_found = 1;
-            copy_encoder_string(probe->divx_string, bytes, at);
+            copy_encoder_string(probe->divx_string, bytes, i - 2);
             result += per_string;
-        } else if (starts_with(&bytes[at], xvid_mark)) {
-            probe->xvid_pos = static_cast<uint32_t>(at);
+        } else if (i >= 1 && has_at(bytes, i - 1, xvid_mark)) {
+            probe->xvid_pos = static_cast<uint32_t>(i - 1);
             probe->xvid_found = 1;
-            copy_encoder_string(probe->xvid_string, bytes, at);
+            copy_encoder_string(probe->xvid_string, bytes, i - 1);
             result += per_string;
         }
-        ++end;
     }
     return result;
 }

@@ -3,14 +3,13 @@
 #include "common/bits.h"
 #include "common/text.h"
 
-#include <algorithm>
 #include <array>
 
 namespace zat {
 
 namespace {
 
-constexpr uint32_t video_object_layer_start_code = 0x0000'0120;
+constexpr char vol_start_code[] = "\0\0\1\x20";
 constexpr size_t start_code_size = 4;
 constexpr uint32_t extended_par = 15;
 
@@ -82,30 +81,22 @@ constexpr ProfileName profiles[] = {
     {0xFD, "FGS@L5"},
 };
 
-// How far a start code that holds `first` may begin before one that would begin there.
-size_t step_before(uint8_t first) {
-    switch (first) {
-    case 0x00:
-        return 1;
-    case 0x01:
-        return 2;
-    case 0x20:
-        return 3;
-    default:
-        return start_code_size;
-    }
-}
-
 // Position of the last start code, or 0: one at the very start does not count.
 size_t last_vol_start_code(Bytes buffer) {
-    if (buffer.size() <= start_code_size) {
-        return 0;
+    constexpr size_t zeros = 2;
+    size_t last = 0;
+    size_t from = zeros + 1;
+    for (;;) {
+        const int64_t pair = find_byte_pair(buffer, from, 0x01, 0x20);
+        if (pair < 0) {
+            return last;
+        }
+        const size_t at = static_cast<size_t>(pair) - zeros;
+        if (starts_with(&buffer[at], vol_start_code)) {
+            last = at;
+        }
+        from = static_cast<size_t>(pair) + zeros;
     }
-    size_t at = buffer.size() - start_code_size;
-    while (at > 0 && ReadBE32(&buffer[at]) != video_object_layer_start_code) {
-        at -= std::min(at, step_before(buffer[at]));
-    }
-    return at;
 }
 
 // Reads n bits; false when they lie past the data.

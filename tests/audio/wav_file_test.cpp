@@ -16,11 +16,7 @@ using Buffer = std::vector<uint8_t>;
 
 // A chunk whose announced size may lie.
 Buffer chunk(std::string_view id, const Buffer& payload, int64_t size = -1) {
-    return ByteBuilder()
-        .text(id)
-        .le32(size < 0 ? payload.size() : static_cast<uint64_t>(size))
-        .append(payload)
-        .bytes;
+    return ByteBuilder().text(id).le32(size < 0 ? payload.size() : static_cast<uint64_t>(size)).append(payload).bytes;
 }
 
 Buffer chunk(std::string_view id, std::string_view payload, int64_t size = -1) {
@@ -52,12 +48,7 @@ Buffer fmt(const Format& format, const Buffer& extension = {}, int64_t size = -1
 
 // cbSize, valid bits, mask and the GUID of PCM.
 Buffer extension(uint32_t mask) {
-    return ByteBuilder()
-        .le16(22)
-        .le16(24)
-        .le32(mask)
-        .raw({1, 0, 0, 0, 0, 0, 16, 0, 0x80, 0, 0, 0xAA, 0, 0x38, 0x9B, 0x71})
-        .bytes;
+    return ByteBuilder().le16(22).le16(24).le32(mask).raw({1, 0, 0, 0, 0, 0, 16, 0, 0x80, 0, 0, 0xAA, 0, 0x38, 0x9B, 0x71}).bytes;
 }
 
 Buffer wave(const std::vector<Buffer>& chunks) {
@@ -134,8 +125,7 @@ const Row rows[] = {
         "[C\x96\xB3"
         "0001] 44100Hz 2ch 1411.20kbps 16Bit [fmt:18Byte]",
         "[fmt ][data]", 1 / 44100.0},
-    {"PCM with an extension is named by mask", wave({fmt({}, extension(0x30)), data(4)}),
-        "[RIFF(WAVE)]",
+    {"PCM with an extension is named by mask", wave({fmt({}, extension(0x30)), data(4)}), "[RIFF(WAVE)]",
         "[C\x96\xB3"
         "0001] 44100Hz 2ch(SL+SR) 1411.20kbps 16Bit [fmt:40Byte]",
         "[fmt ][data]", 1 / 44100.0},
@@ -149,18 +139,15 @@ const Row rows[] = {
         "0001] 48000Hz 8ch(L+R+C+LFE+SL+SR+FL-C+FR-C+B-C+Side-L+Side-R+T-C+TF-L+TF-C+TF-R) "
         "6144.00kbps 16Bit [fmt:40Byte]",
         "[fmt ][data]", 1 / 48000.0},
-    {"many channels are named by count", wave({fmt(float_6_channels), data(1152000)}),
-        "[RIFF(WAVE-EXT)]",
+    {"many channels are named by count", wave({fmt(float_6_channels), data(1152000)}), "[RIFF(WAVE-EXT)]",
         "[C\x96\xB3"
         "0003] 48000Hz 6ch(L+R+C+LFE+BL+BR) 9216.00kbps 32Bit [fmt:16Byte]",
         "[fmt ][data]", 1},
-    {"only nine speakers have names",
-        wave({fmt({1, 65535, 48000, 4294967295, 65535, 8}), data(65535)}), "[RIFF(WAVE-EXT)]",
+    {"only nine speakers have names", wave({fmt({1, 65535, 48000, 4294967295, 65535, 8}), data(65535)}), "[RIFF(WAVE-EXT)]",
         "[C\x96\xB3"
         "0001] 48000Hz 65535ch(L+R+C+LFE+BL+BR+FL-C+FR-C+B-C) 34359738.36kbps 8Bit [fmt:16Byte]",
         "[fmt ][data]", 1 / 48000.0},
-    {"an extensible format is named by GUID",
-        wave({fmt({0xFFFE, 2, 48000, 288000, 6, 24}, extension(0x33)), data(288000)}),
+    {"an extensible format is named by GUID", wave({fmt({0xFFFE, 2, 48000, 288000, 6, 24}, extension(0x33)), data(288000)}),
         "[RIFF(WAVE)]",
         "[C\x96\xB3"
         "00000001-0000-0010-8000-00AA00389B71] 48000Hz 2ch 2304.00kbps 24Bit [fmt:40Byte]",
@@ -171,19 +158,15 @@ const Row rows[] = {
         "[fmt:18Byte]",
         "[fmt ][data]", 4 / 176400.0},
     {"a later fmt and data replace all of the earlier ones",
-        wave({fmt({0xFFFE, 2}, extension(3)), fmt({}, extension(3)), fmt(mu_law), data(9),
-            data(4000)}),
-        "[RIFF(WAVE)]",
+        wave({fmt({0xFFFE, 2}, extension(3)), fmt({}, extension(3)), fmt(mu_law), data(9), data(4000)}), "[RIFF(WAVE)]",
         "[C\x96\xB3"
         "0007] 8000Hz 1ch 64.00kbps 8Bit [fmt:16Byte]",
         "[fmt ][fmt ][fmt ][data][data]", 0.5},
-    {"a short fmt reads as zeros", wave({chunk("fmt ", Buffer{1, 0, 2, 0}), data(4)}),
-        "[RIFF(WAVE)]",
+    {"a short fmt reads as zeros", wave({chunk("fmt ", Buffer{1, 0, 2, 0}), data(4)}), "[RIFF(WAVE)]",
         "[C\x96\xB3"
         "0001] 0Hz 2ch 0.00kbps 0Bit [fmt:4Byte]",
         "[fmt ][data]", 0},
-    {"a zero block align", wave({fmt({1, 2, 44100, 176400, 0, 16}), data(4)}), "[RIFF(WAVE)]",
-        plain_line, "[fmt ][data]", 0},
+    {"a zero block align", wave({fmt({1, 2, 44100, 176400, 0, 16}), data(4)}), "[RIFF(WAVE)]", plain_line, "[fmt ][data]", 0},
     {"a zero byte rate", wave({fmt({7, 1, 8000, 0, 1, 8}), data(4)}), "[RIFF(WAVE)]",
         "[C\x96\xB3"
         "0007] 8000Hz 1ch 0.00kbps 8Bit [fmt:16Byte]",
@@ -192,45 +175,36 @@ const Row rows[] = {
         "[C\x96\xB3"
         "0001] 44100Hz 2ch(C) 1411.20kbps 16Bit [fmt:-1Byte]",
         "[fmt ]", 0},
-    {"data beyond the file", wave({fmt({}), chunk("data", "abcd", 1764000)}), "[RIFF(WAVE)]",
-        plain_line, "[fmt ][data]", 10},
+    {"data beyond the file", wave({fmt({}), chunk("data", "abcd", 1764000)}), "[RIFF(WAVE)]", plain_line, "[fmt ][data]", 10},
     {"zeros between chunks, and lists",
-        wave(
-            {chunk("LIST", "INFOx"), {0}, fmt({}), {0, 0, 0}, chunk("LIST", "adtl"), data(4), {0}}),
-        "[RIFF(WAVE)]", plain_line, "[LIST(INFOTAG)]+[fmt ]+[LIST(INFOTAG)][data]", 1 / 44100.0},
-    {"a cut chunk header", wave({fmt({}), data(4), {'L', 'I', 'S', 'T', 1}}), "[RIFF(WAVE)]",
-        plain_line, "[fmt ][data]", 1 / 44100.0},
+        wave({chunk("LIST", "INFOx"), {0}, fmt({}), {0, 0, 0}, chunk("LIST", "adtl"), data(4), {0}}), "[RIFF(WAVE)]", plain_line,
+        "[LIST(INFOTAG)]+[fmt ]+[LIST(INFOTAG)][data]", 1 / 44100.0},
+    {"a cut chunk header", wave({fmt({}), data(4), {'L', 'I', 'S', 'T', 1}}), "[RIFF(WAVE)]", plain_line, "[fmt ][data]",
+        1 / 44100.0},
     {"an id ends at its zero byte, the chain at 63 characters",
-        wave({fmt({}), chunk(std::string_view("a\0bc", 4), ""), data(4), chunk("LIST", "x"),
-            chunk("LIST", "x"), chunk("LIST", "x"), chunk("last", "x"), chunk("more", "x")}),
-        "[RIFF(WAVE)]", plain_line,
-        "[fmt ][a][data][LIST(INFOTAG)][LIST(INFOTAG)][LIST(INFOTAG)][la", 1 / 44100.0},
-    {"Broadcast Wave by its text", wave({chunk("bext", "BWF take"), fmt({}), data(4)}),
-        "[RIFF(WAVE-BWF)]", plain_line, "[bext][fmt ][data]", 1 / 44100.0},
+        wave({fmt({}), chunk(std::string_view("a\0bc", 4), ""), data(4), chunk("LIST", "x"), chunk("LIST", "x"),
+            chunk("LIST", "x"), chunk("last", "x"), chunk("more", "x")}),
+        "[RIFF(WAVE)]", plain_line, "[fmt ][a][data][LIST(INFOTAG)][LIST(INFOTAG)][LIST(INFOTAG)][la", 1 / 44100.0},
+    {"Broadcast Wave by its text", wave({chunk("bext", "BWF take"), fmt({}), data(4)}), "[RIFF(WAVE-BWF)]", plain_line,
+        "[bext][fmt ][data]", 1 / 44100.0},
     {"the first description that is not empty",
-        wave({chunk("fact", Buffer{0, 'B'}), chunk("bext", "BWF"), chunk("fact", "lossyWAV"),
-            fmt({}), data(4)}),
+        wave({chunk("fact", Buffer{0, 'B'}), chunk("bext", "BWF"), chunk("fact", "lossyWAV"), fmt({}), data(4)}),
         "[RIFF(WAVE-BWF)]", plain_line, "[fact][bext][fact][fmt ][data]", 1 / 44100.0},
     {"MPEG audio", wave({fmt(mp3, Buffer(14)), chunk("data", mpeg_frame())}), "[RIFF(WAVE)]",
-        "MPEG1-LayerIII 44100Hz [CBR Stereo] 128.00kbps [417bpf] ", "[fmt ][data]",
-        static_cast<double>(417.0F / 16000.0F)},
-    {"MPEG audio that is cut",
-        wave({fmt({0x50, 2, 44100, 16000, 1, 0}), chunk("data", Buffer{0xFF, 0xFB, 0x90}, 1600)}),
+        "MPEG1-LayerIII 44100Hz [CBR Stereo] 128.00kbps [417bpf] ", "[fmt ][data]", static_cast<double>(417.0F / 16000.0F)},
+    {"MPEG audio that is cut", wave({fmt({0x50, 2, 44100, 16000, 1, 0}), chunk("data", Buffer{0xFF, 0xFB, 0x90}, 1600)}),
         "[RIFF(WAVE)]", "MPEG1-LayerIII 44100Hz [CBR Stereo] 128.00kbps [417bpf] ", "[fmt ][data]",
         static_cast<double>(1600.0F / 16000.0F)},
-    {"an unusable Xing header keeps the plain line",
-        wave({fmt(mp3), chunk("data", mpeg_frame("Xing", 1, 0))}), "[RIFF(WAVE)]",
+    {"an unusable Xing header keeps the plain line", wave({fmt(mp3), chunk("data", mpeg_frame("Xing", 1, 0))}), "[RIFF(WAVE)]",
         "[C\x96\xB3"
         "0055] 44100Hz 2ch 128.00kbps 0Bit [fmt:16Byte]",
         "[fmt ][data]", 417 / 16000.0},
-    {"MPEG audio by another tag", wave({fmt({}), chunk("data", mpeg_frame())}), "[RIFF(WAVE)]",
-        plain_line, "[fmt ][data]", 104 / 44100.0},
-    {"DTS far behind the file's start",
-        wave({fmt({}), chunk("junk", Buffer(2000000, 1)), chunk("data", dts_frame())}),
-        "[RIFF(WAVE)]", "DTS(16BitBE) 48000Hz 5.1Ch C+L+R+SL+SR+LFE 1536.000kbps 24Bit",
-        "[fmt ][junk][data]", 100 / 44100.0},
-    {"many channels replace a DTS line",
-        wave({fmt({1, 3, 44100, 176400, 4, 16}), chunk("data", dts_frame())}), "[RIFF(WAVE-EXT)]",
+    {"MPEG audio by another tag", wave({fmt({}), chunk("data", mpeg_frame())}), "[RIFF(WAVE)]", plain_line, "[fmt ][data]",
+        104 / 44100.0},
+    {"DTS far behind the file's start", wave({fmt({}), chunk("junk", Buffer(2000000, 1)), chunk("data", dts_frame())}),
+        "[RIFF(WAVE)]", "DTS(16BitBE) 48000Hz 5.1Ch C+L+R+SL+SR+LFE 1536.000kbps 24Bit", "[fmt ][junk][data]", 100 / 44100.0},
+    {"many channels replace a DTS line", wave({fmt({1, 3, 44100, 176400, 4, 16}), chunk("data", dts_frame())}),
+        "[RIFF(WAVE-EXT)]",
         "[C\x96\xB3"
         "0001] 44100Hz 3ch(L+R+C) 1411.20kbps 16Bit [fmt:16Byte]",
         "[fmt ][data]", 100 / 44100.0},
@@ -266,8 +240,7 @@ TEST(WavFile, QuotesLossyWav) {
         {"lossyWAV -cbs 512", "[RIFF(lossyWAV(512))]", "lossyWAV -cbs 512"},
         {"lossyWAV -cbs", "[RIFF(lossyWAV())]", "lossyWAV -cbs"},
         {"lossyWA:", "[RIFF(lossyWAV())]", "lossyWA"},
-        {"lossyWAV -cbs 12345678901234567890", "[RIFF(lossyWAV(1234567890123456",
-            "lossyWAV -cbs 12345678901234567890"},
+        {"lossyWAV -cbs 12345678901234567890", "[RIFF(lossyWAV(1234567890123456", "lossyWAV -cbs 12345678901234567890"},
         {"lossyW", "[RIFF(WAVE)]", ""},
     };
     for (const auto& row : cases) {
@@ -297,9 +270,7 @@ TEST(WavFile, EstimatesThePlayTimeBeyond2Gb) {
     };
     for (const auto& row : cases) {
         const TempFile file(wave({fmt(row.format), chunk("data", "", 0x7FFFFFF0)}));
-        std::ofstream(file.path, std::ios::binary | std::ios::in)
-            .seekp(44 + 0x7FFFFFF0LL)
-            .write("more", 4);
+        std::ofstream(file.path, std::ios::binary | std::ios::in).seekp(44 + 0x7FFFFFF0LL).write("more", 4);
         const auto record = analyse_path(file.path);
         EXPECT_EQ(record->extra_count, row.extra_count);
         EXPECT_STREQ(record->extra[1], row.note);
@@ -318,8 +289,7 @@ TEST(WavFile, SurvivesAMissingFile) {
 }
 
 TEST(WavFile, IsSoundAtEveryLength) {
-    const Buffer whole = wave({chunk("bext", "BWF"), {0}, fmt(mp3, extension(63)),
-        chunk("data", mpeg_frame("Xing", 3, 100))});
+    const Buffer whole = wave({chunk("bext", "BWF"), {0}, fmt(mp3, extension(63)), chunk("data", mpeg_frame("Xing", 3, 100))});
     for (size_t length = 0; length < whole.size(); ++length) {
         analyse({whole.begin(), whole.begin() + static_cast<ptrdiff_t>(length)});
     }

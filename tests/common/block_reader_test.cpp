@@ -1,8 +1,10 @@
 #include "common/block_reader.h"
 
+#include "common/zero_skip.h"
 #include "support/temp_file.h"
 
 #include <algorithm>
+#include <fstream>
 #include <gtest/gtest.h>
 
 namespace zat::test {
@@ -31,8 +33,8 @@ TEST(BlockReader, ReadsWhatStandsInTheFile) {
         got.resize(block_read(&reader, position, got.data(), count));
         const auto from = std::min<size_t>(static_cast<size_t>(position), bytes.size());
         const auto to = std::min<size_t>(from + count, bytes.size());
-        ASSERT_EQ(got, std::vector<uint8_t>(bytes.begin() + static_cast<ptrdiff_t>(from),
-                           bytes.begin() + static_cast<ptrdiff_t>(to)))
+        ASSERT_EQ(
+            got, std::vector<uint8_t>(bytes.begin() + static_cast<ptrdiff_t>(from), bytes.begin() + static_cast<ptrdiff_t>(to)))
             << position << "+" << count;
         const auto rest = bytes.begin() + static_cast<ptrdiff_t>(from);
         const auto other = std::find_if(rest, bytes.end(), [](uint8_t byte) { return byte != 0; });
@@ -40,6 +42,29 @@ TEST(BlockReader, ReadsWhatStandsInTheFile) {
     }
     EXPECT_EQ(block_count_zeros(&reader, 1LL << 40), -1);
     FileClose(&file);
+}
+
+TEST(BlockReader, CountsTheZerosOfHoles) {
+    constexpr int64_t hole = 64 << 20;
+    const TempFile temp({1});
+    for (const bool has_end : {true, false}) {
+        std::ofstream out(temp.path, std::ios::binary | std::ios::in);
+        out.seekp(has_end ? hole : 3 * hole).put(has_end ? 1 : 0);
+        out.close();
+        FileRecord file;
+        ASSERT_EQ(FileOpen(&file, temp.path.c_str()), 0);
+        BlockReader reader;
+        block_open(&reader, &file);
+        EXPECT_EQ(block_count_zeros(&reader, 1), hole - 1);
+        EXPECT_EQ(block_count_zeros(&reader, hole + 1), -1);
+        FileSeek(&file, 1, SeekOrigin::begin);
+        EXPECT_EQ(skip_zeros(&file), hole - 1);
+        EXPECT_EQ(file.position, hole);
+        FileSeek(&file, 1, SeekOrigin::current);
+        EXPECT_EQ(skip_zeros(&file), -1);
+        EXPECT_EQ(file.position, file.size);
+        FileClose(&file);
+    }
 }
 
 } // namespace zat::test

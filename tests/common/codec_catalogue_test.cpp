@@ -3,6 +3,7 @@
 #include "common/catalogue_directory.h"
 #include "common/text.h"
 #include "support/byte_builder.h"
+#include "support/shipped_catalogue.h"
 #include "support/temp_file.h"
 
 #include <algorithm>
@@ -53,19 +54,13 @@ const Row rows[] = {
     {"a zero byte ends the line", "[A]\n1\tx" + z + "y\tz\n2\tw\n", "[A]", "1", 0, "x"},
     {"a zero byte before the tab", "[A]\n1" + z + "\tx\n", "[A]", "1", 1, ""},
     {"a substitute character is no end", "[A]\n\x1A\n1\tx\n", "[A]", "1", 0, "x"},
-    {"a name up to the limit", "[A]\n1\t" + std::string(253, 'x') + "\n", "[A]", "1", 0,
-        std::string(253, 'x')},
-    {"254 characters and both ends", "[A]\n1\t" + std::string(252, 'x') + "\r\n2\ty\n", "[A]", "2",
-        0, "y"},
-    {"the rest of a long line is a line", "[A]\n" + std::string(255, 'x') + "1\ty\n", "[A]", "1", 0,
-        "y"},
-    {"the rest may be a header", "[A]\n" + std::string(510, 'x') + "[B]\n1\ty\n", "[A]", "1", 1,
-        ""},
+    {"a name up to the limit", "[A]\n1\t" + std::string(253, 'x') + "\n", "[A]", "1", 0, std::string(253, 'x')},
+    {"254 characters and both ends", "[A]\n1\t" + std::string(252, 'x') + "\r\n2\ty\n", "[A]", "2", 0, "y"},
+    {"the rest of a long line is a line", "[A]\n" + std::string(255, 'x') + "1\ty\n", "[A]", "1", 0, "y"},
+    {"the rest may be a header", "[A]\n" + std::string(510, 'x') + "[B]\n1\ty\n", "[A]", "1", 1, ""},
     {"a line of megabytes", std::string(3000000, 'x') + "\n[A]\n1\ty\n", "[A]", "1", 0, "y"},
-    {"the last match of the identifiers", "[MPEG2-TS-PID]\n001\tr\n0010\tNIT\n", "[MPEG2-TS-PID]",
-        "0010", 0, "NIT"},
-    {"a header behind the identifiers", "[MPEG2-TS-PID]\n0010\tNIT\n[A]\n", "[MPEG2-TS-PID]",
-        "0010", 1, "NIT"},
+    {"the last match of the identifiers", "[MPEG2-TS-PID]\n001\tr\n0010\tNIT\n", "[MPEG2-TS-PID]", "0010", 0, "NIT"},
+    {"a header behind the identifiers", "[MPEG2-TS-PID]\n0010\tNIT\n[A]\n", "[MPEG2-TS-PID]", "0010", 1, "NIT"},
     {"an empty catalogue", "", "[A]", "1", 1, ""},
 };
 
@@ -122,8 +117,7 @@ TEST(CodecName, ShowsTheNameOrTheReasonWhyThereIsNone) {
     set_catalogue_directory(directory.c_str());
     EXPECT_EQ(codec_name("[A]", "1", "one", name, sizeof name), codec_no_catalogue);
     EXPECT_STREQ(name, "C\x96\xB3one");
-    std::filesystem::copy_file(
-        TempFile(ByteBuilder().text("[A]\n1\tx\n").bytes).path, directory + "zat-codec.ini");
+    std::filesystem::copy_file(TempFile(ByteBuilder().text("[A]\n1\tx\n").bytes).path, directory + "zat-codec.ini");
     EXPECT_EQ(codec_name("[A]", "1", "one", name, sizeof name), codec_found);
     EXPECT_STREQ(name, "x");
     EXPECT_EQ(codec_name("[A]", "2", "two", name, sizeof name), codec_not_listed);
@@ -150,8 +144,8 @@ bool is_tag(std::string_view key) {
 }
 
 bool is_guid(std::string_view key) {
-    return key.size() == 36 && consists_of(key, "0123456789ABCDEF-") && key[8] == '-' &&
-           key[13] == '-' && key[18] == '-' && key[23] == '-';
+    return key.size() == 36 && consists_of(key, "0123456789ABCDEF-") && key[8] == '-' && key[13] == '-' && key[18] == '-' &&
+           key[23] == '-';
 }
 
 bool is_four_characters(std::string_view key) {
@@ -159,8 +153,7 @@ bool is_four_characters(std::string_view key) {
 }
 
 bool is_upper_case(std::string_view key) {
-    return is_four_characters(key) &&
-           std::ranges::none_of(key, [](char c) { return c >= 'a' && c <= 'z'; });
+    return is_four_characters(key) && std::ranges::none_of(key, [](char c) { return c >= 'a' && c <= 'z'; });
 }
 
 // Four characters, the number of a compression, or the text that an encoder leaves in its stream.
@@ -194,11 +187,8 @@ const std::map<std::string, SectionForm> forms = {
 // The file is edited by hand: every entry must be found by its own key, which fails for a key below
 // its own beginning, a duplicate and a misplaced section.
 TEST(ShippedCatalogue, EveryEntryIsReachable) {
-    static constexpr uint8_t bytes[] = {
-#include "catalogue_bytes.inc"
-    };
-    const TempFile file({std::begin(bytes), std::end(bytes)});
-    std::istringstream lines(std::string(std::begin(bytes), std::end(bytes)));
+    const TempFile file(shipped_catalogue);
+    std::istringstream lines(std::string(shipped_catalogue.begin(), shipped_catalogue.end()));
     std::map<std::string, std::vector<std::string>> keys;
     std::string section;
     for (std::string line; std::getline(lines, line);) {
@@ -215,8 +205,7 @@ TEST(ShippedCatalogue, EveryEntryIsReachable) {
             EXPECT_TRUE(forms.at(section).fits(key)) << line;
             EXPECT_TRUE(is_printable(name) && !name.empty() && name.back() != ' ') << line;
             for (const std::string& above : keys[section]) {
-                EXPECT_TRUE(
-                    above != key && (section == "[MPEG2-TS-PID]" || !key.starts_with(above)))
+                EXPECT_TRUE(above != key && (section == "[MPEG2-TS-PID]" || !key.starts_with(above)))
                     << line << " stands below " << above;
             }
             keys[section].push_back(key);

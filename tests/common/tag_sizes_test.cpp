@@ -13,9 +13,9 @@ using test::ByteBuilder;
 using test::TempFile;
 
 // An ID3v2 tag of `size` bytes, header included.
-ByteBuilder id3v2(uint64_t size) {
+ByteBuilder id3v2(uint32_t size) {
     ByteBuilder tag;
-    const uint64_t body = size - 10;
+    const uint32_t body = size - 10;
     tag.text("ID3").raw({3, 0, 0}).u8(body >> 21).u8(body >> 14 & 127).u8(body >> 7 & 127);
     return tag.u8(body & 127).pad_to(size);
 }
@@ -45,24 +45,17 @@ TEST(TagSizes, measures_each_layout) {
         std::array<uint32_t, 5> sizes; // id3v2, ape, id3v1, ape footer, lyrics3
     } rows[] = {
         {"stacked ID3v2 tags", joined({id3v2(1034), id3v2(522), audio}), {1556}},
-        {"many empty ID3v2 tags and a cut one",
-            joined({id3v2(10), id3v2(10), id3v2(600), ByteBuilder().text("ID3")}), {620}},
-        {"size bytes with their top bits set",
-            ByteBuilder().text("ID3").raw({3, 0, 0, 255, 255, 255, 255}), {538984585}},
-        {"APEv2 with items: the footer alone, its header out of sight",
-            joined({audio, ape_footer(), audio, ape_footer(), id3v1}), {0, 0, 128, 32}},
-        {"APEv2 without items: header and footer", joined({audio, ape_footer(), ape_footer()}),
-            {0, 32, 0, 32}},
-        {"another marker in the footer's place", joined({audio, ape_footer("APETAG!!"), id3v1}),
-            {0, 32, 128}},
-        {"APE before Lyrics3 before ID3v1",
-            joined({audio, ape_footer(), ByteBuilder().fill(100), lyrics3("000100"), id3v1}),
+        {"many empty ID3v2 tags and a cut one", joined({id3v2(10), id3v2(10), id3v2(600), ByteBuilder().text("ID3")}), {620}},
+        {"size bytes with their top bits set", ByteBuilder().text("ID3").raw({3, 0, 0, 255, 255, 255, 255}), {538984585}},
+        {"APEv2 with items: the footer alone, its header out of sight", joined({audio, ape_footer(), audio, ape_footer(), id3v1}),
+            {0, 0, 128, 32}},
+        {"APEv2 without items: header and footer", joined({audio, ape_footer(), ape_footer()}), {0, 32, 0, 32}},
+        {"another marker in the footer's place", joined({audio, ape_footer("APETAG!!"), id3v1}), {0, 32, 128}},
+        {"APE before Lyrics3 before ID3v1", joined({audio, ape_footer(), ByteBuilder().fill(100), lyrics3("000100"), id3v1}),
             {0, 0, 128, 32, 115}},
         {"a size that 32 bits would wrap back into the file",
-            joined({audio, ape_footer(), ByteBuilder().fill(5), lyrics3("00000&")}),
-            {0, 0, 0, 0, 5}},
-        {"Lyrics3 beyond the last mebibyte",
-            joined({audio, ape_footer(), ByteBuilder().fill(2099998), lyrics3("zzzzzz")}),
+            joined({audio, ape_footer(), ByteBuilder().fill(5), lyrics3("00000&")}), {0, 0, 0, 0, 5}},
+        {"Lyrics3 beyond the last mebibyte", joined({audio, ape_footer(), ByteBuilder().fill(2099998), lyrics3("zzzzzz")}),
             {0, 0, 0, 0, 8222229}},
         {"a marker without room for its digits", lyrics3("00000"), {}},
         {"shorter than every tag", ByteBuilder().text("TAG"), {}},
@@ -75,9 +68,7 @@ TEST(TagSizes, measures_each_layout) {
         TagSizes sizes;
         EXPECT_EQ(MeasureTags(&file, &sizes), 0);
         FileClose(&file);
-        EXPECT_EQ(
-            (std::array{sizes.id3v2, sizes.ape, sizes.id3v1, sizes.ape_footer, sizes.lyrics3}),
-            row.sizes);
+        EXPECT_EQ((std::array{sizes.id3v2, sizes.ape, sizes.id3v1, sizes.ape_footer, sizes.lyrics3}), row.sizes);
     }
 }
 
@@ -85,7 +76,7 @@ TEST(ZeroSkip, stops_at_the_byte_behind_the_run) {
     for (const int64_t zeros : {0, 1, 7, 63, 64, 65, 16448, 40000}) {
         SCOPED_TRACE(zeros);
         ByteBuilder bytes;
-        bytes.u8(1).fill(static_cast<size_t>(zeros)).u8(9).fill(3);
+        bytes.fill(static_cast<size_t>(zeros) + 1).u8(9).fill(3);
         const TempFile temp(bytes.bytes);
         FileRecord file;
         ASSERT_EQ(FileOpen(&file, temp.path.c_str()), 0);

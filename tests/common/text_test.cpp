@@ -21,17 +21,15 @@ std::string formatted(const char* format, Arguments... arguments) {
 TEST(FormatText, formats_numbers_as_c_does_everywhere) {
     EXPECT_EQ(formatted("%d %u", INT32_MIN, UINT32_MAX), "-2147483648 4294967295");
     EXPECT_EQ(formatted("%d:%.2d:%.2d.%.3d", 100, 5, 0, 7), "100:05:00.007");
-    EXPECT_EQ(formatted("%04x|%.2x|%.2X|%5d|%05d|%05.1f", 0x55, 0xa, 0xfe, -12, -12, -2.25),
-        "0055|0a|FE|  -12|-0012|-02.2");
-    EXPECT_EQ(formatted("%lld %ju %zu", INT64_MIN, uintmax_t{UINT64_MAX}, size_t{7}),
-        "-9223372036854775808 18446744073709551615 7");
+    EXPECT_EQ(formatted("%04x|%.2x|%.2X|%5d|%05d|%05.1f", 0x55, 0xa, 0xfe, -12, -12, -2.25), "0055|0a|FE|  -12|-0012|-02.2");
+    EXPECT_EQ(
+        formatted("%lld %ju %zu", INT64_MIN, uintmax_t{UINT64_MAX}, size_t{7}), "-9223372036854775808 18446744073709551615 7");
     EXPECT_EQ(formatted("%.3f %.3f %.2f %f", 0.0005, 2.0005, 0.125, 0.9999996),
         "0.001 2.001 0.12 1.000000"); // exact ties go to even
     EXPECT_EQ(formatted("%.0f %.0f %.1f", 0.5, 1.5, -0.04), "0 2 -0.0");
     EXPECT_EQ(formatted("%.2f", 1e308).size(), 312U);
     const double infinite = std::numeric_limits<double>::infinity();
-    EXPECT_EQ(formatted("%.3f %.3f %.3f %.3f", infinite, -infinite, std::nan(""), -std::nan("")),
-        "inf -inf nan nan");
+    EXPECT_EQ(formatted("%.3f %.3f %.3f %.3f", infinite, -infinite, std::nan(""), -std::nan("")), "inf -inf nan nan");
     EXPECT_EQ(formatted("%c%s%% %.2s", 'a', "bc", "xyz"), "abc% xy");
 }
 

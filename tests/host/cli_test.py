@@ -36,8 +36,7 @@ def zat(*arguments, **options):
 
 
 def text_of(output):
-    # Under Wine without a console the output is in the console's code page, which is 932 here.
-    return output.decode("cp932" if WINDOWS else "utf-8")
+    return output.decode("utf-8")  # without a console on Windows too
 
 
 @contextlib.contextmanager

@@ -44,8 +44,7 @@ TempFile::TempFile(const std::vector<uint8_t>& bytes, std::string_view name) {
     static std::atomic<int> next = 0;
     path = temp_directory() + std::to_string(next++) + "-" + std::string(name);
     std::ofstream(path, std::ios::binary)
-        .write(reinterpret_cast<const char*>(bytes.data()),
-            static_cast<std::streamsize>(bytes.size()));
+        .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
 }
 
 TempFile::~TempFile() {

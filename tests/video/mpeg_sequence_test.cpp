@@ -12,8 +12,7 @@ namespace zat::test {
 namespace {
 
 // What follows the start code.
-std::vector<uint8_t> sequence_header(
-    int width, int height, int aspect, int rate, uint64_t bit_rate, uint64_t vbv) {
+std::vector<uint8_t> sequence_header(int width, int height, int aspect, int rate, uint64_t bit_rate, uint64_t vbv) {
     BitBuilder bits;
     bits.bits(static_cast<uint64_t>(width), 12).bits(static_cast<uint64_t>(height), 12);
     bits.bits(static_cast<uint64_t>(aspect), 4).bits(static_cast<uint64_t>(rate), 4);
@@ -42,18 +41,15 @@ TEST(MpegSequence, WritesTheProgramStreamLine) {
             "1440x1080 0.8055 104856kbps reserved(15)fps 2095104Byte Progressive"},
         {two, sequence_header(4095, 4095, 15, 8, 1, 0), sequence_extension(4, 5, 0),
             "4095x4095 (15) 0kbps 60fps 0Byte interlace profile:4 level:5"},
-        {one, sequence_header(352, 288, 1, 0, 2875, 20), {},
-            "352x288 1:1 1150kbps forbidden(0)fps 40960Byte interlace"},
-        {one, sequence_header(352, 240, 3, 1, 2875, 20), {},
-            "352x240 16:9(PAL) 1150kbps 23.976fps 40960Byte interlace"},
+        {one, sequence_header(352, 288, 1, 0, 2875, 20), {}, "352x288 1:1 1150kbps forbidden(0)fps 40960Byte interlace"},
+        {one, sequence_header(352, 240, 3, 1, 2875, 20), {}, "352x240 16:9(PAL) 1150kbps 23.976fps 40960Byte interlace"},
     };
     for (const Row& row : rows) {
         SequenceHeader header;
         SequenceExtension extension;
         char line[line_size];
         EXPECT_EQ(read_sequence_header(&header, row.header), 0);
-        EXPECT_EQ(
-            read_sequence_extension(&extension, row.extension), row.extension.empty() ? 1 : 0);
+        EXPECT_EQ(read_sequence_extension(&extension, row.extension), row.extension.empty() ? 1 : 0);
         mpeg_video_line(&header, &extension, row.version, line);
         EXPECT_STREQ(line, row.expected);
     }
@@ -77,51 +73,30 @@ TEST(MpegSequence, ReadsTheDisplaySizeBehindTheColours) {
 
 TEST(MpegSequence, FindsTheHeadersOfACodecPrivate) {
     const auto header = [](int width) {
-        return ByteBuilder()
-            .raw({0, 0, 1, 0xB3})
-            .append(sequence_header(width, 480, 2, 4, 0x3FFFF, 112))
-            .bytes;
+        const auto fields = sequence_header(width, 480, 2, 4, 0x3FFFF, 112);
+        return ByteBuilder().raw({0, 0, 1, 0xB3}).append(fields).bytes;
     };
-    const auto extension = [](int level) {
-        return ByteBuilder().raw({0, 0, 1, 0xB5}).append(sequence_extension(4, level, 0)).bytes;
+    const auto extension = ByteBuilder().raw({0, 0, 1, 0xB5}).append(sequence_extension(4, 4, 0)).bytes;
+    const std::string line_720 = "MPEG2 720x480 4:3 104857kbps 29.97fps 229376Byte Interlace";
+    const struct {
+        ByteBuilder bytes;
+        std::string expected;
+    } rows[] = {
+        {ByteBuilder().append(header(720)), line_720},
+        // The last header before the extension counts.
+        {ByteBuilder().append(header(352)).append(header(720)).append(extension).append(header(704)), line_720 + " MP@HL"},
+        // Another extension is passed over.
+        {ByteBuilder().append(header(720)).raw({0, 0, 1, 0xB5, 0x24, 0x88}).append(extension), line_720 + " MP@HL"},
+        {ByteBuilder().append(extension), ""},
     };
-    struct Row {
-        const char* name;
-        std::vector<uint8_t> bytes;
-        const char* expected;
-    };
-    const Row rows[] = {
-        {"no VBR form", ByteBuilder().append(header(720)).append(extension(8)).bytes,
-            "MPEG2 720x480 4:3 104857kbps 29.97fps 229376Byte Interlace MP@ML"},
-        {"the last header before the extension",
-            ByteBuilder()
-                .append(header(720))
-                .append(header(704))
-                .append(extension(8))
-                .append(header(352))
-                .bytes,
-            "MPEG2 704x480 4:3 104857kbps 29.97fps 229376Byte Interlace MP@ML"},
-        {"no extension", header(720), "MPEG2 720x480 4:3 104857kbps 29.97fps 229376Byte Interlace"},
-        {"another extension first",
-            ByteBuilder()
-                .append(header(720))
-                .raw({0, 0, 1, 0xB5, 0x23, 0, 0, 0})
-                .append(extension(4))
-                .bytes,
-            "MPEG2 720x480 4:3 104857kbps 29.97fps 229376Byte Interlace MP@HL"},
-        {"nothing", {}, ""},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        char line[line_size];
-        EXPECT_EQ(mpeg2_video_line(row.bytes, line), row.expected[0] == '\0' ? 1 : 0);
-        EXPECT_STREQ(line, row.expected);
+    char line[line_size];
+    for (const auto& row : rows) {
+        EXPECT_EQ(mpeg2_video_line(row.bytes.bytes, line), row.expected.empty() ? 1 : 0);
+        EXPECT_EQ(line, row.expected);
     }
     // A header that is cut is none.
-    std::vector<uint8_t> cut = header(720);
-    while (!cut.empty()) {
+    for (std::vector<uint8_t> cut = header(720); !cut.empty();) {
         cut.pop_back();
-        char line[line_size];
         EXPECT_EQ(mpeg2_video_line(std::vector<uint8_t>(cut), line), 1);
     }
 }

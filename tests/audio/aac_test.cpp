@@ -1,0 +1,160 @@
+#include "audio/aac.h"
+
+#include "audio/adts.h"
+#include "common/text.h"
+#include "support/byte_builder.h"
+
+#include <cstring>
+#include <gtest/gtest.h>
+
+namespace zat::test {
+
+namespace {
+
+// ---- ADTS -------------------------------------------------------------------------------------
+
+std::vector<uint8_t> adts(uint32_t id, uint32_t profile, uint32_t rate_index, uint32_t channels, uint32_t frame_length) {
+    BitBuilder out;
+    out.bits(0xFFF, 12).bits(id, 1).bits(0, 2).bits(1, 1).bits(profile, 2).bits(rate_index, 4);
+    out.bits(1, 1).bits(channels, 3).bits(0xF, 4).bits(frame_length, 13).bits(0x1FFF, 13);
+    return out.bytes;
+}
+
+std::string adts_line(const std::vector<uint8_t>& bytes, uint32_t style = 0) {
+    EXPECT_TRUE(IsAdtsSync(bytes.data()));
+    AdtsHeader header;
+    header.line_style = style;
+    if (ParseAdtsHeader(bytes.data(), &header) != 0) {
+        return "refused";
+    }
+    char line[line_size];
+    FormatAdtsLine(line, &header);
+    return line;
+}
+
+TEST(Adts, describes_headers_in_each_style) {
+    const auto lc = adts(0, 1, 4, 2, 371);
+    const std::string rest = " 44100Hz stereo(L,R) 127.821kbps 371Byte";
+    EXPECT_EQ(adts_line(lc, adts_version_and_profile), "[MPEG4-AAC AAC_LC]" + rest);
+    EXPECT_EQ(adts_line(lc, adts_profile), "[AAC AAC_LC]" + rest);
+    EXPECT_EQ(adts_line(lc, adts_version), "[MPEG4-AAC]" + rest);
+    EXPECT_EQ(adts_line(lc, adts_name_only), "[AAC]" + rest);
+    EXPECT_EQ(
+        adts_line(adts(1, 3, 7, 7, 8191)), "[MPEG2-AAC (Reverved)] 22500Hz 7.1ch(C,L,R,BL,BR,SL,SR,LFE) 1439.824kbps 8191Byte");
+    EXPECT_EQ(adts_line(adts(1, 0, 0, 0, 8191)), // a product beyond 32 bits
+        "[MPEG2-AAC Main Profile] 96000Hz custom 6143.250kbps 8191Byte");
+    EXPECT_EQ(adts_line(adts(0, 0, 12, 2, 371)), "refused");
+    EXPECT_EQ(adts_line(adts(0, 0, 15, 2, 371)), "refused");
+
+    // Profiles that a caller knows from elsewhere.
+    char line[line_size];
+    AdtsHeader header = {.version_flag = 1, .profile = 5};
+    FormatAdtsLine(line, &header);
+    EXPECT_STREQ(line, "[MPEG2-AAC HE(LC)] 0Hz custom 0.000kbps 0Byte");
+    header.profile = 4;
+    FormatAdtsLine(line, &header);
+    EXPECT_STREQ(line, "[MPEG2-AAC Unknown(4)] 0Hz custom 0.000kbps 0Byte");
+}
+
+TEST(Adts, is_found_behind_the_pes_header_of_a_packet) {
+    struct Row {
+        const char* name;
+        size_t pes;        // its place in the packet
+        uint64_t start;    // packet_start_code_prefix and stream_id
+        int flags;         // the byte with '10' in front
+        int header_length; // PES_header_data_length
+        size_t frame;      // place of the ADTS header
+        int expected;
+    };
+    const Row rows[] = {
+        {"first place", 4, 0x1C0, 0x80, 5, 18, 18},
+        {"behind stuffing", 50, 0x1C7, 0xBF, 0, 70, 70},
+        {"inside the PES header", 4, 0x1C0, 0x80, 20, 18, -1},
+        {"video", 4, 0x1E0, 0x80, 5, 18, -1},
+        {"no PES flags", 4, 0x1C0, 0x40, 5, 18, -1},
+        {"last place of the frame", 4, 0x1C0, 0x80, 5, 175, 175},
+        {"behind it", 4, 0x1C0, 0x80, 5, 176, -1},
+        {"a PES header longer than the packet", 100, 0x1C0, 0x80, 255, 160, -1},
+    };
+    for (const Row& row : rows) {
+        auto packet = ByteBuilder().fill(transport_packet_size, 0x55);
+        const auto put = [&packet](size_t at, const std::vector<uint8_t>& bytes) {
+            packet.put(at, {reinterpret_cast<const char*>(bytes.data()), bytes.size()});
+        };
+        put(row.frame, adts(0, 1, 4, 2, 371));
+        put(row.pes, ByteBuilder().be32(row.start).be16(0).raw({row.flags, 0, row.header_length}).bytes);
+        EXPECT_EQ(FindAdtsInPes(packet.bytes.data()), row.expected) << row.name;
+    }
+}
+
+// ---- AudioSpecificConfig ----------------------------------------------------------------------
+
+struct Container {
+    uint32_t channels = 2;
+    uint32_t rate = 44100;
+    uint32_t average = 64000;
+    uint32_t maximum = 0;
+    uint32_t frame_size = 0;
+};
+
+std::string config_line(const std::vector<uint8_t>& bytes, const Container& container) {
+    AacConfig cfg;
+    cfg.length = static_cast<uint32_t>(bytes.size());
+    cfg.container_channels = container.channels;
+    cfg.container_sample_rate = container.rate;
+    cfg.average_bitrate = container.average;
+    cfg.maximum_bitrate = container.maximum;
+    cfg.frame_size = container.frame_size;
+    cfg.bit_depth = 16;
+    GetAACConfig(bytes.data(), &cfg);
+    char line[line_size];
+    FormatAacConfigLine(line, &cfg);
+    return line;
+}
+
+TEST(AacConfig, decides_on_sbr_ps_and_channels) {
+    struct Row {
+        const char* name;
+        std::vector<uint8_t> bytes;
+        Container container;
+        const char* start; // of the line
+    };
+    // LC each: 12 10 is 44.1 kHz stereo, 13 10 24 kHz stereo, 13 88 22.05 kHz mono, 13 90 the same
+    // in stereo. 56 E5 opens the extension; 98 and A5 are SBR at 48 and 44.1 kHz, 18 is none; 48 80
+    // is PS.
+    const Row rows[] = {
+        {"plain", {0x12, 0x10}, {}, "[AAC LC] 44100Hz stereo(L,R) 16Bit 64.000kbps"},
+        {"implicit SBR", {0x13, 0x30}, {.channels = 6, .rate = 48000},
+            "[AAC LC+(SBR)] 48000Hz 5.1ch(C,L,R,BL,BR,LFE) 16Bit 64.000kbps"},
+        {"another rate", {0x13, 0x10}, {}, "[AAC LC] 24000Hz stereo(L,R) "},
+        {"explicit SBR", {0x13, 0x10, 0x56, 0xE5, 0x98}, {}, "[AAC HE+SBR] 48000Hz stereo(L,R) "},
+        {"SBR denied", {0x13, 0x10, 0x56, 0xE5, 0x18}, {}, "[AAC HE(LC)] 24000Hz stereo(L,R) "},
+        {"SBR denied, but in the container", {0x13, 0x10, 0x56, 0xE5, 0x18}, {.rate = 48000},
+            "[AAC HE(LC)+(SBR)] 48000Hz stereo(L,R) "},
+        {"SBR cut off", {0x13, 0x10, 0x56, 0xE5}, {}, "[AAC HE(LC)] 24000Hz stereo(L,R) "},
+        {"extension behind a zero byte", {0x10, 0x00, 0x56, 0xE5, 0x98}, {.channels = 0}, "[AAC LC] 96000Hz custom "},
+        {"PS makes equal counts custom", {0x13, 0x90, 0x56, 0xE5, 0xA5, 0x48, 0x80}, {}, "[AAC HE+SBR+PS] 44100Hz custom "},
+        {"PS over mono", {0x13, 0x88, 0x56, 0xE5, 0xA5, 0x48, 0x80}, {}, "[AAC HE+SBR+PS] 44100Hz stereo(L,R) "},
+        {"PS, container silent", {0x13, 0x88, 0x56, 0xE5, 0xA5, 0x48, 0x80}, {.channels = 0},
+            "[AAC HE+SBR+PS] 44100Hz stereo(L,R) "},
+        {"PS cut off", {0x13, 0x88, 0x56, 0xE5, 0xA5, 0x48}, {}, "[AAC HE+SBR+(PS)] 44100Hz stereo(L,R) "},
+        {"counts that differ", {0x12, 0x58}, {.channels = 6}, "[AAC LC] 44100Hz UnKnown "},
+        {"another object type", {0xCA, 0x10}, {.rate = 88200}, "[HXVC with error recovery] 44100Hz "},
+        {"reserved rate", {0x16, 0x90}, {}, "[AAC LC] -1Hz stereo(L,R) "},
+        {"rate from the frame size", {0x12, 0x10}, {.average = 0, .frame_size = 371},
+            "[AAC LC] 44100Hz stereo(L,R) 16Bit 127.821kbps"},
+        {"rate from the maximum", {0x12, 0x10}, {.average = 0, .maximum = 96001},
+            "[AAC LC] 44100Hz stereo(L,R) 16Bit 96.001kbps"},
+        {"huge frames", {0x12, 0x10}, {.average = 0, .frame_size = UINT32_MAX},
+            "[AAC LC] 44100Hz stereo(L,R) 16Bit 1479750450.855kbps"},
+        {"no configuration", {}, {.channels = 0}, "[NULL] 96000Hz custom "},
+    };
+    for (const Row& row : rows) {
+        const std::string line = config_line(row.bytes, row.container);
+        EXPECT_EQ(line.substr(0, std::strlen(row.start)), row.start) << row.name;
+    }
+}
+
+} // namespace
+
+} // namespace zat::test

@@ -1,0 +1,154 @@
+#include "audio/dts.h"
+
+#include "audio/dts_file.h"
+#include "common/text.h"
+#include "support/byte_builder.h"
+#include "support/record_text.h"
+#include "support/temp_file.h"
+
+#include <cstring>
+#include <gtest/gtest.h>
+
+namespace zat::test {
+
+namespace {
+
+struct Frame {
+    uint32_t cpf = 0;
+    uint32_t amode = 9;
+    uint32_t sfreq = 13;
+    uint32_t rate = 24;
+    uint32_t ext_audio_id = 0;
+    uint32_t ext_audio = 0;
+    uint32_t lff = 2;
+    uint32_t pcmr = 6;
+};
+
+// Fields that are skipped are full of set bits.
+std::vector<uint8_t> header(const Frame& frame) {
+    BitBuilder out;
+    out.bits(0x7FFE8001, 32).bits(1, 1).bits(31, 5).bits(frame.cpf, 1).bits(0x7F, 7);
+    out.bits(0x3FFF, 14).bits(frame.amode, 6).bits(frame.sfreq, 4).bits(frame.rate, 5);
+    out.bits(0x1F, 5).bits(frame.ext_audio_id, 3).bits(frame.ext_audio, 1).bits(1, 1);
+    out.bits(frame.lff, 2).bits(1, 1).bits(0xFFFF, frame.cpf != 0 ? 16 : 0).bits(0x7F, 7);
+    out.bits(frame.pcmr, 3);
+    out.bytes.resize(64);
+    return out.bytes;
+}
+
+std::string line_of(std::vector<uint8_t> bytes) {
+    bytes.resize(dts_packed_size);
+    const DtsSyncType type = dts_sync_type(bytes.data());
+    dts_to_16bit_be(bytes.data(), type);
+    DtsInfo info;
+    if (dts_info(bytes.data(), &info) != 0) {
+        return "refused";
+    }
+    info.sync_type = type;
+    char line[line_size];
+    dts_line(&info, line);
+    return line;
+}
+
+std::vector<uint8_t> swapped(std::vector<uint8_t> bytes) {
+    for (size_t i = 0; i + 1 < bytes.size(); i += 2) {
+        std::swap(bytes[i], bytes[i + 1]);
+    }
+    return bytes;
+}
+
+// Words of 14 bits, sign-extended as samples.
+std::vector<uint8_t> as_14bit(const std::vector<uint8_t>& bytes) {
+    BitBuilder out;
+    uint32_t word = 0;
+    int used = 0;
+    for (const uint8_t byte : bytes) {
+        for (int bit = 7; bit >= 0; --bit) {
+            word = word << 1 | (byte >> bit & 1U);
+            if (++used == 14) {
+                out.bits((word & 0x2000) != 0 ? word | 0xC000 : word, 16);
+                word = 0;
+                used = 0;
+            }
+        }
+    }
+    return out.bytes;
+}
+
+TEST(Dts, describes_core_headers) {
+    struct Row {
+        const char* name;
+        Frame frame;
+        const char* line;
+    };
+    const Row rows[] = {
+        {"5.1", {}, "DTS(16BitBE) 48000Hz 5.1Ch C+L+R+SL+SR+LFE 1536.000kbps 24Bit"},
+        {"header check", {.cpf = 1, .pcmr = 3}, "DTS(16BitBE)-ES 48000Hz 5.1Ch C+L+R+SL+SR+LFE 1536.000kbps 20Bit"},
+        {"extensions", {.ext_audio_id = 3, .ext_audio = 1, .pcmr = 5},
+            "DTS(16BitBE)-ES(XCh,X96k) 48000Hz 5.1Ch C+L+R+SL+SR+LFE 1536.000kbps 24Bit"},
+        {"extension that is not there", {.ext_audio_id = 2}, "DTS(16BitBE) 48000Hz 5.1Ch C+L+R+SL+SR+LFE 1536.000kbps 24Bit"},
+        {"the rate of code 22", {.amode = 2, .sfreq = 8, .rate = 22, .lff = 0, .pcmr = 0},
+            "DTS(16BitBE) 44100Hz 2Ch L+R(stereo) 1411.020kbps 16Bit"},
+        {"invalid LFF", {.amode = 0, .sfreq = 1, .rate = 0, .lff = 3, .pcmr = 1},
+            "DTS(16BitBE)-ES 8000Hz 1Ch A 32.000kbps 16Bit"},
+        {"invalid codes", {.amode = 16, .sfreq = 0, .rate = 29, .lff = 1, .pcmr = 7},
+            "DTS(16BitBE) -1Hz -1.1Ch User defined+LFE -0.001kbps -1Bit"},
+    };
+    for (const Row& row : rows) {
+        EXPECT_EQ(line_of(header(row.frame)), row.line) << row.name;
+    }
+}
+
+TEST(Dts, reads_all_packings) {
+    const std::string rest = ") 48000Hz 5.1Ch C+L+R+SL+SR+LFE 1536.000kbps 24Bit";
+    const std::vector<uint8_t> plain = header({});
+    EXPECT_EQ(line_of(swapped(plain)), "DTS(16BitLE" + rest);
+    EXPECT_EQ(line_of(as_14bit(plain)), "DTS(14BitBE" + rest);
+    EXPECT_EQ(line_of(swapped(as_14bit(plain))), "DTS(14BitLE" + rest);
+
+    // In 14-bit words the third one belongs to the sync.
+    std::vector<uint8_t> broken = as_14bit(plain);
+    broken[4] = 0x06;
+    EXPECT_EQ(line_of(broken), "refused");
+    EXPECT_EQ(line_of(swapped(broken)), "refused");
+    EXPECT_EQ(line_of({0x7F, 0xFE, 0x80, 0x02}), "refused");
+}
+
+std::string file_text(const std::vector<uint8_t>& bytes) {
+    const TempFile file(bytes);
+    InfoRecord record = {};
+    std::memcpy(record.path, file.path.c_str(), file.path.size());
+    record.play_time = 7;
+    dts_file(&record);
+    expect_sound(record);
+    EXPECT_EQ(record.file_size, bytes.size());
+    return record_text(record);
+}
+
+TEST(DtsFile, describes_a_file_that_begins_with_a_frame) {
+    const auto file = [](const std::vector<uint8_t>& bytes) { return ByteBuilder().append(bytes).pad_to(19200).bytes; };
+    const std::string rest = ") 48000Hz 5.1Ch C+L+R+SL+SR+LFE 1536.000kbps 24Bit\n0.100";
+    EXPECT_EQ(file_text(file(header({}))), "A DTS(16BitBE" + rest);
+    EXPECT_EQ(file_text(file(swapped(header({})))), "A DTS(16BitLE" + rest);
+    EXPECT_EQ(file_text(file(as_14bit(header({})))), "A DTS(14BitBE" + rest);
+    EXPECT_EQ(file_text(file(swapped(as_14bit(header({}))))), "A DTS(14BitLE" + rest);
+    EXPECT_EQ(file_text(file(ByteBuilder().u8(0).append(header({})).bytes)), "7.000");
+    // Without a rate the play time stays.
+    EXPECT_EQ(file_text(file(header({.rate = 29}))), "A DTS(16BitBE) 48000Hz 5.1Ch C+L+R+SL+SR+LFE -0.001kbps 24Bit\n7.000");
+}
+
+TEST(DtsFile, goes_on_with_zeros_behind_a_cut_header) {
+    const std::vector<uint8_t> frame = header({.cpf = 1});
+    for (size_t length = 0; length < 20; ++length) {
+        const std::string text = file_text({frame.begin(), frame.begin() + static_cast<long>(length)});
+        const char* begin = length < 4    ? "7.000"
+                            : length < 8  ? "A DTS(16BitBE) -1Hz 1Ch A 32.000kbps 16Bit\n"
+                            : length < 14 ? "A DTS(16BitBE) "
+                                          : "A DTS(16BitBE) 48000Hz 5.1Ch C+L+R+SL+SR+LFE 1536.000";
+        EXPECT_EQ(text.rfind(begin, 0), 0U) << length << ": " << text;
+    }
+}
+
+} // namespace
+
+} // namespace zat::test
