@@ -11,10 +11,25 @@ namespace {
 constexpr int64_t least_read_work = 32;
 constexpr int64_t jump_work = BlockReader::jump_size;
 
+constexpr uint32_t header_size = 8; // of an atom with a 32-bit size
+
 int64_t work_of_read(const AtomReader* reader, int64_t position, uint32_t count) {
     const int64_t distance = position - reader->last_position;
     const bool jumps = distance < 0 || distance > jump_work;
     return std::max<int64_t>(count, jumps ? jump_work : least_read_work);
+}
+
+// The first bytes of an atom, where the block holds them already: a file can be full of empty
+// atoms.
+const uint8_t* cached_header(AtomReader* reader, int64_t position) {
+    const int64_t offset = position - reader->block.start;
+    if (offset < 0 || offset + header_size > reader->block.loaded ||
+        reader->work_left < least_read_work) {
+        return nullptr;
+    }
+    reader->work_left -= least_read_work;
+    reader->last_position = position;
+    return reader->block.block + offset;
 }
 
 } // namespace
@@ -55,12 +70,15 @@ uint32_t read_be32(AtomReader* reader, Span span, int64_t offset, uint32_t missi
 }
 
 bool read_atom(AtomReader* reader, Span space, Atom* atom) {
-    constexpr int64_t header_size = 8;
-    constexpr int64_t large_header_size = 16;
-    *atom = {};
-    uint8_t header[large_header_size];
-    if (!read_all(reader, space, 0, header, header_size)) {
-        return false;
+    atom->size = 0;
+    uint8_t bytes[header_size];
+    const uint8_t* header =
+        size_of(space) < header_size ? nullptr : cached_header(reader, space.start);
+    if (header == nullptr) {
+        if (!read_all(reader, space, 0, bytes, header_size)) {
+            return false;
+        }
+        header = bytes;
     }
     atom->offset = space.start;
     atom->size = ReadBE32(header);
@@ -68,12 +86,13 @@ bool read_atom(AtomReader* reader, Span space, Atom* atom) {
     int64_t own_header = header_size;
     int64_t size = atom->size;
     if (atom->size == 1) {
-        own_header = large_header_size;
-        if (!read_all(reader, space, header_size, header + header_size, 8)) {
+        uint8_t large_size[8];
+        if (!read_all(reader, space, header_size, large_size, sizeof large_size)) {
             return false;
         }
+        own_header += static_cast<int64_t>(sizeof large_size);
         // A size of 2^63 or more is past every end.
-        size = ReadBE64(header + header_size);
+        size = ReadBE64(large_size);
         size = size < 0 ? INT64_MAX : size;
     }
     if (size < own_header) {

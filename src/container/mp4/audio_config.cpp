@@ -45,8 +45,8 @@ void apply_flac(AtomReader* reader, SampleEntry* entry) {
 uint32_t apply_eac3(AtomReader* reader, SampleEntry* entry) {
     constexpr uint32_t rates[] = {48000, 44100, 32000};
     constexpr uint8_t channels_by_acmod[] = {2, 1, 2, 3, 3, 4, 4, 5};
-    constexpr uint8_t channels_by_location[] = {
-        1, 1, 2, 2, 2, 2, 1, 2, 2}; // chan_loc, top bit first
+    // Of chan_loc, the top bit first: LFE2, Cvh, Lvh/Rvh, Lw/Rw, Lsd/Rsd, Ts, Cs, Lrs/Rrs, Lc/Rc.
+    constexpr uint8_t channels_by_location[] = {1, 1, 2, 2, 2, 1, 1, 2, 2};
     uint8_t config[6] = {};
     if (read_some(reader, entry->eac3_configuration, 0, config, sizeof config) < 5) {
         return 0;

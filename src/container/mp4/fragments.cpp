@@ -49,14 +49,14 @@ void sum_samples(
         const uint32_t wanted = std::min(count, block_size / width);
         const uint32_t whole = read_some(reader, table, offset, block, wanted * width) / width;
         for (uint32_t i = 0; i < whole; ++i) {
-            const uint8_t* sample = block + i * width;
+            const uint8_t* sample = block + size_t{i} * width;
             track->fragment_duration += durations ? ReadBE32(sample) : 0;
             track->fragment_bytes += sizes ? ReadBE32(sample + size_at) : 0;
         }
         if (whole != wanted) {
             return;
         }
-        offset += wanted * width;
+        offset += int64_t{wanted} * width;
         count -= wanted;
     }
 }

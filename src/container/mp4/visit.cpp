@@ -3,9 +3,6 @@
 #include "container/mp4/atom_walk.h"
 #include "container/mp4/fragments.h"
 
-#include <cstring>
-#include <string_view>
-
 namespace zat::mp4 {
 
 namespace {
@@ -91,8 +88,27 @@ void visit_chapter_list(AtomReader* reader, const Atom& atom, Movie* movie) {
     movie->chapters = fields[0] == 0 ? fields[4] : fields[8];
 }
 
+// Types from the file's level down to the atom, each behind a "/".
+struct Path {
+    static constexpr size_t step = 5;
+    static constexpr size_t longest = 6;
+
+    uint32_t types[longest] = {};
+    size_t length = 0;
+
+    consteval Path(const char* text) {
+        for (; *text == '/'; text += step) {
+            uint32_t type = 0;
+            for (size_t i = 1; i < step; ++i) {
+                type = type << 8 | static_cast<uint8_t>(text[i]);
+            }
+            types[length++] = type;
+        }
+    }
+};
+
 struct Rule {
-    std::string_view path;
+    Path path;
     Visit visit;
 };
 
@@ -118,23 +134,16 @@ constexpr Rule rules[] = {
     {"/moov/trak/mdia/minf/stbl/co64", visit_chunk_offsets},
 };
 
-constexpr size_t step = 5; // characters of a path for one atom: "/" and the type
-
-uint32_t type_in_path(std::string_view path, size_t index) {
-    return ReadBE32(reinterpret_cast<const uint8_t*>(path.data()) + index * step + 1);
-}
-
 // From the last type on, which most rules differ in.
-bool matches(std::string_view rule_path, std::span<const uint32_t> path) {
-    if (rule_path.size() != path.size() * step) {
+bool matches(const Path& rule, std::span<const uint32_t> path) {
+    size_t i = path.size();
+    if (rule.length != i) {
         return false;
     }
-    for (size_t i = path.size(); i-- > 0;) {
-        if (type_in_path(rule_path, i) != path[i]) {
-            return false;
-        }
+    while (i != 0 && rule.types[i - 1] == path[i - 1]) {
+        --i;
     }
-    return true;
+    return i == 0;
 }
 
 } // namespace
