@@ -35,9 +35,21 @@ WriteResult write_bytes(DWORD which, std::string_view bytes) {
     return WriteResult::written;
 }
 
+// Text of this program ends its lines with "\n" alone.
+std::wstring with_windows_line_ends(const std::wstring& text) {
+    std::wstring out;
+    for (const wchar_t c : text) {
+        if (c == L'\n' && !out.ends_with(L'\r')) {
+            out += L'\r';
+        }
+        out += c;
+    }
+    return out;
+}
+
 // A console takes UTF-16 whatever its code page; a file or pipe gets the console's code page.
 WriteResult write_text(DWORD which, std::string_view utf8) {
-    const std::wstring wide = wide_of_utf8(utf8);
+    const std::wstring wide = with_windows_line_ends(wide_of_utf8(utf8));
     if (is_console(which)) {
         for (size_t at = 0; at < wide.size();) {
             DWORD count = 0;
@@ -53,7 +65,7 @@ WriteResult write_text(DWORD which, std::string_view utf8) {
     }
     const UINT code_page = GetConsoleOutputCP();
     if (code_page == 0 || code_page == CP_UTF8) {
-        return write_bytes(which, utf8);
+        return write_bytes(which, utf8_of_wide(wide));
     }
     const int size = static_cast<int>(wide.size());
     const int length =
@@ -126,7 +138,7 @@ std::string last_write_error() {
 }
 
 void write_message(const std::string& utf8) {
-    write_text(STD_ERROR_HANDLE, "zat: " + utf8 + "\r\n");
+    write_text(STD_ERROR_HANDLE, "zat: " + utf8 + "\n");
 }
 
 bool output_is_terminal() {

@@ -111,7 +111,7 @@ void expect_rows(const std::vector<Row>& rows) {
     for (const Row& row : rows) {
         EXPECT_EQ(described(row.bytes), row.expected) << row.name;
     }
-    SetPath("");
+    SetPath("no catalogue/");
 }
 
 const std::string rv30 = "V [RealVideo 8] 352x240 12bit 29fps 64.000kbps\n";
