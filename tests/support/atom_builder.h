@@ -24,11 +24,7 @@ inline Data join(std::initializer_list<Data> parts) {
 
 inline Data atom(std::string_view type, const Data& payload, int64_t size = own_size) {
     const auto whole = static_cast<int64_t>(payload.size()) + 8;
-    return ByteBuilder()
-        .be32(static_cast<uint64_t>(size == own_size ? whole : size))
-        .text(type)
-        .append(payload)
-        .bytes;
+    return ByteBuilder().be32(static_cast<uint64_t>(size == own_size ? whole : size)).text(type).append(payload).bytes;
 }
 
 inline Data atom(std::string_view type, std::initializer_list<Data> children) {
@@ -88,11 +84,10 @@ inline Data audio_entry(std::string_view format, std::initializer_list<Data> chi
 inline Data track(uint64_t id, std::string_view handler, std::initializer_list<Data> tables) {
     const Data track_header = ByteBuilder().be32(0).be64(0).be32(id).bytes;
     const Data media_header = ByteBuilder().be32(0).be64(0).be32(1000).be32(0).bytes;
-    return atom("trak",
-        {atom("tkhd", track_header),
-            atom("mdia", {atom("mdhd", media_header),
-                             atom("hdlr", ByteBuilder().be64(0).text(handler).fill(12).bytes),
-                             atom("minf", {atom("stbl", tables)})})});
+    return atom(
+        "trak", {atom("tkhd", track_header),
+                    atom("mdia", {atom("mdhd", media_header), atom("hdlr", ByteBuilder().be64(0).text(handler).fill(12).bytes),
+                                     atom("minf", {atom("stbl", tables)})})});
 }
 
 // ISO/IEC 14496-1 descriptors around a decoder's configuration, lengths of one byte.
