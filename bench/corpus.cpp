@@ -140,7 +140,8 @@ std::vector<BenchFile> make_corpus(const std::string& directory) {
     add("mp3-60min", hour_of_mp3());
     add("wav-3gb-sparse", pcm_wav_head(3000000000U), 3000000000U);
     add("mp4-2h", long_movie(), 2000000000U);
-    add("header-typed-5gb", ByteBuilder().text("fLaC").raw({0, 0, 0, 34}).fill(100000, 7).bytes, 5000000000U);
+    add("header-typed-5gb", ByteBuilder().text("fLaC").raw({0, 0, 0, 34}).fill(100000, 7).bytes,
+        5000000000U);
     add("random-1mib", random_bytes(1 << 20));
     add("random-5mib", random_bytes(5 << 20));
     for (const char* real : {"mp3-vbr.mp3", "pcm.wav", "surround.ac3", "surround.dts", "avc.mp4",

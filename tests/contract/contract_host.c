@@ -23,13 +23,13 @@ static DynamicLibrary library;
 #else
 #define STACK_POINTER(value) ((value) = NULL)
 #endif
-#define CALL(call)                                                                                 \
-    do {                                                                                           \
-        void *before, *after;                                                                      \
-        STACK_POINTER(before);                                                                     \
-        call;                                                                                      \
-        STACK_POINTER(after);                                                                      \
-        expect(before == after, "stack after " #call);                                             \
+#define CALL(call)                                                                                                               \
+    do {                                                                                                                         \
+        void *before, *after;                                                                                                    \
+        STACK_POINTER(before);                                                                                                   \
+        call;                                                                                                                    \
+        STACK_POINTER(after);                                                                                                    \
+        expect(before == after, "stack after " #call);                                                                           \
     } while (0)
 
 static void* find(const char* name) {
@@ -124,8 +124,7 @@ int main(int argc, char** argv) {
     expect(strcmp(record->path, argv[2]) == 0, "the path changed");
     expect(all(record->reserved, sizeof record->reserved, 0xA5), "the reserved area was written");
     expect(all(record->unused, sizeof record->unused, 0xA5), "the unused area was written");
-    expect(all(guarded.before, sizeof guarded.before, 0x5A) &&
-               all(guarded.after, sizeof guarded.after, 0x5A),
+    expect(all(guarded.before, sizeof guarded.before, 0x5A) && all(guarded.after, sizeof guarded.after, 0x5A),
         "written outside the record");
     CALL(reform_full(record, report));
     expect(strstr(report, "Byte ") != NULL && strstr(report, "sec)\r\n") != NULL, "ReFormFull");

@@ -59,8 +59,7 @@ int main(int argc, char** argv) {
         memset(report, 0, sizeof report);
         reform_full(&record, report);
         reform_full_bounded(&record, whole_report, sizeof whole_report);
-        printf("%s\n  record %08lx%08lx\n  report ", argv[i], (unsigned long)(value >> 32),
-            (unsigned long)(value & 0xFFFFFFFF));
+        printf("%s\n  record %08lx%08lx\n  report ", argv[i], (unsigned long)(value >> 32), (unsigned long)(value & 0xFFFFFFFF));
         print_hex(report);
         printf("  whole  ");
         print_hex(whole_report);
