@@ -27,7 +27,7 @@ constexpr size_t line_size = 512;
 // precision. The same result on every platform and in every locale: exact decimals, ties to even,
 // "inf", "-inf" and "nan" for what is not finite. A %c of 0 ends the text as a C string sees it.
 size_t format_text(char* out, size_t size, const char* format, ...) ZAT_PRINTF(3, 4);
-size_t format_text_v(char* out, size_t size, const char* format, va_list arguments)
+size_t format_text_v(char* text, size_t size, const char* format, va_list arguments)
     ZAT_PRINTF(3, 0);
 
 // Copies and cuts `text` to `size` bytes, terminator included.

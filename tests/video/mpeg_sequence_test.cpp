@@ -56,7 +56,7 @@ TEST(MpegSequence, WritesTheProgramStreamLine) {
 }
 
 TEST(MpegSequence, ReadsTheDisplaySizeBehindTheColours) {
-    for (const uint64_t colours : {0, 1}) {
+    for (const uint64_t colours : {0U, 1U}) {
         BitBuilder bits;
         bits.bits(2, 4).bits(5, 3).bits(colours, 1).bits(0x010101, colours != 0 ? 24 : 0);
         bits.bits(540, 14).bits(1, 1).bits(480, 14).bits(0, 3);
