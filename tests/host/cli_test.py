@@ -233,6 +233,32 @@ class Cli(unittest.TestCase):
         out, _ = self.check(["*.mp3"], OK, "MPEG1-LayerIII")
         self.assertEqual(out.count("==> "), 2)
 
+    @unittest.skipUnless(WINDOWS, "consoles have code pages only there")
+    def test_consoles_of_any_code_page_show_japanese(self):
+        program = pathlib.Path(PROGRAM[-1])
+        for code_page in ["932", "1252", "65001"]:
+            with self.subTest(code_page=code_page):
+                status, shown = in_terminal(
+                    [*PROGRAM[:-1], str(program.with_name("in_code_page.exe")), code_page,
+                     f"Z:{program}", "unknown.bin"])
+                self.assertEqual(status, FAILURES, shown)
+                self.assertIn("未対応の形式".encode(), shown)
+
+
+def in_terminal(command):
+    """Runs the command with a terminal for its streams; returns its status and what it showed."""
+    import pty
+
+    leader, follower = pty.openpty()
+    process = subprocess.Popen(command, stdin=follower, stdout=follower, stderr=follower)
+    os.close(follower)
+    shown = b""
+    with contextlib.suppress(OSError):  # the terminal's end
+        while part := os.read(leader, 65536):
+            shown += part
+    os.close(leader)
+    return process.wait(60), shown
+
 
 if __name__ == "__main__":
     del sys.argv[1:]
