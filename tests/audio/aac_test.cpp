@@ -36,22 +36,16 @@ TEST(Adts, describes_headers_in_each_style) {
     const auto lc = adts(0, 1, 4, 2, 371);
     const std::string rest = " 44100Hz stereo(L,R) 127.821kbps 371Byte";
     EXPECT_EQ(adts_line(lc, adts_version_and_profile), "[MPEG4-AAC AAC_LC]" + rest);
-    EXPECT_EQ(adts_line(lc, adts_profile), "[AAC AAC_LC]" + rest);
-    EXPECT_EQ(adts_line(lc, adts_version), "[MPEG4-AAC]" + rest);
     EXPECT_EQ(adts_line(lc, adts_name_only), "[AAC]" + rest);
     EXPECT_EQ(
         adts_line(adts(1, 3, 7, 7, 8191)), "[MPEG2-AAC (Reverved)] 22500Hz 7.1ch(C,L,R,BL,BR,SL,SR,LFE) 1439.824kbps 8191Byte");
     EXPECT_EQ(adts_line(adts(1, 0, 0, 0, 8191)), // a product beyond 32 bits
         "[MPEG2-AAC Main Profile] 96000Hz custom 6143.250kbps 8191Byte");
     EXPECT_EQ(adts_line(adts(0, 0, 12, 2, 371)), "refused");
-    EXPECT_EQ(adts_line(adts(0, 0, 15, 2, 371)), "refused");
 
-    // Profiles that a caller knows from elsewhere.
+    // A profile that a caller knows from elsewhere.
     char line[line_size];
-    AdtsHeader header = {.version_flag = 1, .profile = 5};
-    FormatAdtsLine(line, &header);
-    EXPECT_STREQ(line, "[MPEG2-AAC HE(LC)] 0Hz custom 0.000kbps 0Byte");
-    header.profile = 4;
+    AdtsHeader header = {.version_flag = 1, .profile = 4};
     FormatAdtsLine(line, &header);
     EXPECT_STREQ(line, "[MPEG2-AAC Unknown(4)] 0Hz custom 0.000kbps 0Byte");
 }
@@ -67,11 +61,7 @@ TEST(Adts, is_found_behind_the_pes_header_of_a_packet) {
         int expected;
     };
     const Row rows[] = {
-        {"first place", 4, 0x1C0, 0x80, 5, 18, 18},
-        {"behind stuffing", 50, 0x1C7, 0xBF, 0, 70, 70},
         {"inside the PES header", 4, 0x1C0, 0x80, 20, 18, -1},
-        {"video", 4, 0x1E0, 0x80, 5, 18, -1},
-        {"no PES flags", 4, 0x1C0, 0x40, 5, 18, -1},
         {"last place of the frame", 4, 0x1C0, 0x80, 5, 175, 175},
         {"behind it", 4, 0x1C0, 0x80, 5, 176, -1},
         {"a PES header longer than the packet", 100, 0x1C0, 0x80, 255, 160, -1},
@@ -90,22 +80,17 @@ TEST(Adts, is_found_behind_the_pes_header_of_a_packet) {
 // ---- AudioSpecificConfig ----------------------------------------------------------------------
 
 struct Container {
-    uint32_t channels = 2;
-    uint32_t rate = 44100;
-    uint32_t average = 64000;
-    uint32_t maximum = 0;
-    uint32_t frame_size = 0;
+    uint32_t channels = 2, rate = 44100, average = 64000, maximum = 0, frame_size = 0;
 };
 
 std::string config_line(const std::vector<uint8_t>& bytes, const Container& container) {
-    AacConfig cfg;
-    cfg.length = static_cast<uint32_t>(bytes.size());
-    cfg.container_channels = container.channels;
-    cfg.container_sample_rate = container.rate;
-    cfg.average_bitrate = container.average;
-    cfg.maximum_bitrate = container.maximum;
-    cfg.frame_size = container.frame_size;
-    cfg.bit_depth = 16;
+    AacConfig cfg = {.length = static_cast<uint32_t>(bytes.size()),
+        .container_channels = container.channels,
+        .container_sample_rate = container.rate,
+        .maximum_bitrate = container.maximum,
+        .average_bitrate = container.average,
+        .bit_depth = 16,
+        .frame_size = container.frame_size};
     GetAACConfig(bytes.data(), &cfg);
     char line[line_size];
     FormatAacConfigLine(line, &cfg);
@@ -123,26 +108,15 @@ TEST(AacConfig, decides_on_sbr_ps_and_channels) {
     // in stereo. 56 E5 opens the extension; 98 and A5 are SBR at 48 and 44.1 kHz, 18 is none; 48 80
     // is PS.
     const Row rows[] = {
-        {"plain", {0x12, 0x10}, {}, "[AAC LC] 44100Hz stereo(L,R) 16Bit 64.000kbps"},
         {"implicit SBR", {0x13, 0x30}, {.channels = 6, .rate = 48000},
             "[AAC LC+(SBR)] 48000Hz 5.1ch(C,L,R,BL,BR,LFE) 16Bit 64.000kbps"},
-        {"another rate", {0x13, 0x10}, {}, "[AAC LC] 24000Hz stereo(L,R) "},
-        {"explicit SBR", {0x13, 0x10, 0x56, 0xE5, 0x98}, {}, "[AAC HE+SBR] 48000Hz stereo(L,R) "},
-        {"SBR denied", {0x13, 0x10, 0x56, 0xE5, 0x18}, {}, "[AAC HE(LC)] 24000Hz stereo(L,R) "},
-        {"SBR denied, but in the container", {0x13, 0x10, 0x56, 0xE5, 0x18}, {.rate = 48000},
-            "[AAC HE(LC)+(SBR)] 48000Hz stereo(L,R) "},
-        {"SBR cut off", {0x13, 0x10, 0x56, 0xE5}, {}, "[AAC HE(LC)] 24000Hz stereo(L,R) "},
         {"extension behind a zero byte", {0x10, 0x00, 0x56, 0xE5, 0x98}, {.channels = 0}, "[AAC LC] 96000Hz custom "},
         {"PS makes equal counts custom", {0x13, 0x90, 0x56, 0xE5, 0xA5, 0x48, 0x80}, {}, "[AAC HE+SBR+PS] 44100Hz custom "},
-        {"PS over mono", {0x13, 0x88, 0x56, 0xE5, 0xA5, 0x48, 0x80}, {}, "[AAC HE+SBR+PS] 44100Hz stereo(L,R) "},
         {"PS, container silent", {0x13, 0x88, 0x56, 0xE5, 0xA5, 0x48, 0x80}, {.channels = 0},
             "[AAC HE+SBR+PS] 44100Hz stereo(L,R) "},
         {"PS cut off", {0x13, 0x88, 0x56, 0xE5, 0xA5, 0x48}, {}, "[AAC HE+SBR+(PS)] 44100Hz stereo(L,R) "},
         {"counts that differ", {0x12, 0x58}, {.channels = 6}, "[AAC LC] 44100Hz UnKnown "},
-        {"another object type", {0xCA, 0x10}, {.rate = 88200}, "[HXVC with error recovery] 44100Hz "},
         {"reserved rate", {0x16, 0x90}, {}, "[AAC LC] -1Hz stereo(L,R) "},
-        {"rate from the frame size", {0x12, 0x10}, {.average = 0, .frame_size = 371},
-            "[AAC LC] 44100Hz stereo(L,R) 16Bit 127.821kbps"},
         {"rate from the maximum", {0x12, 0x10}, {.average = 0, .maximum = 96001},
             "[AAC LC] 44100Hz stereo(L,R) 16Bit 96.001kbps"},
         {"huge frames", {0x12, 0x10}, {.average = 0, .frame_size = UINT32_MAX},

@@ -1,26 +1,16 @@
 #include "audio/ac3.h"
 
 #include "audio/ac3_file.h"
-#include "common/text.h"
+#include "audio/analysed.h"
 #include "support/byte_builder.h"
 #include "support/record_text.h"
-#include "support/temp_file.h"
-
-#include <cstring>
-#include <gtest/gtest.h>
 
 namespace zat::test {
 
 namespace {
 
 struct Frame {
-    uint32_t fscod = 0;
-    uint32_t frmsizecod = 20; // 192 kbit/s
-    uint32_t bsid = 8;
-    uint32_t bsmod = 0;
-    uint32_t acmod = 2;
-    uint32_t dsurmod = 0;
-    uint32_t lfeon = 0;
+    uint32_t fscod = 0, frmsizecod = 20, bsid = 8, bsmod = 0, acmod = 2, dsurmod = 0, lfeon = 0;
     bool optional = false; // every optional field is there
     uint32_t dsurexmod = 0;
 };
@@ -52,13 +42,13 @@ std::vector<uint8_t> header(const Frame& frame) {
     return out.bytes;
 }
 
-std::string line_of(const std::vector<uint8_t>& bytes) {
+std::string line_of(const std::vector<uint8_t>& bytes, void (*format)(const Ac3Info*, char*) = ac3_line) {
     Ac3Info info;
     if (ac3_info(bytes.data(), &info) != 0) {
         return "refused";
     }
     char line[line_size];
-    ac3_line(&info, line);
+    format(&info, line);
     return line;
 }
 
@@ -69,8 +59,6 @@ TEST(Ac3, describes_frames_by_their_bit_stream_information) {
         const char* line;
     };
     const Row rows[] = {
-        {"5.1", {.frmsizecod = 30, .acmod = 7, .lfeon = 1}, "AC3 48000Hz [5.1Ch(3/2) L+C+R+SL+SR CM] 448kbps"},
-        {"matrixed stereo", {.dsurmod = 2}, "AC3 48000Hz [2Ch(2/0) L+R CM Dolby Surround] 192kbps"},
         {"one surround channel counts as two", {.acmod = 4, .lfeon = 1}, "AC3 48000Hz [4.1Ch(2/1) L+R+S CM] 192kbps"},
         {"Surround EX behind every optional field", {.bsid = 6, .acmod = 7, .lfeon = 1, .optional = true, .dsurexmod = 2},
             "AC3 48000Hz [5.1Ch(3/2) L+C+R+SL+SR CM Dolby Surround EX] 192kbps"},
@@ -78,7 +66,6 @@ TEST(Ac3, describes_frames_by_their_bit_stream_information) {
             "AC3 48000Hz [2Ch(1+1) Ch1+Ch2  Dolby Surround EX] 192kbps"},
         {"Surround EX needs the alternate syntax", {.acmod = 7, .dsurexmod = 2}, "AC3 48000Hz [5Ch(3/2) L+C+R+SL+SR CM] 192kbps"},
         {"voice over", {.fscod = 1, .frmsizecod = 37, .bsmod = 7, .acmod = 1}, "AC3 44100Hz [1Ch(1/0) C VO] 640kbps"},
-        {"karaoke", {.fscod = 2, .frmsizecod = 0, .bsmod = 7, .acmod = 6}, "AC3 32000Hz [4Ch(2/2) L+R+SL+SR karaoke] 32kbps"},
         {"reserved sample rate", {.fscod = 3}, "refused"},
         {"reserved frame size", {.frmsizecod = 38}, "refused"},
         {"bsid of another syntax", {.bsid = 9}, "refused"},
@@ -86,18 +73,8 @@ TEST(Ac3, describes_frames_by_their_bit_stream_information) {
     for (const Row& row : rows) {
         EXPECT_EQ(line_of(header(row.frame)), row.line) << row.name;
     }
-    std::vector<uint8_t> wrong = header({});
-    wrong[1] = 0x76;
-    EXPECT_EQ(line_of(wrong), "refused");
-}
-
-TEST(Ac3, names_truehd_by_its_core) {
-    Ac3Info info;
-    ASSERT_EQ(ac3_info(header({.acmod = 7, .lfeon = 1}).data(), &info), 0);
-    EXPECT_EQ(info.framesize, 768);
-    char line[line_size];
-    truehd_line(&info, line);
-    EXPECT_STREQ(line, "Dolby TrueHD 48000Hz [5.1Ch(3/2) L+C+R+SL+SR CM] 192kbps");
+    EXPECT_EQ(line_of(std::vector<uint8_t>(ac3_header_size, 0x0B)), "refused");
+    EXPECT_EQ(line_of(header({}), truehd_line), "Dolby TrueHD 48000Hz [2Ch(2/0) L+R CM] 192kbps");
 }
 
 // The table holds two sizes for each rate: they differ at 44.1 kHz only, where a frame of 1536
@@ -110,19 +87,11 @@ TEST(Ac3, knows_the_frame_sizes_of_every_rate) {
         EXPECT_EQ(ac3_framesize(code, 1), (words_per_second * 1536 / 44100 + code % 2) * 2) << code;
         EXPECT_EQ(ac3_framesize(code, 2), words_per_second * 1536 / 32000 * 2) << code;
     }
-    EXPECT_EQ(ac3_framesize(38, 0), 0);
-    EXPECT_EQ(ac3_framesize(0, 3), 0);
-    EXPECT_EQ(ac3_framesize(-1, -1), 0);
+    EXPECT_EQ(ac3_framesize(38, 0) + ac3_framesize(0, 3) + ac3_framesize(-1, -1), 0);
 }
 
 std::string file_text(const std::vector<uint8_t>& bytes) {
-    const TempFile file(bytes);
-    InfoRecord record = {};
-    std::memcpy(record.path, file.path.c_str(), file.path.size());
-    ac3_file(&record);
-    expect_sound(record);
-    EXPECT_EQ(record.file_size, bytes.size());
-    return record_text(record);
+    return record_text(*analysed(ac3_file, bytes));
 }
 
 TEST(Ac3File, takes_the_first_sync_word_of_2048_bytes) {
@@ -131,14 +100,12 @@ TEST(Ac3File, takes_the_first_sync_word_of_2048_bytes) {
     const auto at = [](size_t position, const std::vector<uint8_t>& bytes) {
         return ByteBuilder().fill(position, 1).append(bytes).pad_to(24000).bytes;
     };
-    EXPECT_EQ(file_text(at(0, frame)), line + "1.000");
     EXPECT_EQ(file_text(at(2046, frame)), line + "1.000");
     // None found: the bytes behind the searched ones are taken for a frame ...
     EXPECT_EQ(file_text(at(2048, frame)), line + "1.000");
     EXPECT_EQ(file_text(at(2049, frame)), "0.000");
     // ... which they are not when the word is cut by the search's end.
     EXPECT_EQ(file_text(at(2047, frame)), "0.000");
-    EXPECT_EQ(file_text(std::vector<uint8_t>(2048, 1)), "0.000");
     // The first word counts, whatever stands behind it.
     EXPECT_EQ(file_text(at(0, ByteBuilder().be32(0x0B770000).be32(0xFF000000).append(frame).bytes)), "0.000");
     // The mark lies behind the bytes that are read.
@@ -158,7 +125,6 @@ TEST(Ac3File, goes_on_with_zeros_behind_a_cut_header) {
         EXPECT_EQ(text.rfind(begin, 0), 0U) << length << ": " << text;
     }
     InfoRecord missing = {};
-    std::strcpy(missing.path, "no/such/file");
     missing.file_size = 5;
     EXPECT_EQ(ac3_file(&missing), 1);
     EXPECT_EQ(missing.file_size, 0U);

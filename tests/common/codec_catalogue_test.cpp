@@ -36,42 +36,20 @@ struct Row {
 const std::string z(1, '\0');
 
 const Row rows[] = {
-    {"plain", "'c\n\n[A]\n0055\tMP3\n", "[A]", "0055", 0, "MP3"},
     {"last line without a newline", "[A]\n0055\tMP3", "[A]", "0055", 0, "MP3"},
-    {"line ends of both kinds", "[A]\r\n0055\tMP3\r\n", "[A]", "0055", 0, "MP3"},
     {"a lone carriage return is text", "[A]\n0055\tM\rP\n", "[A]", "0055", 0, "M\rP"},
     {"a shorter key above wins", "[A]\n00\tany\n0055\tMP3\n", "[A]", "0055", 0, "any"},
-    {"a longer key is no match", "[A]\n0055\tMP3\n", "[A]", "005", 1, ""},
-    {"a key in another section", "[B]\n1\tx\n[A]\n2\ty\n[C]\n1\tz\n", "[A]", "1", 1, ""},
-    {"a later section of the same name", "[A]\n2\ty\n[A]\n1\tz\n", "[A]", "1", 1, ""},
     {"a header that is a beginning", "[QT\n1\tx\n[QT]\n1\ty\n", "[QT]", "1", 0, "x"},
-    {"a header with a blank behind", "[A] \n1\tx\n", "[A]", "1", 1, ""},
     {"a comment", "[A]\n'1\tx\n1\ty\n", "[A]", "'1", 1, ""},
     {"the last tab divides", "[A]\n1\tx\ty\n", "[A]", "1\tx", 0, "y"},
     {"a tab in front is no key", "[A]\n\tx\n1\ty\n", "[A]", "1", 0, "y"},
-    {"an empty key", "[A]\n1\ty\n", "[A]", "", 1, ""},
-    {"an empty name", "[A]\n1\t\n1\ty\n", "[A]", "1", 0, ""},
     {"a zero byte ends the line", "[A]\n1\tx" + z + "y\tz\n2\tw\n", "[A]", "1", 0, "x"},
-    {"a zero byte before the tab", "[A]\n1" + z + "\tx\n", "[A]", "1", 1, ""},
     {"a substitute character is no end", "[A]\n\x1A\n1\tx\n", "[A]", "1", 0, "x"},
     {"a name up to the limit", "[A]\n1\t" + std::string(253, 'x') + "\n", "[A]", "1", 0, std::string(253, 'x')},
-    {"254 characters and both ends", "[A]\n1\t" + std::string(252, 'x') + "\r\n2\ty\n", "[A]", "2", 0, "y"},
     {"the rest of a long line is a line", "[A]\n" + std::string(255, 'x') + "1\ty\n", "[A]", "1", 0, "y"},
-    {"the rest may be a header", "[A]\n" + std::string(510, 'x') + "[B]\n1\ty\n", "[A]", "1", 1, ""},
-    {"a line of megabytes", std::string(3000000, 'x') + "\n[A]\n1\ty\n", "[A]", "1", 0, "y"},
     {"the last match of the identifiers", "[MPEG2-TS-PID]\n001\tr\n0010\tNIT\n", "[MPEG2-TS-PID]", "0010", 0, "NIT"},
     {"a header behind the identifiers", "[MPEG2-TS-PID]\n0010\tNIT\n[A]\n", "[MPEG2-TS-PID]", "0010", 1, "NIT"},
-    {"an empty catalogue", "", "[A]", "1", 1, ""},
 };
-
-// Lines across every place where a block of the file may end.
-std::string long_catalogue() {
-    std::string text = "[A]\n";
-    for (int i = 0; i < 20000; ++i) {
-        text += std::to_string(100000 + i) + "\tname " + std::to_string(i) + "\n";
-    }
-    return text;
-}
 
 } // namespace
 
@@ -85,8 +63,13 @@ TEST(CodecLookup, FollowsTheRulesOfTheFile) {
     }
 }
 
+// Lines across every place where a block of the file may end.
 TEST(CodecLookup, LosesNoLineBetweenBlocks) {
-    const TempFile file(ByteBuilder().text(long_catalogue()).bytes);
+    std::string text = "[A]\n";
+    for (int i = 0; i < 20000; ++i) {
+        text += std::to_string(100000 + i) + "\tname " + std::to_string(i) + "\n";
+    }
+    const TempFile file(ByteBuilder().text(text).bytes);
     for (int i = 0; i < 20000; i += 499) {
         CodecQuery query = query_of(file.path, "[A]", std::to_string(100000 + i));
         EXPECT_EQ(CodecLookup(&query), codec_found);
@@ -95,16 +78,7 @@ TEST(CodecLookup, LosesNoLineBetweenBlocks) {
 }
 
 TEST(CodecLookup, SurvivesWhatIsNoCatalogue) {
-    std::vector<uint8_t> noise;
-    uint32_t state = 1;
-    for (int i = 0; i < 200000; ++i) {
-        state = state * 1664525 + 1013904223;
-        noise.push_back(static_cast<uint8_t>(state >> 24));
-    }
-    const TempFile binary(noise);
-    CodecQuery query = query_of(binary.path, "[A]", "1");
-    EXPECT_EQ(CodecLookup(&query), codec_not_listed);
-    query = query_of(temp_directory() + "missing", "[A]", "1");
+    CodecQuery query = query_of(temp_directory() + "missing", "[A]", "1");
     EXPECT_EQ(CodecLookup(&query), codec_no_catalogue);
     query = query_of(temp_directory(), "[A]", "1");
     EXPECT_EQ(CodecLookup(&query), codec_no_catalogue);
@@ -129,57 +103,40 @@ TEST(CodecName, ShowsTheNameOrTheReasonWhyThereIsNone) {
 
 namespace {
 
-constexpr std::string_view upper_hex = "0123456789ABCDEF";
-
-bool consists_of(std::string_view text, std::string_view characters) {
-    return text.find_first_not_of(characters) == std::string_view::npos;
-}
-
 bool is_printable(std::string_view text) {
     return std::ranges::all_of(text, [](char c) { return c >= ' ' && c <= '~'; });
 }
 
-bool is_tag(std::string_view key) {
-    return key.size() == 4 && consists_of(key, upper_hex);
-}
-
-bool is_guid(std::string_view key) {
-    return key.size() == 36 && consists_of(key, "0123456789ABCDEF-") && key[8] == '-' && key[13] == '-' && key[18] == '-' &&
-           key[23] == '-';
-}
-
-bool is_four_characters(std::string_view key) {
-    return key.size() == 4 && is_printable(key);
-}
-
-bool is_upper_case(std::string_view key) {
-    return is_four_characters(key) && std::ranges::none_of(key, [](char c) { return c >= 'a' && c <= 'z'; });
-}
-
-// Four characters, the number of a compression, or the text that an encoder leaves in its stream.
-bool is_video_code(std::string_view key) {
-    return is_four_characters(key) || (key.size() == 8 && consists_of(key, "0123456789abcdef")) ||
-           (is_printable(key) && (key.starts_with("DivX") || key.starts_with("XviD")));
-}
-
-bool is_identifier(std::string_view key) {
-    return (key.size() == 3 || key.size() == 4) && consists_of(key, upper_hex);
+// In a form H is an upper-case and h a lower-case hexadecimal digit, U a character but no lower-case
+// letter, P any character, and a * at the end any text; the rest stands for itself.
+bool fits(std::string_view key, std::string_view form) {
+    if (form.ends_with('*')) {
+        form.remove_suffix(1);
+        key = key.substr(0, form.size());
+    }
+    return std::ranges::equal(key, form, [](char c, char kind) {
+        const bool lower_case = c >= 'a' && c <= 'z';
+        return kind == 'H'   ? std::string_view("0123456789ABCDEF").find(c) != std::string_view::npos
+               : kind == 'h' ? std::string_view("0123456789abcdef").find(c) != std::string_view::npos
+               : kind == 'U' ? !lower_case
+                             : kind == 'P' || c == kind;
+    });
 }
 
 struct SectionForm {
-    bool (*fits)(std::string_view key);
-    size_t entries; // at least
+    std::vector<std::string_view> keys; // any of these forms
+    size_t entries;                     // at least
 };
 
 const std::map<std::string, SectionForm> forms = {
-    {"[AVI-Audio]", {is_tag, 200}},
-    {"[AVI-Video]", {is_video_code, 250}},
-    {"[WAV-EXT]", {is_guid, 12}},
-    {"[QT-AUDIO]", {is_four_characters, 60}},
-    {"[QT-VIDEO]", {is_four_characters, 90}},
-    {"[QT-BRAND]", {is_upper_case, 100}},
-    {"[REAL]", {is_upper_case, 10}},
-    {"[MPEG2-TS-PID]", {is_identifier, 20}},
+    {"[AVI-Audio]", {{"HHHH"}, 200}},
+    {"[AVI-Video]", {{"PPPP", "hhhhhhhh", "DivX*", "XviD*"}, 250}},
+    {"[WAV-EXT]", {{"HHHHHHHH-HHHH-HHHH-HHHH-HHHHHHHHHHHH"}, 12}},
+    {"[QT-AUDIO]", {{"PPPP"}, 60}},
+    {"[QT-VIDEO]", {{"PPPP"}, 90}},
+    {"[QT-BRAND]", {{"UUUU"}, 100}},
+    {"[REAL]", {{"UUUU"}, 10}},
+    {"[MPEG2-TS-PID]", {{"HHH", "HHHH"}, 20}},
 };
 
 } // namespace
@@ -202,8 +159,8 @@ TEST(ShippedCatalogue, EveryEntryIsReachable) {
             ASSERT_TRUE(forms.contains(section)) << section;
             const std::string key = line.substr(0, tab);
             const std::string name = line.substr(tab + 1);
-            EXPECT_TRUE(forms.at(section).fits(key)) << line;
-            EXPECT_TRUE(is_printable(name) && !name.empty() && name.back() != ' ') << line;
+            EXPECT_TRUE(std::ranges::any_of(forms.at(section).keys, [&](auto form) { return fits(key, form); })) << line;
+            EXPECT_TRUE(is_printable(line.substr(0, tab)) && is_printable(name) && !name.empty() && name.back() != ' ') << line;
             for (const std::string& above : keys[section]) {
                 EXPECT_TRUE(above != key && (section == "[MPEG2-TS-PID]" || !key.starts_with(above)))
                     << line << " stands below " << above;
