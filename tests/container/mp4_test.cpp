@@ -14,6 +14,8 @@ namespace {
 using namespace zat;
 using namespace zat::test;
 
+#define NOT_LISTED "\x8A\x59\x93\x96\x96\xB3\x82\xB5"
+
 constexpr char catalogue[] = "[AVI-Audio]\n0055\tMP3 by tag\n"
                              "[QT-BRAND]\nISOM\tBase Media\n"
                              "[QT-AUDIO]\nalac\tALAC\nfLaC\tFLAC\nec-3\tE-AC-3\nlpcm\tLPCM\n"
@@ -51,34 +53,12 @@ void expect_rows(const std::vector<Row>& rows) {
     }
 }
 
-void unsigned_exp_golomb(BitBuilder* bits, uint64_t value) {
-    int zeros = 0;
-    while ((value + 1) >> (zeros + 1) != 0) {
-        ++zeros;
-    }
-    bits->bits(0, zeros).bits(value + 1, zeros + 1);
-}
-
 // Baseline, level 3, 320 x 240 (ITU-T H.264, 7.3.2.1.1).
-Data sequence_parameter_set() {
-    BitBuilder bits;
-    bits.bits(0x6742001E, 32);
-    for (const int value : {0, 0, 2, 1}) { // id, frame number, order count type, references
-        unsigned_exp_golomb(&bits, static_cast<uint64_t>(value));
-    }
-    bits.bits(0, 1);
-    unsigned_exp_golomb(&bits, 19);
-    unsigned_exp_golomb(&bits, 14);
-    bits.bits(0b11001, 5); // frames only, direct 8x8, no cropping, no VUI, stop bit
-    return bits.bytes;
-}
+const Data sequence_parameter_set = {0x67, 0x42, 0, 0x1E, 0xDA, 0x05, 0x07, 0xE4};
 
 Data avc_configuration(const Data& sps, int count = 1, int64_t length = own_size) {
-    return atom("avcC", ByteBuilder()
-                            .raw({1, 66, 0, 30, 0xFF, 0xE0 | count})
-                            .be16(length == own_size ? sps.size() : static_cast<uint64_t>(length))
-                            .append(sps)
-                            .bytes);
+    const uint64_t told = length == own_size ? sps.size() : static_cast<uint64_t>(length);
+    return atom("avcC", ByteBuilder().raw({1, 66, 0, 30, 0xFF, 0xE0 | count}).be16(told).append(sps).bytes);
 }
 
 Data pixel_aspect(uint64_t h, uint64_t v) {
@@ -100,21 +80,17 @@ Data movie(std::initializer_list<Data> children) {
     return atom("moov", {movie_header(1000, 2000), join(children)});
 }
 
-const char avc_line[] = "V 320x240 [AVC/H264 Baseline@3 Unspecified] 24Bit 1.000fps 6.000kbps 2f "
-                        "Progressive\n";
+const char avc_line[] = "V 320x240 [AVC/H264 Baseline@3 Unspecified] 24Bit 1.000fps 6.000kbps 2f Progressive\n";
 
 TEST_F(Mp4, DescribesTracksWhereverTheMovieStands) {
     const Data sound = audio_entry("mp4a", {es_descriptor(0x40, aac_lc_stereo, 96000)});
-    const Data content = movie({video_track({avc_configuration(sequence_parameter_set())}), audio_track(sound)});
-    const std::string streams = avc_line + std::string("A [AAC 44100Hz stereo(L,R) 96kbps] 44100Hz "
-                                                       "2ch 16Bit 0.800kbps\nX [Base Media]\n");
+    const Data content = movie({video_track({avc_configuration(sequence_parameter_set)}), audio_track(sound)});
+    const std::string streams =
+        avc_line + std::string("A [AAC 44100Hz stereo(L,R) 96kbps] 44100Hz 2ch 16Bit 0.800kbps\nX [Base Media]\n");
     const Data media(2000);
     expect_rows({
         {"movie first", join({file_type("isom"), content, atom("mdat", media)}), streams + "X moov chunk 16\n2.000"},
-        {"movie last, second brand", join({file_type("isom"), file_type("xxxx"), atom("mdat", media), content}),
-            streams + "X moov chunk 2,040\n2.000"},
         {"64-bit data", join({file_type("isom"), large_atom("mdat", media), content}), streams + "X moov chunk 2,032\n2.000"},
-        {"no brand, movie at 0", content, streams.substr(0, streams.find("X ")) + "2.000"},
     });
     EXPECT_STREQ(analyse(join({content, large_atom("mdat", media)}))->label, "[Quick Time(64BitAtom)]");
     EXPECT_STREQ(analyse(join({content, atom("mdat", media)}))->label, "[Quick Time]");
@@ -122,7 +98,7 @@ TEST_F(Mp4, DescribesTracksWhereverTheMovieStands) {
 }
 
 TEST_F(Mp4, NamesVideo) {
-    const Data sps = sequence_parameter_set();
+    const Data sps = sequence_parameter_set;
     const Data cut(sps.begin(), sps.begin() + 5);
     const Data visual = ByteBuilder().raw({0, 0, 1, 0xB0, 1}).raw({0, 0, 1, 0x20, 0, 0x84, 0}).bytes;
     const auto video = [](const Data& entry) { return movie({track(1, "vide", {descriptions({entry}), sizes({1500, 0})})}); };
@@ -132,16 +108,11 @@ TEST_F(Mp4, NamesVideo) {
     expect_rows({
         {"pixel aspect wins", video(video_entry("avc1", {avc_configuration(sps), pixel_aspect(12, 11)})),
             line("AVC/H264 Baseline@3 12:11", "Progressive")},
-        {"half a pixel aspect does not", video(video_entry("avc1", {pixel_aspect(0, 11), avc_configuration(sps)})),
-            line("AVC/H264 Baseline@3 Unspecified", "Progressive")},
         {"no parameter set", video(video_entry("avc1", {avc_configuration({}, 0)})), line("AVC/H264 Baseline@3 ")},
         {"parameter set longer than its atom", video(video_entry("avc1", {avc_configuration(sps, 1, 65535)})),
             line("AVC/H264 Baseline@3 Unspecified", "Progressive")},
         {"MPEG-4 Visual", video(video_entry("mp4v", {es_descriptor(0x20, visual, 0)})), line("MPEG4 Simple@L1 1:1")},
-        {"MPEG-2 as object type", video(video_entry("mp4v", {es_descriptor(0x61, {}, 0)})), line("MPEG-2")},
-        {"MPEG-4 Visual without headers", video(video_entry("mp4v", {es_descriptor(0x20, {}, 0)})), line("MPEG4")},
-        {"catalogue", video(video_entry("hvc1")), line("HEVC")},
-        {"not listed", video(video_entry("zzzz")), line("\x8A\x59\x93\x96\x96\xB3\x82\xB5zzzz")},
+        {"not listed", video(video_entry("zzzz")), line(NOT_LISTED "zzzz")},
         {"the last entry stands",
             movie({track(1, "vide", {descriptions({video_entry("mp4v"), video_entry("hvc1")}), sizes({1500, 0})})}),
             line("HEVC")},
@@ -161,41 +132,24 @@ TEST_F(Mp4, NamesAudio) {
         entry.be32(0).be32(1).be16(static_cast<uint64_t>(version)).fill(6);
         return entry.be16(3).be16(16).be32(0).be16(1).be16(0);
     };
-    const Data version_2 = fixed(2)
-                               .be32(72)
-                               .be64(0x40F7700000000000) // 96000.0
-                               .be32(6)
-                               .be32(0x7F000000)
-                               .be32(24)
-                               .fill(12)
-                               .bytes;
+    // 96000.0 as a floating-point number.
+    const Data version_2 = fixed(2).be32(72).be64(0x40F7700000000000).be32(6).be32(0x7F000000).be32(24).fill(12).bytes;
     const Data cookie =
         ByteBuilder().be32(0).be32(4096).raw({0, 24, 40, 10, 14, 1}).be16(255).be32(0).be32(700000).be32(96000).bytes;
-    // 96000 Hz, two channels, 24 bits.
-    const Data flac = ByteBuilder().be64(0).fill(10).be32(0x17700370).be32(0).bytes;
     // 448 kbit/s, 48000 Hz, 3/2 with LFE, and a dependent substream with Lrs and Rrs.
-    BitBuilder eac3;
-    eac3.bits(448, 13).bits(0, 3).bits(0, 2).bits(16, 5).bits(0, 5).bits(7, 3).bits(1, 1);
-    eac3.bits(0, 3).bits(1, 4).bits(0b000000010, 9);
+    const Data eac3 = BitBuilder().bits(448, 13).bits(16, 10).bits(0xF, 9).bits(1, 7).bits(2, 9).bytes;
     const Data aac = es_descriptor(0x40, aac_lc_stereo, 0);
     const Data in_wave = join({fixed(1).fill(16).bytes, atom("wave", {atom("frma", ByteBuilder().text("mp4a").bytes), aac})});
     expect_rows({
         {"ALAC by its cookie", sound(audio_entry("alac", {atom("alac", cookie)})),
             "A [ALAC] 96000Hz 1ch 16Bit 700.000kbps\n2.000"},
-        {"FLAC by its stream information", sound(audio_entry("fLaC", {atom("dfLa", flac)})),
-            "A [FLAC] 96000Hz 2ch 24Bit 4.000kbps\n2.000"},
-        {"E-AC-3, frames of one size", sound(audio_entry("ec-3", {atom("dec3", eac3.bytes)}), constant_sizes(1792, 100)),
+        {"E-AC-3, frames of one size", sound(audio_entry("ec-3", {atom("dec3", eac3)}), constant_sizes(1792, 100)),
             "A [E-AC-3] 48000Hz 8ch 16Bit 448.000kbps\n2.000"},
         {"AAC, maximum rate, in QuickTime's version 1", sound(atom("mp4a", in_wave)),
             "A [AAC 44100Hz stereo(L,R) 128kbps] 1Hz 3ch 16Bit 4.000kbps\n2.000"},
-        {"AAC without configuration", sound(audio_entry("mp4a", {es_descriptor(0x40, {}, 64000)})),
-            "A [MPEG-4 Audio] 44100Hz 2ch 16Bit 4.000kbps\n2.000"},
         {"QuickTime's version 2", sound(atom("lpcm", version_2)), "A [LPCM] 96000Hz 6ch 24Bit 4.000kbps\n2.000"},
-        {"WAVE format tag", sound(audio_entry({"ms\0\x55", 4})), "A [MP3 by tag] 44100Hz 2ch 16Bit 4.000kbps\n2.000"},
         {"unlisted WAVE format tag", sound(audio_entry({"ms\0\xAB", 4})),
-            "A [\x8A\x59\x93\x96\x96\xB3\x82\xB5"
-            "6d7300ab] 44100Hz 2ch 16Bit 4.000kbps\n2.000"},
-        {"no first chunk to look at", sound(audio_entry("ac-3")), "A [AC-3] 44100Hz 2ch 16Bit 4.000kbps\n2.000"},
+            "A [" NOT_LISTED "6d7300ab] 44100Hz 2ch 16Bit 4.000kbps\n2.000"},
         {"one size: knowingly the count of samples", sound(audio_entry("in24"), constant_sizes(6, 1000)),
             "A [PCM 24] 44100Hz 2ch 16Bit 4.000kbps\n2.000"},
     });
@@ -215,10 +169,7 @@ TEST_F(Mp4, NamesAudioByItsFirstFrame) {
     const char mp3_text[] = "MPEG1-LayerIII 44100Hz [CBR Stereo] 128.00kbps [417bpf] ";
     expect_rows({
         {"ac-3", sound(ac3, audio_entry("ac-3")), line("AC3 48000Hz [5.1Ch(3/2) L+C+R+SL+SR CM] 448kbps", 16)},
-        {"AC-3 as object type", sound(ac3, audio_entry("mp4a", {es_descriptor(0xA5, {}, 0)})),
-            line("AC3 48000Hz [5.1Ch(3/2) L+C+R+SL+SR CM] 448kbps", 16)},
         {"dtsc", sound(dts, audio_entry("dtsc")), line("DTS(16BitBE) 48000Hz 5.1Ch C+L+R+SL+SR+LFE 1536.000kbps 16Bit", 24)},
-        {".mp3, frame cut short", sound(mp3, audio_entry(".mp3")), line(mp3_text, 12)},
         {"MPEG-1 audio as object type", sound(mp3, audio_entry("mp4a", {es_descriptor(0x6B, {}, 0)})), line(mp3_text, 12)},
         {"no frame there", sound(mp3, audio_entry("ac-3")), line("AC-3", 12)},
     });
@@ -234,9 +185,7 @@ TEST_F(Mp4, SumsSampleTables) {
     expect_rows({
         {"more than a block", video(sizes(many)), line("10000.000fps 80000.000kbps 20000f")},
         {"a count of 2^32 - 1", video(sizes({1000, 250}, 0xFFFFFFFF)), line("2147483647.500fps 5.000kbps -1f")},
-        {"no table", video({}), line("0.000fps 0.000kbps 0f")},
         {"4-bit sizes, padded", video(compact(4, 3, {0x12, 0x3F})), line("1.500fps 0.024kbps 3f")},
-        {"8-bit sizes", video(compact(8, 2, {250, 250})), line("1.000fps 2.000kbps 2f")},
         {"16-bit sizes", video(compact(16, 2, {1, 0, 1, 0})), line("1.000fps 2.048kbps 2f")},
     });
 }
@@ -257,33 +206,24 @@ TEST_F(Mp4, AddsFragments) {
                                                          track(1, "vide", {descriptions({video_entry("hvc1")}), sizes({})})})});
     };
     const Data whole = atom("mehd", ByteBuilder().be32(0).be32(4000).bytes);
-    const Data whole_64 = atom("mehd", ByteBuilder().raw({1, 0, 0, 0}).be64(4000).bytes);
     const Data defaults = atom("trex", ByteBuilder().be32(0).be32(1).be32(1).be32(500).be32(250).be32(0).bytes);
     const Data plain = fragment(0, {}, {run(0, 4, {})});
-    const auto line = [](const std::string& numbers, const char* end) {
-        return "V 320x240 [HEVC] 24Bit " + numbers + " interlace\nX [Base Media]\n" + end;
+    const auto line = [](const std::string& numbers) {
+        return "V 320x240 [HEVC] 24Bit " + numbers + " interlace\nX [Base Media]\nX MovieFragment(1)\nX moov chunk 16\n";
     };
-    const char one[] = "X MovieFragment(1)\nX moov chunk 16\n";
     expect_rows({
-        {"track defaults", join({announced(0, defaults), plain}), line("2.000fps 4.000kbps 4f", one) + "2.000"},
+        {"track defaults", join({announced(0, defaults), plain}), line("2.000fps 4.000kbps 4f") + "2.000"},
         {"the announced duration wins", join({announced(0, join({whole, defaults})), plain}),
-            line("1.000fps 2.000kbps 4f", one) + "4.000"},
-        {"initialisation segment", announced(0, whole_64), line("0.000fps 0.000kbps 0f", "X moov chunk 16\n") + "4.000"},
-        {"a movie duration stands", join({announced(8000, join({whole, defaults})), plain}),
-            line("0.500fps 1.000kbps 4f", one) + "8.000"},
+            line("1.000fps 2.000kbps 4f") + "4.000"},
         {"the fragment's own defaults",
             join({announced(0, defaults),
                 fragment(0x1B, ByteBuilder().be64(0).be32(1).be32(1000).be32(125).bytes, {run(0, 4, {})})}),
-            line("1.000fps 1.000kbps 4f", one) + "4.000"},
+            line("1.000fps 1.000kbps 4f") + "4.000"},
         {"samples, two runs, a table cut short",
             join({announced(0, {}), fragment(0, {},
                                         {run(0x305, 1, ByteBuilder().be64(0).be32(1000).be32(250).bytes),
                                             run(0xF00, 9, ByteBuilder().be32(1000).be32(250).be64(0).be32(7).bytes)})}),
-            line("5.000fps 2.000kbps 10f", one) + "2.000"},
-        {"another track's fragment",
-            join({announced(2000, defaults),
-                atom("moof", {atom("traf", {atom("tfhd", ByteBuilder().be32(0).be32(9).bytes), run(0, 4, {})})})}),
-            line("0.000fps 0.000kbps 0f", one) + "2.000"},
+            line("5.000fps 2.000kbps 10f") + "2.000"},
     });
 }
 
@@ -292,22 +232,14 @@ TEST_F(Mp4, TellsChaptersAndWhatIsMissing) {
         return join({file_type("abcd"),
             movie({atom("trak", Data{}), atom("udta", {atom("chpl", ByteBuilder().raw(payload).bytes), Data(4)})})});
     };
-    const std::string brand = "X [\x8A\x59\x93\x96\x96\xB3\x82\xB5"
-                              "ABCD]\n";
-    const std::string chapter_line = "X \x83\x60\x83\x83\x83\x76\x83\x5E\x81\x5B(3)\n";
-    const std::string end = "X moov chunk 16\n2.000";
+    const char told[] = "X [" NOT_LISTED "ABCD]\nX \x83\x60\x83\x83\x83\x76\x83\x5E\x81\x5B(3)\nX moov chunk 16\n2.000";
     expect_rows({
-        {"chapters, version 1", chapters({1, 0, 0, 0, 9, 9, 9, 9, 3}), brand + chapter_line + end},
-        {"chapters, version 0", chapters({0, 0, 0, 0, 3}), brand + chapter_line + end},
+        {"chapters, version 1", chapters({1, 0, 0, 0, 9, 9, 9, 9, 3}), told},
+        {"chapters, version 0", chapters({0, 0, 0, 0, 3}), told},
         {"no track", movie({}), "G trak\n2.000"},
-        {"no movie", atom("mdat", Data(100)), "G trak\n0.000"},
         {"compressed movie", movie({atom("cmov", Data{})}), std::string("G ") + message::compressed_header + "\n2.000"},
         {"time scale 0", atom("moov", {movie_header(0, 2000), video_track({})}),
-            "V 320x240 [\x8A\x59\x93\x96\x96\xB3\x82\xB5"
-            "avc1] 24Bit 0.000fps 0.000kbps 2f interlace\ninf"},
-        {"no movie header", atom("moov", {video_track({}, sizes({}))}),
-            "V 320x240 [\x8A\x59\x93\x96\x96\xB3\x82\xB5"
-            "avc1] 24Bit nanfps 0.000kbps 0f interlace\n0.000"},
+            "V 320x240 [" NOT_LISTED "avc1] 24Bit 0.000fps 0.000kbps 2f interlace\ninf"},
     });
     ByteBuilder tracks;
     for (int i = 0; i < 12; ++i) {
@@ -331,13 +263,10 @@ TEST_F(Mp4, WalksPastSizesThatLie) {
         empties.append(atom("trak", Data{}));
     }
     std::vector<Row> rows = {
-        {"user data closed by a zero", movie({atom("udta", Data(4)), sound}), line},
         {"user data with a zero behind an entry", movie({atom("udta", {atom("abcd", Data{}), Data(4)}), sound}), line},
         {"a child beyond its parent", movie({atom("udta", atom("abcd", Data{}, 0x7FFFFFFF)), sound}), line},
-        {"a container beyond its parent", movie({atom("udta", atom("edts", Data{}, 0xFFFFFFFF)), sound}), line},
         {"a 64-bit size of 2^63", movie({atom("udta", large_atom("abcd", {}, INT64_MIN)), sound}), line},
         {"a 64-bit size below its header", movie({atom("udta", large_atom("abcd", {}, 15)), sound}), line},
-        {"a container with a 64-bit size", movie({large_atom("udta", Data(20)), sound}), line},
         {"a movie beyond the file",
             ByteBuilder().be32(0x7FFFFFFF).text("moov").append(movie_header(1000, 2000)).append(sound).bytes, line},
         {"nested too deep", movie({atom("udta", nested.bytes), sound}), line},

@@ -25,17 +25,17 @@ std::unique_ptr<InfoRecord> format_of_path(std::string_view path) {
     return record;
 }
 
-std::string_view bytes_of(const InfoRecord& record) {
-    return {reinterpret_cast<const char*>(&record), sizeof record};
-}
-
-// MPEG-1 Layer III, 128 kbit/s, 44.1 kHz: frames of 417 bytes.
-Contents mp3_frames(int count) {
+Contents frames(int count, uint64_t header, size_t size) {
     ByteBuilder builder;
     for (int i = 0; i < count; ++i) {
-        builder.raw({0xFF, 0xFB, 0x90, 0x00}).fill(413);
+        builder.be32(header).fill(size - 4);
     }
     return builder.bytes;
+}
+
+// MPEG-1 Layer III, 128 kbit/s, 44.1 kHz.
+Contents mp3_frames(int count) {
+    return frames(count, 0xFFFB9000, 417);
 }
 
 // `size` is the whole tag's; the tag holds nothing but its header.
@@ -81,14 +81,8 @@ Contents sequence_header() {
     return ByteBuilder().be32(0x000001B3).fill(72, 'x').be24(0x000001).fill(40, 'x').bytes;
 }
 
-// 32 kbit/s at 48 kHz: frames of 128 bytes.
-Contents ac3_frames(int count) {
-    ByteBuilder builder;
-    for (int i = 0; i < count; ++i) {
-        builder.be32(0x0B770000).fill(124);
-    }
-    return builder.bytes;
-}
+// 32 kbit/s at 48 kHz.
+const Contents two_ac3_frames = frames(2, 0x0B770000, 128);
 
 struct Row {
     const char* name;
@@ -104,81 +98,40 @@ std::vector<Row> rows() {
     using namespace message;
     return {
         {"mpeg2 pack", ByteBuilder().be32(0x1BA).raw({0x44, 1}).bytes, 17, ""},
-        {"mpeg1 pack", ByteBuilder().be32(0x1BA).raw({0x21, 1}).bytes, 13, ""},
         {"pack of neither", ByteBuilder().be32(0x1BA).raw({0x31, 1}).bytes, 27, ""},
-        {"sequence header", ByteBuilder().be32(0x1B3).fill(9).bytes, 27, ""},
-        {"box of 256 bytes", ByteBuilder().be32(0x100).text("ftypisom").fill(9).bytes, 27, ""},
         {"wrapped mp3", ByteBuilder().be32(0x1FF).fill(0x1FF).append(mp3_frames(1)).bytes, 128, ""},
-        {"wrapped mp3 cut before its frame", ByteBuilder().be32(0x1FF).fill(0x1FF).bytes, 27, ""},
         {"wrapped pack", ByteBuilder().be32(0x1BA).fill(0x1BA).append(mp3_frames(1)).bytes, 27, ""},
         {"time stamps like start codes", ByteBuilder().append(ts_packets(192, 4, 600)).put(0, {"\0\0\1\xBA", 4}).bytes, 19, ""},
-        {"wave", ByteBuilder().text("RIFF").fill(4).text("WAVEfmt ").bytes, 101, ""},
-        {"rmp3", ByteBuilder().text("RIFF").fill(4).text("RMP3").bytes, 108, ""},
         {"video cd", ByteBuilder().text("RIFF").fill(4).text("CDXAfmt ").bytes, 14, ""},
-        {"avi", ByteBuilder().text("RIFF").fill(4).text("AVI LIST").bytes, 12, ""},
         {"big-endian wave", ByteBuilder().text("RIFX").fill(4).text("WAVE").bytes, 1, unsupported},
         {"dts, bytes swapped", ByteBuilder().be32(0xFE7F0180).fill(9).bytes, 123, ""},
         {"ogg, five letters compared", ogg("\x01vorbiX"), 109, ""},
-        {"ogg opus", ogg("OpusHead"), 112, ""},
-        {"ogg media",
-            ogg("\x01"
-                "audio"),
-            16, ""},
         {"ogg of another kind", ogg("\x80theora"), 1, unsupported},
         {"asf cut in its guid", ByteBuilder().be64(0x3026B2758E66CF11).be32(0xA6D900AA).bytes, 1, unsupported},
-
-        {"isom", box("ftypisom"), 24, ""},
-        {"brand in capitals", box("ftypMMP4"), 23, ""},
         {"brand with a blank", box("ftypM4A "), 15, ""},
         {"brand with a zero", box({"ftypM4A\0", 8}), 118, ""},
-        {"3gp", box("ftyp3gp4"), 23, ""},
-        {"no ftyp", box("moov"), 15, ""},
         {"part of a box name", box({"f\0\0\0isom", 8}), 1, unsupported},
-        {"box name across two", box("eeft"), 1, unsupported},
-
-        {"text", ByteBuilder().text("fLaC text.").bytes, 1, text_file},
         {"zero byte behind the first mebibyte", ByteBuilder().text("fLaC").pad_to(mebibyte, 'x').u8(0).bytes, 1, text_file},
         {"zero byte at its end", ByteBuilder().text("fLaC").pad_to(mebibyte - 1, 'x').u8(0).bytes, 117, ""},
-        {"zero byte behind the first kilobytes", ByteBuilder().text("fLaC").pad_to(9000, 'x').u8(0).bytes, 117, ""},
         {"executable", ByteBuilder().text("MZ").fill(9).append(mp3_frames(3)).bytes, 1, exe_file},
-        {"archive", ByteBuilder().text("PK").fill(9).bytes, 1, zip_file},
         {"text before archive", ByteBuilder().text("PK").bytes, 1, text_file},
         {"empty", {}, 1, empty_file},
-        {"one zero", {0}, 1, unsupported},
-
-        {"tag", ByteBuilder().append(id3_tag(300)).text("fLaC").bytes, 117, ""},
         {"second tag counted with the first one's size",
             ByteBuilder().append(id3_tag(1000)).append(id3_tag(500)).pad_to(2000).text("fLaC").bytes, 117, ""},
-        {"the same with large tags", ByteBuilder().append(id3_tag(70000)).append(id3_tag(9000)).pad_to(140000).text("fLaC").bytes,
-            117, ""},
-        {"size bytes unmasked", ByteBuilder().text("ID3").raw({4, 0, 0, 0, 0, 0, 0xFF}).pad_to(265).text("fLaC").bytes, 117, ""},
-        {"tag to the very end", id3_tag(300), 0, read_failed},
         {"tag past the end", ByteBuilder().text("ID3").raw({4, 0, 0, 255, 255, 255, 255}).bytes, 0, read_failed},
-        {"last place for a tag", ByteBuilder().append(id3_tag(view - 3)).append(id3_tag(10)).fill(9).bytes, 0, read_failed},
-        {"place behind it", ByteBuilder().append(id3_tag(view - 2)).append(id3_tag(10)).fill(9).bytes, 1, unsupported},
-
-        {"mp3", mp3_frames(2), 106, ""},
+        {"tag to the very end", id3_tag(300), 0, read_failed},
         {"a single frame", mp3_frames(1), 1, unsupported},
         {"mp3 behind 2,048 zeros", zeros_before(2048, mp3_frames(2)), 106, ""},
         {"mp3 behind 2,049 zeros", zeros_before(2049, mp3_frames(2)), 1, dummy_data},
-        {"packets behind zeros", zeros_before(9000, ts_packets(188, 0, 600)), 18, ""},
-        {"nothing but 2,048 zeros", Contents(2048), 1, unsupported},
         {"nothing but 2,049 zeros", Contents(2049), 1, dummy_data},
         {"mp3 at 5,116", ahead(5116, mp3_frames(2)), 106, ""},
         {"mp3 at 5,117", ahead(5117, mp3_frames(2)), 1, unsupported},
-        {"mp3 at 5,116 behind zeros", zeros_before(2048, ahead(5116, mp3_frames(2))), 106, ""},
-
-        {"packets", ts_packets(188, 0, 600), 18, ""},
-        {"packets with time stamps", ts_packets(192, 4, 600), 19, ""},
         {"packets late in the file", ahead(700000, ts_packets(188, 0, 600)), 18, ""},
-        {"too short for two sync bytes and a packet", ts_packets(188, 0, 190), 18, ""},
         {"a sync byte at 4", ts_packets(999, 4, 600), 19, ""},
-
         {"sequence header late in the file", ahead(3000000, sequence_header()), 27, ""},
         {"sequence header behind a zero", zeros_before(1, sequence_header()), 1, unsupported},
-        {"ac3 behind junk", ahead(3, ac3_frames(2)), 114, ""},
-        {"ac3 up to the view's end", ahead(view - 130, ac3_frames(2)), 114, ""},
-        {"ac3 across it", ahead(view - 129, ac3_frames(2)), 1, unsupported},
+        {"ac3 up to the view's end", ahead(view - 130, two_ac3_frames), 114, ""},
+        {"ac3 across it", ahead(view - 129, two_ac3_frames), 1, unsupported},
         {"junk", ahead(9000, {}), 1, unsupported},
     };
 }
@@ -196,24 +149,18 @@ TEST(GetFileFormat, decides_by_the_bytes) {
 }
 
 TEST(GetFileFormat, refuses_paths_that_do_not_fit) {
-    struct PathRow {
+    const struct {
         size_t length;
         uint32_t type_code;
         const char* line_end;
-    };
+    } paths[] = {{512, 2, message::open_failed}, {513, 3, "(513) 512"}, {sizeof(InfoRecord), 3, "(17624) 512"}};
     // The last one fills the record without a terminator.
-    const PathRow paths[] = {
-        {511, 2, ""}, {512, 2, ""}, {513, 3, "(513) 512"}, {600, 3, "(600) 512"}, {sizeof(InfoRecord), 3, "(17624) 512"}};
-    for (const PathRow& row : paths) {
-        SCOPED_TRACE(row.length);
+    for (const auto& row : paths) {
         const auto record = format_of_path(std::string(row.length, 'a'));
         EXPECT_EQ(record->type_code, row.type_code);
         EXPECT_EQ(record->general_count, 1);
         EXPECT_EQ(record->file_size, 0U);
         EXPECT_NE(std::strstr(record->general[0], row.line_end), nullptr) << record->general[0];
-        if (row.type_code == 2) {
-            EXPECT_STREQ(record->general[0], message::open_failed);
-        }
     }
 }
 
@@ -245,21 +192,17 @@ TEST(GetFileFormat, opens_a_path_of_511_bytes) {
 
 // A host may keep its own data in the areas that no step writes.
 TEST(GetFileFormat, writes_its_own_fields_only) {
-    for (const auto& contents : {Contents(2049), mp3_frames(2)}) {
-        const TempFile file(contents);
-        auto record = std::make_unique<InfoRecord>();
-        std::memset(record.get(), 0xA5, sizeof *record);
-        std::memcpy(record->path, file.path.c_str(), file.path.size() + 1);
-        auto expected = std::make_unique<InfoRecord>(*record);
-        GetFileFormat(record.get());
-        expected->type_code = record->type_code;
-        expected->general_count = record->general_count;
-        expected->file_size = contents.size();
-        if (record->general_count == 1) {
-            std::memcpy(expected->general[0], message::dummy_data, sizeof message::dummy_data);
-        }
-        EXPECT_TRUE(bytes_of(*record) == bytes_of(*expected));
-    }
+    const TempFile file(Contents(2049));
+    auto record = std::make_unique<InfoRecord>();
+    std::memset(record.get(), 0xA5, sizeof *record);
+    std::memcpy(record->path, file.path.c_str(), file.path.size() + 1);
+    auto expected = std::make_unique<InfoRecord>(*record);
+    expected->type_code = 1;
+    expected->general_count = 1;
+    expected->file_size = 2049;
+    std::memcpy(expected->general[0], message::dummy_data, sizeof message::dummy_data);
+    GetFileFormat(record.get());
+    EXPECT_EQ(std::memcmp(record.get(), expected.get(), sizeof *record), 0);
 }
 
 } // namespace

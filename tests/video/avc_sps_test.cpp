@@ -20,8 +20,7 @@ void put_ue(BitBuilder& bits, uint64_t value) {
     bits.bits(0, width - 1).bits(value + 1, width);
 }
 
-// Fields as words: "66/8" is 66 in 8 bits, "ue5" and "se-8" are Exp-Golomb codes, "z9" is
-// nine zeros.
+// Fields as words: "66/8" is 66 in 8 bits, "ue5" and "se-8" are Exp-Golomb codes.
 BitBuilder bits_of(const std::string& fields) {
     BitBuilder bits;
     std::istringstream words(fields);
@@ -29,10 +28,6 @@ BitBuilder bits_of(const std::string& fields) {
         const size_t slash = word.find('/');
         if (slash != std::string::npos) {
             bits.bits(std::stoull(word), std::stoi(word.substr(slash + 1)));
-        } else if (word.starts_with("z")) {
-            for (int i = std::stoi(word.substr(1)); i > 0; --i) {
-                bits.bits(0, 1);
-            }
         } else if (word.starts_with("ue")) {
             put_ue(bits, std::stoull(word.substr(2)));
         } else {
@@ -86,11 +81,6 @@ std::string facts(const Parsed& parsed) {
     return text;
 }
 
-std::string position(const Parsed& parsed) {
-    const AvcParseState& state = parsed.state;
-    return std::to_string(state.end_pos) + "/" + std::to_string(state.total_bits) + (state.error != 0 ? " error" : "");
-}
-
 // NAL header, profile, constraints, level, id.
 const std::string main_31 = "103/8 77/8 0/8 31/8 ue0 ";
 const std::string high_41 = "103/8 100/8 0/8 41/8 ue0 ";
@@ -105,53 +95,43 @@ const std::string no_display = "0/1 0/1 0/1 ";
 const std::string timing_25 = "1/1 1/32 50/32 1/1 ";
 const std::string hrd_tail = "23/5 23/5 23/5 24/5 ";
 
+const std::string with_vui = main_320 + "1/1 0/1 " + no_display;
+const char plain[] = "320x240 8 Main@3.1 Unspecified 0.000fps 0bps p";
+
 TEST(AvcSps, ReadsTheFactsBitExactly) {
-    struct Row {
+    const struct {
         const char* name;
         std::string fields;
         const char* expected;
-    };
-    const Row rows[] = {
-        {"no VUI", main_320 + "0/1", "320x240 8 Main@3.1 Unspecified 0.000fps 0bps p"},
-        {"chroma and depth fields of a High profile", "103/8 110/8 0/8 51/8 ue0 ue1 ue2 ue2 0/1 0/1 " + order + size_320 + "0/1",
-            "320x240 10 High 10@5.1 Unspecified 0.000fps 0bps p"},
-        {"separate colour plane bit of 4:4:4", "103/8 244/8 0/8 40/8 ue0 ue3 0/1 ue1 ue1 0/1 0/1 " + order + size_320 + "0/1",
-            "320x240 9 High 4:4:4@4 Unspecified 0.000fps 0bps p"},
+    } rows[] = {
         {"field coding: both crop units are 4",
             high_41 + chroma_420 + "0/1 " + order + "ue119 ue33 0/1 1/1 1/1 1/1 ue0 ue2 ue0 ue2 0/1",
             "1912x1080 8 High@4.1 Unspecified 0.000fps 0bps i"},
-        {"frame coding: both crop units are 2", main_31 + order + "ue119 ue67 1/1 1/1 1/1 ue1 ue0 ue0 ue4 0/1",
-            "1918x1080 8 Main@3.1 Unspecified 0.000fps 0bps p"},
         {"crop offsets are cut to 8 bits, and the size wraps", main_31 + order + "ue0 ue0 1/1 1/1 1/1 ue257 ue0 ue9 ue256 0/1",
             "14x-2 8 Main@3.1 Unspecified 0.000fps 0bps p"},
+        // 33 zeros, then 2^33 + 20.
+        {"the low 32 bits of an overlong code count", main_31 + order + "0/33 1/1 20/33 ue14 1/1 1/1 0/1 0/1", plain},
         {"picture order type 1 with its offsets",
-            main_31 + "ue0 ue1 0/1 se-3 se5 ue3 se1 se-1 se70000 ue1 0/1 " + size_320 + "0/1",
-            "320x240 8 Main@3.1 Unspecified 0.000fps 0bps p"},
+            main_31 + "ue0 ue1 0/1 se-3 se5 ue3 se1 se-1 se70000 ue1 0/1 " + size_320 + "0/1", plain},
         {"a scaling list ends at a delta of -8, wherever the scale stands",
             high_41 + chroma_420 + "1/1 1/1 se-8 1/1 se1 se-8 0/1 0/1 0/1 0/1 0/1 1/1 se0 se248 " + order + size_320 + "0/1",
             "320x240 8 High@4.1 Unspecified 0.000fps 0bps p"},
-        {"twelve scaling lists in 4:4:4",
-            "103/8 244/8 0/8 40/8 ue0 ue3 0/1 ue0 ue0 0/1 1/1 0/11 1/1 se-8 " + order + size_320 + "0/1",
-            "320x240 8 High 4:4:4@4 Unspecified 0.000fps 0bps p"},
-        {"an unnamed aspect", main_320 + "1/1 1/1 14/8 " + no_display + "0/1 0/1 0/1 0/1 0/1",
-            "320x240 8 Main@3.1 Unknown(14) 0.000fps 0bps p"},
+        {"colour plane bit, depths and twelve scaling lists of 4:4:4",
+            "103/8 244/8 0/8 40/8 ue0 ue3 0/1 ue1 ue1 0/1 1/1 0/11 1/1 se-8 " + order + size_320 + "0/1",
+            "320x240 9 High 4:4:4@4 Unspecified 0.000fps 0bps p"},
         {"an aspect of its own, behind every display field",
             main_320 + "1/1 1/1 255/8 4/16 3/16 1/1 1/1 1/1 5/3 1/1 1/1 1/8 1/8 1/8 1/1 ue2 ue2 " + timing_25 + "0/1 0/1 0/1 0/1",
             "320x240 8 Main@3.1 4:3 25.000fps! 0bps p"},
-        {"time scale over no tick", main_320 + "1/1 0/1 " + no_display + "1/1 0/32 50/32 0/1 0/4",
-            "320x240 8 Main@3.1 Unspecified inffps 0bps p"},
+        {"time scale over no tick", with_vui + "1/1 0/32 50/32 0/1 0/4", "320x240 8 Main@3.1 Unspecified inffps 0bps p"},
         {"NAL HRD: the first entry counts",
-            main_320 + "1/1 0/1 " + no_display + timing_25 + "1/1 ue1 4/4 0/4 ue999 ue7 1/1 ue5 ue5 0/1 " + hrd_tail +
+            with_vui + timing_25 + "1/1 ue1 4/4 0/4 ue999 ue7 1/1 ue5 ue5 0/1 " + hrd_tail +
                 "0/1 0/1 0/1 1/1 1/1 ue2 ue1 ue9 ue9 ue2 ue4",
             "320x240 8 Main@3.1 Unspecified 25.000fps! 1024000bps! p"},
         {"two HRD entries stand for more than 32",
-            main_320 + "1/1 0/1 " + no_display + "0/1 1/1 ue32 0/4 0/4 ue1 ue0 0/1 ue0 ue0 0/1 " + hrd_tail + "0/1 0/1 0/1 0/1",
+            with_vui + "0/1 1/1 ue32 0/4 0/4 ue1 ue0 0/1 ue0 ue0 0/1 " + hrd_tail + "0/1 0/1 0/1 0/1",
             "320x240 8 Main@3.1 Unspecified 0.000fps 128bps p clamped"},
-        {"VCL HRD is stepped over",
-            main_320 + "1/1 0/1 " + no_display + "0/1 0/1 1/1 ue0 4/4 0/4 ue999 ue7 1/1 " + hrd_tail + "0/1 0/1 0/1",
-            "320x240 8 Main@3.1 Unspecified 0.000fps 0bps p"},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
         const std::vector<uint8_t> nal = nal_of(row.fields);
         const Parsed parsed = parse(nal);
@@ -165,17 +145,12 @@ TEST(AvcSps, ReadsTheFactsBitExactly) {
 
 TEST(AvcSps, KeepsThePositionsOfTheAspectAndTheHrds) {
     const std::string hrd = "ue0 0/4 0/4 ue0 ue0 0/1 " + hrd_tail;
-    const Parsed parsed =
-        parse(nal_of(main_320 + "1/1 1/1 255/8 40/16 33/16 " + no_display + "0/1 1/1 " + hrd + "1/1 " + hrd + "0/1 0/1 0/1"));
-    const AvcParseState& state = parsed.state;
+    const std::string vui = "1/1 1/1 255/8 40/16 33/16 " + no_display + "0/1 1/1 " + hrd + "1/1 " + hrd + "0/1 0/1 0/1";
+    const AvcParseState state = parse(nal_of(main_320 + vui)).state;
     const uint32_t start = bit_count(main_320) + 1;
-    EXPECT_EQ(state.vui_start, start);
     EXPECT_EQ(std::to_array(state.aspect_field_pos), (std::array{start, start + 1, start + 9, start + 25}));
-    EXPECT_EQ(state.aspect_ratio_idc, 255);
-    EXPECT_EQ(state.sar_width, 40);
-    EXPECT_EQ(state.sar_height, 33);
-    EXPECT_EQ(state.nal_hrd_start, start + 46);
-    EXPECT_EQ(state.vcl_hrd_start, start + 46 + 32 + 1);
+    const std::array tail = {state.vui_start, state.nal_hrd_start, state.vcl_hrd_start};
+    EXPECT_EQ(tail, (std::array{start, start + 46, start + 46 + 32 + 1}));
 }
 
 TEST(AvcSps, StopsAtTheNextStartCode) {
@@ -184,7 +159,7 @@ TEST(AvcSps, StopsAtTheNextStartCode) {
     BitBuilder bits = bits_of(cut);
     bits.bits(0, bits.used == 0 ? 0 : 8 - bits.used);
     std::vector<uint8_t> nal = ByteBuilder().append(bits.bytes).raw({0, 0, 1, 0x68}).fill(20, 0xFF).bytes;
-    EXPECT_EQ(facts(parse(nal)), "320x240 8 Main@3.1 Unspecified 0.000fps 0bps p");
+    EXPECT_EQ(facts(parse(nal)), plain);
     // Without a NAL type behind it, it is no start code.
     nal[bits.bytes.size() + 3] = 0xE0;
     EXPECT_NE(parse(nal).state.end_pos, parse(bits.bytes).state.end_pos);
@@ -198,19 +173,13 @@ TEST(AvcSps, TellsATruncatedParameterSetAtEveryLength) {
                                "0/1 0/1 0/1 1/1 1/1 ue2 ue1 ue9 ue9 ue2 ue4";
     const std::vector<uint8_t> whole = nal_of(fields);
     const uint32_t end = parse(whole).state.end_pos;
-    const size_t head_bytes = bits_of(head).bytes.size();
-    const size_t vui_bytes = bits_of(head + vui).bytes.size();
     for (size_t length = 1; length < whole.size(); ++length) {
-        SCOPED_TRACE(length);
         const Parsed parsed = parse({whole.begin(), whole.begin() + static_cast<int64_t>(length)});
-        EXPECT_EQ(parsed.state.error, length * 8 < end ? 1 : 0);
-        EXPECT_EQ(parsed.state.error != 0, parsed.state.end_pos > parsed.state.total_bits);
-        if (length < head_bytes) {
+        EXPECT_EQ(parsed.state.error, length * 8 < end ? 1 : 0) << length;
+        if (length < bits_of(head).bytes.size()) {
             EXPECT_EQ(facts(parsed), "0x0 0   0.000fps 0bps i");
-        } else if (length >= vui_bytes) {
-            EXPECT_EQ(parsed.info.width, 1920U);
-            EXPECT_EQ(parsed.info.height, 1080U);
-            EXPECT_STREQ(parsed.info.profile_level, "High@4.1");
+        } else if (length >= bits_of(head + vui).bytes.size()) {
+            EXPECT_TRUE(facts(parsed).starts_with("1920x1080 8 High@4.1 "));
             // Cut fields make no rate.
             EXPECT_TRUE(parsed.info.frame_rate == 0 || parsed.info.frame_rate > 0.49);
             EXPECT_TRUE(parsed.info.bit_rate == 0 || parsed.info.bit_rate == 1024000);
@@ -220,29 +189,21 @@ TEST(AvcSps, TellsATruncatedParameterSetAtEveryLength) {
 }
 
 TEST(AvcSps, BoundsExpGolombCodesAndCountsByTheBitsPresent) {
-    struct Row {
-        const char* name;
+    const struct {
         std::string fields;
         size_t zeros; // bytes behind the fields
         const char* expected;
+    } rows[] = {
+        // Nothing but zeros; an offset count of 2^32 - 2; a value past the end.
+        {"103/8 66/8 0/8 30/8", 65531, "524281/524280"},
+        {main_31 + "ue0 ue1 0/1 se0 se0 ue4294967294", 2, "121/120"},
+        {"103/8 66/8 0/8 30/8 0/7 1/1", 0, "47/40"},
     };
-    const Row rows[] = {
-        {"a code of nothing but zeros", "103/8 66/8 0/8 30/8", 65531, "524281/524280 error"},
-        {"scaling lists of zeros", high_41 + chroma_420 + "1/1 1/1", 10000, "80049/80048 error"},
-        {"an offset count of 2^32 - 2", main_31 + "ue0 ue1 0/1 se0 se0 ue4294967294", 2, "121/120 error"},
-        {"a code whose value lies past the end", "103/8 66/8 0/8 30/8 0/7 1/1", 0, "47/40 error"},
-        {"a code of 120001 bits", "103/8 66/8 0/8 30/8 z60000 1/1", 0, "120033/60040 error"},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        EXPECT_EQ(position(parse(ByteBuilder().append(bits_of(row.fields).bytes).fill(row.zeros).bytes)), row.expected);
+    for (const auto& row : rows) {
+        const AvcParseState state = parse(ByteBuilder().append(bits_of(row.fields).bytes).fill(row.zeros).bytes).state;
+        EXPECT_EQ(std::to_string(state.end_pos) + "/" + std::to_string(state.total_bits), row.expected);
+        EXPECT_NE(state.error, 0);
     }
-}
-
-TEST(AvcSps, KeepsTheLowBitsOfAnOverlongCode) {
-    // 33 zeros, then 2^33 + 20: the width's low 32 bits are 19.
-    const Parsed parsed = parse(nal_of(main_31 + order + "0/33 1/1 20/33 ue14 1/1 1/1 0/1 0/1"));
-    EXPECT_EQ(facts(parsed), "320x240 8 Main@3.1 Unspecified 0.000fps 0bps p");
 }
 
 TEST(AvcNames, BoundTheTextToTheSizeGiven) {
@@ -251,8 +212,6 @@ TEST(AvcNames, BoundTheTextToTheSizeGiven) {
     EXPECT_STREQ(text, "UnknownProfile(255)@UnknownLevel(9)");
     FormatAvcProfileLevel(text, 32, 255, 255);
     EXPECT_STREQ(text, "UnknownProfile(255)@UnknownLeve");
-    AvcAspectRatioName(text, sizeof text, 13);
-    EXPECT_STREQ(text, "160:99");
 }
 
 } // namespace
