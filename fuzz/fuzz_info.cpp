@@ -1,7 +1,9 @@
-// Goes through the library as a host does: a file, GetInfo, both reports. Aborts when the record
+// Goes through the library as a host does: a file, GetDetails, both reports. Aborts when the record
 // that comes back is not sound, so that a fuzzer sees more than memory errors.
-#include "zat/zat.h"
+#include "zat/details.h"
 
+#include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -44,6 +46,37 @@ void require_sound(const InfoRecord& record) {
     }
 }
 
+template <size_t N>
+void require_text(const char (&text)[N]) {
+    require(std::memchr(text, '\0', N) != nullptr, "a text of the details lacks its terminator");
+}
+
+void require_sound(const ZatDetails& details) {
+    require_text(details.format);
+    require_text(details.format_profile);
+    require_text(details.title);
+    require_text(details.artist);
+    require_text(details.writer);
+    require_text(details.created);
+    require_text(details.notes);
+    require(std::isfinite(details.duration) && details.duration >= 0, "the details' duration");
+    for (uint32_t i = 0; i < std::min<uint32_t>(details.stream_count, ZAT_STREAM_SLOTS); ++i) {
+        const ZatStream& stream = details.streams[i];
+        require(stream.kind >= ZAT_STREAM_VIDEO && stream.kind <= ZAT_STREAM_DATA, "a kind");
+        require(std::isfinite(stream.duration) && stream.duration >= 0, "a duration");
+        require(std::isfinite(stream.frame_rate) && stream.frame_rate >= 0, "a frame rate");
+        require(!std::isinf(stream.start), "a start");
+        require_text(stream.codec);
+        require_text(stream.codec_id);
+        require_text(stream.profile);
+        require_text(stream.level);
+        require_text(stream.language);
+        require_text(stream.title);
+        require_text(stream.encoder);
+        require_text(stream.layout);
+    }
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
@@ -55,8 +88,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     std::memset(record->reserved, 0xA5, sizeof record->reserved);
     std::memset(record->unused, 0xA5, sizeof record->unused);
     std::snprintf(record->path, sizeof record->path, "/proc/self/fd/%d", file);
-    GetInfo(record.get());
+    const auto details = std::make_unique<ZatDetails>();
+    details->size = sizeof(ZatDetails);
+    GetDetails(record.get(), details.get());
     require_sound(*record);
+    require_sound(*details);
     const auto report = std::make_unique<char[]>(ZAT_REPORT_SIZE);
     ReFormFull(record.get(), report.get());
     const uint32_t length = ReFormFullBounded(record.get(), nullptr, 0);

@@ -4,6 +4,8 @@
 #include "audio/dts_file.h"
 #include "audio/mp3_file.h"
 #include "audio/wav_file.h"
+#include "common/messages.h"
+#include "common/record_lines.h"
 #include "container/flv.h"
 #include "container/mp4.h"
 #include "container/realmedia.h"
@@ -15,14 +17,18 @@ namespace zat {
 
 namespace {
 
-using Analyser = int (*)(InfoRecord*);
+using Analyser = int (*)(FileRecord* file, const Output& out);
+
+// What an analyser's result means to the host.
+enum class Result : uint8_t { unused, error_count };
 
 struct Row {
     uint32_t type_code;
     Analyser analyser;
+    Result result = Result::unused;
 };
 
-// A code without a row has no analyser: its record holds what detection wrote. Results are not
+// A code without a row has no analyser: its record holds what detection wrote. Most results are not
 // looked at; what an analyser could not read is missing in the record, and that says it.
 constexpr Row rows[] = {
     {FILETYPE_QUICKTIME, AnalyzeMp4File},
@@ -53,10 +59,13 @@ static_assert(!has_duplicate_codes());
 
 } // namespace
 
-void DispatchAnalyser(InfoRecord* record) {
+void DispatchAnalyser(FileRecord* file, const Output& out) {
     for (const Row& row : rows) {
-        if (row.type_code == record->type_code) {
-            row.analyser(record);
+        if (row.type_code == out.record->type_code) {
+            const int result = row.analyser(file, out);
+            if (row.result == Result::error_count && result != 0) {
+                set_general_line(out.record, message::errors_found, result);
+            }
             return;
         }
     }

@@ -1,11 +1,12 @@
 // From a type code to the one analyser for it.
 #pragma once
 
-#include "zat/zat.h"
+#include "common/file_access.h"
+#include "common/output.h"
 
 namespace zat {
 
-// Runs the analyser for record->type_code, if there is one.
-void DispatchAnalyser(InfoRecord* record);
+// Runs the analyser for the record's type code on the open file, if there is one.
+void DispatchAnalyser(FileRecord* file, const Output& out);
 
 } // namespace zat

@@ -3,6 +3,8 @@
 #include "api/dispatch.h"
 #include "api/report.h"
 #include "common/catalogue_directory.h"
+#include "common/details.h"
+#include "common/file_access.h"
 #include "detect/file_format.h"
 #include "zat/zat.h"
 
@@ -42,12 +44,26 @@ ZAT_EXPORT void ZAT_CALL SetPath(const char* directory) {
 ZAT_EXPORT void ZAT_CALL _GetFileFormat(void* /*unused*/) {}
 
 ZAT_EXPORT void ZAT_CALL GetFileFormat(InfoRecord* record) {
-    zat::fill_file_format(record);
+    zat::FileRecord file;
+    zat::fill_file_format(record, &file);
 }
 
 ZAT_EXPORT void ZAT_CALL GetInfo(InfoRecord* record) {
-    zat::fill_file_format(record);
-    zat::DispatchAnalyser(record);
+    zat::FileRecord file;
+    zat::fill_file_format(record, &file);
+    zat::DispatchAnalyser(&file, {record, nullptr});
+}
+
+ZAT_EXPORT int32_t ZAT_CALL GetDetails(InfoRecord* record, ZatDetails* details) {
+    if (details->size < sizeof *details) {
+        return -1;
+    }
+    zat::clear_details(details);
+    zat::FileRecord file;
+    zat::fill_file_format(record, &file);
+    zat::DispatchAnalyser(&file, {record, details});
+    zat::finish_details(*record, details);
+    return record->type_code >= FILETYPE_MEDIA ? 1 : 0;
 }
 
 ZAT_EXPORT void ZAT_CALL ReFormFull(const InfoRecord* record, char* out) {

@@ -31,24 +31,17 @@ int read_header(FileRecord* file, uint8_t* header) {
 
 } // namespace
 
-int ac3_file(InfoRecord* record) {
-    FileRecord file;
-    const bool opened = FileOpen(&file, record->path) == 0;
-    record->file_size = static_cast<uint64_t>(file.size);
-    if (!opened) {
-        return 1;
-    }
+int ac3_file(FileRecord* file, const Output& out) {
+    InfoRecord* record = out.record;
     uint8_t header[ac3_header_size] = {};
-    const int result = read_header(&file, header);
-    FileClose(&file);
     Ac3Info info;
-    if (result != 0 || ac3_info(header, &info) != 0) {
+    if (read_header(file, header) != 0 || ac3_info(header, &info) != 0) {
         return 1;
     }
     ac3_line(&info, record->audio[0]);
     record->audio_count = 1;
     const int byte_rate = info.bitrate / 8 * 1000; // not zero: the lowest rate is 32 kbit/s
-    record->play_time = static_cast<double>(file.size) / byte_rate;
+    record->play_time = static_cast<double>(file->size) / byte_rate;
     return 0;
 }
 

@@ -5,16 +5,10 @@
 
 namespace zat {
 
-int dts_file(InfoRecord* record) {
-    FileRecord file;
-    const bool opened = FileOpen(&file, record->path) == 0;
-    record->file_size = static_cast<uint64_t>(file.size);
-    if (!opened) {
-        return 1;
-    }
+int dts_file(FileRecord* file, const Output& out) {
+    InfoRecord* record = out.record;
     uint8_t header[dts_packed_size] = {};
-    const uint32_t length = read_at(&file, 0, header, dts_header_size);
-    FileClose(&file);
+    const uint32_t length = read_at(file, 0, header, dts_header_size);
     if (length == 0) {
         return 1;
     }
@@ -29,7 +23,7 @@ int dts_file(InfoRecord* record) {
     record->audio_count = 1;
     const int32_t byte_rate = info.bitrate / 8;
     if (byte_rate > 0) {
-        record->play_time = static_cast<double>(file.size) / byte_rate;
+        record->play_time = static_cast<double>(file->size) / byte_rate;
     }
     return 0;
 }

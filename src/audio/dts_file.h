@@ -1,12 +1,13 @@
 // Files that hold a bare DTS stream, in any packing.
 #pragma once
 
-#include "zat/zat.h"
+#include "common/file_access.h"
+#include "common/output.h"
 
 namespace zat {
 
-// Describes the frame with which record->path begins and computes the play time from its bit rate.
+// Describes the frame with which the file begins and computes the play time from its bit rate.
 // Returns 0, or 1 when there is none.
-int dts_file(InfoRecord* record);
+int dts_file(FileRecord* file, const Output& out);
 
 } // namespace zat

@@ -76,7 +76,6 @@ int find_stream(FileRecord* file, Mp3Stream* stream, uint8_t* header) {
     if (stream->tags.other <= window.loaded) {
         read_at(file, start + stream->tags.other, header, mpeg_audio_header_size);
     }
-    window_close(&window);
     return 0;
 }
 
@@ -148,17 +147,10 @@ void list_tags(const Mp3Stream* stream, InfoRecord* record) {
 
 } // namespace
 
-int AnalyzeMp3File(InfoRecord* record) {
-    FileRecord file;
-    const bool opened = FileOpen(&file, record->path) == 0;
-    record->file_size = static_cast<uint64_t>(file.size);
-    if (!opened) {
-        return 1;
-    }
+int AnalyzeMp3File(FileRecord* file, const Output& out) {
+    InfoRecord* record = out.record;
     Mp3Stream stream;
-    const int result = read_stream(&file, &stream);
-    FileClose(&file);
-    if (result != 0) {
+    if (read_stream(file, &stream) != 0) {
         return 1;
     }
     FormatMpegAudioLine(&stream.info, record->audio[0]);
@@ -168,7 +160,7 @@ int AnalyzeMp3File(InfoRecord* record) {
                                : stream.info.average_bitrate;
     if (bitrate != 0) {
         const TagSizes& tags = stream.tags;
-        record->play_time = play_time(file.size - tags.id3v2 - tags.id3v1 - tags.ape, bitrate);
+        record->play_time = play_time(file->size - tags.id3v2 - tags.id3v1 - tags.ape, bitrate);
     }
     list_tags(&stream, record);
     if (record->type_code == FILETYPE_SHOCKWAVEMP3) {

@@ -1,15 +1,16 @@
 // Files that hold a bare MPEG audio stream, and the RIFF form RMP3 around one.
 #pragma once
 
-#include "zat/zat.h"
+#include "common/file_access.h"
+#include "common/output.h"
 
 namespace zat {
 
-// Describes the MPEG audio stream of record->path, computes the play time and lists the tags around
+// Describes the MPEG audio stream of the file, computes the play time and lists the tags around
 // it. Returns 0, or 1 when no stream could be described.
-int AnalyzeMp3File(InfoRecord* record);
+int AnalyzeMp3File(FileRecord* file, const Output& out);
 
 // Describes the first frame of the "data" chunk. Always returns 0.
-int AnalyzeRmp3File(InfoRecord* record);
+int AnalyzeRmp3File(FileRecord* file, const Output& out);
 
 } // namespace zat

@@ -68,21 +68,13 @@ int WalkRmp3Chunks(FileWindow* window, MpegAudioInfo* info, char* annotation) {
 
 } // namespace
 
-int AnalyzeRmp3File(InfoRecord* record) {
-    FileRecord file;
-    const bool opened = FileOpen(&file, record->path) == 0;
-    record->file_size = static_cast<uint64_t>(file.size);
-    if (!opened) {
-        return 0;
-    }
+int AnalyzeRmp3File(FileRecord* file, const Output& out) {
+    InfoRecord* record = out.record;
     MpegAudioInfo info;
     char annotation[line_size] = "";
     FileWindow window;
-    window_open(&window, &file, 0, FileWindow::first_size);
-    const int result = WalkRmp3Chunks(&window, &info, annotation);
-    window_close(&window);
-    FileClose(&file);
-    if (result != 0) {
+    window_open(&window, file, 0, FileWindow::first_size);
+    if (WalkRmp3Chunks(&window, &info, annotation) != 0) {
         return 0;
     }
     FormatMpegAudioLine(&info, record->audio[0]);
@@ -91,7 +83,7 @@ int AnalyzeRmp3File(InfoRecord* record) {
     record->extra_count = 1;
     const int bytes_per_second = info.bitrate * 1000 / 8;
     if (bytes_per_second != 0) {
-        record->play_time = static_cast<double>(file.size) / bytes_per_second;
+        record->play_time = static_cast<double>(file->size) / bytes_per_second;
     }
     set_label(record, "RIFF(RMP3)");
     return 0;

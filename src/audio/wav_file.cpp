@@ -180,18 +180,10 @@ int describe(BlockReader* reader, InfoRecord* record) {
 
 } // namespace
 
-int AnalyzeWavFile(InfoRecord* record) {
-    FileRecord file;
-    if (FileOpen(&file, record->path) != 0) {
-        record->file_size = 0;
-        return 1;
-    }
-    record->file_size = static_cast<uint64_t>(file.size);
+int AnalyzeWavFile(FileRecord* file, const Output& out) {
     BlockReader reader;
-    block_open(&reader, &file);
-    const int result = describe(&reader, record);
-    FileClose(&file);
-    return result;
+    block_open(&reader, file);
+    return describe(&reader, out.record);
 }
 
 } // namespace zat

@@ -2,13 +2,14 @@
 // codec catalogue, DTS and MPEG audio streams, Broadcast Wave and lossyWAV.
 #pragma once
 
-#include "zat/zat.h"
+#include "common/file_access.h"
+#include "common/output.h"
 
 namespace zat {
 
-// Describes record->path in one audio line, with the chain of chunks as an extra line. Returns 0,
+// Describes the file in one audio line, with the chain of chunks as an extra line. Returns 0,
 // or 1 when the file does not open or a DTS stream's header is damaged; the record then holds what
 // was found before.
-int AnalyzeWavFile(InfoRecord* record);
+int AnalyzeWavFile(FileRecord* file, const Output& out);
 
 } // namespace zat

@@ -9,14 +9,16 @@ namespace zat {
 
 namespace {
 
-// The bytes that the block shows from a file position, loaded if need be; 0 at the end of the file.
-uint32_t load(BlockReader* reader, int64_t position, const uint8_t** bytes) {
+// The bytes that the block shows from a file position, loaded if fewer than `least` are there; 0 at
+// the end of the file.
+uint32_t load(BlockReader* reader, int64_t position, uint32_t least, const uint8_t** bytes) {
     const int64_t end = reader->start + reader->loaded;
-    if (position < reader->start || position >= end) {
+    const bool inside = position >= reader->start && position < end;
+    if (!inside || (end - position < least && end < reader->file->size)) {
         if (position < 0 || position >= reader->file->size) {
             return 0;
         }
-        const bool goes_on = position == end && reader->loaded != 0;
+        const bool goes_on = reader->loaded != 0 && (inside || position == end);
         reader->start = position;
         reader->loaded = read_at(reader->file, position, reader->block,
             goes_on ? BlockReader::block_size : BlockReader::jump_size);
@@ -39,7 +41,7 @@ uint32_t block_read(BlockReader* reader, int64_t position, void* destination, ui
     uint32_t done = 0;
     while (done < count) {
         const uint8_t* bytes = nullptr;
-        const uint32_t ready = std::min(load(reader, position + done, &bytes), count - done);
+        const uint32_t ready = std::min(load(reader, position + done, 1, &bytes), count - done);
         if (ready == 0) {
             break;
         }
@@ -49,11 +51,17 @@ uint32_t block_read(BlockReader* reader, int64_t position, void* destination, ui
     return done;
 }
 
+Bytes block_view(BlockReader* reader, int64_t position, uint32_t count) {
+    const uint8_t* bytes = nullptr;
+    const uint32_t ready = load(reader, position, count, &bytes);
+    return {bytes, std::min(ready, count)};
+}
+
 int64_t block_count_zeros(BlockReader* reader, int64_t position) {
     int64_t zeros = 0;
     for (;;) {
         const uint8_t* bytes = nullptr;
-        const uint32_t ready = load(reader, position + zeros, &bytes);
+        const uint32_t ready = load(reader, position + zeros, 1, &bytes);
         if (ready == 0) {
             return -1;
         }

@@ -2,6 +2,7 @@
 // few large ones.
 #pragma once
 
+#include "common/bytes.h"
 #include "common/file_access.h"
 
 #include <cstdint>
@@ -25,6 +26,10 @@ void block_open(BlockReader* reader, FileRecord* file);
 // Copies up to `count` bytes from a file position. Returns the bytes copied: fewer at the end of
 // the file.
 uint32_t block_read(BlockReader* reader, int64_t position, void* destination, uint32_t count);
+
+// Up to `count` (at most jump_size) bytes from a file position without a copy, fewer at the end of
+// the file. Valid until the reader's next use.
+Bytes block_view(BlockReader* reader, int64_t position, uint32_t count);
 
 // The number of zero bytes from a file position up to the first other byte, or -1 when the file
 // ends before one.

@@ -7,11 +7,16 @@
 
 namespace zat {
 
-// An open file. `handle` belongs to the platform; -1 when no file is open.
+// An open file, closed with its record. `handle` belongs to the platform; -1 when no file is open.
 struct FileRecord {
     intptr_t handle = -1;
     int64_t position = 0; // byte position after the last seek or read
     int64_t size = 0;     // bytes, taken when the file was opened
+
+    FileRecord() = default;
+    FileRecord(const FileRecord&) = delete;
+    FileRecord& operator=(const FileRecord&) = delete;
+    ~FileRecord();
 };
 
 enum class SeekOrigin { begin, current, end };
@@ -31,6 +36,7 @@ uint32_t FileRead(FileRecord* file, void* destination, uint32_t count);
 // sparse file, where the platform tells them; the file's size when only holes follow.
 int64_t next_data(const FileRecord* file, int64_t position);
 
+// Does nothing to a record without an open file.
 void FileClose(FileRecord* file);
 
 // Size in bytes of the regular file at `path`, 0 when it does not open.

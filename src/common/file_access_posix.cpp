@@ -63,7 +63,10 @@ int64_t next_data(const FileRecord* file, int64_t position) {
 }
 
 void FileClose(FileRecord* file) {
-    close(static_cast<int>(file->handle));
+    if (file->handle != -1) {
+        close(static_cast<int>(file->handle));
+        file->handle = -1;
+    }
 }
 
 int FileExists(const char* path) {

@@ -36,19 +36,24 @@ int FileOpen(FileRecord* file, const char* path) {
 }
 
 uint32_t FileRead(FileRecord* file, void* destination, uint32_t count) {
-    if (file->position < 0) {
-        return 0;
+    auto* bytes = static_cast<uint8_t*>(destination);
+    uint32_t done = 0;
+    while (done < count && file->position >= 0) {
+        // The position travels with the read, so that a seek costs no system call.
+        OVERLAPPED at{};
+        at.Offset = static_cast<DWORD>(file->position & 0xFFFFFFFF);
+        at.OffsetHigh = static_cast<DWORD>(file->position >> 32);
+        DWORD got = 0;
+        if (ReadFile(native(file), bytes + done, count - done, &got, &at) == 0 || got == 0) {
+            break;
+        }
+        done += got;
+        file->position += got;
+        if (file->position >= file->size) {
+            break; // the end, without the call that would only confirm it
+        }
     }
-    // The position travels with the read, so that a seek costs no system call.
-    OVERLAPPED at{};
-    at.Offset = static_cast<DWORD>(file->position & 0xFFFFFFFF);
-    at.OffsetHigh = static_cast<DWORD>(file->position >> 32);
-    DWORD got = 0;
-    if (ReadFile(native(file), destination, count, &got, &at) == 0) {
-        return 0;
-    }
-    file->position += got;
-    return got;
+    return done;
 }
 
 int64_t next_data(const FileRecord* file, int64_t position) {
@@ -73,7 +78,10 @@ int64_t next_data(const FileRecord* file, int64_t position) {
 }
 
 void FileClose(FileRecord* file) {
-    CloseHandle(native(file));
+    if (file->handle != -1) {
+        CloseHandle(native(file));
+        file->handle = -1;
+    }
 }
 
 int FileExists(const char* path) {

@@ -15,6 +15,10 @@ int64_t saturating_add(int64_t a, int64_t b) {
 
 } // namespace
 
+FileRecord::~FileRecord() {
+    FileClose(this);
+}
+
 int64_t FileSeek(FileRecord* file, int64_t offset, SeekOrigin origin) {
     const int64_t base = origin == SeekOrigin::begin     ? 0
                          : origin == SeekOrigin::current ? file->position
@@ -28,7 +32,6 @@ int64_t FileSizeByPath(const char* path) {
     if (FileOpen(&file, path) != 0) {
         return 0;
     }
-    FileClose(&file);
     return file.size;
 }
 

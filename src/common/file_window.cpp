@@ -27,6 +27,10 @@ bool reserve(FileWindow* window) {
 
 } // namespace
 
+FileWindow::~FileWindow() {
+    window_close(this);
+}
+
 void window_open(FileWindow* window, FileRecord* file, int64_t start, uint32_t capacity) {
     window->file = file;
     window->capacity = capacity;

@@ -10,6 +10,7 @@
 
 namespace zat {
 
+// Gives its memory back with itself.
 struct FileWindow {
     // Enough for every look at a file's start that is not a search.
     static constexpr uint32_t first_size = 8192;
@@ -23,6 +24,11 @@ struct FileWindow {
     uint8_t* bytes = nullptr; // readable up to `loaded` and, as zeros, first_size at the least
     uint8_t* reserved = nullptr;
     uint8_t first[first_size + 8]; // the view, until more is asked for
+
+    FileWindow() = default;
+    FileWindow(const FileWindow&) = delete;
+    FileWindow& operator=(const FileWindow&) = delete;
+    ~FileWindow();
 };
 
 // Starts a view of up to `capacity` bytes at `start` of an open file. Reads nothing yet.

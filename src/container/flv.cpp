@@ -49,7 +49,7 @@ struct FlvInfo {
 // The stretch of the file that is examined, seen through a small view that moves along: most of a
 // file is payload, which is stepped over unread.
 struct FlvSource {
-    FileRecord file;
+    FileRecord* file = nullptr;
     FileWindow view;
     int64_t end = 0;
 };
@@ -64,7 +64,7 @@ Bytes bytes_at(FlvSource* source, int64_t position, int64_t count) {
     if (position < view->start || position + count > view->start + view->loaded) {
         window_close(view);
         const int64_t capacity = std::max<int64_t>(count, FileWindow::first_size);
-        window_open(view, &source->file, position,
+        window_open(view, source->file, position,
             static_cast<uint32_t>(std::min(capacity, source->end - position)));
         window_load(view, static_cast<uint32_t>(count));
     }
@@ -194,23 +194,19 @@ void write_record(const FlvInfo* info, InfoRecord* record) {
 
 } // namespace
 
-int AnalyzeFlvFile(InfoRecord* record) {
+int AnalyzeFlvFile(FileRecord* file, const Output& out) {
     FlvSource source;
-    if (FileOpen(&source.file, record->path) != 0) {
-        return 1;
-    }
-    source.end = std::min(source.file.size, examined_size);
-    window_open(&source.view, &source.file, 0, FileWindow::first_size);
+    source.file = file;
+    source.end = std::min(file->size, examined_size);
+    window_open(&source.view, file, 0, FileWindow::first_size);
     // The header (annex E.2): signature, version, flags and the position of the first tag.
     const uint8_t* data_offset = window_at(&source.view, 5, 4);
     const bool readable = source.view.loaded != 0;
     if (readable) {
         FlvInfo info;
         walk_tags(&source, ReadBE32(data_offset), &info);
-        write_record(&info, record);
+        write_record(&info, out.record);
     }
-    window_close(&source.view);
-    FileClose(&source.file);
     return readable ? 0 : 1;
 }
 

@@ -7,18 +7,13 @@
 
 namespace zat {
 
-int AnalyzeMp4File(InfoRecord* record) {
-    FileRecord file;
-    if (FileOpen(&file, record->path) != 0) {
-        return 1;
-    }
-    mp4::AtomReader reader;
-    mp4::open_reader(&reader, &file);
+int AnalyzeMp4File(FileRecord* file, const Output& out) {
+    Reader reader;
+    reader_open(&reader, file);
     mp4::Movie movie;
     mp4::collect_movie(&reader, &movie);
-    mp4::allow_work(&reader, mp4::description_work);
-    mp4::write_movie(record, &reader, movie);
-    FileClose(&file);
+    reader_allow(&reader, table_allowance);
+    mp4::write_movie(out.record, &reader, movie);
     return 0;
 }
 

@@ -2,13 +2,14 @@
 // movies.
 #pragma once
 
-#include "zat/zat.h"
+#include "common/file_access.h"
+#include "common/output.h"
 
 namespace zat {
 
-// Describes the file at record->path: label, play time, a line per video and audio track (the first
+// Describes the file at the file: label, play time, a line per video and audio track (the first
 // ten of each), and extra lines for the brand, chapters, fragments and the movie atom's position.
 // Returns 0, or 1 when the file does not open.
-int AnalyzeMp4File(InfoRecord* record);
+int AnalyzeMp4File(FileRecord* file, const Output& out);
 
 } // namespace zat

@@ -3,6 +3,7 @@
 #include "common/bytes.h"
 #include "common/codec_catalogue.h"
 #include "common/file_window.h"
+#include "common/fourcc.h"
 #include "common/record_lines.h"
 
 #include <algorithm>
@@ -16,19 +17,11 @@ namespace {
 // Chunks are looked for in this much of the file.
 constexpr int64_t examined_size = 1048576;
 
-constexpr uint32_t chunk_id(const char (&text)[5]) {
-    uint32_t id = 0;
-    for (int i = 0; i < 4; ++i) {
-        id = id << 8 | static_cast<uint8_t>(text[i]);
-    }
-    return id;
-}
-
-constexpr uint32_t chunk_file = chunk_id(".RMF");
-constexpr uint32_t chunk_properties = chunk_id("PROP");
-constexpr uint32_t chunk_content = chunk_id("CONT");
-constexpr uint32_t chunk_stream = chunk_id("MDPR");
-constexpr uint32_t chunk_data = chunk_id("DATA");
+constexpr uint32_t chunk_file = fourcc(".RMF");
+constexpr uint32_t chunk_properties = fourcc("PROP");
+constexpr uint32_t chunk_content = fourcc("CONT");
+constexpr uint32_t chunk_stream = fourcc("MDPR");
+constexpr uint32_t chunk_data = fourcc("DATA");
 constexpr uint32_t chunk_ids[] = {
     chunk_file, chunk_properties, chunk_content, chunk_stream, chunk_data};
 
@@ -273,14 +266,11 @@ void scan_chunks(Scan* scan) {
 
 } // namespace
 
-int AnalyzeRealMediaFile(InfoRecord* record) {
-    FileRecord file;
-    if (FileOpen(&file, record->path) != 0) {
-        return 1;
-    }
+int AnalyzeRealMediaFile(FileRecord* file, const Output& out) {
+    InfoRecord* record = out.record;
     Scan scan;
     scan.record = record;
-    window_open(&scan.window, &file, 0, static_cast<uint32_t>(std::min(file.size, examined_size)));
+    window_open(&scan.window, file, 0, static_cast<uint32_t>(std::min(file->size, examined_size)));
     const bool readable = window_load(&scan.window, 1) != 0;
     if (readable) {
         scan_chunks(&scan);
@@ -289,11 +279,8 @@ int AnalyzeRealMediaFile(InfoRecord* record) {
         }
         const uint32_t time = scan.properties_time != 0 ? scan.properties_time : scan.stream_time;
         record->play_time = time * 0.001;
-        record->file_size = static_cast<uint64_t>(file.size);
         set_label(record, "%s", "[Real Media]");
     }
-    window_close(&scan.window);
-    FileClose(&file);
     return readable ? 0 : 1;
 }
 

@@ -189,26 +189,23 @@ int classify(FileWindow* window, DetectContext* context) {
 
 } // namespace
 
-int detect(DetectContext* context) {
+int detect(DetectContext* context, FileRecord* file) {
     if (context->path_length > path_limit) {
         const int result = refuse(context, FILETYPE_PATHTOOLONG, -1, "");
         format_text(context->general[0], line_size, message::path_too_long,
             static_cast<int>(context->path_length), static_cast<int>(path_limit));
         return result;
     }
-    FileRecord file;
-    if (context->path_length == path_limit || FileOpen(&file, context->path) != 0) {
+    if (context->path_length == path_limit || FileOpen(file, context->path) != 0) {
         return refuse(context, FILETYPE_OPENFAILED, -1, message::open_failed);
     }
-    context->file_size = file.size;
+    context->file_size = file->size;
     FileWindow window;
-    window_open(&window, &file, 0, view_size);
+    window_open(&window, file, 0, view_size);
     int result = classify(&window, context);
     if (window.no_memory) {
         result = refuse(context, FILETYPE_ERROR, -2, message::buffer_failed);
     }
-    window_close(&window);
-    FileClose(&file);
     return result;
 }
 

@@ -1,6 +1,7 @@
 // Decides from a file's bytes, never from its name, what it is.
 #pragma once
 
+#include "common/file_access.h"
 #include "common/text.h"
 #include "zat/zat.h"
 
@@ -28,7 +29,7 @@ struct DetectContext {
 // Decides the type of the file at context->path; the context is cleared but for path, path length
 // and stream start. Returns 0 when a probe decided, else a negative reason: -1 not opened, -2 no
 // memory, -3 nothing read, -4 empty, -5 refused, -6 nothing matched. The type is always written; a
-// refusal writes its general line.
-int detect(DetectContext* context);
+// refusal writes its general line. The file stays open.
+int detect(DetectContext* context, FileRecord* file);
 
 } // namespace zat

@@ -23,11 +23,11 @@ void take_path(const InfoRecord* record, DetectContext* context) {
 
 } // namespace
 
-void fill_file_format(InfoRecord* record) {
+void fill_file_format(InfoRecord* record, FileRecord* file) {
     DetectContext context{};
     take_path(record, &context);
     context.stream_start = -1;
-    const int result = detect(&context);
+    const int result = detect(&context, file);
     record->file_size = static_cast<uint64_t>(context.file_size);
     record->type_code = context.type_code;
     record->general_count = context.general_count;

@@ -1,12 +1,14 @@
 // Detection as the host sees it.
 #pragma once
 
+#include "common/file_access.h"
 #include "zat/zat.h"
 
 namespace zat {
 
 // Decides what record->path is and fills the type code, the general count and its lines, and the
-// file size. A line that nothing wrote keeps what the host put there.
-void fill_file_format(InfoRecord* record);
+// file size. A line that nothing wrote keeps what the host put there. Leaves the file open when it
+// could be opened.
+void fill_file_format(InfoRecord* record, FileRecord* file);
 
 } // namespace zat

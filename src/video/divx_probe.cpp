@@ -122,15 +122,6 @@ void ComposeDivxCodecName(DivxProbe* probe) {
     }
 }
 
-void FourccText(const uint8_t* bytes, char* out) {
-    constexpr size_t size = 9;
-    if (std::all_of(bytes, bytes + 4, [](uint8_t byte) { return byte >= 0x20; })) {
-        format_text(out, size, "%c%c%c%c", bytes[0], bytes[1], bytes[2], bytes[3]);
-    } else {
-        format_text(out, size, "%02x%02x%02x%02x", bytes[0], bytes[1], bytes[2], bytes[3]);
-    }
-}
-
 int IsDivxFamilyFourcc(const char* fourcc) {
     const std::string_view text = bounded_text(fourcc, 4);
     return text == "DX50" || text.starts_with("DIV") || text == "XVID" ? 0 : -1;

@@ -23,9 +23,6 @@ int FindDivxStrings(FileRecord* file, DivxProbe* probe);
 // lookup_result.
 void ComposeDivxCodecName(DivxProbe* probe);
 
-// The four characters, or eight hexadecimal digits when a byte is below 0x20. `out` has 9 bytes.
-void FourccText(const uint8_t* bytes, char* out);
-
 // 0 for DX50, DIV* and XVID; -1 for every other.
 int IsDivxFamilyFourcc(const char* fourcc);
 

@@ -1,7 +1,7 @@
 #include "audio/dts.h"
 
-#include "audio/analysed.h"
 #include "audio/dts_file.h"
+#include "support/analysed.h"
 #include "support/byte_builder.h"
 #include "support/record_text.h"
 

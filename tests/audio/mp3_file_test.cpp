@@ -1,6 +1,6 @@
 #include "audio/mp3_file.h"
 
-#include "audio/analysed.h"
+#include "support/analysed.h"
 #include "support/byte_builder.h"
 
 namespace {

@@ -2,6 +2,7 @@
 
 #include "common/catalogue_directory.h"
 #include "common/messages.h"
+#include "support/analysed.h"
 #include "support/atom_builder.h"
 #include "support/record_text.h"
 #include "support/temp_file.h"
@@ -31,11 +32,7 @@ struct Mp4 : testing::Test {
 };
 
 std::unique_ptr<InfoRecord> analyse(const Data& bytes) {
-    const TempFile file(bytes);
-    auto record = std::make_unique<InfoRecord>();
-    file.path.copy(record->path, sizeof record->path - 1);
-    AnalyzeMp4File(record.get());
-    return record;
+    return analysed(AnalyzeMp4File, bytes);
 }
 
 struct Row {

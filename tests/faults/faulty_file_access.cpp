@@ -39,8 +39,11 @@ int64_t next_data(const FileRecord* /*file*/, int64_t position) {
     return position;
 }
 
-void FileClose(FileRecord* /*file*/) {
-    --faults.open_files;
+void FileClose(FileRecord* file) {
+    if (file->handle != -1) {
+        --faults.open_files;
+        file->handle = -1;
+    }
 }
 
 int FileExists(const char* /*path*/) {

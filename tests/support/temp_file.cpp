@@ -63,6 +63,16 @@ std::unique_ptr<InfoRecord> info_of(const std::vector<uint8_t>& bytes) {
     return info_of_path(TempFile(bytes).path);
 }
 
+std::unique_ptr<ZatDetails> details_of(const std::vector<uint8_t>& bytes) {
+    const TempFile file(bytes);
+    auto record = std::make_unique<InfoRecord>();
+    file.path.copy(record->path, sizeof record->path - 1);
+    auto details = std::make_unique<ZatDetails>();
+    details->size = sizeof(ZatDetails);
+    GetDetails(record.get(), details.get());
+    return details;
+}
+
 std::string report_of(const InfoRecord& record) {
     std::string report(ReFormFullBounded(&record, nullptr, 0) + 1, '\0');
     ReFormFullBounded(&record, report.data(), static_cast<uint32_t>(report.size()));

@@ -1,7 +1,7 @@
 // A file that lasts as long as the test, and what the library says of it.
 #pragma once
 
-#include "zat/zat.h"
+#include "zat/details.h"
 
 #include <cstdint>
 #include <memory>
@@ -26,6 +26,9 @@ std::string temp_directory();
 // What GetInfo leaves in a cleared record.
 std::unique_ptr<InfoRecord> info_of_path(std::string_view path);
 std::unique_ptr<InfoRecord> info_of(const std::vector<uint8_t>& bytes);
+
+// What GetDetails leaves in cleared details.
+std::unique_ptr<ZatDetails> details_of(const std::vector<uint8_t>& bytes);
 
 // The whole report.
 std::string report_of(const InfoRecord& record);

@@ -1,5 +1,7 @@
 #include "video/divx_probe.h"
 
+#include "common/fourcc.h"
+
 #include "common/text.h"
 #include "support/byte_builder.h"
 #include "support/temp_file.h"
@@ -159,7 +161,7 @@ TEST(DivxProbe, DecidesTheCodecName) {
 }
 
 TEST(DivxProbe, WritesFourccsAndKnowsTheFamily) {
-    char text[9];
+    char text[fourcc_text_size];
     FourccText(reinterpret_cast<const uint8_t*>("ms\0U"), text);
     EXPECT_STREQ(text, "6d730055");
     FourccText(reinterpret_cast<const uint8_t*>(" \xA9xy"), text);

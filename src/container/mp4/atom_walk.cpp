@@ -4,10 +4,9 @@ namespace zat::mp4 {
 
 namespace {
 
-constexpr uint32_t containers[] = {type_of("moov"), type_of("trak"), type_of("clip"),
-    type_of("matt"), type_of("edts"), type_of("tref"), type_of("mdia"), type_of("minf"),
-    type_of("dinf"), type_of("udta"), type_of("stbl"), type_of("cmov"), type_of("rmra"),
-    type_of("rmda"), type_of("moof"), type_of("traf")};
+constexpr uint32_t containers[] = {fourcc("moov"), fourcc("trak"), fourcc("clip"), fourcc("matt"),
+    fourcc("edts"), fourcc("tref"), fourcc("mdia"), fourcc("minf"), fourcc("dinf"), fourcc("udta"),
+    fourcc("stbl"), fourcc("cmov"), fourcc("rmra"), fourcc("rmda"), fourcc("moof"), fourcc("traf")};
 
 bool is_container(uint32_t type) {
     for (const uint32_t container : containers) {
@@ -22,12 +21,12 @@ bool is_container(uint32_t type) {
 // empty user data, which is nothing but a terminator of four bytes.
 bool is_entered(const AtomWalk* walk, const Atom& atom) {
     return atom.size != 1 && walk->level + 1 < max_levels &&
-           !(atom.type == type_of("udta") && atom.size == 12);
+           !(atom.type == fourcc("udta") && atom.size == 12);
 }
 
 } // namespace
 
-void start_walk(AtomWalk* walk, AtomReader* reader) {
+void start_walk(AtomWalk* walk, Reader* reader) {
     walk->reader = reader;
     walk->position = 0;
     walk->level = 0;

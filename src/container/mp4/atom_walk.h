@@ -12,7 +12,7 @@ namespace zat::mp4 {
 constexpr int max_levels = 64;
 
 struct AtomWalk {
-    AtomReader* reader = nullptr;
+    Reader* reader = nullptr;
     int64_t position = 0;
     int level = 0;                 // containers that are open, the file included, less one
     int64_t ends[max_levels] = {}; // where each open container ends
@@ -20,7 +20,7 @@ struct AtomWalk {
     bool large_atom_seen = false;  // an atom that is no container had a 64-bit size
 };
 
-void start_walk(AtomWalk* walk, AtomReader* reader);
+void start_walk(AtomWalk* walk, Reader* reader);
 
 // Gives the next atom and, in `path`, the types from the file's level down to it; containers come
 // before what they hold. False at the end of the file. An atom that read_atom refuses ends its

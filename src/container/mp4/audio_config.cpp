@@ -13,7 +13,7 @@ constexpr uint32_t largest_entry_rate = 65535;
 
 // ALACSpecificConfig (Apple Lossless Format Description) behind version and flags. The entry's rate
 // stands, unless it cannot hold the true one.
-uint32_t apply_alac(AtomReader* reader, SampleEntry* entry) {
+uint32_t apply_alac(Reader* reader, SampleEntry* entry) {
     uint8_t cookie[28];
     if (!read_all(reader, entry->alac_cookie, 0, cookie, sizeof cookie)) {
         return 0;
@@ -27,7 +27,7 @@ uint32_t apply_alac(AtomReader* reader, SampleEntry* entry) {
 }
 
 // The stream information (RFC 9639, 8.2) behind version and flags and a block header.
-void apply_flac(AtomReader* reader, SampleEntry* entry) {
+void apply_flac(Reader* reader, SampleEntry* entry) {
     uint8_t config[22];
     if (!read_all(reader, entry->flac_configuration, 0, config, sizeof config)) {
         return;
@@ -42,7 +42,7 @@ void apply_flac(AtomReader* reader, SampleEntry* entry) {
 
 // EC3SpecificBox (ETSI TS 102 366, F.6): the first independent substream and the channels that its
 // dependent ones add. The entry's own count is to be ignored.
-uint32_t apply_eac3(AtomReader* reader, SampleEntry* entry) {
+uint32_t apply_eac3(Reader* reader, SampleEntry* entry) {
     constexpr uint32_t rates[] = {48000, 44100, 32000};
     constexpr uint8_t channels_by_acmod[] = {2, 1, 2, 3, 3, 4, 4, 5};
     // Of chan_loc, the top bit first: LFE2, Cvh, Lvh/Rvh, Lw/Rw, Lsd/Rsd, Ts, Cs, Lrs/Rrs, Lc/Rc.
@@ -71,7 +71,7 @@ uint32_t apply_eac3(AtomReader* reader, SampleEntry* entry) {
 }
 
 // ISO/IEC 14496-12, 12.2.4.
-void apply_sampling_rate(AtomReader* reader, SampleEntry* entry) {
+void apply_sampling_rate(Reader* reader, SampleEntry* entry) {
     const uint32_t rate = read_be32(reader, entry->sampling_rate, 4);
     if (rate != 0) {
         entry->sample_rate = rate;
@@ -80,7 +80,7 @@ void apply_sampling_rate(AtomReader* reader, SampleEntry* entry) {
 
 } // namespace
 
-uint32_t apply_audio_config(AtomReader* reader, bool one_size, SampleEntry* entry) {
+uint32_t apply_audio_config(Reader* reader, bool one_size, SampleEntry* entry) {
     apply_sampling_rate(reader, entry);
     apply_flac(reader, entry);
     const uint32_t eac3_rate = apply_eac3(reader, entry);

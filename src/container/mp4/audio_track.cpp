@@ -2,13 +2,13 @@
 
 #include "audio/aac.h"
 #include "common/codec_catalogue.h"
+#include "common/fourcc.h"
 #include "common/text.h"
 #include "container/mp4/audio_config.h"
 #include "container/mp4/es_descriptor.h"
 #include "container/mp4/first_frame.h"
 #include "container/mp4/sample_entry.h"
 #include "container/mp4/sample_tables.h"
-#include "video/divx_probe.h"
 
 #include <algorithm>
 #include <cstring>
@@ -21,8 +21,7 @@ namespace {
 // ISO/IEC 14496-3, 1.6.2.1, as far as the AAC parser reads it.
 constexpr uint32_t aac_config_size = 64;
 
-bool name_aac(
-    AtomReader* reader, const EsDescriptor& descriptor, const SampleEntry& entry, char* out) {
+bool name_aac(Reader* reader, const EsDescriptor& descriptor, const SampleEntry& entry, char* out) {
     uint8_t bytes[aac_config_size] = {};
     AacConfig config;
     config.length = read_some(reader, descriptor.specific_info, 0, bytes, sizeof bytes);
@@ -75,8 +74,7 @@ FrameDescriber frame_describer(const SampleEntry& entry, uint8_t object_type) {
     return nullptr;
 }
 
-bool name_by_first_frame(
-    AtomReader* reader, const Track& track, FrameDescriber describe, char* out) {
+bool name_by_first_frame(Reader* reader, const Track& track, FrameDescriber describe, char* out) {
     uint8_t start[frame_start_size] = {};
     const uint32_t length = read_first_chunk(reader, track, start, sizeof start);
     char line[line_size] = {};
@@ -89,7 +87,7 @@ bool name_by_first_frame(
 
 // QuickTime wraps a WAVE format tag into "ms" and the tag.
 void name_by_catalogue(const SampleEntry& entry, uint8_t object_type, char* out) {
-    char shown[9];
+    char shown[fourcc_text_size];
     FourccText(entry.format, shown);
     if (std::strncmp(shown, "6d73", 4) != 0) {
         catalogue_text("[QT-AUDIO]", entry.format, object_type, out);
@@ -100,7 +98,7 @@ void name_by_catalogue(const SampleEntry& entry, uint8_t object_type, char* out)
     codec_name("[AVI-Audio]", tag, shown, out, codec_text_size);
 }
 
-void name_codec(AtomReader* reader, const Track& track, const SampleEntry& entry, char* out) {
+void name_codec(Reader* reader, const Track& track, const SampleEntry& entry, char* out) {
     EsDescriptor descriptor;
     read_es_descriptor(reader, entry.es_descriptor, &descriptor);
     const bool aac = std::find(std::begin(aac_types), std::end(aac_types),
@@ -117,7 +115,7 @@ void name_codec(AtomReader* reader, const Track& track, const SampleEntry& entry
 
 } // namespace
 
-void describe_audio(AtomReader* reader, const Track& track, AudioDescription* description) {
+void describe_audio(Reader* reader, const Track& track, AudioDescription* description) {
     SampleEntry entry;
     read_sample_entry(reader, track, &entry);
     const SampleTotals totals = sum_sample_sizes(reader, track);

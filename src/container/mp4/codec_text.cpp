@@ -1,7 +1,7 @@
 #include "container/mp4/codec_text.h"
 
 #include "common/codec_catalogue.h"
-#include "video/divx_probe.h"
+#include "common/fourcc.h"
 
 namespace zat::mp4 {
 
@@ -35,7 +35,7 @@ constexpr ObjectType object_types[] = {
 
 void catalogue_text(
     std::string_view section, const uint8_t* format, uint8_t object_type, char* out) {
-    char shown[9];
+    char shown[fourcc_text_size];
     FourccText(format, shown);
     std::string_view key{reinterpret_cast<const char*>(format), 4};
     for (const ObjectType& row : object_types) {

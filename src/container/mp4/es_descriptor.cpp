@@ -12,7 +12,7 @@ constexpr uint8_t tag_decoder_specific_info = 0x05;
 
 // Moves `space` behind the descriptor at its start. The length has seven bits a byte, the top bit
 // set in all but the last of at most four (8.3.3).
-bool next_descriptor(AtomReader* reader, Span* space, uint8_t* tag, Span* body) {
+bool next_descriptor(Reader* reader, Span* space, uint8_t* tag, Span* body) {
     uint8_t header[5] = {};
     const uint32_t got = read_some(reader, *space, 0, header, sizeof header);
     uint32_t used = 1;
@@ -31,7 +31,7 @@ bool next_descriptor(AtomReader* reader, Span* space, uint8_t* tag, Span* body) 
     return true;
 }
 
-bool find_descriptor(AtomReader* reader, Span space, uint8_t wanted, Span* body) {
+bool find_descriptor(Reader* reader, Span space, uint8_t wanted, Span* body) {
     uint8_t tag = 0;
     while (next_descriptor(reader, &space, &tag, body)) {
         if (tag == wanted) {
@@ -43,7 +43,7 @@ bool find_descriptor(AtomReader* reader, Span space, uint8_t wanted, Span* body)
 
 // Bytes before the first descriptor inside an ES_Descriptor: the ES_ID, flags, and what they
 // announce.
-int64_t es_fields_size(AtomReader* reader, Span es) {
+int64_t es_fields_size(Reader* reader, Span es) {
     uint8_t fields[6] = {};
     read_some(reader, es, 0, fields, sizeof fields);
     const uint8_t flags = fields[2];
@@ -58,7 +58,7 @@ int64_t es_fields_size(AtomReader* reader, Span es) {
 
 } // namespace
 
-bool read_es_descriptor(AtomReader* reader, Span payload, EsDescriptor* descriptor) {
+bool read_es_descriptor(Reader* reader, Span payload, EsDescriptor* descriptor) {
     payload.start += 4; // version and flags
     Span es;
     if (!find_descriptor(reader, payload, tag_es, &es)) {

@@ -24,6 +24,6 @@ struct EsDescriptor {
 };
 
 // Reads the payload of an "esds" atom. False when it tells no object type.
-bool read_es_descriptor(AtomReader* reader, Span payload, EsDescriptor* descriptor);
+bool read_es_descriptor(Reader* reader, Span payload, EsDescriptor* descriptor);
 
 } // namespace zat::mp4

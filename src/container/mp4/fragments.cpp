@@ -8,14 +8,14 @@ namespace zat::mp4 {
 namespace {
 
 // 8.8.2
-void take_fragments_duration(AtomReader* reader, Span payload, Movie* movie) {
+void take_fragments_duration(Reader* reader, Span payload, Movie* movie) {
     const bool version_1 = read_be32(reader, payload, 0) >> 24 == 1;
     const uint64_t high = version_1 ? read_be32(reader, payload, 4) : 0;
     movie->fragments_duration = high << 32 | read_be32(reader, payload, version_1 ? 8 : 4);
 }
 
 // 8.8.3
-void take_track_defaults(AtomReader* reader, Span payload, Movie* movie) {
+void take_track_defaults(Reader* reader, Span payload, Movie* movie) {
     uint8_t fields[20];
     if (movie->default_count == std::ssize(movie->defaults) ||
         !read_all(reader, payload, 0, fields, sizeof fields)) {
@@ -38,7 +38,7 @@ Track* find_track(Movie* movie, uint32_t id) {
 
 // The durations and sizes of the samples that are there, of `width` bytes each.
 void sum_samples(
-    AtomReader* reader, Span table, uint32_t count, uint32_t flags, uint32_t width, Track* track) {
+    Reader* reader, Span table, uint32_t count, uint32_t flags, uint32_t width, Track* track) {
     constexpr uint32_t block_size = 4096;
     uint8_t block[block_size];
     const bool durations = (flags & 0x100) != 0;
@@ -63,30 +63,30 @@ void sum_samples(
 
 } // namespace
 
-void visit_fragment_announcement(AtomReader* reader, const Atom& atom, Movie* movie) {
+void visit_fragment_announcement(Reader* reader, const Atom& atom, Movie* movie) {
     movie->fragments_announced = true;
     Span space = atom.payload;
     Atom child;
     while (next_child(reader, &space, &child)) {
-        if (child.type == type_of("mehd")) {
+        if (child.type == fourcc("mehd")) {
             take_fragments_duration(reader, child.payload, movie);
-        } else if (child.type == type_of("trex")) {
+        } else if (child.type == fourcc("trex")) {
             take_track_defaults(reader, child.payload, movie);
         }
     }
 }
 
-void visit_fragment(AtomReader* /*reader*/, const Atom& /*atom*/, Movie* movie) {
+void visit_fragment(Reader* /*reader*/, const Atom& /*atom*/, Movie* movie) {
     close_track(movie);
     ++movie->fragments;
 }
 
-void visit_track_fragment(AtomReader* /*reader*/, const Atom& /*atom*/, Movie* movie) {
+void visit_track_fragment(Reader* /*reader*/, const Atom& /*atom*/, Movie* movie) {
     movie->fragment_track = nullptr;
 }
 
 // 8.8.7: which of the fields behind the track ID are there is told by the flags.
-void visit_track_fragment_header(AtomReader* reader, const Atom& atom, Movie* movie) {
+void visit_track_fragment_header(Reader* reader, const Atom& atom, Movie* movie) {
     const uint32_t flags = read_be32(reader, atom.payload, 0);
     const uint32_t id = read_be32(reader, atom.payload, 4);
     movie->fragment_track = find_track(movie, id);
@@ -109,7 +109,7 @@ void visit_track_fragment_header(AtomReader* reader, const Atom& atom, Movie* mo
 }
 
 // 8.8.8
-void visit_track_run(AtomReader* reader, const Atom& atom, Movie* movie) {
+void visit_track_run(Reader* reader, const Atom& atom, Movie* movie) {
     Track* track = movie->fragment_track;
     uint8_t fields[8];
     if (track == nullptr || !read_all(reader, atom.payload, 0, fields, sizeof fields)) {

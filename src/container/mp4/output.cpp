@@ -1,13 +1,13 @@
 #include "container/mp4/output.h"
 
 #include "common/codec_catalogue.h"
+#include "common/fourcc.h"
 #include "common/messages.h"
 #include "common/numbers.h"
 #include "common/record_lines.h"
 #include "common/value_text.h"
 #include "container/mp4/audio_track.h"
 #include "container/mp4/video_track.h"
-#include "video/divx_probe.h"
 
 #include <algorithm>
 #include <cmath>
@@ -38,7 +38,7 @@ void note_sps(const AvcParseState& state, char* notes, size_t size) {
 
 // The first track with a remark decides `sps_notes` (line_size bytes).
 void write_video(
-    InfoRecord* record, AtomReader* reader, const Movie& movie, double seconds, char* sps_notes) {
+    InfoRecord* record, Reader* reader, const Movie& movie, double seconds, char* sps_notes) {
     constexpr auto kind = static_cast<int>(TrackKind::video);
     for (int i = 0; i < movie.track_count[kind]; ++i) {
         VideoDescription video;
@@ -53,7 +53,7 @@ void write_video(
     }
 }
 
-void write_audio(InfoRecord* record, AtomReader* reader, const Movie& movie, double seconds) {
+void write_audio(InfoRecord* record, Reader* reader, const Movie& movie, double seconds) {
     constexpr auto kind = static_cast<int>(TrackKind::audio);
     for (int i = 0; i < movie.track_count[kind]; ++i) {
         AudioDescription audio;
@@ -70,7 +70,7 @@ void write_brand(InfoRecord* record, const Movie& movie) {
     uint8_t upper[4];
     std::transform(std::begin(movie.brand), std::end(movie.brand), upper,
         [](uint8_t c) { return static_cast<uint8_t>(ascii_upper(static_cast<char>(c))); });
-    char shown[9];
+    char shown[fourcc_text_size];
     FourccText(upper, shown);
     char name[line_size];
     codec_name("[QT-BRAND]", {reinterpret_cast<const char*>(upper), sizeof upper}, shown, name,
@@ -109,7 +109,7 @@ void write_general(InfoRecord* record, const Movie& movie) {
 
 } // namespace
 
-void write_movie(InfoRecord* record, AtomReader* reader, const Movie& movie) {
+void write_movie(InfoRecord* record, Reader* reader, const Movie& movie) {
     const double seconds = movie_seconds(movie);
     record->play_time = seconds;
     char sps_notes[line_size] = {};

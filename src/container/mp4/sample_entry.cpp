@@ -17,13 +17,13 @@ struct Located {
 };
 
 constexpr Located located[] = {
-    {type_of("esds"), &SampleEntry::es_descriptor},
-    {type_of("avcC"), &SampleEntry::avc_configuration},
-    {type_of("pasp"), &SampleEntry::pixel_aspect},
-    {type_of("alac"), &SampleEntry::alac_cookie},
-    {type_of("dfLa"), &SampleEntry::flac_configuration},
-    {type_of("dec3"), &SampleEntry::eac3_configuration},
-    {type_of("srat"), &SampleEntry::sampling_rate},
+    {fourcc("esds"), &SampleEntry::es_descriptor},
+    {fourcc("avcC"), &SampleEntry::avc_configuration},
+    {fourcc("pasp"), &SampleEntry::pixel_aspect},
+    {fourcc("alac"), &SampleEntry::alac_cookie},
+    {fourcc("dfLa"), &SampleEntry::flac_configuration},
+    {fourcc("dec3"), &SampleEntry::eac3_configuration},
+    {fourcc("srat"), &SampleEntry::sampling_rate},
 };
 
 // The first atom of a type counts.
@@ -36,11 +36,11 @@ void locate_atom(const Atom& atom, SampleEntry* entry) {
 }
 
 // QuickTime keeps the decoder's atoms of a sound in one more, "wave".
-void locate_atoms(AtomReader* reader, Span space, SampleEntry* entry) {
+void locate_atoms(Reader* reader, Span space, SampleEntry* entry) {
     Atom atom;
     while (next_child(reader, &space, &atom)) {
         locate_atom(atom, entry);
-        if (atom.type == type_of("wave")) {
+        if (atom.type == fourcc("wave")) {
             Span inner = atom.payload;
             Atom child;
             while (next_child(reader, &inner, &child)) {
@@ -52,7 +52,7 @@ void locate_atoms(AtomReader* reader, Span space, SampleEntry* entry) {
 
 // Version 2, revision 2, vendor 4, qualities 4 and 4, size 2 and 2, resolutions 4 and 4, data size
 // 4, frame count 2, compressor name 32, depth 2, colour table 2.
-int64_t read_video_fields(AtomReader* reader, Span space, SampleEntry* entry) {
+int64_t read_video_fields(Reader* reader, Span space, SampleEntry* entry) {
     uint8_t fields[70] = {};
     read_some(reader, space, common_size, fields, sizeof fields);
     entry->width = ReadBE16(fields + 16);
@@ -63,8 +63,7 @@ int64_t read_video_fields(AtomReader* reader, Span space, SampleEntry* entry) {
 
 // Version 2, revision 2, vendor 4, channels 2, sample size 2, compression 2, packet size 2, rate
 // 16.16; QuickTime's later versions go on behind that.
-int64_t read_audio_fields(
-    AtomReader* reader, Span space, bool quicktime_versions, SampleEntry* entry) {
+int64_t read_audio_fields(Reader* reader, Span space, bool quicktime_versions, SampleEntry* entry) {
     constexpr int64_t version_0_size = 20;
     uint8_t fields[56] = {};
     read_some(reader, space, common_size, fields, sizeof fields);
@@ -88,7 +87,7 @@ int64_t read_audio_fields(
 }
 
 // Where the last entry stands; false without any.
-bool find_last_entry(AtomReader* reader, Span description, Span* last) {
+bool find_last_entry(Reader* reader, Span description, Span* last) {
     uint32_t count = read_be32(reader, description, 4);
     Span space = description;
     space.start += 8;
@@ -109,7 +108,7 @@ bool find_last_entry(AtomReader* reader, Span description, Span* last) {
 
 } // namespace
 
-void read_sample_entry(AtomReader* reader, const Track& track, SampleEntry* entry) {
+void read_sample_entry(Reader* reader, const Track& track, SampleEntry* entry) {
     Span space;
     uint8_t description[4];
     if (!read_all(reader, track.sample_description, 0, description, sizeof description) ||

@@ -31,6 +31,6 @@ struct SampleEntry {
 };
 
 // Reads the last entry of a video or audio track. Without one, all fields stay cleared.
-void read_sample_entry(AtomReader* reader, const Track& track, SampleEntry* entry);
+void read_sample_entry(Reader* reader, const Track& track, SampleEntry* entry);
 
 } // namespace zat::mp4

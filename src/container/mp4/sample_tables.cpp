@@ -7,7 +7,7 @@ namespace zat::mp4 {
 namespace {
 
 // The sum of `count` entries of `bits` (4, 8, 16 or 32) each behind the table's fixed fields.
-uint64_t sum_entries(AtomReader* reader, Span payload, uint32_t count, uint32_t bits) {
+uint64_t sum_entries(Reader* reader, Span payload, uint32_t count, uint32_t bits) {
     constexpr int64_t table_offset = 12;
     constexpr int64_t block_size = 16384;
     uint8_t block[block_size];
@@ -57,7 +57,7 @@ bool is_entry_width(uint32_t bits) {
 
 } // namespace
 
-SampleTotals sum_sample_sizes(AtomReader* reader, const Track& track) {
+SampleTotals sum_sample_sizes(Reader* reader, const Track& track) {
     SampleTotals totals;
     uint8_t fields[12]; // version and flags, the common size or the entries' width, the count
     if (read_all(reader, track.sample_sizes, 0, fields, sizeof fields)) {
@@ -77,7 +77,7 @@ SampleTotals sum_sample_sizes(AtomReader* reader, const Track& track) {
 }
 
 uint32_t read_first_chunk(
-    AtomReader* reader, const Track& track, uint8_t* destination, uint32_t count) {
+    Reader* reader, const Track& track, uint8_t* destination, uint32_t count) {
     constexpr int64_t table_offset = 8; // behind version, flags and entry count
     uint8_t entry[8] = {};
     const uint32_t width = track.large_offsets ? 8 : 4;

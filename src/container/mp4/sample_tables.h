@@ -13,11 +13,10 @@ struct SampleTotals {
 
 // The samples in the movie atom and in fragments. A table that is shorter than its count gives what
 // is there.
-SampleTotals sum_sample_sizes(AtomReader* reader, const Track& track);
+SampleTotals sum_sample_sizes(Reader* reader, const Track& track);
 
 // Copies up to `count` bytes from where the track's first chunk starts. Returns how many there
 // were.
-uint32_t read_first_chunk(
-    AtomReader* reader, const Track& track, uint8_t* destination, uint32_t count);
+uint32_t read_first_chunk(Reader* reader, const Track& track, uint8_t* destination, uint32_t count);
 
 } // namespace zat::mp4

@@ -20,7 +20,7 @@ constexpr size_t profile_level_size = 64;
 // The first parameter set of an AVCDecoderConfigurationRecord (ISO/IEC 14496-15, 5.3.3.1); false
 // without one.
 bool parse_first_sps(
-    AtomReader* reader, Span configuration, AvcSequenceInfo* info, AvcParseState* state) {
+    Reader* reader, Span configuration, AvcSequenceInfo* info, AvcParseState* state) {
     constexpr int64_t sps_offset = 8;
     uint8_t fields[sps_offset];
     uint8_t sps[UINT16_MAX];
@@ -33,13 +33,13 @@ bool parse_first_sps(
 }
 
 // ISO/IEC 14496-12, 12.1.4; false unless both spacings are set.
-bool read_pixel_aspect(AtomReader* reader, Span payload, uint32_t* h, uint32_t* v) {
+bool read_pixel_aspect(Reader* reader, Span payload, uint32_t* h, uint32_t* v) {
     *h = read_be32(reader, payload, 0);
     *v = read_be32(reader, payload, 4);
     return *h != 0 && *v != 0;
 }
 
-bool describe_avc(AtomReader* reader, const SampleEntry& entry, VideoDescription* description) {
+bool describe_avc(Reader* reader, const SampleEntry& entry, VideoDescription* description) {
     uint8_t fields[4]; // version, profile, compatibility, level
     if (!read_all(reader, entry.avc_configuration, 0, fields, sizeof fields)) {
         return false;
@@ -73,7 +73,7 @@ uint32_t visual_profile_level(Bytes headers) {
 }
 
 bool describe_mpeg4_visual(
-    AtomReader* reader, const EsDescriptor& descriptor, VideoDescription* description) {
+    Reader* reader, const EsDescriptor& descriptor, VideoDescription* description) {
     if (descriptor.object_type != object_mpeg4_visual) {
         return false;
     }
@@ -95,7 +95,7 @@ bool describe_mpeg4_visual(
 
 } // namespace
 
-void describe_video(AtomReader* reader, const Track& track, VideoDescription* description) {
+void describe_video(Reader* reader, const Track& track, VideoDescription* description) {
     SampleEntry entry;
     read_sample_entry(reader, track, &entry);
     const SampleTotals totals = sum_sample_sizes(reader, track);

@@ -7,29 +7,29 @@ namespace zat::mp4 {
 
 namespace {
 
-using Visit = void (*)(AtomReader*, const Atom&, Movie*);
+using Visit = void (*)(Reader*, const Atom&, Movie*);
 
 // ISO/IEC 14496-12, 4.3. A second brand is ignored.
-void visit_brand(AtomReader* reader, const Atom& atom, Movie* movie) {
+void visit_brand(Reader* reader, const Atom& atom, Movie* movie) {
     if (!movie->brand_seen) {
         movie->brand_seen = read_all(reader, atom.payload, 0, movie->brand, sizeof movie->brand);
     }
 }
 
-void visit_movie(AtomReader* /*reader*/, const Atom& atom, Movie* movie) {
+void visit_movie(Reader* /*reader*/, const Atom& atom, Movie* movie) {
     if (!movie->movie_seen) {
         movie->movie_seen = true;
         movie->offset = atom.offset;
     }
 }
 
-void visit_compressed_movie(AtomReader* /*reader*/, const Atom& /*atom*/, Movie* movie) {
+void visit_compressed_movie(Reader* /*reader*/, const Atom& /*atom*/, Movie* movie) {
     movie->compressed = true;
 }
 
 // ISO/IEC 14496-12, 8.2.2. Play time and scale are taken from where version 0 has them, in version
 // 1 too; only the duration of fragments, which stands elsewhere, counts in the scale of version 1.
-void visit_movie_header(AtomReader* reader, const Atom& atom, Movie* movie) {
+void visit_movie_header(Reader* reader, const Atom& atom, Movie* movie) {
     uint8_t fields[24] = {};
     if (read_some(reader, atom.payload, 0, fields, sizeof fields) < 20) {
         return;
@@ -40,7 +40,7 @@ void visit_movie_header(AtomReader* reader, const Atom& atom, Movie* movie) {
     movie->fragments_time_scale = fields[0] == 1 ? ReadBE32(fields + 20) : movie->time_scale;
 }
 
-void visit_track(AtomReader* /*reader*/, const Atom& /*atom*/, Movie* movie) {
+void visit_track(Reader* /*reader*/, const Atom& /*atom*/, Movie* movie) {
     close_track(movie);
     movie->track_seen = true;
     movie->open_track = {};
@@ -48,41 +48,41 @@ void visit_track(AtomReader* /*reader*/, const Atom& /*atom*/, Movie* movie) {
 }
 
 // ISO/IEC 14496-12, 8.3.2: the times before the ID have 64 bits in version 1.
-void visit_track_header(AtomReader* reader, const Atom& atom, Movie* movie) {
+void visit_track_header(Reader* reader, const Atom& atom, Movie* movie) {
     const bool version_1 = read_be32(reader, atom.payload, 0) >> 24 == 1;
     movie->open_track.id = read_be32(reader, atom.payload, version_1 ? 20 : 12);
 }
 
 // ISO/IEC 14496-12, 8.4.2.
-void visit_media_header(AtomReader* reader, const Atom& atom, Movie* movie) {
+void visit_media_header(Reader* reader, const Atom& atom, Movie* movie) {
     const bool version_1 = read_be32(reader, atom.payload, 0) >> 24 == 1;
     movie->open_track.time_scale = read_be32(reader, atom.payload, version_1 ? 20 : 12);
 }
 
 // ISO/IEC 14496-12, 8.4.3.
-void visit_handler(AtomReader* reader, const Atom& atom, Movie* movie) {
+void visit_handler(Reader* reader, const Atom& atom, Movie* movie) {
     const uint32_t handler = read_be32(reader, atom.payload, 8);
-    movie->open_track.kind = handler == type_of("vide")   ? TrackKind::video
-                             : handler == type_of("soun") ? TrackKind::audio
-                                                          : TrackKind::other;
+    movie->open_track.kind = handler == fourcc("vide")   ? TrackKind::video
+                             : handler == fourcc("soun") ? TrackKind::audio
+                                                         : TrackKind::other;
 }
 
-void visit_sample_description(AtomReader* /*reader*/, const Atom& atom, Movie* movie) {
+void visit_sample_description(Reader* /*reader*/, const Atom& atom, Movie* movie) {
     movie->open_track.sample_description = atom.payload;
 }
 
-void visit_sample_sizes(AtomReader* /*reader*/, const Atom& atom, Movie* movie) {
+void visit_sample_sizes(Reader* /*reader*/, const Atom& atom, Movie* movie) {
     movie->open_track.sample_sizes = atom.payload;
-    movie->open_track.compact_sizes = atom.type == type_of("stz2");
+    movie->open_track.compact_sizes = atom.type == fourcc("stz2");
 }
 
-void visit_chunk_offsets(AtomReader* /*reader*/, const Atom& atom, Movie* movie) {
+void visit_chunk_offsets(Reader* /*reader*/, const Atom& atom, Movie* movie) {
     movie->open_track.chunk_offsets = atom.payload;
-    movie->open_track.large_offsets = atom.type == type_of("co64");
+    movie->open_track.large_offsets = atom.type == fourcc("co64");
 }
 
 // The chapter list of Nero's tools: version 1 has four bytes more before the count.
-void visit_chapter_list(AtomReader* reader, const Atom& atom, Movie* movie) {
+void visit_chapter_list(Reader* reader, const Atom& atom, Movie* movie) {
     uint8_t fields[9] = {};
     read_some(reader, atom.payload, 0, fields, sizeof fields);
     movie->chapters = fields[0] == 0 ? fields[4] : fields[8];
@@ -148,7 +148,7 @@ bool matches(const Path& rule, std::span<const uint32_t> path) {
 
 } // namespace
 
-void collect_movie(AtomReader* reader, Movie* movie) {
+void collect_movie(Reader* reader, Movie* movie) {
     AtomWalk walk;
     start_walk(&walk, reader);
     Atom atom;

@@ -6,6 +6,6 @@
 namespace zat::mp4 {
 
 // Walks the whole file once and fills the cleared record.
-void collect_movie(AtomReader* reader, Movie* movie);
+void collect_movie(Reader* reader, Movie* movie);
 
 } // namespace zat::mp4

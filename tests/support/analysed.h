@@ -1,6 +1,8 @@
 // A record as one analyser leaves it, without the detection that comes before it.
 #pragma once
 
+#include "common/file_access.h"
+#include "common/output.h"
 #include "common/text.h"
 #include "support/temp_file.h"
 
@@ -8,21 +10,27 @@
 
 namespace zat::test {
 
+using Analyser = int (*)(FileRecord*, const Output&);
+
 inline std::unique_ptr<InfoRecord> analysed(
-    int (*analyser)(InfoRecord*), const std::vector<uint8_t>& bytes, uint32_t type_code = 0, double play_time = 0) {
-    const TempFile file(bytes);
+    Analyser analyser, const std::vector<uint8_t>& bytes, uint32_t type_code = 0, double play_time = 0, int* result = nullptr) {
+    const TempFile temporary(bytes);
+    FileRecord file;
+    EXPECT_EQ(FileOpen(&file, temporary.path.c_str()), 0);
     auto record = std::make_unique<InfoRecord>();
-    copy_text(record->path, file.path);
+    record->file_size = bytes.size();
     record->type_code = type_code;
     record->play_time = play_time;
-    analyser(record.get());
+    const int returned = analyser(&file, {record.get(), nullptr});
+    if (result != nullptr) {
+        *result = returned;
+    }
     expect_sound(*record);
-    EXPECT_EQ(record->file_size, bytes.size());
     return record;
 }
 
 // Runs the analyser on the bytes cut at every length.
-inline void expect_sound_when_cut(int (*analyser)(InfoRecord*), const std::vector<uint8_t>& bytes, uint32_t type_code = 0) {
+inline void expect_sound_when_cut(Analyser analyser, const std::vector<uint8_t>& bytes, uint32_t type_code = 0) {
     for (auto end = bytes.begin(); end != bytes.end(); ++end) {
         SCOPED_TRACE(end - bytes.begin());
         analysed(analyser, {bytes.begin(), end}, type_code);

@@ -1,0 +1,133 @@
+#include "common/details.h"
+
+#include "common/numbers.h"
+#include "common/text.h"
+
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <numeric>
+
+namespace zat {
+
+namespace {
+
+constexpr bool continues_character(char c) {
+    return (static_cast<unsigned char>(c) & 0xC0) == 0x80;
+}
+
+} // namespace
+
+ZatStream new_stream(ZatStreamKind kind) {
+    ZatStream stream{};
+    stream.kind = kind;
+    stream.start = std::numeric_limits<double>::quiet_NaN();
+    return stream;
+}
+
+void add_stream(ZatDetails* details, const ZatStream& stream) {
+    if (details == nullptr) {
+        return;
+    }
+    if (details->stream_count < ZAT_STREAM_SLOTS) {
+        details->streams[details->stream_count] = stream;
+    }
+    ++details->stream_count;
+}
+
+void copy_utf8(char* out, size_t size, std::string_view text) {
+    size_t length = text.size();
+    if (length >= size) {
+        length = size - 1;
+        while (length > 0 && continues_character(text[length])) {
+            --length;
+        }
+    }
+    std::memmove(out, text.data(), length);
+    out[length] = '\0';
+}
+
+void set_ratio(uint64_t width, uint64_t height, uint32_t* out_width, uint32_t* out_height) {
+    *out_width = 0;
+    *out_height = 0;
+    if (width == 0 || height == 0) {
+        return;
+    }
+    const uint64_t divisor = std::gcd(width, height);
+    if (width / divisor <= UINT32_MAX && height / divisor <= UINT32_MAX) {
+        *out_width = static_cast<uint32_t>(width / divisor);
+        *out_height = static_cast<uint32_t>(height / divisor);
+    }
+}
+
+void set_pixel_aspect(ZatStream* stream, uint64_t width, uint64_t height) {
+    if (width == 0 || height == 0 || width > UINT32_MAX || height > UINT32_MAX) {
+        return;
+    }
+    set_ratio(width, height, &stream->pixel_aspect_width, &stream->pixel_aspect_height);
+    set_ratio(uint64_t{stream->pixel_aspect_width} * stream->width,
+        uint64_t{stream->pixel_aspect_height} * stream->height, &stream->display_aspect_width,
+        &stream->display_aspect_height);
+}
+
+void set_display_aspect(ZatStream* stream, uint64_t width, uint64_t height) {
+    if (width == 0 || height == 0 || width > UINT32_MAX || height > UINT32_MAX) {
+        return;
+    }
+    set_ratio(width, height, &stream->display_aspect_width, &stream->display_aspect_height);
+    set_ratio(uint64_t{stream->display_aspect_width} * stream->height,
+        uint64_t{stream->display_aspect_height} * stream->width, &stream->pixel_aspect_width,
+        &stream->pixel_aspect_height);
+}
+
+void set_frame_rate(ZatStream* stream, uint64_t numerator, uint64_t denominator) {
+    if (numerator == 0 || denominator == 0) {
+        return;
+    }
+    stream->frame_rate = static_cast<double>(numerator) / static_cast<double>(denominator);
+    set_ratio(
+        numerator, denominator, &stream->frame_rate_numerator, &stream->frame_rate_denominator);
+}
+
+void note_details(ZatDetails* details, std::string_view note) {
+    if (details == nullptr || note.empty()) {
+        return;
+    }
+    std::string_view rest = bounded_text(details->notes);
+    const size_t used = rest.size();
+    while (!rest.empty()) {
+        const size_t end = rest.find('\n');
+        if (rest.substr(0, end) == note) {
+            return;
+        }
+        rest = end == std::string_view::npos ? std::string_view{} : rest.substr(end + 1);
+    }
+    if (used + 1 + note.size() < sizeof details->notes) {
+        append_text(details->notes, used != 0 ? "\n" : "");
+        append_text(details->notes, note);
+    }
+}
+
+void clear_details(ZatDetails* details) {
+    const uint32_t size = details->size;
+    std::memset(details, 0, sizeof *details);
+    details->size = size;
+}
+
+void finish_details(const InfoRecord& record, ZatDetails* details) {
+    if (record.type_code < FILETYPE_MEDIA) {
+        return;
+    }
+    if (details->duration == 0 && std::isfinite(record.play_time) && record.play_time > 0) {
+        details->duration = record.play_time;
+    }
+    if (details->bit_rate == 0 && details->duration > 0) {
+        details->bit_rate = clamp_to_integer<uint64_t>(
+            static_cast<double>(record.file_size) * 8 / details->duration + 0.5);
+        details->estimated |= (details->estimated & ZAT_ESTIMATED_DURATION) != 0
+                                  ? uint32_t{ZAT_ESTIMATED_BIT_RATE}
+                                  : 0;
+    }
+}
+
+} // namespace zat

@@ -1,0 +1,48 @@
+// Filling the typed details: what an analyser knows of a stream goes into a ZatStream, from which
+// its line is made too (stream_lines.h).
+#pragma once
+
+#include "common/output.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+
+namespace zat {
+
+// A stream of which nothing is known yet.
+ZatStream new_stream(ZatStreamKind kind);
+
+// Appends a stream; one beyond the slots is only counted. Does nothing without details.
+void add_stream(ZatDetails* details, const ZatStream& stream);
+
+// Copies UTF-8, cut to `size` bytes, terminator included, at a whole character.
+void copy_utf8(char* out, size_t size, std::string_view text);
+template <size_t N>
+void copy_utf8(char (&out)[N], std::string_view text) {
+    copy_utf8(out, N, text);
+}
+
+// The ratio in its lowest terms; 0 and 0 unless both are set.
+void set_ratio(uint64_t width, uint64_t height, uint32_t* out_width, uint32_t* out_height);
+
+// Sets the pixel aspect and, by the stream's size, the display aspect. Nothing for a ratio of 0.
+void set_pixel_aspect(ZatStream* stream, uint64_t width, uint64_t height);
+
+// Sets the display aspect and, by the stream's size, the pixel aspect.
+void set_display_aspect(ZatStream* stream, uint64_t width, uint64_t height);
+
+// Sets frame_rate and its ratio; nothing for a ratio with a 0.
+void set_frame_rate(ZatStream* stream, uint64_t numerator, uint64_t denominator);
+
+// Adds a note of ASCII words. A note that stands there already is not repeated.
+void note_details(ZatDetails* details, std::string_view note);
+
+// Clears all but the size, before an analyser runs.
+void clear_details(ZatDetails* details);
+
+// Fills in, behind the analyser, what follows from the record: the play time where the analyser set
+// no duration, and the bit rate of the whole file.
+void finish_details(const InfoRecord& record, ZatDetails* details);
+
+} // namespace zat

@@ -1,0 +1,40 @@
+// The extra lines in their order: further streams, facts, notes. Of more than ten the first six
+// streams come first, then facts as room allows, then the notes, so that no warning is lost, and
+// what room is left goes to the other streams.
+#pragma once
+
+#include "common/details.h"
+#include "common/text.h"
+
+#include <cstdint>
+#include <string_view>
+
+namespace zat {
+
+struct ExtraLines {
+    struct Group {
+        int32_t count = 0; // may be more than the lines that are kept
+        char lines[ZAT_LINE_COUNT][line_size];
+    };
+    Group streams;
+    Group facts;
+    Group notes;
+};
+
+void add_stream_fact(ExtraLines* extra, const char* format, ...) ZAT_PRINTF(2, 3);
+void add_fact(ExtraLines* extra, const char* format, ...) ZAT_PRINTF(2, 3);
+
+// "[SubRip] jpn "title" forced" behind `prefix`, with the stream's facts.
+void add_text_stream(const Output& out, ExtraLines* extra, const ZatStream& stream,
+    std::string_view name, std::string_view prefix = {});
+
+// A line of ASCII words that warns of something; the details get it too, up to a parenthesis.
+void add_note(const Output& out, ExtraLines* extra, const char* format, ...) ZAT_PRINTF(3, 4);
+
+// "truncated(1,234 Byte missing)", with the number in the details.
+void add_truncated_note(const Output& out, ExtraLines* extra, uint64_t missing_bytes);
+
+// Appends the lines to the record's.
+void write_extra_lines(const ExtraLines& extra, InfoRecord* record);
+
+} // namespace zat

@@ -1,0 +1,74 @@
+#include "common/reader.h"
+
+#include <algorithm>
+
+namespace zat {
+
+namespace {
+
+constexpr int64_t jump_work = 1024; // bytes
+
+// Takes a read of `count` bytes off the allowance. False when it is used up.
+bool spend(Reader* reader, int64_t position, uint32_t count) {
+    const int64_t distance = position - reader->last_position;
+    const bool jumps = distance < 0 || distance > BlockReader::jump_size;
+    reader->left.bytes -= std::max<int64_t>(count, jumps ? jump_work : 0);
+    --reader->left.steps;
+    if (reader->left.bytes < 0 || reader->left.steps < 0) {
+        reader->left = {0, 0};
+        reader->limited = true;
+        return false;
+    }
+    reader->last_position = position;
+    return true;
+}
+
+} // namespace
+
+void reader_open(Reader* reader, FileRecord* file) {
+    block_open(&reader->block, file);
+    reader->last_position = 0;
+    reader->limited = false;
+    reader_allow(reader, walk_allowance);
+}
+
+void reader_allow(Reader* reader, Allowance allowance) {
+    reader->left = allowance;
+}
+
+uint32_t read_some(
+    Reader* reader, Span span, int64_t offset, uint8_t* destination, uint32_t count) {
+    if (offset < 0 || offset >= size_of(span)) {
+        return 0;
+    }
+    const int64_t position = span.start + offset;
+    const auto wanted = static_cast<uint32_t>(std::min<int64_t>(count, span.end - position));
+    return spend(reader, position, wanted)
+               ? block_read(&reader->block, position, destination, wanted)
+               : 0;
+}
+
+bool read_all(Reader* reader, Span span, int64_t offset, uint8_t* destination, uint32_t count) {
+    return read_some(reader, span, offset, destination, count) == count;
+}
+
+Bytes read_view(Reader* reader, Span span, int64_t offset, uint32_t count) {
+    if (offset < 0 || offset >= size_of(span)) {
+        return {};
+    }
+    const int64_t position = span.start + offset;
+    const auto wanted = static_cast<uint32_t>(std::min<int64_t>(count, span.end - position));
+    return spend(reader, position, wanted) ? block_view(&reader->block, position, wanted) : Bytes{};
+}
+
+uint32_t read_be32(Reader* reader, Span span, int64_t offset, uint32_t missing) {
+    const Bytes bytes = read_view(reader, span, offset, 4);
+    return bytes.size() == 4 ? ReadBE32(bytes.data()) : missing;
+}
+
+uint32_t read_le32(Reader* reader, Span span, int64_t offset, uint32_t missing) {
+    const Bytes bytes = read_view(reader, span, offset, 4);
+    return bytes.size() == 4 ? ReadLE32(bytes.data()) : missing;
+}
+
+} // namespace zat
