@@ -112,7 +112,7 @@ std::vector<Row> rows() {
                 "FLAC"),
             111, ""},
         {"musepack of another version", ByteBuilder().text("MPCKSH").fill(9).bytes, 116, ""},
-        {"transport packets behind ogg's letters", ByteBuilder().append(ts_packets(188, 4, 1200)).put(0, "OggS").bytes, 18, ""},
+        {"transport packets behind ogg's letters", ByteBuilder().append(ts_packets(188, 5, 1200)).put(0, {"OggS\0", 5}).bytes, 18, ""},
         {"asf cut in its guid", ByteBuilder().be64(0x3026B2758E66CF11).be32(0xA6D900AA).bytes, 1, unsupported},
         {"brand with a blank", box("ftypM4A "), 15, ""},
         {"brand with a zero", box({"ftypM4A\0", 8}), 118, ""},
