@@ -159,6 +159,11 @@ int probe(FileWindow* window, DetectContext* context) {
     if (TsOnePacketCheck(bytes) == 0) {
         return accept_packets(context, timestamped_packet_size, 0);
     }
+    const uint32_t late = check_late_signature(bytes);
+    if (late != FILETYPE_UNKNOWN) {
+        context->type_code = late;
+        return 0;
+    }
     return search_streams(window, context);
 }
 
