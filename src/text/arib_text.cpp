@@ -1,8 +1,9 @@
 #include "text/arib_text.h"
 
 #include "common/text_codes.h"
+#include "common/utf8.h"
 #include "text/arib_symbols.h"
-#include "text/utf8_writer.h"
+#include "text/tidy_blanks.h"
 
 #include <algorithm>
 
@@ -69,7 +70,7 @@ struct Decoder {
     int8_t single_shift = -1; // the element for the next character of columns 2 to 7
     uint32_t repeat = 1;      // how many times the next character stands
     bool yen_as_ascii = false;
-    Utf8Writer writer{};
+    Utf8Text writer{};
 };
 
 bool at_end(const Decoder* decoder) {
@@ -87,14 +88,16 @@ uint8_t peek_byte(const Decoder* decoder) {
 
 void put(Decoder* decoder, uint32_t code_point) {
     for (; decoder->repeat > 0 && !decoder->writer.full; --decoder->repeat) {
-        put_character(&decoder->writer, code_point);
+        append_utf8(&decoder->writer, code_point);
     }
     decoder->repeat = 1;
 }
 
 void put_text(Decoder* decoder, std::string_view utf8) {
     for (; decoder->repeat > 0 && !decoder->writer.full; --decoder->repeat) {
-        put_utf8(&decoder->writer, utf8);
+        for (std::string_view rest = utf8; !rest.empty();) {
+            append_utf8(&decoder->writer, take_utf8(&rest));
+        }
     }
     decoder->repeat = 1;
 }
@@ -379,6 +382,7 @@ void read_c0(Decoder* decoder, uint8_t byte) {
 }
 
 size_t decode(Decoder* decoder) {
+    decoder->writer.out[0] = '\0';
     while (!at_end(decoder) && !decoder->writer.full) {
         const uint8_t byte = next_byte(decoder);
         if ((byte & 0x7F) >= 0x20) {
@@ -396,7 +400,7 @@ size_t decode(Decoder* decoder) {
 
 size_t arib_to_utf8(Bytes text, char* out, size_t size) {
     Decoder decoder{.text = text};
-    decoder.writer = utf8_writer(out, size);
+    decoder.writer = {out, size};
     return decode(&decoder);
 }
 
@@ -404,7 +408,7 @@ size_t arib_to_cp932(Bytes text, char* out, size_t size) {
     constexpr size_t utf8_size = 2048;
     char utf8[utf8_size];
     Decoder decoder{.text = text, .yen_as_ascii = true};
-    decoder.writer = utf8_writer(utf8, sizeof utf8);
+    decoder.writer = {utf8, sizeof utf8};
     return utf8_to_cp932({utf8, decode(&decoder)}, out, size);
 }
 

@@ -1,7 +1,8 @@
 #include "text/dvb_text.h"
 
+#include "common/utf8.h"
 #include "text/dvb_tables.h"
-#include "text/utf8_writer.h"
+#include "text/tidy_blanks.h"
 
 #include <string_view>
 
@@ -17,17 +18,17 @@ constexpr bool is_letter(uint8_t byte) {
 
 // A character, or one of the control codes of table A.1 at U+0080 or U+E080: emphasis, of no use
 // here, and the new line.
-void put(Utf8Writer* writer, uint32_t code_point) {
+void put(Utf8Text* writer, uint32_t code_point) {
     const uint32_t control =
         code_point >= 0xE080 && code_point <= 0xE09F ? code_point - 0xE000 : code_point;
     if (control >= 0x80 && control <= 0x9F) {
         if (control == new_line) {
-            put_character(writer, ' ');
+            append_utf8(writer, ' ');
         }
     } else if (control < 0x20) {
-        put_character(writer, ' ');
+        append_utf8(writer, ' ');
     } else {
-        put_character(writer, code_point);
+        append_utf8(writer, code_point);
     }
 }
 
@@ -63,19 +64,19 @@ constexpr Accent accents[] = {
 };
 static_assert(std::size(accents) == 0xCF - 0xC1 + 1);
 
-void put_accented(Utf8Writer* writer, const Accent& accent, uint8_t letter) {
+void put_accented(Utf8Text* writer, const Accent& accent, uint8_t letter) {
     const size_t at = accent.letters.find(static_cast<char>(letter));
     if (at != std::string_view::npos) {
-        put_character(writer, accent.composed[at]);
+        append_utf8(writer, accent.composed[at]);
         return;
     }
-    put_character(writer, letter);
+    append_utf8(writer, letter);
     if (accent.combining != 0) {
-        put_character(writer, accent.combining);
+        append_utf8(writer, accent.combining);
     }
 }
 
-void put_iso6937(Utf8Writer* writer, Bytes text) {
+void put_iso6937(Utf8Text* writer, Bytes text) {
     for (size_t i = 0; i < text.size(); ++i) {
         const uint8_t byte = text[i];
         if (byte < 0xA0) {
@@ -83,7 +84,7 @@ void put_iso6937(Utf8Writer* writer, Bytes text) {
         } else if (byte < 0xC0 || byte >= 0xD0) {
             const char16_t c = byte < 0xC0 ? iso6937_a0[byte - 0xA0] : iso6937_d0[byte - 0xD0];
             if (c != 0) {
-                put_character(writer, c);
+                append_utf8(writer, c);
             }
         } else if (byte > 0xC0 && is_letter(byte_at(text, i + 1))) {
             put_accented(writer, accents[byte - 0xC1], text[++i]);
@@ -91,65 +92,39 @@ void put_iso6937(Utf8Writer* writer, Bytes text) {
     }
 }
 
-void put_iso8859(Utf8Writer* writer, Bytes text, uint32_t part) {
+void put_iso8859(Utf8Text* writer, Bytes text, uint32_t part) {
     for (const uint8_t byte : text) {
         put(writer, iso8859_character(part, byte));
     }
 }
 
-void put_ucs2(Utf8Writer* writer, Bytes text) {
+void put_ucs2(Utf8Text* writer, Bytes text) {
     for (size_t i = 0; i + 1 < text.size(); i += 2) {
         put(writer, ReadBE16(text.data() + i));
     }
 }
 
-void put_pairs(Utf8Writer* writer, Bytes text, uint32_t (*character)(uint8_t row, uint8_t cell)) {
+void put_pairs(Utf8Text* writer, Bytes text, uint32_t (*character)(uint8_t row, uint8_t cell)) {
     for (size_t i = 0; i < text.size(); ++i) {
         if (text[i] < 0xA1) {
             put(writer, text[i]);
         } else if (i + 1 < text.size()) {
-            put_character(writer, character(text[i], text[i + 1]));
+            append_utf8(writer, character(text[i], text[i + 1]));
             ++i;
         }
     }
 }
 
-// The length of a well-formed UTF-8 character at the start of the bytes, 0 for anything else.
-size_t utf8_character(Bytes bytes, uint32_t* code_point) {
-    const uint8_t first = bytes[0];
-    const size_t length = first < 0x80   ? 1
-                          : first < 0xC2 ? 0
-                          : first < 0xE0 ? 2
-                          : first < 0xF0 ? 3
-                          : first < 0xF5 ? 4
-                                         : 0;
-    if (length == 0 || length > bytes.size()) {
-        return 0;
-    }
-    static constexpr uint8_t masks[] = {0, 0x7F, 0x1F, 0x0F, 0x07};
-    static constexpr uint32_t lowest[] = {0, 0, 0x80, 0x800, 0x10000};
-    uint32_t value = first & masks[length];
-    for (size_t i = 1; i < length; ++i) {
-        if ((bytes[i] & 0xC0) != 0x80) {
-            return 0;
-        }
-        value = value << 6 | (bytes[i] & 0x3FU);
-    }
-    *code_point = value;
-    return value >= lowest[length] ? length : 0;
-}
-
-void put_checked_utf8(Utf8Writer* writer, Bytes text) {
-    while (!text.empty()) {
-        uint32_t code_point = 0;
-        const size_t length = utf8_character(text, &code_point);
-        put(writer, length != 0 ? code_point : 0xFFFD);
-        text = text.subspan(length != 0 ? length : 1);
+void put_checked_utf8(Utf8Text* writer, Bytes text) {
+    std::string_view rest(reinterpret_cast<const char*>(text.data()), text.size());
+    while (!rest.empty()) {
+        const uint32_t character = take_utf8(&rest);
+        put(writer, character != no_character ? character : replacement_character);
     }
 }
 
 // Behind the selector 10: two bytes that number a part of ISO/IEC 8859 (table A.4).
-void put_selected_iso8859(Utf8Writer* writer, Bytes text) {
+void put_selected_iso8859(Utf8Text* writer, Bytes text) {
     const uint32_t part = text.size() >= 2 ? ReadBE16(text.data()) : 0;
     if (part >= 1 && part <= 15 && part != 12) {
         put_iso8859(writer, text.subspan(2), part);
@@ -159,7 +134,8 @@ void put_selected_iso8859(Utf8Writer* writer, Bytes text) {
 } // namespace
 
 size_t dvb_to_utf8(Bytes text, DvbDefault default_table, char* out, size_t size) {
-    Utf8Writer writer = utf8_writer(out, size);
+    out[0] = '\0';
+    Utf8Text writer = {out, size};
     const uint8_t selector = byte_at(text, 0);
     const Bytes rest = text.subspan(text.empty() ? 0 : 1);
     if (selector >= 0x20) {

@@ -65,8 +65,8 @@ void continue_section(SectionBuffer* buffer, Bytes bytes, SectionHandler handler
 // The sections that begin in a packet.
 void begin_sections(SectionBuffer* buffer, Bytes bytes, SectionHandler handler, void* context) {
     while (!bytes.empty() && bytes[0] != stuffing) {
-        const size_t size = bytes.size() < section_start ? section_start
-                                                         : section_start + length12(bytes, 1);
+        const size_t size =
+            bytes.size() < section_start ? section_start : section_start + length12(bytes, 1);
         if (size <= bytes.size()) {
             handler(context, bytes.first(size));
             bytes = bytes.subspan(size);
@@ -113,8 +113,8 @@ bool read_section(Bytes bytes, Section* section) {
     return true;
 }
 
-void feed_sections(SectionBuffer* buffer, Bytes payload, bool starts_unit, SectionHandler handler,
-    void* context) {
+void feed_sections(
+    SectionBuffer* buffer, Bytes payload, bool starts_unit, SectionHandler handler, void* context) {
     if (!starts_unit) {
         continue_section(buffer, payload, handler, context);
         return;

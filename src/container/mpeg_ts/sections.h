@@ -23,9 +23,9 @@ struct SectionBuffer {
 // What a section says of itself.
 struct Section {
     uint8_t table_id = 0;
-    uint16_t extension = 0; // table_id_extension
-    uint8_t number = 0;     // section_number
-    bool current = true;    // current_next_indicator
+    uint16_t extension = 0;  // table_id_extension
+    uint8_t number = 0;      // section_number
+    bool current = true;     // current_next_indicator
     bool has_syntax = false; // the fields above stand there, and a CRC
     bool crc_ok = false;
     Bytes bytes; // from table_id on, without the CRC
@@ -39,8 +39,8 @@ using SectionHandler = void (*)(void* context, Bytes section);
 
 // Takes the payload of a packet that carries sections. `buffer` keeps a section under way from
 // packet to packet and may be null: then only those that lie in one packet are seen.
-void feed_sections(SectionBuffer* buffer, Bytes payload, bool starts_unit, SectionHandler handler,
-    void* context);
+void feed_sections(
+    SectionBuffer* buffer, Bytes payload, bool starts_unit, SectionHandler handler, void* context);
 
 // A packet was lost: so is the section under way.
 inline void drop_section(SectionBuffer* buffer) {

@@ -184,8 +184,11 @@ void begin_event(Event* event, Bytes start, Bytes duration) {
 
 // service_description_section (ETSI EN 300 468, 5.2.3).
 void read_sdt(ServiceInfo* info, Bytes bytes) {
+    if (bytes.size() < 11) {
+        return;
+    }
     info->sdt_seen = true;
-    note_network(info, ReadBE16(part_of(bytes, 8, 2).size() == 2 ? &bytes[8] : bytes.data()));
+    note_network(info, ReadBE16(&bytes[8]));
     Bytes rest = part_of(bytes, 11);
     while (rest.size() >= 5) {
         Service* service = service_of(info, ReadBE16(rest.data()));
@@ -302,8 +305,8 @@ void read_vct(ServiceInfo* info, Bytes bytes) {
 } // namespace
 
 bool carries_service_info(uint16_t pid) {
-    static constexpr uint16_t pids[] = {pid_nit, pid_sdt, pid_eit, pid_sit, pid_bit, pid_eit_m,
-        pid_eit_l, pid_psip};
+    static constexpr uint16_t pids[] = {
+        pid_nit, pid_sdt, pid_eit, pid_sit, pid_bit, pid_eit_m, pid_eit_l, pid_psip};
     return std::find(std::begin(pids), std::end(pids), pid) != std::end(pids);
 }
 

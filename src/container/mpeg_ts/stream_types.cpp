@@ -12,7 +12,7 @@ namespace {
 
 constexpr uint32_t hdmv = fourcc("HDMV");
 
-constexpr CodecName codec_names[] = {
+constexpr CodecText codec_names[] = {
     {ZAT_STREAM_VIDEO, "MPEG1", "MPEG-1 Video"},
     {ZAT_STREAM_VIDEO, "MPEG2", "MPEG-2 Video"},
     {ZAT_STREAM_VIDEO, "MPEG4", "MPEG-4 Visual"},
@@ -254,7 +254,8 @@ void add_teletext_page(Stream* stream, Bytes entry) {
     char language[32] = "";
     add_language(language, entry.first(3));
     char page[32];
-    format_text(page, sizeof page, "%sp.%u%02x", language[0] != '\0' ? " " : "", magazine, entry[4]);
+    format_text(
+        page, sizeof page, "%sp.%u%02x", language[0] != '\0' ? " " : "", magazine, entry[4]);
     AppendWithSeparator(stream->pages, language, separator_space);
     append_text(stream->pages, page);
     add_language(stream->language, entry.first(3));
@@ -431,7 +432,7 @@ bool is_letter(uint8_t byte) {
 
 } // namespace
 
-const CodecName& codec_name_of(Codec codec) {
+const CodecText& text_of(Codec codec) {
     return codec_names[static_cast<size_t>(codec)];
 }
 

@@ -75,12 +75,12 @@ enum class Codec : uint8_t {
     count
 };
 
-struct CodecName {
+struct CodecText {
     ZatStreamKind kind;
     const char* line;    // in the brackets of its line
     const char* details; // ZatStream.codec
 };
-const CodecName& codec_name_of(Codec codec);
+const CodecText& text_of(Codec codec);
 
 struct Stream {
     uint16_t pid = 0;
@@ -90,14 +90,13 @@ struct Stream {
     bool has_component_tag = false;
     uint8_t component_tag = 0;
     bool dual_mono = false;
-    bool dts_hd = false;        // told by a descriptor
-    uint8_t opus_channels = 0;  // 0: not told
-    uint32_t flags = 0;         // ZatStreamFlag
-    uint32_t registration = 0;  // format_identifier
+    bool dts_hd = false;         // told by a descriptor
+    uint8_t opus_channels = 0;   // 0: not told
+    uint32_t flags = 0;          // ZatStreamFlag
+    uint32_t registration = 0;   // format_identifier
     uint32_t data_component = 0; // data_component_id and one, 0 without
-    char language[32] = "";     // several with "/" between
-    char pages[64] = "";        // of teletext, with their languages
-    int32_t unit = -1;          // of its collected payload
+    char language[32] = "";      // several with "/" between
+    char pages[64] = "";         // of teletext, with their languages
 };
 
 // The format_identifier of a registration descriptor among these, 0 without one.

@@ -1,0 +1,230 @@
+// The head of the file: where its tables stand and where every stream shows what it is.
+#include "container/mpeg_ts/analysis.h"
+
+#include <algorithm>
+
+namespace zat::ts {
+
+namespace {
+
+constexpr uint32_t step = 256 << 10;       // bytes read before looking whether all is known
+constexpr uint32_t first_step = 64 << 10;
+constexpr int64_t tables_limit = 1 << 20;  // bytes searched for the first tables
+constexpr int64_t whole_limit = 1 << 20;   // files up to this size are read whole
+
+bool has_all_maps(const Analysis* analysis) {
+    bool any = false;
+    for (uint32_t i = 0; i < analysis->program_count; ++i) {
+        const Program& program = analysis->programs[i];
+        if (program.listed && !program.has_map) {
+            return false;
+        }
+        any = any || is_active(analysis, program);
+    }
+    return any && analysis->pat_seen;
+}
+
+bool has_any_map(const Analysis* analysis) {
+    for (uint32_t i = 0; i < analysis->program_count; ++i) {
+        if (is_active(analysis, analysis->programs[i])) {
+            return true;
+        }
+    }
+    return false;
+}
+
+// The program tables alone, so that their streams are known when packets are read for good.
+void find_tables(Analysis* analysis, int64_t limit) {
+    uint32_t wanted = first_step;
+    PacketCursor cursor{{}, analysis->layout.stride, analysis->layout.offset};
+    for (;;) {
+        cursor.bytes = file_bytes(analysis, 0, wanted);
+        Packet packet;
+        while (next_packet(&cursor, &packet)) {
+            if (packet.has_payload && !packet.damaged && packet.scrambling == 0) {
+                read_program_tables(analysis, packet);
+            }
+        }
+        const bool at_end = cursor.bytes.size() < wanted || wanted >= limit;
+        if (at_end || has_all_maps(analysis) || (wanted >= step && has_any_map(analysis))) {
+            return;
+        }
+        wanted = static_cast<uint32_t>(std::min<int64_t>(int64_t{wanted} * 4, limit));
+    }
+}
+
+void take_pcr(Analysis* analysis, Pid* place, const Packet& packet, int64_t position) {
+    if (place->clock == 0 && analysis->clock_count < clock_slots) {
+        place->clock = static_cast<uint16_t>(++analysis->clock_count);
+    }
+    if (place->clock != 0) {
+        Clock* clock = &analysis->clocks[place->clock - 1];
+        clock->pid = packet.pid;
+        add_pcr(clock, packet.pcr, position);
+    }
+}
+
+// A stream that no program map names, by its PES packets.
+void add_unlisted_stream(Analysis* analysis, Pid* place, const Packet& packet) {
+    PesHeader header;
+    if (analysis->stream_count == stream_slots || !packet.starts_unit ||
+        carries_service_info(packet.pid) || read_pes_header(&header, packet.payload) != 0) {
+        return;
+    }
+    Codec codec = Codec::data;
+    if (header.stream_id >= id_video_first && header.stream_id <= id_video_last) {
+        codec = Codec::unknown_video;
+    } else if (header.stream_id >= id_audio_first && header.stream_id <= id_audio_last) {
+        codec = Codec::unknown_audio;
+    } else if (header.stream_id != id_private_1 && header.stream_id != id_extended) {
+        return;
+    }
+    Stream* stream = &analysis->streams[analysis->stream_count++];
+    place->stream = static_cast<uint16_t>(analysis->stream_count);
+    stream->pid = packet.pid;
+    stream->program = program_slots; // none
+    stream->codec = codec;
+}
+
+// Counts the packet. False for one that repeats the packet before it; `lost` tells that packets
+// are missing in between.
+bool check_counter(Pid* place, const Packet& packet, bool* lost) {
+    *lost = false;
+    if (!packet.has_payload) {
+        return true;
+    }
+    if (place->has_counter && !packet.discontinuity) {
+        if (packet.counter == place->counter) {
+            return false;
+        }
+        *lost = packet.counter != ((place->counter + 1) & 0x0F);
+    }
+    place->counter = packet.counter;
+    place->has_counter = true;
+    return true;
+}
+
+void take_packet(Analysis* analysis, const Packet& packet, int64_t position, bool without_maps) {
+    Pid* place = &analysis->pids[packet.pid];
+    place->seen = true;
+    if (packet.damaged || packet.pid == null_pid) {
+        return;
+    }
+    bool lost = false;
+    if (!check_counter(place, packet, &lost)) {
+        return;
+    }
+    if (packet.pcr != no_pcr) {
+        take_pcr(analysis, place, packet, position);
+    }
+    if (!packet.has_payload) {
+        return;
+    }
+    place->payload += static_cast<uint32_t>(packet.payload.size());
+    if (packet.scrambling != 0) {
+        place->scrambled = true;
+        return;
+    }
+    if (lost && place->section != 0) {
+        drop_section(&analysis->sections[place->section - 1]);
+    }
+    if (carries_service_info(packet.pid)) {
+        read_service_tables(analysis, packet);
+        return;
+    }
+    read_program_tables(analysis, packet);
+    if (place->stream == 0 && without_maps) {
+        add_unlisted_stream(analysis, place, packet);
+    }
+    if (place->stream != 0) {
+        feed_unit(analysis, place->stream - 1U, packet, lost);
+    }
+}
+
+// Whether reading on cannot tell more: all streams of maps are described and, where tables of
+// services occur, they were seen.
+bool is_complete(const Analysis* analysis) {
+    if (analysis->stream_count == 0) {
+        return false;
+    }
+    for (uint32_t i = 0; i < analysis->stream_count; ++i) {
+        const Stream& stream = analysis->streams[i];
+        const Unit& unit = analysis->units[i];
+        const ZatStreamKind kind = text_of(stream.codec).kind;
+        const bool matters = kind == ZAT_STREAM_VIDEO || kind == ZAT_STREAM_AUDIO;
+        const bool is_hidden = unit.encrypted || analysis->pids[stream.pid].scrambled;
+        if (matters && !unit.described && !is_hidden) {
+            return false;
+        }
+    }
+    const bool waits_for_sdt = analysis->pids[pid_sdt].seen && !analysis->services.sdt_seen;
+    const bool waits_for_eit = analysis->pids[pid_eit].seen && !analysis->services.eit_seen;
+    return !waits_for_sdt && !waits_for_eit;
+}
+
+} // namespace
+
+Bytes file_bytes(Analysis* analysis, int64_t position, uint32_t wanted) {
+    wanted = static_cast<uint32_t>(std::clamp<int64_t>(analysis->file_size - position, 0, wanted));
+    const int64_t end = analysis->buffer_start + analysis->buffer_loaded;
+    if (position < analysis->buffer_start || position > end ||
+        position + wanted > analysis->buffer_start + int64_t{buffer_size}) {
+        analysis->buffer_start = position;
+        analysis->buffer_loaded = 0;
+    }
+    const auto offset = static_cast<uint32_t>(position - analysis->buffer_start);
+    if (offset + wanted > analysis->buffer_loaded) {
+        const uint32_t missing = offset + wanted - analysis->buffer_loaded;
+        analysis->buffer_loaded +=
+            read_at(analysis->file, analysis->buffer_start + analysis->buffer_loaded,
+                analysis->buffer + analysis->buffer_loaded, missing);
+    }
+    const uint32_t available = analysis->buffer_loaded > offset ? analysis->buffer_loaded - offset : 0;
+    return {analysis->buffer + offset, std::min(wanted, available)};
+}
+
+void add_pcr(Clock* clock, int64_t pcr, int64_t position) {
+    constexpr int64_t longest_gap = 10 * pcr_rate;
+    if (clock->count == 0) {
+        clock->first = pcr;
+        clock->first_position = position;
+    } else {
+        const int64_t distance = pcr_distance(clock->last, pcr);
+        clock->jumps = clock->jumps || distance < 0 || distance > longest_gap;
+    }
+    clock->last = pcr;
+    clock->last_position = position;
+    ++clock->count;
+}
+
+void read_head(Analysis* analysis, int64_t limit) {
+    find_tables(analysis, std::min(limit, tables_limit));
+    const bool without_maps = !has_any_map(analysis);
+    analysis->take_damaged = without_maps;
+    int64_t position = analysis->layout.offset;
+    const int64_t end = std::min(limit, analysis->file_size);
+    const bool reads_all = analysis->file_size <= whole_limit || limit >= analysis->file_size;
+    for (;;) {
+        const auto wanted = static_cast<uint32_t>(std::min<int64_t>(step, end - position));
+        PacketCursor cursor{file_bytes(analysis, position, wanted), analysis->layout.stride, 0};
+        Packet packet;
+        while (next_packet(&cursor, &packet)) {
+            const auto at = static_cast<int64_t>(cursor.position - cursor.stride);
+            take_packet(analysis, packet, position + at, without_maps);
+        }
+        const auto used = static_cast<int64_t>(std::min(cursor.position, cursor.bytes.size()));
+        position += used;
+        analysis->head_end = position;
+        if (used == 0 || position + packet_size > end) {
+            break;
+        }
+        judge_units(analysis);
+        if (!reads_all && is_complete(analysis)) {
+            break;
+        }
+    }
+    judge_units(analysis);
+    analysis->whole_file = analysis->head_end + analysis->layout.stride > analysis->file_size;
+}
+
+} // namespace zat::ts
