@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
-#include <cstring>
 
 namespace host {
 
@@ -40,6 +39,9 @@ std::string type_text(const Description& description) {
 std::string duration_text(double seconds) {
     if (!std::isfinite(seconds) || seconds <= 0 || seconds >= 1e9) {
         return "";
+    }
+    if (seconds < 10) {
+        return formatted("%.1fs", seconds);
     }
     const auto whole = static_cast<uint64_t>(seconds);
     const auto hours = static_cast<unsigned>(whole / 3600);

@@ -1,5 +1,7 @@
 #include "text_width.h"
 
+#include "common/utf8.h"
+
 #include <algorithm>
 #include <cstdint>
 #include <iterator>
@@ -30,18 +32,6 @@ bool is_in(const Range* begin, const Range* end, uint32_t character) {
         [&](const Range& range) { return character >= range.first && character <= range.last; });
 }
 
-// Takes the character at the front of valid UTF-8.
-uint32_t take_character(std::string_view* text) {
-    const auto lead = static_cast<unsigned char>(text->front());
-    const size_t length = lead < 0x80 ? 1 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
-    uint32_t character = length == 1 ? lead : lead & (0x7FU >> length);
-    for (size_t i = 1; i < length && i < text->size(); ++i) {
-        character = character << 6 | (static_cast<unsigned char>((*text)[i]) & 0x3FU);
-    }
-    text->remove_prefix(std::min(length, text->size()));
-    return character;
-}
-
 size_t character_width(uint32_t character) {
     if (is_in(std::begin(empty_ranges), std::end(empty_ranges), character)) {
         return 0;
@@ -54,7 +44,7 @@ size_t character_width(uint32_t character) {
 size_t text_width(std::string_view utf8) {
     size_t width = 0;
     while (!utf8.empty()) {
-        width += character_width(take_character(&utf8));
+        width += character_width(zat::take_utf8(&utf8));
     }
     return width;
 }
@@ -67,7 +57,7 @@ std::string cut_to_width(const std::string& utf8, size_t columns) {
     std::string_view rest = utf8;
     size_t length = 0;
     for (size_t width = 1; !rest.empty(); length = utf8.size() - rest.size()) {
-        width += character_width(take_character(&rest));
+        width += character_width(zat::take_utf8(&rest));
         if (width > columns) {
             break;
         }
@@ -80,7 +70,7 @@ std::string printable(std::string_view utf8, std::string_view kept) {
     std::string out;
     while (!utf8.empty()) {
         std::string_view rest = utf8;
-        const uint32_t character = take_character(&rest);
+        const uint32_t character = zat::take_utf8(&rest);
         const std::string_view bytes = utf8.substr(0, utf8.size() - rest.size());
         const bool is_control = character < 0x20 || (character >= 0x7F && character < 0xA0);
         if (is_control && kept.find(bytes) == std::string_view::npos) {
