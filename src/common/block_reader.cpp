@@ -1,7 +1,5 @@
 #include "common/block_reader.h"
 
-#include "common/zero_skip.h"
-
 #include <algorithm>
 #include <cstring>
 
@@ -56,23 +54,6 @@ Bytes block_view(BlockReader* reader, int64_t position, uint32_t count) {
     const uint8_t* bytes = nullptr;
     const uint32_t ready = load(reader, position, count, &bytes);
     return {bytes, std::min(ready, count)};
-}
-
-int64_t block_count_zeros(BlockReader* reader, int64_t position) {
-    int64_t zeros = 0;
-    for (;;) {
-        const uint8_t* bytes = nullptr;
-        const uint32_t ready = load(reader, position + zeros, 1, &bytes);
-        if (ready == 0) {
-            return -1;
-        }
-        const uint32_t run = leading_zeros(bytes, ready);
-        zeros += run;
-        if (run < ready) {
-            return zeros;
-        }
-        zeros = next_data(reader->file, position + zeros) - position;
-    }
 }
 
 } // namespace zat

@@ -33,8 +33,4 @@ uint32_t block_read(BlockReader* reader, int64_t position, void* destination, ui
 // the file. Valid until the reader's next use.
 Bytes block_view(BlockReader* reader, int64_t position, uint32_t count);
 
-// The number of zero bytes from a file position up to the first other byte, or -1 when the file
-// ends before one.
-int64_t block_count_zeros(BlockReader* reader, int64_t position);
-
 } // namespace zat

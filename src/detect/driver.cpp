@@ -93,12 +93,6 @@ int64_t find_packets(FileWindow* window, uint32_t* packet_size) {
     }
 }
 
-size_t leading_zeros(Bytes bytes) {
-    return static_cast<size_t>(std::find_if(bytes.begin(), bytes.end(), [](uint8_t byte) {
-        return byte != 0;
-    }) - bytes.begin());
-}
-
 // Streams that begin somewhere in the view.
 int search_streams(FileWindow* window, DetectContext* context) {
     const size_t zeros = leading_zeros(window_bytes(window));
