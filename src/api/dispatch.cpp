@@ -8,6 +8,7 @@
 #include "common/record_lines.h"
 #include "container/flv.h"
 #include "container/mp4.h"
+#include "container/mpeg_ts.h"
 #include "container/realmedia.h"
 
 #include <cstddef>
@@ -32,6 +33,8 @@ struct Row {
 // looked at; what an analyser could not read is missing in the record, and that says it.
 constexpr Row rows[] = {
     {FILETYPE_QUICKTIME, AnalyzeMp4File},
+    {FILETYPE_MPEG2_TS, AnalyzeMpegTsFile},
+    {FILETYPE_MPEG2_M2TS, AnalyzeMpegTsFile},
     {FILETYPE_3GPP2, AnalyzeMp4File},
     {FILETYPE_MPEG4, AnalyzeMp4File},
     {FILETYPE_AAC, AnalyzeMp4File},

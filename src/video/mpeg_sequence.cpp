@@ -186,8 +186,8 @@ void mpeg_video_line(const SequenceHeader* header, const SequenceExtension* exte
 void named_video_line(const SequenceHeader* header, const SequenceExtension* extension,
     MpegVideoVersion version, bool names_variable, char* out) {
     const bool is_mpeg1 = version == MpegVideoVersion::mpeg1;
-    const char* aspect = is_mpeg1 ? mpeg1_aspect_name(header->aspect_code)
-                                  : mpeg2_aspect_name(header->aspect_code);
+    const char* aspect =
+        is_mpeg1 ? mpeg1_aspect_name(header->aspect_code) : mpeg2_aspect_name(header->aspect_code);
     const char* rate = frame_rate_name(header->frame_rate_code);
     const char* name = is_mpeg1 ? "MPEG1" : "MPEG2";
     if (names_variable && header->bit_rate_value == variable_bit_rate) {

@@ -17,15 +17,15 @@ namespace zat::ts {
 constexpr uint32_t program_slots = 256;
 constexpr uint32_t stream_slots = 256;
 constexpr uint32_t clock_slots = 64;
-constexpr uint32_t section_slots = 64;     // sections under way at one time
-constexpr uint32_t stamp_slots = 512;      // time stamps that are kept of a video stream
-constexpr uint32_t stamped_units = 16;     // video streams whose time stamps are kept
+constexpr uint32_t section_slots = 64; // sections under way at one time
+constexpr uint32_t stamp_slots = 512;  // time stamps that are kept of a video stream
+constexpr uint32_t stamped_units = 16; // video streams whose time stamps are kept
 constexpr uint32_t capture_pool = 768 << 10;
-constexpr uint32_t video_capture = 4096;   // from the first header on
-constexpr uint32_t audio_capture = 65536;  // of the first audio streams
-constexpr uint32_t small_capture = 8192;   // of all the others
+constexpr uint32_t video_capture = 4096;  // from the first header on
+constexpr uint32_t audio_capture = 65536; // of the first audio streams
+constexpr uint32_t small_capture = 8192;  // of all the others
 constexpr uint32_t first_captures = 8;
-constexpr uint32_t buffer_size = 1 << 20;  // of the file at a time
+constexpr uint32_t buffer_size = 1 << 20; // of the file at a time
 
 struct Program {
     uint16_t number = 0;
@@ -44,6 +44,10 @@ struct Clock {
     int64_t last = 0;
     int64_t first_position = 0; // of the packet in the file
     int64_t last_position = 0;
+    int64_t steady = 0; // the first value a second behind `first`: muxers begin with a burst
+    int64_t steady_position = 0;
+    int64_t good_ticks = 0; // of the steps that are no jumps
+    int64_t good_bytes = 0;
 };
 
 // The payload of the PES packets of a stream.
@@ -64,6 +68,9 @@ struct Unit {
     int64_t lowest = 0;
     int64_t highest = 0;
     int64_t latest = 0;
+    int64_t earlier = 0;      // ticks of the parts before a jump
+    int64_t step = 0;         // the first one forward
+    double frame_seconds = 0; // of what a time stamp begins, where the stream tells it
     uint32_t stamp_count = 0;
     uint32_t stamps = 0; // number, from 1, of the place where they are kept; 0: nowhere
 
@@ -149,7 +156,8 @@ inline Bytes captured_bytes(const Analysis* analysis, const Unit& unit) {
 // Adds a PCR to those of a stretch.
 void add_pcr(Clock* clock, int64_t pcr, int64_t position);
 
-// Reads the head of the file: tables, then streams until they are all described.
-void read_head(Analysis* analysis, int64_t limit);
+// Reads the head of the file, `limit` bytes at most: tables, then streams until they are all
+// described or, if `thorough`, to the limit.
+void read_head(Analysis* analysis, int64_t limit, bool thorough);
 
 } // namespace zat::ts

@@ -16,12 +16,17 @@ struct StreamText {
     char codec[video_codec_size] = "";
     uint32_t bits = 0;
     uint32_t channel_mask = 0;
+    double frame_seconds = 0; // of one frame; 0 when not known
 };
 
 // Whether a start code of this value begins the header that the codec's decoders start from.
 bool begins_header(Codec codec, uint8_t code);
 
-// Whether the captured bytes show what the stream is.
+// Whether streams of the codec are looked into.
+bool has_video_describer(Codec codec);
+bool has_audio_describer(Codec codec);
+
+// Whether the captured bytes show what the stream is; true for those that are not looked into.
 bool is_described(const Stream& stream, Bytes captured);
 
 // Set the facts and the texts by the captured bytes, which begin with a header (video) or a PES

@@ -94,19 +94,42 @@ bool begins_header(Codec codec, uint8_t code) {
 }
 
 bool describe_video(const Stream& stream, Bytes captured, ZatStream* facts, StreamText* text) {
+    bool found = false;
     switch (stream.codec) {
     case Codec::mpeg1_video:
     case Codec::mpeg2_video:
     case Codec::unknown_video:
-        return describe_mpeg_video(captured, facts, text);
+        found = describe_mpeg_video(captured, facts, text);
+        break;
     case Codec::mpeg4_visual:
-        return describe_mpeg4(captured, facts, text);
+        found = describe_mpeg4(captured, facts, text);
+        break;
     case Codec::avc:
-        return describe_avc(captured, facts, text);
+        found = describe_avc(captured, facts, text);
+        break;
     case Codec::hevc:
-        return describe_hevc(captured, facts, text);
+        found = describe_hevc(captured, facts, text);
+        break;
     case Codec::vc1:
-        return describe_vc1(captured, facts, text);
+        found = describe_vc1(captured, facts, text);
+        break;
+    default:
+        break;
+    }
+    text->measures_rate = found && !text->has_line;
+    return found;
+}
+
+bool has_video_describer(Codec codec) {
+    switch (codec) {
+    case Codec::mpeg1_video:
+    case Codec::mpeg2_video:
+    case Codec::unknown_video:
+    case Codec::mpeg4_visual:
+    case Codec::avc:
+    case Codec::hevc:
+    case Codec::vc1:
+        return true;
     default:
         return false;
     }
@@ -115,9 +138,11 @@ bool describe_video(const Stream& stream, Bytes captured, ZatStream* facts, Stre
 bool is_described(const Stream& stream, Bytes captured) {
     ZatStream facts{};
     StreamText text;
-    return text_of(stream.codec).kind == ZAT_STREAM_VIDEO
-               ? describe_video(stream, captured, &facts, &text)
-               : describe_audio(stream, captured, &facts, &text);
+    if (text_of(stream.codec).kind == ZAT_STREAM_VIDEO) {
+        return !has_video_describer(stream.codec) ||
+               describe_video(stream, captured, &facts, &text);
+    }
+    return !has_audio_describer(stream.codec) || describe_audio(stream, captured, &facts, &text);
 }
 
 } // namespace zat::ts

@@ -7,10 +7,10 @@ namespace zat::ts {
 
 namespace {
 
-constexpr uint32_t step = 256 << 10;       // bytes read before looking whether all is known
+constexpr uint32_t step = 256 << 10; // bytes read before looking whether all is known
 constexpr uint32_t first_step = 64 << 10;
-constexpr int64_t tables_limit = 1 << 20;  // bytes searched for the first tables
-constexpr int64_t whole_limit = 1 << 20;   // files up to this size are read whole
+constexpr int64_t tables_limit = 1 << 20; // bytes searched for the first tables
+constexpr int64_t whole_limit = 1 << 20;  // files up to this size are read whole
 
 bool has_all_maps(const Analysis* analysis) {
     bool any = false;
@@ -179,31 +179,18 @@ Bytes file_bytes(Analysis* analysis, int64_t position, uint32_t wanted) {
             read_at(analysis->file, analysis->buffer_start + analysis->buffer_loaded,
                 analysis->buffer + analysis->buffer_loaded, missing);
     }
-    const uint32_t available = analysis->buffer_loaded > offset ? analysis->buffer_loaded - offset : 0;
+    const uint32_t available =
+        analysis->buffer_loaded > offset ? analysis->buffer_loaded - offset : 0;
     return {analysis->buffer + offset, std::min(wanted, available)};
 }
 
-void add_pcr(Clock* clock, int64_t pcr, int64_t position) {
-    constexpr int64_t longest_gap = 10 * pcr_rate;
-    if (clock->count == 0) {
-        clock->first = pcr;
-        clock->first_position = position;
-    } else {
-        const int64_t distance = pcr_distance(clock->last, pcr);
-        clock->jumps = clock->jumps || distance < 0 || distance > longest_gap;
-    }
-    clock->last = pcr;
-    clock->last_position = position;
-    ++clock->count;
-}
-
-void read_head(Analysis* analysis, int64_t limit) {
+void read_head(Analysis* analysis, int64_t limit, bool thorough) {
     find_tables(analysis, std::min(limit, tables_limit));
     const bool without_maps = !has_any_map(analysis);
     analysis->take_damaged = without_maps;
     int64_t position = analysis->layout.offset;
     const int64_t end = std::min(limit, analysis->file_size);
-    const bool reads_all = analysis->file_size <= whole_limit || limit >= analysis->file_size;
+    const bool reads_all = thorough || analysis->file_size <= whole_limit;
     for (;;) {
         const auto wanted = static_cast<uint32_t>(std::min<int64_t>(step, end - position));
         PacketCursor cursor{file_bytes(analysis, position, wanted), analysis->layout.stride, 0};
@@ -212,7 +199,7 @@ void read_head(Analysis* analysis, int64_t limit) {
             const auto at = static_cast<int64_t>(cursor.position - cursor.stride);
             take_packet(analysis, packet, position + at, without_maps);
         }
-        const auto used = static_cast<int64_t>(std::min(cursor.position, cursor.bytes.size()));
+        const auto used = static_cast<int64_t>(cursor.position);
         position += used;
         analysis->head_end = position;
         if (used == 0 || position + packet_size > end) {

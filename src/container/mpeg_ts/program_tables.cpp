@@ -76,7 +76,7 @@ struct Context {
 };
 
 void take_program_section(void* context, Bytes bytes) {
-    auto* [analysis, pid] = *static_cast<Context*>(context);
+    auto * [ analysis, pid ] = *static_cast<Context*>(context);
     Section section;
     if (!read_section(bytes, &section) || !section.has_syntax || !section.current ||
         !(section.crc_ok || analysis->take_damaged)) {
@@ -90,7 +90,7 @@ void take_program_section(void* context, Bytes bytes) {
 }
 
 void take_service_section(void* context, Bytes bytes) {
-    auto* [analysis, pid] = *static_cast<Context*>(context);
+    auto * [ analysis, pid ] = *static_cast<Context*>(context);
     Section section;
     if (read_section(bytes, &section)) {
         read_service_section(&analysis->services, pid, section);

@@ -34,8 +34,14 @@ void take_stamp(Analysis* analysis, const Stream& stream, Unit* unit, int64_t pt
     }
     // Counted from the one before, so that a wrap of the clock is none.
     const int64_t step = clock_distance(unit->first_stamp + unit->latest, pts);
-    unit->stamps_jump = unit->stamps_jump || step > joint || step < -joint;
     unit->latest += step;
+    if (step > joint || step < -joint) {
+        unit->stamps_jump = true;
+        unit->earlier += unit->highest - unit->lowest;
+        unit->lowest = unit->latest;
+        unit->highest = unit->latest;
+    }
+    unit->step = unit->step == 0 && step > 0 ? step : unit->step;
     unit->lowest = std::min(unit->lowest, unit->latest);
     unit->highest = std::max(unit->highest, unit->latest);
     if (text_of(stream.codec).kind == ZAT_STREAM_VIDEO) {
