@@ -19,7 +19,7 @@ uint32_t load(BlockReader* reader, int64_t position, uint32_t least, const uint8
         const bool goes_on = reader->loaded != 0 && (inside || position == end);
         reader->start = position;
         reader->loaded = read_at(reader->file, position, reader->block,
-            goes_on ? BlockReader::block_size : BlockReader::jump_size);
+            goes_on ? BlockReader::block_size : std::max(reader->jump, least));
     }
     const auto offset = static_cast<uint32_t>(position - reader->start);
     *bytes = reader->block + offset;
@@ -32,6 +32,7 @@ void block_open(BlockReader* reader, FileRecord* file) {
     reader->file = file;
     reader->start = 0;
     reader->loaded = 0;
+    reader->jump = BlockReader::jump_size;
 }
 
 uint32_t block_read(BlockReader* reader, int64_t position, void* destination, uint32_t count) {

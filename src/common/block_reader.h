@@ -17,6 +17,8 @@ struct BlockReader {
     FileRecord* file = nullptr;
     int64_t start = 0;   // file position of the block
     uint32_t loaded = 0; // bytes of it
+    // Bytes read behind a jump. A walk that only looks at headers far apart may want fewer.
+    uint32_t jump = jump_size;
     uint8_t block[block_size];
 };
 
