@@ -4,7 +4,6 @@
 #include "audio/mpeg_audio.h"
 
 #include <algorithm>
-#include <array>
 
 namespace zat {
 
@@ -13,9 +12,8 @@ namespace {
 constexpr size_t header_size = 8; // enough for every kind
 
 bool read_mpeg_header(Bytes bytes, MpegAudioInfo* info) {
-    std::array<uint8_t, mpeg_audio_header_size> header{bytes[0], bytes[1], bytes[2], bytes[3]};
     *info = {};
-    return IsMpegAudioSync(header.data()) && DecodeMpegAudioHeader(header.data(), info) == 0 &&
+    return IsMpegAudioSync(bytes.data()) && read_mpeg_audio_header(bytes, info) == 0 &&
            info->bitrate > 0;
 }
 

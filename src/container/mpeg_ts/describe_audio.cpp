@@ -4,9 +4,9 @@
 #include "audio/adts.h"
 #include "audio/dts.h"
 #include "audio/first_frame.h"
+#include "audio/frame_search.h"
 #include "audio/lpcm.h"
 #include "audio/stream_facts.h"
-#include "audio/sync_search.h"
 #include "audio/truehd.h"
 #include "common/codec_names.h"
 
@@ -21,88 +21,61 @@ void set_frame_time(double samples, const ZatStream& facts, StreamText* text) {
     text->frame_seconds = facts.sample_rate != 0 ? samples / facts.sample_rate : 0;
 }
 
-// The first frame behind which another one follows, or the bytes end.
-bool find_mpeg_audio_frame(Bytes* bytes, MpegAudioInfo* info) {
-    for (int64_t at = find_mpeg_audio_sync(*bytes); at >= 0; at = find_mpeg_audio_sync(*bytes)) {
-        *bytes = bytes->subspan(static_cast<size_t>(at));
-        *info = {};
-        if (read_mpeg_audio_header(*bytes, info) == 0 && info->bitrate > 0) {
-            const size_t next = info->frame_size;
-            const uint8_t sync[2] = {byte_at(*bytes, next), byte_at(*bytes, next + 1)};
-            if (next + 2 > bytes->size() || IsMpegAudioSync(sync)) {
-                return true;
-            }
-        }
-        *bytes = bytes->subspan(1);
-    }
-    return false;
-}
-
-bool describe_mpeg_audio(
-    const Stream& /*stream*/, Bytes captured, ZatStream* facts, StreamText* text) {
-    MpegAudioInfo info;
-    if (!find_mpeg_audio_frame(&captured, &info) ||
-        !describe_mpeg_audio_frame(captured, facts, text->line)) {
+// The first frame of a kind, behind what was left of one that was cut: describes it. What is left
+// of the captured bytes begins with it.
+bool describe_first_frame(
+    FrameKind kind, FrameDescriber describe, Bytes* captured, ZatStream* facts, StreamText* text) {
+    const int64_t at = find_audio_frame(kind, *captured);
+    if (at < 0 || !describe(captured->subspan(static_cast<size_t>(at)), facts, text->line)) {
         return false;
     }
-    set_frame_time(mpeg_audio_frame_samples(&info), *facts, text);
+    *captured = captured->subspan(static_cast<size_t>(at));
+    set_frame_time(audio_frame_samples(kind, *captured), *facts, text);
     text->has_line = true;
     return true;
 }
 
-struct AdtsRun {
-    Bytes first; // from the first frame on
+bool describe_mpeg_audio(
+    const Stream& /*stream*/, Bytes captured, ZatStream* facts, StreamText* text) {
+    return describe_first_frame(
+        FrameKind::mpeg_audio, describe_mpeg_audio_frame, &captured, facts, text);
+}
+
+struct FrameRun {
     uint64_t frames = 0;
     uint64_t bytes = 0;
 };
 
-bool is_adts_frame(Bytes bytes) {
-    AdtsHeader header;
-    return bytes.size() >= adts_header_size && IsAdtsSync(bytes.data()) &&
-           ParseAdtsHeader(bytes, &header) == 0 && header.frame_length > adts_header_size;
-}
-
-AdtsRun follow_adts_frames(Bytes bytes) {
-    AdtsRun run{.first = bytes};
-    while (is_adts_frame(bytes)) {
-        AdtsHeader header;
-        (void)ParseAdtsHeader(bytes, &header);
-        if (header.frame_length > bytes.size()) {
-            break;
-        }
+FrameRun follow_frames(FrameKind kind, Bytes bytes) {
+    FrameRun run;
+    for (uint32_t size = audio_frame_size(kind, bytes); size != 0 && size <= bytes.size();
+         size = audio_frame_size(kind, bytes)) {
         ++run.frames;
-        run.bytes += header.frame_length;
-        bytes = bytes.subspan(header.frame_length);
+        run.bytes += size;
+        bytes = bytes.subspan(size);
     }
     return run;
 }
 
-// The first place from which frames follow one another: two of them, or one up to the bytes' end.
-bool find_adts_frames(Bytes bytes, AdtsRun* run) {
-    for (; bytes.size() >= adts_header_size; bytes = bytes.subspan(1)) {
-        if (!is_adts_frame(bytes)) {
-            continue;
-        }
-        *run = follow_adts_frames(bytes);
-        if (run->frames >= 2 || run->bytes == bytes.size()) {
-            return true;
-        }
-    }
-    return false;
-}
-
+// Length and rate are the means of the frames at hand.
 bool describe_adts(Bytes captured, ZatStream* facts, StreamText* text) {
-    constexpr uint32_t samples = 1024;
-    AdtsRun run;
-    if (!find_adts_frames(captured, &run)) {
+    const int64_t at = find_audio_frame(FrameKind::adts, captured);
+    if (at < 0) {
         return false;
     }
+    captured = captured.subspan(static_cast<size_t>(at));
     AdtsHeader header;
-    (void)ParseAdtsHeader(run.first, &header);
+    if (ParseAdtsHeader(captured, &header) != 0) {
+        return false;
+    }
     header.line_style = adts_version_and_profile;
-    header.frame_length = static_cast<uint32_t>(run.bytes / run.frames);
-    header.bitrate =
-        static_cast<uint32_t>(run.bytes * 8 * header.sample_rate / (run.frames * samples));
+    const FrameRun run = follow_frames(FrameKind::adts, captured);
+    const uint32_t samples = audio_frame_samples(FrameKind::adts, captured);
+    if (run.frames != 0) {
+        header.frame_length = static_cast<uint32_t>(run.bytes / run.frames);
+        header.bitrate =
+            static_cast<uint32_t>(run.bytes * 8 * header.sample_rate / (run.frames * samples));
+    }
     adts_facts(header, facts);
     FormatAdtsLine(&header, text->line);
     set_frame_time(samples, *facts, text);
@@ -116,29 +89,11 @@ bool describe_aac(const Stream& stream, Bytes captured, ZatStream* facts, Stream
 }
 
 bool describe_ac3(const Stream& /*stream*/, Bytes captured, ZatStream* facts, StreamText* text) {
-    constexpr double samples = 1536;
-    for (int64_t at = find_ac3_sync(captured); at >= 0; at = find_ac3_sync(captured)) {
-        captured = captured.subspan(static_cast<size_t>(at));
-        if (describe_ac3_frame(captured, facts, text->line)) {
-            set_frame_time(samples, *facts, text);
-            text->has_line = true;
-            return true;
-        }
-        captured = captured.subspan(1);
-    }
-    return false;
+    return describe_first_frame(FrameKind::ac3, describe_ac3_frame, &captured, facts, text);
 }
 
 bool describe_dts(const Stream& /*stream*/, Bytes captured, ZatStream* facts, StreamText* text) {
-    constexpr double samples = 512;
-    const int64_t at = find_dts_sync(captured);
-    if (at < 0 ||
-        !describe_dts_frame(captured.subspan(static_cast<size_t>(at)), facts, text->line)) {
-        return false;
-    }
-    set_frame_time(samples, *facts, text);
-    text->has_line = true;
-    return true;
+    return describe_first_frame(FrameKind::dts, describe_dts_frame, &captured, facts, text);
 }
 
 bool describe_lpcm(const Stream& /*stream*/, Bytes captured, ZatStream* facts, StreamText* text) {

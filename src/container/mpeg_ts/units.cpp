@@ -162,6 +162,11 @@ void begin_packet(Analysis* analysis, const Stream& stream, Unit* unit, Bytes pa
     if (!unit->in_packet) {
         return;
     }
+    if (!unit->was_read &&
+        !(has_video_describer(stream.codec) || has_audio_describer(stream.codec))) {
+        unit->described = true;
+        unit->capture_closed = true;
+    }
     unit->was_read = true;
     unit->stream_id = header.stream_id;
     unit->encrypted = unit->encrypted || header.scrambling != 0;
