@@ -1,6 +1,7 @@
 #include "audio/stream_facts.h"
 
 #include "common/channel_layout.h"
+#include "common/codec_names.h"
 #include "common/numbers.h"
 #include "common/text.h"
 
@@ -245,6 +246,33 @@ void vorbis_facts(const VorbisInfo& info, ZatStream* stream) {
                                     info.bitrate_maximum == bit_rate && stream->bit_rate != 0
                                 ? ZAT_BIT_RATE_CONSTANT
                                 : ZAT_BIT_RATE_VARIABLE;
+}
+
+namespace {
+
+void lpcm_facts(const LpcmInfo& info, uint32_t channels, ZatStream* stream) {
+    set_pcm(stream, PcmKind::signed_integer, info.bits > 0 ? static_cast<uint32_t>(info.bits) : 0,
+        true);
+    stream->channels = channels;
+    set_rates(info.sample_rate, int64_t{info.byte_rate} * 8, stream);
+    stream->bit_rate_mode = ZAT_BIT_RATE_CONSTANT;
+}
+
+} // namespace
+
+void dvd_lpcm_facts(const LpcmInfo& info, ZatStream* stream) {
+    lpcm_facts(info, info.channels > 0 ? static_cast<uint32_t>(info.channels) : 0, stream);
+}
+
+void bd_lpcm_facts(const LpcmInfo& info, ZatStream* stream) {
+    // By channel assignment; codes without one stay at none.
+    static constexpr uint32_t masks[] = {0, centre, 0, front, front | centre, front | back_centre,
+        front | centre | back_centre, front | side, front | centre | side,
+        front | centre | side | lfe, front | centre | side | back,
+        front | centre | side | back | lfe};
+    const uint32_t mask = mask_of(masks, info.assignment);
+    lpcm_facts(info, static_cast<uint32_t>(std::popcount(mask)), stream);
+    set_layout(mask, stream);
 }
 
 } // namespace zat

@@ -12,19 +12,24 @@ namespace zat {
 namespace {
 
 constexpr uint32_t least_budget = 4 << 20; // bytes of the head
-constexpr uint32_t layout_size = 64 << 10; // searched for packets at first
-constexpr uint32_t layout_limit = 1 << 20;
+constexpr int64_t layout_limit = 5 << 20;  // searched for packets
 constexpr uint32_t option_thorough = 1;
 
+// Looks for packets piece by piece, each overlapping the one before it by a few packets.
 ts::Layout find_packets(ts::Analysis* analysis) {
-    const Bytes start = ts::file_bytes(analysis, 0, layout_size);
-    const auto size = static_cast<uint64_t>(analysis->file_size);
-    ts::Layout layout = ts::find_layout(start, start.size() == size);
-    if (layout.stride == 0 && size > layout_size) {
-        const Bytes more = ts::file_bytes(analysis, 0, layout_limit);
-        layout = ts::find_layout(more, more.size() == size);
+    constexpr int64_t overlap = 2048;
+    for (int64_t position = 0; position < std::min(layout_limit, analysis->file_size);
+         position += ts::piece_size - overlap) {
+        const Bytes piece = ts::file_bytes(analysis, position, ts::piece_size);
+        const bool reaches_end =
+            position + static_cast<int64_t>(piece.size()) == analysis->file_size;
+        ts::Layout layout = ts::find_layout(piece, reaches_end);
+        if (layout.stride != 0) {
+            layout.offset += static_cast<uint32_t>(position);
+            return layout;
+        }
     }
-    return layout;
+    return {};
 }
 
 // The duration of a frame, for the end of the stream's time.
@@ -72,10 +77,11 @@ int AnalyzeMpegTsFile(FileRecord* file, const Output& out) {
     }
     // Reserved memory is zero, which is what the analysis starts from.
     auto* analysis = reinterpret_cast<ts::Analysis*>(memory);
+    uint8_t piece[ts::piece_size];
+    analysis->buffer = piece;
     analysis->file = file;
     analysis->file_size = file->size;
     analysis->layout = find_packets(analysis);
-    analysis->hdmv = false;
     const bool found = analysis->layout.stride != 0;
     if (found) {
         analyse(analysis, out);

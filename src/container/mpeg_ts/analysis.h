@@ -22,10 +22,10 @@ constexpr uint32_t stamp_slots = 512;  // time stamps that are kept of a video s
 constexpr uint32_t stamped_units = 16; // video streams whose time stamps are kept
 constexpr uint32_t capture_pool = 768 << 10;
 constexpr uint32_t video_capture = 4096;  // from the first header on
-constexpr uint32_t audio_capture = 65536; // of the first audio streams
+constexpr uint32_t audio_capture = 65536; // of the first streams whose frames are counted
 constexpr uint32_t small_capture = 8192;  // of all the others
 constexpr uint32_t first_captures = 8;
-constexpr uint32_t buffer_size = 1 << 20; // of the file at a time
+constexpr uint32_t piece_size = 32 << 10; // of the file at a time: stays in the caches
 
 struct Program {
     uint16_t number = 0;
@@ -60,8 +60,11 @@ struct Unit {
     bool stamps_jump = false;    // by more than a minute
     bool has_stamps = false;
     uint8_t stream_id = 0;
-    uint32_t header_left = 0; // bytes of the header that the next packets bring
-    uint64_t payload = 0;     // bytes
+    uint32_t header_left = 0;  // bytes of the header that the next packets bring
+    uint64_t payload = 0;      // bytes
+    uint64_t sampled = 0;      // bytes of it outside the head
+    uint32_t judged = 0;       // bytes captured when it was last looked at
+    bool wants_stamps = false; // they have to tell the frame rate
 
     // Time stamps (PTS): ticks from the first one on.
     int64_t first_stamp = 0;
@@ -81,12 +84,10 @@ struct Unit {
 };
 
 struct Pid {
-    uint32_t payload = 0; // bytes of packets
-    uint16_t stream = 0;  // numbers from 1; 0: none
-    uint16_t section = 0;
-    uint16_t clock = 0;
+    uint16_t stream = 0; // numbers from 1; 0: none
+    uint8_t section = 0;
+    uint8_t clock = 0;
     uint8_t counter = 0;
-    bool seen = false;
     bool has_counter = false;
     bool carries_map = false;
     bool scrambled = false;
@@ -96,6 +97,7 @@ struct Analysis {
     Layout layout;
     int64_t file_size = 0;
     int64_t head_end = 0; // what was read from the file's start on
+    int64_t sampled = 0;  // bytes read outside of it
     bool whole_file = false;
 
     bool pat_seen = false;
@@ -112,9 +114,11 @@ struct Analysis {
     Stream streams[stream_slots];
     Unit units[stream_slots];
     Clock clocks[clock_slots];
+    uint64_t seen[pid_count / 64]; // a bit for each identifier, apart: they are all looked at
     Pid pids[pid_count];
     ServiceInfo services;
     SectionBuffer sections[section_slots];
+    uint8_t section_bytes[section_slots][section_limit];
     int64_t stamps[stamped_units][stamp_slots];
     uint8_t pool[capture_pool];
 
@@ -122,18 +126,22 @@ struct Analysis {
     FileRecord* file = nullptr;
     int64_t buffer_start = 0;
     uint32_t buffer_loaded = 0;
-    uint8_t buffer[buffer_size];
+    uint8_t* buffer = nullptr; // of piece_size bytes
 };
 
-static_assert(sizeof(Analysis) < 3 << 20);
+static_assert(sizeof(Analysis) < 2 << 20);
 
 // The streams of programs that count: of those in the association table, or of all without one.
 inline bool is_active(const Analysis* analysis, const Program& program) {
     return program.has_map && (program.listed || !analysis->pat_seen);
 }
 
-// Bytes of the file from a position on, through the buffer: `wanted` (at most buffer_size) of them,
-// fewer where it ends. Valid until the next call.
+inline bool was_seen(const Analysis* analysis, uint32_t pid) {
+    return (analysis->seen[pid / 64] >> pid % 64 & 1) != 0;
+}
+
+// The `wanted` (at most piece_size) bytes of the file from a position on, fewer where it ends.
+// Valid until the next call.
 Bytes file_bytes(Analysis* analysis, int64_t position, uint32_t wanted);
 
 // Takes the sections of a packet's payload that belong to the program tables.

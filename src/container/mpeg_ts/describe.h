@@ -27,7 +27,8 @@ bool has_video_describer(Codec codec);
 bool has_audio_describer(Codec codec);
 
 // Whether the captured bytes show what the stream is; true for those that are not looked into.
-bool is_described(const Stream& stream, Bytes captured);
+// `wants_stamps` tells that the frame rate has to come from the time stamps.
+bool is_described(const Stream& stream, Bytes captured, bool* wants_stamps);
 
 // Set the facts and the texts by the captured bytes, which begin with a header (video) or a PES
 // payload (audio). False, with nothing set, when they do not show what the stream is.

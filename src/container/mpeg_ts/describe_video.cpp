@@ -135,14 +135,20 @@ bool has_video_describer(Codec codec) {
     }
 }
 
-bool is_described(const Stream& stream, Bytes captured) {
+bool is_described(const Stream& stream, Bytes captured, bool* wants_stamps) {
     ZatStream facts{};
     StreamText text;
-    if (text_of(stream.codec).kind == ZAT_STREAM_VIDEO) {
-        return !has_video_describer(stream.codec) ||
-               describe_video(stream, captured, &facts, &text);
+    *wants_stamps = false;
+    if (text_of(stream.codec).kind != ZAT_STREAM_VIDEO) {
+        return !has_audio_describer(stream.codec) ||
+               describe_audio(stream, captured, &facts, &text);
     }
-    return !has_audio_describer(stream.codec) || describe_audio(stream, captured, &facts, &text);
+    if (!has_video_describer(stream.codec)) {
+        return true;
+    }
+    const bool found = describe_video(stream, captured, &facts, &text);
+    *wants_stamps = found && !text.has_line && facts.frame_rate == 0;
+    return found;
 }
 
 } // namespace zat::ts

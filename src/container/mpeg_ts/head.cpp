@@ -7,8 +7,8 @@ namespace zat::ts {
 
 namespace {
 
-constexpr uint32_t step = 256 << 10; // bytes read before looking whether all is known
-constexpr uint32_t first_step = 64 << 10;
+constexpr int64_t least_head = 256 << 10; // bytes read of a file that is larger
+constexpr uint32_t least_stamps = 12;     // that tell a frame rate
 constexpr int64_t tables_limit = 1 << 20; // bytes searched for the first tables
 constexpr int64_t whole_limit = 1 << 20;  // files up to this size are read whole
 
@@ -35,27 +35,30 @@ bool has_any_map(const Analysis* analysis) {
 
 // The program tables alone, so that their streams are known when packets are read for good.
 void find_tables(Analysis* analysis, int64_t limit) {
-    uint32_t wanted = first_step;
-    PacketCursor cursor{{}, analysis->layout.stride, analysis->layout.offset};
-    for (;;) {
-        cursor.bytes = file_bytes(analysis, 0, wanted);
+    int64_t position = analysis->layout.offset;
+    while (position + packet_size <= limit) {
+        const auto wanted = static_cast<uint32_t>(std::min<int64_t>(piece_size, limit - position));
+        PacketCursor cursor{file_bytes(analysis, position, wanted), analysis->layout.stride, 0};
         Packet packet;
         while (next_packet(&cursor, &packet)) {
             if (packet.has_payload && !packet.damaged && packet.scrambling == 0) {
                 read_program_tables(analysis, packet);
             }
         }
-        const bool at_end = cursor.bytes.size() < wanted || wanted >= limit;
-        if (at_end || has_all_maps(analysis) || (wanted >= step && has_any_map(analysis))) {
-            return;
+        position += static_cast<int64_t>(cursor.position);
+        const bool has_enough = position >= least_head && has_any_map(analysis);
+        if (cursor.position == 0 || has_all_maps(analysis) || has_enough) {
+            break;
         }
-        wanted = static_cast<uint32_t>(std::min<int64_t>(int64_t{wanted} * 4, limit));
+    }
+    for (uint32_t i = 0; i < analysis->section_count; ++i) {
+        drop_section(&analysis->sections[i]);
     }
 }
 
 void take_pcr(Analysis* analysis, Pid* place, const Packet& packet, int64_t position) {
     if (place->clock == 0 && analysis->clock_count < clock_slots) {
-        place->clock = static_cast<uint16_t>(++analysis->clock_count);
+        place->clock = static_cast<uint8_t>(++analysis->clock_count);
     }
     if (place->clock != 0) {
         Clock* clock = &analysis->clocks[place->clock - 1];
@@ -106,7 +109,7 @@ bool check_counter(Pid* place, const Packet& packet, bool* lost) {
 
 void take_packet(Analysis* analysis, const Packet& packet, int64_t position, bool without_maps) {
     Pid* place = &analysis->pids[packet.pid];
-    place->seen = true;
+    analysis->seen[packet.pid / 64] |= uint64_t{1} << packet.pid % 64;
     if (packet.damaged || packet.pid == null_pid) {
         return;
     }
@@ -120,7 +123,6 @@ void take_packet(Analysis* analysis, const Packet& packet, int64_t position, boo
     if (!packet.has_payload) {
         return;
     }
-    place->payload += static_cast<uint32_t>(packet.payload.size());
     if (packet.scrambling != 0) {
         place->scrambled = true;
         return;
@@ -128,7 +130,7 @@ void take_packet(Analysis* analysis, const Packet& packet, int64_t position, boo
     if (lost && place->section != 0) {
         drop_section(&analysis->sections[place->section - 1]);
     }
-    if (carries_service_info(packet.pid)) {
+    if (carries_service_info(packet.pid) && !place->carries_map) {
         read_service_tables(analysis, packet);
         return;
     }
@@ -153,46 +155,40 @@ bool is_complete(const Analysis* analysis) {
         const ZatStreamKind kind = text_of(stream.codec).kind;
         const bool matters = kind == ZAT_STREAM_VIDEO || kind == ZAT_STREAM_AUDIO;
         const bool is_hidden = unit.encrypted || analysis->pids[stream.pid].scrambled;
-        if (matters && !unit.described && !is_hidden) {
+        const bool is_open =
+            !unit.described || (unit.wants_stamps && unit.stamp_count < least_stamps);
+        if (matters && is_open && !is_hidden) {
             return false;
         }
     }
-    const bool waits_for_sdt = analysis->pids[pid_sdt].seen && !analysis->services.sdt_seen;
-    const bool waits_for_eit = analysis->pids[pid_eit].seen && !analysis->services.eit_seen;
+    const bool waits_for_sdt = was_seen(analysis, pid_sdt) && !analysis->services.sdt_seen;
+    const bool waits_for_eit = was_seen(analysis, pid_eit) && !analysis->services.eit_seen;
     return !waits_for_sdt && !waits_for_eit;
 }
 
 } // namespace
 
 Bytes file_bytes(Analysis* analysis, int64_t position, uint32_t wanted) {
-    wanted = static_cast<uint32_t>(std::clamp<int64_t>(analysis->file_size - position, 0, wanted));
+    const int64_t left = analysis->file_size - position;
+    wanted = static_cast<uint32_t>(std::clamp<int64_t>(left, 0, wanted));
     const int64_t end = analysis->buffer_start + analysis->buffer_loaded;
-    if (position < analysis->buffer_start || position > end ||
-        position + wanted > analysis->buffer_start + int64_t{buffer_size}) {
+    if (position < analysis->buffer_start || position + wanted > end) {
         analysis->buffer_start = position;
-        analysis->buffer_loaded = 0;
+        analysis->buffer_loaded = read_at(analysis->file, position, analysis->buffer, wanted);
     }
-    const auto offset = static_cast<uint32_t>(position - analysis->buffer_start);
-    if (offset + wanted > analysis->buffer_loaded) {
-        const uint32_t missing = offset + wanted - analysis->buffer_loaded;
-        analysis->buffer_loaded +=
-            read_at(analysis->file, analysis->buffer_start + analysis->buffer_loaded,
-                analysis->buffer + analysis->buffer_loaded, missing);
-    }
-    const uint32_t available =
-        analysis->buffer_loaded > offset ? analysis->buffer_loaded - offset : 0;
-    return {analysis->buffer + offset, std::min(wanted, available)};
+    const auto offset = static_cast<size_t>(position - analysis->buffer_start);
+    return part_of({analysis->buffer, analysis->buffer_loaded}, offset, wanted);
 }
 
 void read_head(Analysis* analysis, int64_t limit, bool thorough) {
-    find_tables(analysis, std::min(limit, tables_limit));
+    find_tables(analysis, std::min({limit, tables_limit, analysis->file_size}));
     const bool without_maps = !has_any_map(analysis);
     analysis->take_damaged = without_maps;
     int64_t position = analysis->layout.offset;
     const int64_t end = std::min(limit, analysis->file_size);
     const bool reads_all = thorough || analysis->file_size <= whole_limit;
     for (;;) {
-        const auto wanted = static_cast<uint32_t>(std::min<int64_t>(step, end - position));
+        const auto wanted = static_cast<uint32_t>(std::min<int64_t>(piece_size, end - position));
         PacketCursor cursor{file_bytes(analysis, position, wanted), analysis->layout.stride, 0};
         Packet packet;
         while (next_packet(&cursor, &packet)) {
@@ -206,7 +202,7 @@ void read_head(Analysis* analysis, int64_t limit, bool thorough) {
             break;
         }
         judge_units(analysis);
-        if (!reads_all && is_complete(analysis)) {
+        if (!reads_all && position >= least_head && is_complete(analysis)) {
             break;
         }
     }

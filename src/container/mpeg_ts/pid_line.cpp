@@ -39,8 +39,7 @@ void write_pid_line(const Analysis* analysis, InfoRecord* record) {
     uint16_t pids[entry_slots];
     uint32_t count = 0;
     for (uint32_t pid = 0; pid < pid_count && count < entry_slots; ++pid) {
-        const Pid& place = analysis->pids[pid];
-        if (place.seen && !belongs_to_stream(analysis, place)) {
+        if (was_seen(analysis, pid) && !belongs_to_stream(analysis, analysis->pids[pid])) {
             format_text(keys[count].key, sizeof keys[count].key, "%04X", pid);
             pids[count++] = static_cast<uint16_t>(pid);
         }
@@ -49,9 +48,10 @@ void write_pid_line(const Analysis* analysis, InfoRecord* record) {
     char line[line_size] = "PID";
     for (uint32_t i = 0; i < count; ++i) {
         CodecKey* key = &keys[i];
-        if (!key->found) {
-            const bool is_map = analysis->pids[pids[i]].carries_map;
-            copy_text(key->name, is_map ? "PMT" : carries_pcr(analysis, pids[i]) ? "PCR" : "");
+        if (analysis->pids[pids[i]].carries_map) {
+            copy_text(key->name, "PMT");
+        } else if (!key->found) {
+            copy_text(key->name, carries_pcr(analysis, pids[i]) ? "PCR" : "");
         }
         char entry[100];
         format_text(

@@ -76,7 +76,8 @@ struct Context {
 };
 
 void take_program_section(void* context, Bytes bytes) {
-    auto * [ analysis, pid ] = *static_cast<Context*>(context);
+    Analysis* analysis = static_cast<Context*>(context)->analysis;
+    const uint16_t pid = static_cast<Context*>(context)->pid;
     Section section;
     if (!read_section(bytes, &section) || !section.has_syntax || !section.current ||
         !(section.crc_ok || analysis->take_damaged)) {
@@ -90,7 +91,8 @@ void take_program_section(void* context, Bytes bytes) {
 }
 
 void take_service_section(void* context, Bytes bytes) {
-    auto * [ analysis, pid ] = *static_cast<Context*>(context);
+    Analysis* analysis = static_cast<Context*>(context)->analysis;
+    const uint16_t pid = static_cast<Context*>(context)->pid;
     Section section;
     if (read_section(bytes, &section)) {
         read_service_section(&analysis->services, pid, section);
@@ -101,7 +103,9 @@ void take_service_section(void* context, Bytes bytes) {
 SectionBuffer* buffer_of(Analysis* analysis, uint16_t pid) {
     Pid* place = &analysis->pids[pid];
     if (place->section == 0 && analysis->section_count < section_slots) {
-        place->section = static_cast<uint16_t>(++analysis->section_count);
+        analysis->sections[analysis->section_count].bytes =
+            analysis->section_bytes[analysis->section_count];
+        place->section = static_cast<uint8_t>(++analysis->section_count);
     }
     return place->section != 0 ? &analysis->sections[place->section - 1] : nullptr;
 }
@@ -124,10 +128,8 @@ bool begins_map(const Packet& packet) {
 void read_program_tables(Analysis* analysis, const Packet& packet) {
     Pid* place = &analysis->pids[packet.pid];
     const bool is_candidate = !analysis->pat_seen && place->stream == 0 && begins_map(packet);
-    if (packet.pid != 0 && !place->carries_map && !is_candidate && place->section == 0) {
-        return;
-    }
-    if (carries_service_info(packet.pid)) {
+    const bool is_table = packet.pid == 0 || place->carries_map || is_candidate;
+    if (!is_table && (place->section == 0 || carries_service_info(packet.pid))) {
         return;
     }
     Context context = {analysis, packet.pid};

@@ -39,7 +39,8 @@ size_t append(SectionBuffer* buffer, Bytes bytes) {
 void finish_if_whole(SectionBuffer* buffer, SectionHandler handler, void* context) {
     // The length itself may have been cut off by the packet's end.
     if (buffer->wanted == section_start && buffer->filled == section_start) {
-        buffer->wanted = static_cast<uint32_t>(section_start + length12(buffer->bytes, 1));
+        buffer->wanted =
+            static_cast<uint32_t>(section_start + length12({buffer->bytes, section_start}, 1));
         if (buffer->wanted > section_limit) {
             buffer->wanted = 0;
         }

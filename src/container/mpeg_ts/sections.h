@@ -17,7 +17,7 @@ uint32_t section_crc(Bytes bytes);
 struct SectionBuffer {
     uint32_t wanted = 0; // bytes of the whole section; 0 when none is under way
     uint32_t filled = 0;
-    uint8_t bytes[section_limit];
+    uint8_t* bytes = nullptr; // section_limit of them
 };
 
 // What a section says of itself.

@@ -7,7 +7,7 @@
 #include "container/mpeg_ts/describe.h"
 
 #include <algorithm>
-#include <iterator>
+#include <cmath>
 
 namespace zat::ts {
 
@@ -51,14 +51,15 @@ void find_start(StreamOutput* output, uint16_t program) {
 // read.
 void measure_bit_rate(const StreamOutput& output, const Unit& unit, ZatStream* facts) {
     const Analysis* analysis = output.analysis;
-    if (output.time->seconds <= 0 || analysis->head_end <= 0) {
+    const double seconds = std::floor(output.time->seconds * 10'000 + 0.5) / 10'000; // as shown
+    if (seconds <= 0 || analysis->head_end <= 0) {
         return;
     }
-    const double share = analysis->whole_file ? 1
-                                              : static_cast<double>(analysis->file_size) /
-                                                    static_cast<double>(analysis->head_end);
-    facts->bit_rate = clamp_to_integer<uint64_t>(
-        static_cast<double>(unit.payload) * share * 8 / output.time->seconds + 0.5);
+    const auto size = static_cast<double>(analysis->file_size);
+    const auto read = static_cast<double>(analysis->head_end + analysis->sampled);
+    const double payload = static_cast<double>(unit.payload + unit.sampled) *
+                           (analysis->whole_file ? 1 : size / read);
+    facts->bit_rate = clamp_to_integer<uint64_t>(payload * 8 / seconds + 0.5);
     if (!analysis->whole_file || output.time->joined) {
         facts->estimated |= ZAT_ESTIMATED_BIT_RATE;
     } else {
@@ -107,7 +108,7 @@ void set_common_facts(const StreamOutput& output, uint32_t index, ZatStream* fac
         if (unit.has_stamps && !unit.stamps_jump) {
             facts->duration = clock_seconds(unit.highest - unit.lowest) + unit.frame_seconds;
         }
-        if (!analysis->pids[stream.pid].seen) {
+        if (!was_seen(analysis, stream.pid)) {
             facts->flags |= ZAT_FLAG_NO_DATA;
         }
     }

@@ -8,8 +8,7 @@ namespace zat::ts {
 namespace {
 
 constexpr uint32_t probe_count = 8;
-constexpr uint32_t probe_size = 256 << 10;
-constexpr uint32_t probe_step = 64 << 10;
+constexpr int64_t probe_size = 256 << 10;
 constexpr int64_t unprobed_size = 2 << 20; // gaps up to this size are not looked into
 
 // The end of the file is read in parts, from the last one on, until it shows the clock and time
@@ -20,7 +19,7 @@ constexpr int64_t tail_parts[] = {256 << 10, 768 << 10, 1 << 20};
 struct Stretch {
     Clock clock;
     bool has_stamp = false;
-    int64_t highest = 0; // ticks of 90 kHz behind the first stamp of the head
+    double end = 0; // of the latest frame, in ticks of 90 kHz behind the first stamp of the head
 };
 
 struct Timeline {
@@ -28,17 +27,17 @@ struct Timeline {
     uint32_t program = 0;
     uint16_t pcr_pid = null_pid;
     bool has_stamps = false;
-    int64_t base = 0;  // the stamp that the others are counted from
-    int64_t start = 0; // the first one, in ticks behind the base
-    double end = 0;    // behind the last one's frame
-    double frame = 0;  // ticks of that frame
+    bool takes_all = false; // of subtitles and data too, where there are no others
+    int64_t base = 0;       // the stamp that the others are counted from
+    int64_t start = 0;      // the first one, in ticks behind the base
+    double end = 0;         // behind the last one's frame
 };
 
 bool counts(const Timeline* line, uint32_t stream) {
     const Stream& each = line->analysis->streams[stream];
     const ZatStreamKind kind = text_of(each.codec).kind;
     return each.program == line->program && line->analysis->units[stream].has_stamps &&
-           (kind == ZAT_STREAM_VIDEO || kind == ZAT_STREAM_AUDIO);
+           (kind == ZAT_STREAM_VIDEO || kind == ZAT_STREAM_AUDIO || line->takes_all);
 }
 
 double frame_ticks(const Unit& unit) {
@@ -62,7 +61,6 @@ void gather_stamps(Timeline* line) {
         const int64_t offset = clock_distance(line->base, unit.first_stamp);
         line->start = std::min(line->start, offset + unit.lowest);
         const double end = static_cast<double>(offset + unit.highest) + frame_ticks(unit);
-        line->frame = end > line->end || line->frame == 0 ? frame_ticks(unit) : line->frame;
         line->end = std::max(line->end, end);
     }
 }
@@ -100,14 +98,30 @@ void take_stamp(const Timeline* line, const Packet& packet, Stretch* stretch) {
     }
     const int64_t from = line->base + line->start;
     const int64_t ticks = clock_elapsed(from % clock_modulus, header.pts) + line->start;
-    if (!stretch->has_stamp || ticks > stretch->highest) {
-        stretch->highest = ticks;
-    }
+    const double frame = frame_ticks(line->analysis->units[stream - 1]);
+    stretch->end = std::max(stretch->end, static_cast<double>(ticks - line->start) + frame);
     stretch->has_stamp = true;
 }
 
-void scan(const Timeline* line, int64_t position, Bytes bytes, Stretch* stretch) {
-    PacketCursor cursor{bytes, line->analysis->layout.stride, 0};
+// Counts the payload of a stream, for its rate.
+void sample_payload(Analysis* analysis, const Packet& packet) {
+    constexpr size_t header_size = 9; // of a PES packet, up to its own length
+    const uint16_t stream = analysis->pids[packet.pid].stream;
+    if (stream == 0) {
+        return;
+    }
+    size_t size = packet.payload.size();
+    if (packet.starts_unit && size >= header_size) {
+        size -= std::min(size, header_size + packet.payload[header_size - 1]);
+    }
+    analysis->units[stream - 1].sampled += size;
+}
+
+// Takes what the packets of a piece of the file tell. Returns the bytes used.
+int64_t scan(const Timeline* line, int64_t position, int64_t size, Stretch* stretch) {
+    Analysis* analysis = line->analysis;
+    const auto wanted = static_cast<uint32_t>(std::min<int64_t>(size, piece_size));
+    PacketCursor cursor{file_bytes(analysis, position, wanted), analysis->layout.stride, 0};
     Packet packet;
     while (next_packet(&cursor, &packet)) {
         if (packet.damaged) {
@@ -120,6 +134,19 @@ void scan(const Timeline* line, int64_t position, Bytes bytes, Stretch* stretch)
         if (packet.starts_unit && line->has_stamps) {
             take_stamp(line, packet, stretch);
         }
+        sample_payload(analysis, packet);
+    }
+    analysis->sampled += static_cast<int64_t>(cursor.position);
+    return static_cast<int64_t>(cursor.position);
+}
+
+void scan_all(const Timeline* line, int64_t start, int64_t end, Stretch* stretch) {
+    while (start + packet_size <= end) {
+        const int64_t used = scan(line, start, end - start, stretch);
+        if (used == 0) {
+            return;
+        }
+        start += used;
     }
 }
 
@@ -133,11 +160,10 @@ void read_tail(const Timeline* line, Stretch* tail) {
             return;
         }
         Stretch part;
-        const auto wanted = static_cast<uint32_t>(end - start);
-        scan(line, start, file_bytes(analysis, start, wanted), &part);
+        scan_all(line, start, end, &part);
         if (part.has_stamp && !tail->has_stamp) {
             tail->has_stamp = true;
-            tail->highest = part.highest;
+            tail->end = part.end;
         }
         if (tail->clock.count < 2 && part.clock.count > 0) {
             tail->clock = part.clock;
@@ -151,8 +177,13 @@ void read_tail(const Timeline* line, Stretch* tail) {
 }
 
 void read_probe(const Timeline* line, int64_t position, Stretch* probe) {
-    for (uint32_t done = 0; done < probe_size && probe->clock.count < 2; done += probe_step) {
-        scan(line, position + done, file_bytes(line->analysis, position + done, probe_step), probe);
+    const int64_t end = position + probe_size;
+    while (position < end && probe->clock.count < 2) {
+        const int64_t used = scan(line, position, end - position, probe);
+        if (used == 0) {
+            return;
+        }
+        position += used;
     }
 }
 
@@ -354,9 +385,8 @@ PlayTime probed_time(const Timeline* line) {
         return time;
     }
     time.seconds = clock_time(line, sum);
-    if (tail.has_stamp && tail.highest - line->start < clock_modulus / 2) {
-        const double stamped = (static_cast<double>(tail.highest - line->start) + line->frame) /
-                               static_cast<double>(clock_rate);
+    if (tail.has_stamp && tail.end < static_cast<double>(clock_modulus / 2)) {
+        const double stamped = tail.end / static_cast<double>(clock_rate);
         const bool agree = time.seconds == 0 ||
                            (stamped < time.seconds + farthest && stamped > time.seconds - farthest);
         time.seconds = agree ? stamped : time.seconds;
@@ -396,6 +426,10 @@ PlayTime measure_play_time(Analysis* analysis, uint32_t program) {
     choose_clock(&line);
     if (program < program_slots) {
         gather_stamps(&line);
+        if (!line.has_stamps) {
+            line.takes_all = true;
+            gather_stamps(&line);
+        }
     }
     return analysis->whole_file ? whole_file_time(&line) : probed_time(&line);
 }

@@ -41,7 +41,7 @@ void take_stamp(Analysis* analysis, const Stream& stream, Unit* unit, int64_t pt
         unit->lowest = unit->latest;
         unit->highest = unit->latest;
     }
-    unit->step = unit->step == 0 && step > 0 ? step : unit->step;
+    unit->step = step > 0 && (unit->step == 0 || step < unit->step) ? step : unit->step;
     unit->lowest = std::min(unit->lowest, unit->latest);
     unit->highest = std::max(unit->highest, unit->latest);
     if (text_of(stream.codec).kind == ZAT_STREAM_VIDEO) {
@@ -49,15 +49,32 @@ void take_stamp(Analysis* analysis, const Stream& stream, Unit* unit, int64_t pt
     }
 }
 
-// Room in the pool: a little from a video stream's first header on, more of audio, whose frames are
-// counted.
+// Whether more frames than the first one tell something: of these codecs a mean is shown, or the
+// part that tells them comes now and then.
+bool counts_frames(Codec codec) {
+    switch (codec) {
+    case Codec::aac:
+    case Codec::eac3:
+    case Codec::truehd:
+    case Codec::dts_hd_hra:
+    case Codec::dts_hd_ma:
+    case Codec::dts:
+        return true;
+    default:
+        return false;
+    }
+}
+
+// Room in the pool.
 void reserve_capture(Analysis* analysis, const Stream& stream, Unit* unit) {
     const ZatStreamKind kind = text_of(stream.codec).kind;
     uint32_t size = 0;
     if (kind == ZAT_STREAM_VIDEO) {
         size = video_capture;
     } else if (kind == ZAT_STREAM_AUDIO) {
-        size = analysis->capture_count++ < first_captures ? audio_capture : small_capture;
+        const bool is_large =
+            counts_frames(stream.codec) && analysis->capture_count++ < first_captures;
+        size = is_large ? audio_capture : small_capture;
     }
     unit->capture = analysis->pool_used;
     unit->capacity = std::min(size, capture_pool - analysis->pool_used);
@@ -116,18 +133,22 @@ void capture_video(Analysis* analysis, const Stream& stream, Unit* unit, Bytes d
     append(analysis, unit, data);
 }
 
-// Looks whether the captured bytes tell what the stream is; a false video header gives way to the
-// next one.
+// Looks whether the captured bytes tell what the stream is. The last look at a video header that
+// turns out to be none makes way for the next one.
 void judge_capture(Analysis* analysis, const Stream& stream, Unit* unit, bool is_last) {
     if (unit->captured == 0 || unit->described) {
         return;
     }
-    unit->described = is_described(stream, captured_bytes(analysis, *unit));
-    const bool is_video = text_of(stream.codec).kind == ZAT_STREAM_VIDEO;
-    if (is_video && unit->described && is_last) {
+    unit->judged = unit->captured;
+    unit->described = is_described(stream, captured_bytes(analysis, *unit), &unit->wants_stamps);
+    if (text_of(stream.codec).kind != ZAT_STREAM_VIDEO || !is_last) {
+        return;
+    }
+    if (unit->described) {
         unit->capture_closed = true;
-    } else if (is_video && !unit->described && is_last) {
+    } else {
         unit->captured = 0;
+        unit->judged = 0;
         std::memset(unit->edge, 0xFF, sizeof unit->edge);
     }
 }
@@ -208,7 +229,10 @@ void feed_unit(Analysis* analysis, uint32_t index, const Packet& packet, bool lo
 
 void judge_units(Analysis* analysis) {
     for (uint32_t i = 0; i < analysis->stream_count; ++i) {
-        judge_capture(analysis, analysis->streams[i], &analysis->units[i], false);
+        Unit* unit = &analysis->units[i];
+        if (unit->captured >= unit->judged * 2) { // else little can have changed
+            judge_capture(analysis, analysis->streams[i], unit, false);
+        }
     }
 }
 
