@@ -46,10 +46,12 @@ const IdRange* range_of(const IdRange (&ranges)[N], uint8_t id) {
     return nullptr;
 }
 
-bool find_substream(Bytes data, Payload* payload) {
-    constexpr uint8_t plain_ac3 = 0x80;
-    if (has_at(data, 0, "\x0B\x77")) { // broadcast AC-3 has no substream header
-        payload->key |= plain_ac3;
+bool find_substream(StreamTable* table, Bytes data, Payload* payload) {
+    constexpr uint8_t first_ac3 = 0x80;
+    // Broadcast AC-3 has no substream header.
+    table->plain_ac3 = table->plain_ac3 || has_at(data, 0, "\x0B\x77");
+    if (table->plain_ac3) {
+        payload->key |= first_ac3;
         payload->kind = Kind::ac3;
         return true;
     }
@@ -124,7 +126,7 @@ Stream* enter(StreamTable* table, uint16_t key, Kind kind) {
 
 } // namespace
 
-bool find_payload(const Unit& unit, Payload* payload) {
+bool find_payload(StreamTable* table, const Unit& unit, Payload* payload) {
     const uint8_t id = unit.code;
     payload->key = static_cast<uint16_t>(id << 8);
     payload->kind = Kind::other;
@@ -139,7 +141,7 @@ bool find_payload(const Unit& unit, Payload* payload) {
     } else if (id >= id_audio_first && id <= id_audio_last) {
         payload->kind = Kind::mpeg_audio;
     } else if (id == id_private_1) {
-        return find_substream(data, payload);
+        return find_substream(table, data, payload);
     } else if (id == id_private_2) {
         payload->kind = Kind::navigation;
         return is_navigation(unit);
@@ -183,8 +185,12 @@ void declare_streams(StreamTable* table, const StreamMap& map) {
 }
 
 void sort_streams(StreamTable* table) {
-    std::sort(table->streams, table->streams + table->count,
-        [](const Stream& a, const Stream& b) { return a.key < b.key; });
+    for (size_t i = 0; i < table->count; ++i) {
+        table->order[i] = static_cast<uint8_t>(i);
+    }
+    std::sort(table->order, table->order + table->count, [table](uint8_t a, uint8_t b) {
+        return table->streams[a].key < table->streams[b].key;
+    });
 }
 
 } // namespace zat::ps

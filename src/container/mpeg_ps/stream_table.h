@@ -58,9 +58,11 @@ struct Stream {
     double frame_seconds = 0;
     ZatStream facts;
     MpegVideoHeaders sequence;
+    AvcSequenceInfo avc;
     char codec[video_codec_size];
     char line[line_size];
     uint64_t searched = 0; // bytes of payload looked at
+    uint32_t next_attempt = 0; // to describe it, once so much is collected
     uint32_t collected = 0;
     uint8_t collect[collect_size];
 };
@@ -68,8 +70,10 @@ struct Stream {
 constexpr size_t stream_limit = 64;
 
 struct StreamTable {
-    size_t count = 0; // streams beyond the limit are left out
+    size_t count = 0;       // streams beyond the limit are left out
+    bool plain_ac3 = false; // private stream 1 is AC-3 without substream headers
     Stream streams[stream_limit];
+    uint8_t order[stream_limit]; // by key, set by sort_streams
 };
 
 constexpr uint8_t id_of(const Stream& stream) {
@@ -94,7 +98,7 @@ struct Payload {
 };
 
 // Looks at a packet's first payload bytes. False for packets that carry no stream of interest.
-bool find_payload(const Unit& unit, Payload* payload);
+bool find_payload(StreamTable* table, const Unit& unit, Payload* payload);
 
 // The stream of a payload, entered into the table when it is new; null when there is no room.
 Stream* stream_of(StreamTable* table, const Payload& payload);
@@ -105,7 +109,7 @@ Stream* known_stream(StreamTable* table, const Payload& payload);
 // Enters what a program stream map declares.
 void declare_streams(StreamTable* table, const StreamMap& map);
 
-// Orders the streams by their keys.
+// Sets the order by key.
 void sort_streams(StreamTable* table);
 
 } // namespace zat::ps

@@ -1,0 +1,52 @@
+// A program stream as a whole: its head is walked for the streams and their headers, its tail and a
+// few places between for the clocks.
+#pragma once
+
+#include "common/output.h"
+#include "common/reader.h"
+#include "container/mpeg_ps/source.h"
+#include "container/mpeg_ps/stream_table.h"
+#include "container/mpeg_ps/timing.h"
+
+#include <cstdint>
+
+namespace zat::ps {
+
+// Bytes of the head that are walked unless the host allows more.
+constexpr uint32_t least_scan_budget = 2'097'152;
+
+struct Program {
+    Reader reader;
+    Source source;
+    StreamTable table;
+    ClockProbes clocks;
+    bool any_pack = false;
+    bool mpeg2 = false; // by the first pack
+    uint32_t byte_rate = 0;
+    bool whole = false;     // every unit was seen
+    int64_t walked = 0;     // bytes of the head
+    int64_t damaged = 0;    // packets
+    int64_t stream_at = -1; // of the first unit; -1 when there is none
+};
+
+// Gives its memory back with itself. `program` is null when there is none.
+struct ProgramMemory {
+    Program* program = nullptr;
+
+    ProgramMemory();
+    ProgramMemory(const ProgramMemory&) = delete;
+    ProgramMemory& operator=(const ProgramMemory&) = delete;
+    ~ProgramMemory();
+};
+
+// Walks the stream that begins at `from` of the source, or, with `search`, behind it; reads the
+// record's options, and its scan budget, which is brought up to date.
+void read_program(Program* program, InfoRecord* record, int64_t from, bool search);
+
+// Collects a packet's payload until the stream is described.
+void collect_payload(Source* source, Stream* stream, const Payload& payload);
+
+// Adds the lines, the notes and the play time, and gives the details their format's name.
+void write_program(Program* program, const Output& out, const char* format);
+
+} // namespace zat::ps
