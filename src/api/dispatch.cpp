@@ -8,8 +8,10 @@
 #include "common/record_lines.h"
 #include "container/flv.h"
 #include "container/mp4.h"
+#include "container/mpeg_ps.h"
 #include "container/ogg.h"
 #include "container/realmedia.h"
+#include "container/video_cd.h"
 
 #include <cstddef>
 #include <iterator>
@@ -48,6 +50,10 @@ constexpr Row rows[] = {
     {FILETYPE_AC3, ac3_file},
     {FILETYPE_DTS16BE, dts_file},
     {FILETYPE_FLV, AnalyzeFlvFile},
+    {FILETYPE_MPEG1, AnalyzeProgramStreamFile, Result::error_count},
+    {FILETYPE_MPEG2, AnalyzeProgramStreamFile, Result::error_count},
+    {FILETYPE_MPEG1VCD, AnalyzeVideoCdFile, Result::error_count},
+    {FILETYPE_MPEG, AnalyzeProgramStreamFile, Result::error_count},
     {FILETYPE_REALMEDIA, AnalyzeRealMediaFile},
 };
 

@@ -1,6 +1,7 @@
 #include "audio/stream_facts.h"
 
 #include "common/channel_layout.h"
+#include "common/codec_names.h"
 #include "common/numbers.h"
 #include "common/text.h"
 
@@ -245,6 +246,42 @@ void vorbis_facts(const VorbisInfo& info, ZatStream* stream) {
                                     info.bitrate_maximum == bit_rate && stream->bit_rate != 0
                                 ? ZAT_BIT_RATE_CONSTANT
                                 : ZAT_BIT_RATE_VARIABLE;
+}
+
+namespace {
+
+// Both discs have big-endian samples; the byte rate of the info counts 20 bits as two bytes.
+void lpcm_facts(const LpcmInfo& info, ZatStream* stream) {
+    const uint32_t bits = info.bits > 0 ? static_cast<uint32_t>(info.bits) : 0;
+    set_pcm(stream, PcmKind::signed_integer, bits, true);
+    stream->channels = info.channels > 0 ? static_cast<uint32_t>(info.channels) : 0;
+    set_rates(info.sample_rate,
+        int64_t{info.sample_rate} * int64_t{stream->channels} * int64_t{bits}, stream);
+    stream->bit_rate_mode = ZAT_BIT_RATE_CONSTANT;
+}
+
+} // namespace
+
+void dvd_lpcm_facts(const LpcmInfo& info, ZatStream* stream) {
+    lpcm_facts(info, stream);
+    if (stream->channels <= 2) {
+        set_layout(stream->channels == 1 ? centre : front, stream);
+    }
+}
+
+void bd_lpcm_facts(const LpcmInfo& info, ZatStream* stream) {
+    // By channel_assignment.
+    static constexpr uint32_t masks[] = {0, centre, 0, front, front | centre, front | back_centre,
+        front | centre | back_centre, front | side, front | centre | side,
+        front | centre | side | lfe, front | centre | side | back,
+        front | centre | side | back | lfe};
+    lpcm_facts(info, stream);
+    const uint32_t mask = mask_of(masks, info.assignment);
+    if (mask != 0) { // the line counts one channel too many for 2/1
+        stream->channels = static_cast<uint32_t>(std::popcount(mask));
+        stream->bit_rate = uint64_t{stream->sample_rate} * stream->channels * stream->bit_depth;
+    }
+    set_layout(mask, stream);
 }
 
 } // namespace zat

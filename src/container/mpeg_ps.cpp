@@ -54,32 +54,32 @@ bool is_mpeg2(const Program& program) {
 
 void set_data_size(const Program& program, InfoRecord* record) {
     if (record->data_size == 0) {
-        record->data_size = static_cast<uint64_t>(
-            program.source.size - std::max<int64_t>(program.stream_at, 0));
+        record->data_size =
+            static_cast<uint64_t>(program.source.size - std::max<int64_t>(program.stream_at, 0));
     }
 }
 
 } // namespace
 
 int AnalyzeProgramStreamFile(FileRecord* file, const Output& out) {
-    const ProgramMemory memory;
+    const ProgramMemory memory(file);
     Program* program = memory.program;
     if (program == nullptr) {
         return 0;
     }
-    reader_open(&program->reader, file);
-    const bool has_pack = out.record->type_code != FILETYPE_MPEG;
+    InfoRecord* record = out.record;
     const int64_t start = start_behind_tags(&program->reader);
     source_open(&program->source, &program->reader, whole_file(&program->reader), false);
-    program->stream_at = -1;
-    read_program(program, out.record, start, !has_pack);
-    if (!is_program_stream(*program)) {
-        return has_pack ? 0 : analyze_elementary_stream(program, start, out);
+    const uint32_t budget = read_program(program, *record, start);
+    if (is_program_stream(*program)) {
+        program->mpeg2 = is_mpeg2(*program);
+        set_label(record, "%s", program->mpeg2 ? "[MPEG2]" : "[MPEG1]");
+        set_data_size(*program, record);
+        write_program(program, out, "MPEG-PS");
+    } else if (!analyze_elementary_stream(program, start, out)) {
+        return 0;
     }
-    set_label(out.record, "%s", is_mpeg2(*program) ? "[MPEG2]" : "[MPEG1]");
-    set_data_size(*program, out.record);
-    program->mpeg2 = is_mpeg2(*program);
-    write_program(program, out, "MPEG-PS");
+    record->scan_budget = budget;
     return static_cast<int>(std::min<int64_t>(program->damaged, INT32_MAX));
 }
 

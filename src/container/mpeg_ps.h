@@ -6,8 +6,8 @@
 
 namespace zat {
 
-// Fills record and details. Returns the number of damaged packets in the bytes that were walked; of a
-// file in which nothing is understood nothing is written.
+// Fills record and details. Returns the number of damaged packets in the bytes that were walked; of
+// a file in which nothing is understood nothing is written.
 int AnalyzeProgramStreamFile(FileRecord* file, const Output& out);
 
 } // namespace zat

@@ -29,7 +29,7 @@ struct AvcSequenceInfo {
     uint8_t chroma_format_idc = 1;
     bool separate_colour_planes = false;
     uint8_t frame_num_bits = 4; // of frame_num in slice headers
-    uint16_t sar_width = 0; // sample aspect ratio by the standard; 0 when unspecified
+    uint16_t sar_width = 0;     // sample aspect ratio by the standard; 0 when unspecified
     uint16_t sar_height = 0;
     uint32_t num_units_in_tick = 0; // both 0 without timing
     uint32_t time_scale = 0;

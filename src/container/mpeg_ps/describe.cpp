@@ -85,7 +85,8 @@ bool describe_hevc(Stream* stream) {
 bool describe_video(Stream* stream, bool last) {
     VideoKind kind = video_kind_of_type(stream->stream_type);
     if (kind == VideoKind::unknown) {
-        kind = id_of(*stream) == id_extended ? VideoKind::vc1 : guess_video_kind(collected(*stream));
+        kind =
+            id_of(*stream) == id_extended ? VideoKind::vc1 : guess_video_kind(collected(*stream));
     }
     bool found = false;
     switch (kind) {
@@ -147,6 +148,9 @@ bool describe_lpcm(Stream* stream) {
     LpcmInfo info;
     dvd_lpcm_info(stream->collect[1], &info);
     dvd_lpcm_line(&info, stream->line);
+    // The line knows two of the four rates.
+    static constexpr int32_t rates[] = {48000, 96000, 44100, 32000};
+    info.sample_rate = rates[stream->collect[1] >> 4 & 3]; // audio_sampling_frequency
     dvd_lpcm_facts(info, &stream->facts);
     stream->form = Form::audio_line;
     return true;

@@ -39,26 +39,21 @@ void write_label(const Stream& stream, InfoRecord* record) {
     }
 }
 
-struct Length {
-    double seconds = 0;
-    bool estimated = false;
-};
-
 double seconds_of(const GopTime& gop, double rate) {
     return gop.hours * 3600.0 + gop.minutes * 60.0 + gop.seconds + gop.pictures / rate;
 }
 
 // By the time codes of the first and the last group, unless the sizes of the pictures speak against
 // it: many writers leave all codes at zero.
-Length length_of_large(
+PlayTime length_of_large(
     const PictureCount& head, const PictureCount& tail, int64_t bytes, double rate) {
-    Length length;
+    PlayTime length;
     const double by_size = head.fields == 0
                                ? 0
                                : static_cast<double>(bytes) / static_cast<double>(sampled_size) *
                                      static_cast<double>(head.fields) / 2 / rate;
     length.seconds = by_size;
-    length.estimated = by_size > 0;
+    length.estimated = true;
     if (head.first_group.found && tail.last_group.found) {
         constexpr double doubt = 3;
         constexpr double day = 86400;
@@ -67,13 +62,13 @@ Length length_of_large(
         const double by_codes = between + static_cast<double>(tail.fields_behind_group) / 2 / rate +
                                 static_cast<double>(head.fields_before_group) / 2 / rate;
         if (by_codes * doubt > by_size && by_codes < by_size * doubt) {
-            length = {by_codes, false};
+            length = {.seconds = by_codes};
         }
     }
     return length;
 }
 
-Length measure(Program* program, const Stream& stream, int64_t from) {
+PlayTime measure(Program* program, const Stream& stream, int64_t from) {
     const double rate = stream.facts.frame_rate;
     if (rate <= 0) {
         return {};
@@ -83,7 +78,7 @@ Length measure(Program* program, const Stream& stream, int64_t from) {
     PictureCount head;
     count_pictures(&program->source, stream, from, counts_all ? size : from + sampled_size, &head);
     if (counts_all) {
-        return {static_cast<double>(head.fields) / 2 / rate, false};
+        return {.seconds = static_cast<double>(head.fields) / 2 / rate};
     }
     PictureCount tail;
     if (head.first_group.found) {
@@ -94,28 +89,32 @@ Length measure(Program* program, const Stream& stream, int64_t from) {
 
 } // namespace
 
-int analyze_elementary_stream(Program* program, int64_t from, const Output& out) {
+bool analyze_elementary_stream(Program* program, int64_t from, const Output& out) {
     program->table.count = 0;
-    const Payload payload = {
-        .key = id_video_first << 8, .kind = Kind::video, .start = from, .end = program->source.size};
+    program->clocks.count = 0;
+    program->damaged = 0;
+    const Payload payload = {.key = id_video_first << 8,
+        .kind = Kind::video,
+        .start = from,
+        .end = program->source.size};
     Stream* stream = stream_of(&program->table, payload);
     collect_payload(&program->source, stream, payload);
-    if (stream->form == Form::unknown && (stream->collected == 0 || !describe_stream(stream, true))) {
-        return 0;
+    if (stream->form == Form::unknown &&
+        (stream->collected == 0 || !describe_stream(stream, true))) {
+        return false;
     }
     sort_streams(&program->table);
-    const Length length = measure(program, *stream, from);
+    const PlayTime length = measure(program, *stream, from);
     stream->packets = 1;
     stream->bytes = static_cast<uint64_t>(program->source.size - from);
-    stream->facts.duration = length.seconds;
     program->whole = true;
+    program->told = length;
     write_label(*stream, out.record);
     if (out.record->data_size == 0) {
         out.record->data_size = stream->bytes;
     }
     write_program(program, out, "MPEG video");
-    out.record->play_time = length.seconds;
-    return 0;
+    return true;
 }
 
 } // namespace zat::ps

@@ -5,8 +5,8 @@
 
 namespace zat::ps {
 
-// Describes the video that begins at or behind `from` of the program's source. Writes nothing when
-// none is found. Returns 0.
-int analyze_elementary_stream(Program* program, int64_t from, const Output& out);
+// Describes the video that begins at or behind `from` of the program's source. False, with nothing
+// written, when none is found.
+bool analyze_elementary_stream(Program* program, int64_t from, const Output& out);
 
 } // namespace zat::ps

@@ -74,7 +74,8 @@ void count_avc(Counter* counter, uint8_t code, Bytes behind) {
         read_u(&reader, 2); // colour_plane_id
     }
     read_u(&reader, counter->avc.frame_num_bits); // frame_num
-    const bool field = counter->avc.frame_mbs_only == 0 && read_u(&reader, 1) != 0; // field_pic_flag
+    const bool field =
+        counter->avc.frame_mbs_only == 0 && read_u(&reader, 1) != 0; // field_pic_flag
     add_fields(counter, field ? 1 : 2);
 }
 

@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <new>
 
 namespace zat::ps {
 
@@ -20,8 +19,8 @@ constexpr int64_t tail_sizes[] = {262'144, 1'048'576, 2'097'152};
 constexpr int64_t probe_size = 262'144;
 constexpr int32_t probes_between = 14;
 
-// Bytes of a stream that are searched for its headers. A video that was cut may be far from the next
-// one; audio has a header in every frame.
+// Bytes of a stream that are searched for its headers. A video that was cut may be far from the
+// next one; audio has a header in every frame.
 constexpr uint64_t video_search_limit = 1'048'576;
 constexpr uint64_t audio_search_limit = 262'144;
 
@@ -189,9 +188,13 @@ void read_rest(Program* program, int64_t head_end) {
 
 } // namespace
 
-ProgramMemory::ProgramMemory() {
+ProgramMemory::ProgramMemory(FileRecord* file) {
     uint8_t* memory = reserve_memory(sizeof(Program));
-    program = memory == nullptr ? nullptr : reinterpret_cast<Program*>(memory);
+    if (memory != nullptr) {
+        program = reinterpret_cast<Program*>(memory);
+        program->stream_at = -1;
+        reader_open(&program->reader, file);
+    }
 }
 
 ProgramMemory::~ProgramMemory() {
@@ -217,22 +220,26 @@ void collect_payload(Source* source, Stream* stream, const Payload& payload) {
     }
 }
 
-void read_program(Program* program, InfoRecord* record, int64_t from, bool search) {
+uint32_t read_program(Program* program, const InfoRecord& record, int64_t from) {
     const int64_t size = program->source.size;
     const int64_t rest = std::max<int64_t>(size - from, 0);
-    record->scan_budget = static_cast<uint32_t>(
-        std::min<int64_t>(std::max(record->scan_budget, least_scan_budget), rest));
-    const bool all = (record->options & (option_thorough | option_check)) != 0;
-    const int64_t head_end = all ? size : from + record->scan_budget;
-    // Units are twelve bytes apart on average at the least in any file that is more than a joke.
-    reader_allow(&program->reader, {400'000 + (all ? size / 2 : 0), (24LL << 20) + (all ? size * 2 : 0)});
-    walk_head(program, from, head_end, !search);
+    const auto budget = static_cast<uint32_t>(
+        std::min<int64_t>(std::max(record.scan_budget, least_scan_budget), rest));
+    const bool all = (record.options & (option_thorough | option_check)) != 0;
+    const int64_t head_end = all ? size : from + budget;
+    // Headers of a dozen bytes behind one another are more than any true stream has.
+    reader_allow(
+        &program->reader, {400'000 + (all ? size / 2 : 0), (24LL << 20) + (all ? size * 2 : 0)});
+    PackHeader pack;
+    const Bytes start = source_view(&program->source, from, pack_header_limit);
+    walk_head(program, from, head_end, read_pack_header(&pack, start) == 0);
     program->walked = head_end - from;
     program->whole = head_end >= size;
     if (!program->whole && program->stream_at >= 0) {
         read_rest(program, head_end);
     }
     sort_streams(&program->table);
+    return budget;
 }
 
 } // namespace zat::ps

@@ -15,6 +15,12 @@ namespace zat::ps {
 // Bytes of the head that are walked unless the host allows more.
 constexpr uint32_t least_scan_budget = 2'097'152;
 
+struct PlayTime {
+    double seconds = 0;
+    bool estimated = false;
+    bool joined = false; // of several recordings
+};
+
 struct Program {
     Reader reader;
     Source source;
@@ -27,21 +33,23 @@ struct Program {
     int64_t walked = 0;     // bytes of the head
     int64_t damaged = 0;    // packets
     int64_t stream_at = -1; // of the first unit; -1 when there is none
+    PlayTime told;          // where clocks and stamps tell none
 };
 
 // Gives its memory back with itself. `program` is null when there is none.
 struct ProgramMemory {
     Program* program = nullptr;
 
-    ProgramMemory();
+    // Opens the reader on the file.
+    explicit ProgramMemory(FileRecord* file);
     ProgramMemory(const ProgramMemory&) = delete;
     ProgramMemory& operator=(const ProgramMemory&) = delete;
     ~ProgramMemory();
 };
 
-// Walks the stream that begins at `from` of the source, or, with `search`, behind it; reads the
-// record's options, and its scan budget, which is brought up to date.
-void read_program(Program* program, InfoRecord* record, int64_t from, bool search);
+// Walks the stream that begins at or behind `from` of the source. Reads the record's options and
+// its scan budget; returns the budget that was used, which the analyser writes back.
+uint32_t read_program(Program* program, const InfoRecord& record, int64_t from);
 
 // Collects a packet's payload until the stream is described.
 void collect_payload(Source* source, Stream* stream, const Payload& payload);

@@ -12,12 +12,6 @@ namespace zat::ps {
 
 namespace {
 
-struct PlayTime {
-    double seconds = 0;
-    bool joined = false;
-    bool estimated = false;
-};
-
 double stamped_seconds(const Stream& stream) {
     return has_stamps(stream.head)
                ? clock_seconds(stamp_span(stream.head, stream.tail)) + stream.frame_seconds
@@ -44,7 +38,7 @@ PlayTime play_time(const Program& program) {
         time.seconds = clock.known ? clock.seconds : 0;
         time.estimated = time.joined && clock.known;
     }
-    return time;
+    return time.seconds > 0 ? time : program.told;
 }
 
 // Bit rates by the payload that was seen.
@@ -53,7 +47,8 @@ void set_rate(const Program& program, double seconds, Stream* stream) {
     if (program.whole) {
         facts->bytes = stream->bytes;
     }
-    if (stream->kind != Kind::video || seconds <= 0 || program.walked <= 0 || stream->packets < 2) {
+    if (stream->kind != Kind::video || seconds <= 0 || program.walked <= 0 ||
+        stream->packets == 0) {
         return;
     }
     double bytes = static_cast<double>(stream->bytes);
@@ -163,7 +158,8 @@ void add_sequence_facts(const MpegVideoHeaders& sequence, ExtraLines* extra) {
     }
     const GopTime& gop = sequence.gop;
     if (gop.found && (gop.hours | gop.minutes | gop.seconds | gop.pictures) != 0) {
-        add_fact(extra, "GOP %.2d:%.2d:%.2d:%.2d", gop.hours, gop.minutes, gop.seconds, gop.pictures);
+        add_fact(
+            extra, "GOP %.2d:%.2d:%.2d:%.2d", gop.hours, gop.minutes, gop.seconds, gop.pictures);
     }
 }
 
@@ -179,7 +175,8 @@ void write_program(Program* program, const Output& out, const char* format) {
     for (size_t i = 0; i < program->table.count; ++i) {
         Stream* stream = &program->table.streams[i];
         stream->facts.duration = time.joined ? 0 : stamped_seconds(*stream);
-        set_rate(*program, stream->facts.duration > 0 ? stream->facts.duration : time.seconds, stream);
+        set_rate(
+            *program, stream->facts.duration > 0 ? stream->facts.duration : time.seconds, stream);
     }
     add_kind(program, out, true);
     add_kind(program, out, false);

@@ -93,9 +93,9 @@ Kind kind_of_type(uint8_t stream_type, uint8_t id) {
     case 0xEA:
         return Kind::video;
     default:
-        return id >= id_video_first && id <= id_video_last     ? Kind::video
+        return id >= id_video_first && id <= id_video_last   ? Kind::video
                : id >= id_audio_first && id <= id_audio_last ? Kind::mpeg_audio
-                                                               : Kind::other;
+                                                             : Kind::other;
     }
 }
 
@@ -188,9 +188,8 @@ void sort_streams(StreamTable* table) {
     for (size_t i = 0; i < table->count; ++i) {
         table->order[i] = static_cast<uint8_t>(i);
     }
-    std::sort(table->order, table->order + table->count, [table](uint8_t a, uint8_t b) {
-        return table->streams[a].key < table->streams[b].key;
-    });
+    std::sort(table->order, table->order + table->count,
+        [table](uint8_t a, uint8_t b) { return table->streams[a].key < table->streams[b].key; });
 }
 
 } // namespace zat::ps

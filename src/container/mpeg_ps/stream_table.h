@@ -61,7 +61,7 @@ struct Stream {
     AvcSequenceInfo avc;
     char codec[video_codec_size];
     char line[line_size];
-    uint64_t searched = 0; // bytes of payload looked at
+    uint64_t searched = 0;     // bytes of payload looked at
     uint32_t next_attempt = 0; // to describe it, once so much is collected
     uint32_t collected = 0;
     uint8_t collect[collect_size];
