@@ -60,7 +60,7 @@ bool walk_directory(const std::string& directory, const FileVisitor& visit) {
             entries.push_back({name_of(iterator->path()), is_directory});
         }
     }
-    if (error && !visit(directory, error.message())) {
+    if (error && !visit({directory, error.message(), true})) {
         return false;
     }
     std::sort(entries.begin(), entries.end(),
@@ -68,7 +68,7 @@ bool walk_directory(const std::string& directory, const FileVisitor& visit) {
     const bool separated = std::strchr(separators, directory.back()) != nullptr;
     for (const Entry& entry : entries) {
         const std::string path = directory + (separated ? "" : "/") + entry.name;
-        if (entry.is_directory ? !walk_directory(path, visit) : !visit(path, "")) {
+        if (entry.is_directory ? !walk_directory(path, visit) : !visit({path, "", true})) {
             return false;
         }
     }
@@ -79,7 +79,7 @@ bool visit_path(const std::string& path, const FileVisitor& visit) {
     if (names_directory(path)) {
         return walk_directory(path, visit);
     }
-    return visit(path, "");
+    return visit({path});
 }
 
 bool visit_list(const Options& options, const FileVisitor& visit) {
@@ -88,7 +88,7 @@ bool visit_list(const Options& options, const FileVisitor& visit) {
         standard_input ? stdin : open_list(options.files_from),
         [](FILE* file) { return file == stdin ? 0 : std::fclose(file); });
     if (list == nullptr) {
-        return visit(options.files_from, std::strerror(errno));
+        return visit({options.files_from, std::strerror(errno)});
     }
     std::string path;
     const int end = options.null_separated ? 0 : static_cast<unsigned char>('\n');
@@ -123,7 +123,7 @@ bool file_exists(const std::string& path) {
 
 void for_each_file(const Options& options, const FileVisitor& visit) {
     for (const std::string& path : options.paths) {
-        if (!path.empty() ? !visit_path(path, visit) : !visit(path, "the name is empty")) {
+        if (!path.empty() ? !visit_path(path, visit) : !visit({path, "the name is empty"})) {
             return;
         }
     }

@@ -16,8 +16,8 @@ constexpr char examples[] = R"(Examples:
   zat --format csv *.mp4 > movies.csv   one row a stream
   find . -size +1G -print0 | zat -0 --files-from -
 
-Exit status: 0 when every file was described, 1 when one could not be read or is of unknown type,
-2 for a wrong command line.)";
+Exit status: 0 when every file was described, 1 when one could not be read, or was named and is
+of unknown type, 2 for a wrong command line.)";
 
 } // namespace
 
@@ -47,6 +47,8 @@ int parse_options(
     app.add_flag("-0,--null", options->null_separated, "The list's paths end with a zero byte");
     app.add_flag("--detect-only", options->detect_only, "Only tell the type of each file");
     app.add_flag("--with-report", options->with_report, "JSON: add the text of the report");
+    app.add_flag("--strict", options->strict,
+        "Files of unknown type below a directory are failures, as named ones are");
     app.add_option("--catalogue", options->catalogue,
            "Directory of zat-codec.ini (default: beside the program, then the installed one)")
         ->type_name("DIR");

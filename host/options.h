@@ -16,6 +16,7 @@ struct Options {
     bool detect_only = false;
     bool raw = false;
     bool quiet = false;
+    bool strict = false;      // a file of unknown type is a failure even when nobody named it
     bool with_report = false; // JSON: the report's text too
     std::string catalogue;    // directory; empty for the default
     unsigned jobs = 0;        // 0: as many as processors

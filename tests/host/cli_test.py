@@ -118,8 +118,27 @@ class Cli(unittest.TestCase):
             os.symlink("..", self.folder / "tree/b/loop")
         expected = ["tree/a/z/1.mp3", "tree/b/10.mp3", "tree/b/2.mp3", "tree/c.mp3"]
         for jobs in ["1", "4"]:
-            out, _ = self.check(["--jobs", jobs, "--format", "jsonl", "tree"], OK, "{")
+            out, _ = self.check(["--jobs", jobs, "--format", "jsonl", "tree"], OK, "{", "4 files: 4 described")
             self.assertEqual([json.loads(line)["path"] for line in out.splitlines()], expected)
+
+    def test_files_found_that_are_no_media_are_counted(self):
+        (self.folder / "tree").mkdir()
+        for name in ["cover.jpg", "notes.txt", "song.mp3"]:
+            shutil.copy(SAMPLE if name == "song.mp3" else "unknown.bin", self.folder / "tree" / name)
+        counted = "zat: 3 files: 1 described, 2 not media\n"
+        complaints = ["tree/cover.jpg: unknown type", "tree/notes.txt: unknown type"]
+        for arguments, status, files, err in [
+            (["tree"], OK, 1, counted),
+            (["--quiet", "tree"], OK, 1, ""),
+            (["--format", "table", "tree"], OK, 1, counted),
+            (["--format", "jsonl", "tree"], OK, 3, counted),
+            (["--strict", "tree"], FAILURES, 3, [counted, *complaints]),
+            (["tree", "tree/notes.txt"], FAILURES, 2, ["4 files: 1 described, 3 not media", complaints[1]]),
+            (["tree", "missing.mp3"], FAILURES, 1, ["4 files: 1 described, 2 not media, 1 unreadable"]),
+        ]:
+            with self.subTest(arguments=arguments):
+                out, _ = self.check(arguments, status, "tree/", err)
+                self.assertEqual(out.count("tree/"), files)
 
     def test_raw_report(self):
         status, out, _ = zat("--raw", "unknown.bin", "-q")
