@@ -167,18 +167,14 @@ void write_ready(Work* work, std::unique_lock<std::mutex>* lock) {
     work->is_writing = false;
 }
 
-void work_on(Work* work) {
-    std::unique_lock lock(work->mutex);
-    for (;;) {
-        work->has_jobs.wait(lock, [&] { return !work->jobs.empty() || work->is_complete; });
-        if (work->jobs.empty()) {
-            return;
-        }
+// Examines the files that wait, with the lock held between them.
+void examine_jobs(Work* work, std::unique_lock<std::mutex>* lock) {
+    while (!work->jobs.empty()) {
         const Job job = std::move(work->jobs.front());
         work->jobs.pop_front();
-        lock.unlock();
+        lock->unlock();
         Result result = examine(*work, job);
-        lock.lock();
+        lock->lock();
         ++work->counts[static_cast<size_t>(result.outcome)];
         work->has_walked = work->has_walked || job.file.is_found;
         if (!result.message.empty()) {
@@ -188,8 +184,26 @@ void work_on(Work* work) {
             result.message.clear();
         }
         work->results[job.index % work->results.size()] = std::move(result);
-        write_ready(work, &lock);
+        write_ready(work, lock);
     }
+}
+
+void work_on(Work* work) {
+    std::unique_lock lock(work->mutex);
+    do {
+        examine_jobs(work, &lock);
+        work->has_jobs.wait(lock, [&] { return !work->jobs.empty() || work->is_complete; });
+    } while (!work->jobs.empty());
+}
+
+// False when the system has no thread to give.
+bool start_thread(Work* work, std::vector<std::thread>* threads) {
+    try {
+        threads->emplace_back(work_on, work);
+    } catch (const std::system_error&) {
+        return false;
+    }
+    return true;
 }
 
 // "10,000"
@@ -215,7 +229,7 @@ std::string summary(const size_t (&counts)[outcome_count]) {
     return grouped(total) + (total == 1 ? " file" : " files") + parts;
 }
 
-// Hands the files out and starts threads as they are needed.
+// Hands the files out and starts threads as they are needed; without any, examines them itself.
 void hand_out(Work* work, size_t thread_limit) {
     std::vector<std::thread> threads;
     size_t next = 0;
@@ -226,8 +240,12 @@ void hand_out(Work* work, size_t thread_limit) {
             return false;
         }
         work->jobs.push_back({next++, file});
-        if (threads.size() < thread_limit && work->jobs.size() > threads.size()) {
-            threads.emplace_back(work_on, work);
+        if (threads.size() < thread_limit && work->jobs.size() > threads.size() &&
+            !start_thread(work, &threads)) {
+            thread_limit = threads.size();
+        }
+        if (threads.empty()) {
+            examine_jobs(work, &lock);
         }
         work->has_jobs.notify_one();
         return true;

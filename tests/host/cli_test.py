@@ -221,6 +221,16 @@ class Cli(unittest.TestCase):
             self.assertIn(b"standard output cannot be written", done.stderr)
 
     @unittest.skipIf(WINDOWS, "made with POSIX calls")
+    def test_without_threads_the_files_are_described_all_the_same(self):
+        import resource
+
+        def no_room_for_stacks():  # of threads, that are as large as this
+            resource.setrlimit(resource.RLIMIT_STACK, (1 << 46, resource.RLIM_INFINITY))
+
+        out, _ = self.check(["--jobs", "3", *[SAMPLE] * 500], OK, "==> ", preexec_fn=no_room_for_stacks)
+        self.assertEqual(out.count("MPEG1-LayerIII"), 500)
+
+    @unittest.skipIf(WINDOWS, "made with POSIX calls")
     def test_a_closed_pipe_is_no_error(self):
         process = subprocess.Popen([*PROGRAM, *[SAMPLE] * 2000], stdout=subprocess.PIPE, stderr=subprocess.PIPE)
         process.stdout.read(10)
