@@ -5,6 +5,7 @@
 #include "file_list.h"
 #include "output.h"
 #include "terminal.h"
+#include "text_width.h"
 
 #include <algorithm>
 #include <atomic>
@@ -57,12 +58,14 @@ struct Work {
         : library(the_library), options(the_options), several(means_several_files(the_options)),
           as_text(the_options.format == Format::table ||
                   (the_options.format == Format::text && !the_options.raw)),
+          is_made_printable(output_is_terminal() && !the_options.raw),
           shows_progress(!the_options.quiet && error_is_terminal() && !output_is_terminal()) {}
 
     const Library& library;
     const Options& options;
     const bool several;
     const bool as_text;
+    const bool is_made_printable; // control characters from files must not reach a terminal
     const bool shows_progress;
 
     std::mutex mutex;
@@ -85,7 +88,8 @@ void write_or_stop(Work* work, const std::string& text) {
     if (text.empty()) {
         return;
     }
-    const WriteResult result = write_output(text, work->as_text);
+    const WriteResult result =
+        write_output(work->is_made_printable ? printable_lines(text) : text, work->as_text);
     if (result == WriteResult::written) {
         return;
     }

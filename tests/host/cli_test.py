@@ -76,6 +76,7 @@ class Cli(unittest.TestCase):
     def test_options(self):
         line = "MPEG1-LayerIII 44100Hz [VBR Xing"
         (self.folder / "list.txt").write_text(f"\n{SAMPLE}\n\n")
+        (self.folder / "marked.txt").write_text(f"\ufeff{SAMPLE}\n", encoding="utf-8")
         rows = [
             # arguments, status, standard output, standard error
             ([SAMPLE], OK, [line, "Byte 0:00:"], ""),
@@ -92,6 +93,8 @@ class Cli(unittest.TestCase):
             (["--detect-only", SAMPLE], OK, "[106:0.0.0]", ""),
             (["--format", "table", "missing.mp3", SAMPLE], FAILURES, ["6.0s  ", f" 52k  {SAMPLE}\n"], "missing.mp3: "),
             (["--files-from", "list.txt"], OK, [f"==> {SAMPLE} <==", line], ""),
+            (["--files-from", "marked.txt"], OK, f"==> {SAMPLE} <==", ""),
+            (["--files-from", "."], FAILURES, "", "zat: .: "),
             (["--files-from", "missing.txt"], FAILURES, "", "missing.txt: "),
             (["--jobs", "3", SAMPLE, SAMPLE], OK, line, ""),
         ]
@@ -261,6 +264,17 @@ class Cli(unittest.TestCase):
         self.assertEqual(done.returncode, OK)
         self.assertEqual(done.stdout.count(b"\n"), 100000)
         self.assertLess(time.monotonic() - start, 100)
+
+    @unittest.skipIf(WINDOWS, "no such names there")
+    def test_control_characters_do_not_reach_a_terminal(self):
+        shutil.copy("unknown.bin", "a\x1b[2J\n\x9b.bin")
+        status, shown = in_terminal([*PROGRAM, "a\x1b[2J\n\x9b.bin", "unknown.bin"])
+        self.assertEqual(status, FAILURES)
+        shown = shown.decode()
+        self.assertIn("==> a\\x1B[2J\n\\x9B.bin <==".replace("\n", "\r\n"), shown)
+        self.assertIn("zat: a\\x1B[2J\\x0A\\x9B.bin: unknown type", shown)
+        self.assertNotIn("\x1b", shown)
+        self.check(["a\x1b[2J\n\x9b.bin", "unknown.bin"], FAILURES, "==> a\x1b[2J", "zat: a\x1b[2J")
 
     @unittest.skipUnless(WINDOWS, "shells expand them elsewhere")
     def test_wildcards(self):
