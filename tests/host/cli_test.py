@@ -102,6 +102,13 @@ class Cli(unittest.TestCase):
             with self.subTest(arguments=arguments):
                 self.check(arguments, status, out, err)
 
+    @unittest.skipIf(WINDOWS, "the same code")
+    def test_help_is_for_every_terminal_and_needs_no_library(self):
+        alone = shutil.copy(PROGRAM[0], self.folder)
+        done = subprocess.run([alone, "--help"], capture_output=True)
+        self.assertEqual(done.returncode, OK)
+        self.assertLessEqual(max(map(len, done.stdout.decode().splitlines())), 80)
+
     def test_list_on_standard_input(self):
         for arguments, listed in [
             (["-"], f"{SAMPLE}\n\n{SAMPLE}"),
