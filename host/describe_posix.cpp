@@ -31,7 +31,7 @@ std::string path_for_library(const std::string& path) {
     return path;
 }
 
-void describe(const Library& library, bool detect_only, Description* description) {
+void describe(const Library& library, Query query, Description* description) {
     struct stat status {};
     if (stat(description->path.c_str(), &status) != 0) {
         description->error = std::strerror(errno);
@@ -53,7 +53,7 @@ void describe(const Library& library, bool detect_only, Description* description
         path = "/proc/self/fd/" + std::to_string(descriptor.value);
     }
     std::memcpy(record->path, path.c_str(), path.size() + 1);
-    (detect_only ? library.get_file_format : library.get_info)(record);
+    ask_library(library, query, description);
     if (record->type_code == FILETYPE_OPENFAILED && descriptor.value < 0) {
         description->error = open_error(path, &descriptor);
     }
@@ -61,7 +61,6 @@ void describe(const Library& library, bool detect_only, Description* description
         description->error.empty()) {
         description->error = "cannot be read";
     }
-    description->unknown = record->type_code == FILETYPE_UNKNOWN;
 }
 
 } // namespace host

@@ -47,7 +47,7 @@ std::string path_for_library(const std::string& path) {
     return openable_name(wide_of_utf8(path));
 }
 
-void describe(const Library& library, bool detect_only, Description* description) {
+void describe(const Library& library, Query query, Description* description) {
     const std::wstring name = wide_of_utf8(description->path);
     const DWORD attributes = GetFileAttributesW(name.c_str());
     if (attributes == INVALID_FILE_ATTRIBUTES) {
@@ -66,7 +66,7 @@ void describe(const Library& library, bool detect_only, Description* description
         return;
     }
     std::memcpy(record->path, path.c_str(), path.size() + 1);
-    (detect_only ? library.get_file_format : library.get_info)(record);
+    ask_library(library, query, description);
     if (record->type_code == FILETYPE_OPENFAILED) {
         const HANDLE handle =
             CreateFileW(name.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
@@ -79,7 +79,6 @@ void describe(const Library& library, bool detect_only, Description* description
     } else if (record->type_code != FILETYPE_UNKNOWN && record->type_code < FILETYPE_MEDIA) {
         description->error = "cannot be read";
     }
-    description->unknown = record->type_code == FILETYPE_UNKNOWN;
 }
 
 } // namespace host

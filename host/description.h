@@ -2,21 +2,28 @@
 #pragma once
 
 #include "library.h"
-#include "options.h"
 
+#include <memory>
 #include <string>
 
 namespace host {
+
+// What is asked of the library: the more, the more it reads.
+enum class Query { type, record, details };
 
 struct Description {
     std::string path;     // as given; bytes on Linux, UTF-8 on Windows
     std::string error;    // why the file could not be examined; empty when it was
     bool unknown = false; // examined, but of no known type
     InfoRecord record{};
+    std::unique_ptr<ZatDetails> details; // null unless they were asked for and the type is known
 };
 
-// Asks the library about the file; never throws and never waits for a pipe.
-void describe(const Library& library, bool detect_only, Description* description);
+// Asks the library about the file; never waits for a pipe.
+void describe(const Library& library, Query query, Description* description);
+
+// The part of it that all platforms share: the record's path is set.
+void ask_library(const Library& library, Query query, Description* description);
 
 // The path as the library takes it: the bytes on Linux; on Windows the name in the system's code
 // page, by its short form when it must be. Empty when it has none.

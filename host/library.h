@@ -1,7 +1,7 @@
 // The library, loaded as any host loads it.
 #pragma once
 
-#include "zat/zat.h"
+#include "zat/details.h"
 
 #include <string>
 
@@ -11,6 +11,7 @@ struct Library {
     decltype(&::SetPath) set_path = nullptr;
     decltype(&::GetFileFormat) get_file_format = nullptr;
     decltype(&::GetInfo) get_info = nullptr;
+    decltype(&::GetDetails) get_details = nullptr;
     decltype(&::ReFormFullBounded) reform_full_bounded = nullptr;
     decltype(&::GetDllVersion) get_version = nullptr;
 };

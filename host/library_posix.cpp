@@ -40,6 +40,7 @@ std::string load_library(Library* library) {
     if (!find(handle, "SetPath", &library->set_path) ||
         !find(handle, "GetFileFormat", &library->get_file_format) ||
         !find(handle, "GetInfo", &library->get_info) ||
+        !find(handle, "GetDetails", &library->get_details) ||
         !find(handle, "ReFormFullBounded", &library->reform_full_bounded) ||
         !find(handle, "GetDllVersion", &library->get_version)) {
         return std::string("the library lacks an entry point: ") + dlerror();

@@ -35,6 +35,7 @@ std::string load_library(Library* library) {
     if (!find(module, "SetPath", &library->set_path) ||
         !find(module, "GetFileFormat", &library->get_file_format) ||
         !find(module, "GetInfo", &library->get_info) ||
+        !find(module, "GetDetails", &library->get_details) ||
         !find(module, "ReFormFullBounded", &library->reform_full_bounded) ||
         !find(module, "GetDllVersion", &library->get_version)) {
         return "the library " ZAT_DLL_NAME " lacks an entry point";

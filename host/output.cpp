@@ -1,5 +1,6 @@
 #include "output.h"
 
+#include "details_json.h"
 #include "encoding.h"
 #include "type_names.h"
 
@@ -11,7 +12,7 @@ namespace host {
 namespace {
 
 // Raised whenever a reader of the output would have to change; docs/zat.schema.json describes it.
-constexpr int schema_version = 1;
+constexpr int schema_version = 2;
 
 std::string report_text(const Library& library, const InfoRecord& record) {
     std::string report(library.reform_full_bounded(&record, nullptr, 0) + 1, '\0');
@@ -98,6 +99,9 @@ nlohmann::ordered_json json_of(
                                                        : nlohmann::ordered_json(nullptr);
     out["data_size"] = record.data_size;
     out["file_size"] = record.file_size;
+    if (description.details != nullptr) {
+        add_details(*description.details, &out);
+    }
     if (options.with_report) {
         out["report"] = utf8_of_shift_jis(report_text(library, record));
     }
@@ -167,6 +171,13 @@ std::string csv_of(const Description& description) {
 }
 
 } // namespace
+
+Query query_of(const Options& options) {
+    if (options.detect_only) {
+        return Query::type;
+    }
+    return options.format == Format::text ? Query::record : Query::details;
+}
 
 std::string output_head(const Options& options) {
     switch (options.format) {

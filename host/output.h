@@ -5,8 +5,12 @@
 #pragma once
 
 #include "description.h"
+#include "options.h"
 
 namespace host {
+
+// What the output needs to know of each file.
+Query query_of(const Options& options);
 
 std::string output_head(const Options& options);
 std::string output_separator(const Options& options);

@@ -119,7 +119,7 @@ Result examine(const Work& work, const Job& job) {
     description.path = job.path;
     description.error = job.error;
     if (description.error.empty()) {
-        describe(work.library, work.options.detect_only, &description);
+        describe(work.library, query_of(work.options), &description);
     }
     Result result;
     result.ready = true;

@@ -1,11 +1,11 @@
 #include "audio/mp3_file.h"
 
 #include "audio/mpeg_audio.h"
+#include "common/details.h"
 #include "common/file_window.h"
 #include "common/messages.h"
 #include "common/record_lines.h"
 #include "common/tag_sizes.h"
-#include "common/zero_skip.h"
 
 #include <algorithm>
 #include <cstring>
@@ -57,12 +57,13 @@ uint32_t find_frame_pair(FileWindow* window) {
 }
 
 // Finds the first frame behind the tags, sets the size of what stands before it and reads its
-// header. Returns 0, or 1 when there is nothing behind the tags.
-int find_stream(FileRecord* file, Mp3Stream* stream, uint8_t* header) {
-    const int64_t start = int64_t{stream->tags.id3v2} + stream->tags.other;
-    FileSeek(file, start, SeekOrigin::begin);
-    stream->zeros = skip_zeros(file);
-    if (FileRead(file, header, mpeg_audio_header_size) == 0) {
+// header. Returns 0, or 1 when there is nothing behind the tags, or no memory to look there.
+int find_stream(Reader* reader, Mp3Stream* stream, uint8_t* header) {
+    FileRecord* file = reader->block.file;
+    const int64_t start = stream->tags.id3v2;
+    stream->zeros = count_zeros(reader, whole_file(reader), start);
+    if (stream->zeros < 0 || read_some(reader, whole_file(reader), start + stream->zeros, header,
+                                 mpeg_audio_header_size) == 0) {
         return 1;
     }
     FileWindow window;
@@ -72,6 +73,9 @@ int find_stream(FileRecord* file, Mp3Stream* stream, uint8_t* header) {
         return 1;
     }
     stream->tags.other = find_frame_pair(&window);
+    if (window.no_memory) {
+        return 1;
+    }
     // Without a pair the bytes at the stream's start stay the best guess.
     if (stream->tags.other <= window.loaded) {
         read_at(file, start + stream->tags.other, header, mpeg_audio_header_size);
@@ -81,29 +85,30 @@ int find_stream(FileRecord* file, Mp3Stream* stream, uint8_t* header) {
 
 // Reads the start of a frame at a position and looks for a VBR header in it. Returns 1 when the
 // file does not hold the whole frame.
-int read_vbr_header(FileRecord* file, int64_t position, MpegAudioInfo* info) {
-    if (position > file->size || info->frame_size > file->size - position) {
+int read_vbr_header(Reader* reader, int64_t position, MpegAudioInfo* info) {
+    const Span rest = sub_span(whole_file(reader), position);
+    if (info->frame_size > size_of(rest)) {
         return 1;
     }
-    uint8_t frame[vbr_header_reach];
     const uint32_t wanted = std::min(info->frame_size, vbr_header_reach);
-    if (read_at(file, position, frame, wanted) < wanted) {
+    const Bytes frame = read_view(reader, rest, 0, wanted);
+    if (frame.size() < wanted) {
         return 1;
     }
     // Unusable counts leave a line that says so.
-    (void)ParseVbrHeader({frame, wanted}, info);
+    (void)ParseVbrHeader(frame, info);
     return 0;
 }
 
-int read_stream(FileRecord* file, Mp3Stream* stream) {
-    (void)MeasureTags(file, &stream->tags); // an unreadable tail has no tags
+int read_stream(Reader* reader, Mp3Stream* stream) {
+    (void)MeasureTags(reader, &stream->tags); // an unreadable tail has no tags
     uint8_t header[mpeg_audio_header_size] = {};
-    if (find_stream(file, stream, header) != 0 ||
+    if (find_stream(reader, stream, header) != 0 ||
         DecodeMpegAudioHeader(header, &stream->info) != 0) {
         return 1;
     }
     // The VBR header is looked for right behind ID3v2, even when the first frame stands later.
-    return read_vbr_header(file, stream->tags.id3v2, &stream->info);
+    return read_vbr_header(reader, stream->tags.id3v2, &stream->info);
 }
 
 double play_time(int64_t bytes, double kbits_per_second) {
@@ -149,8 +154,12 @@ void list_tags(const Mp3Stream* stream, InfoRecord* record) {
 
 int AnalyzeMp3File(FileRecord* file, const Output& out) {
     InfoRecord* record = out.record;
+    Reader reader;
+    reader_open(&reader, file);
     Mp3Stream stream;
-    if (read_stream(file, &stream) != 0) {
+    const int result = read_stream(&reader, &stream);
+    note_work_limit(out, reader);
+    if (result != 0) {
         return 1;
     }
     FormatMpegAudioLine(&stream.info, record->audio[0]);

@@ -1,8 +1,9 @@
 // RIFF files of form "RMP3": an MPEG audio stream in the "data" chunk.
 #include "audio/mp3_file.h"
 #include "audio/mpeg_audio.h"
-#include "common/file_window.h"
+#include "common/details.h"
 #include "common/record_lines.h"
+#include "common/riff.h"
 
 #include <algorithm>
 #include <cstring>
@@ -11,14 +12,13 @@ namespace zat {
 
 namespace {
 
-constexpr int64_t riff_header_size = 12; // "RIFF", size, form type
-constexpr uint32_t chunk_header_size = 8;
 constexpr int64_t id3v1_size = 128;
 
-// Describes the frame at the start of a "data" chunk. Returns 1 when nothing stands there or the
-// file does not hold the whole frame; a header that does not decode leaves a line that shows it.
-int read_data_chunk(FileWindow* window, int64_t position, MpegAudioInfo* info) {
-    const Bytes start = window_view(window, position, mpeg_audio_header_size);
+// Describes the frame at the start of a "data" chunk, which reaches from there to the file's end.
+// Returns 1 when nothing stands there or the file does not hold the whole frame; a header that does
+// not decode leaves a line that shows it.
+int read_data_chunk(Reader* reader, Span data, MpegAudioInfo* info) {
+    const Bytes start = read_view(reader, data, 0, mpeg_audio_header_size);
     if (start.empty()) {
         return 1;
     }
@@ -26,11 +26,11 @@ int read_data_chunk(FileWindow* window, int64_t position, MpegAudioInfo* info) {
     std::copy(start.begin(), start.end(), header);
     *info = {};
     (void)DecodeMpegAudioHeader(header, info);
-    if (info->frame_size > window->file->size - position) {
+    if (info->frame_size > size_of(data)) {
         return 1;
     }
     const uint32_t wanted = std::min(info->frame_size, vbr_header_reach);
-    const Bytes frame = window_view(window, position, wanted);
+    const Bytes frame = read_view(reader, data, 0, wanted);
     if (frame.size() < wanted) {
         return 1;
     }
@@ -40,27 +40,29 @@ int read_data_chunk(FileWindow* window, int64_t position, MpegAudioInfo* info) {
 
 // Walks the chunks; notes on them are joined in `annotation` (line_size bytes, cleared). Returns 1
 // when a chunk header or the first frame is cut off.
-int WalkRmp3Chunks(FileWindow* window, MpegAudioInfo* info, char* annotation) {
-    const int64_t end = window->file->size;
+int WalkRmp3Chunks(Reader* reader, MpegAudioInfo* info, char* annotation) {
+    const Span file = whole_file(reader);
+    Span space = sub_span(file, riff_header_size);
     bool after_odd = false;
-    for (int64_t position = riff_header_size; position < end;) {
-        const Bytes header = window_view(window, position, chunk_header_size);
-        if (header.size() < chunk_header_size) {
+    while (size_of(space) != 0) {
+        Chunk chunk;
+        if (!next_chunk(reader, &space, &chunk)) {
+            if (reader->limited) {
+                break;
+            }
             return 1;
         }
-        const uint32_t size = ReadLE32(header.data() + 4);
-        position += chunk_header_size;
-        if (starts_with(header.data(), "LIST")) {
+        if (chunk.id == fourcc("LIST")) {
             AppendWithSeparator(
                 annotation, line_size, after_odd ? "+SI(INFOTAG)" : "SI(INFOTAG)", separator_comma);
-        } else if (starts_with(header.data(), "data") &&
-                   read_data_chunk(window, position, info) != 0) {
+        } else if (chunk.id == fourcc("data") &&
+                   read_data_chunk(reader, sub_span(file, chunk.payload.start), info) != 0) {
             return 1;
         }
-        after_odd = size % 2 != 0;
-        position += int64_t{size} + (after_odd ? 1 : 0);
+        after_odd = chunk.size % 2 != 0;
     }
-    if (end >= id3v1_size && has_at(window_view(window, end - id3v1_size, 4), 0, "TAG")) {
+    reader_allow(reader, walk_allowance);
+    if (has_at(read_view(reader, file, file.end - id3v1_size, 3), 0, "TAG")) {
         AppendWithSeparator(annotation, line_size, "ID3v1", separator_comma);
     }
     return 0;
@@ -72,9 +74,11 @@ int AnalyzeRmp3File(FileRecord* file, const Output& out) {
     InfoRecord* record = out.record;
     MpegAudioInfo info;
     char annotation[line_size] = "";
-    FileWindow window;
-    window_open(&window, file, 0, FileWindow::first_size);
-    if (WalkRmp3Chunks(&window, &info, annotation) != 0) {
+    Reader reader;
+    reader_open(&reader, file);
+    const int result = WalkRmp3Chunks(&reader, &info, annotation);
+    note_work_limit(out, reader);
+    if (result != 0) {
         return 0;
     }
     FormatMpegAudioLine(&info, record->audio[0]);

@@ -3,8 +3,9 @@
 #include "audio/dts.h"
 #include "audio/mpeg_audio.h"
 #include "audio/wav_chunks.h"
-#include "common/block_reader.h"
+#include "audio/wav_names.h"
 #include "common/codec_catalogue.h"
+#include "common/details.h"
 #include "common/messages.h"
 #include "common/text.h"
 #include "common/value_text.h"
@@ -19,51 +20,61 @@ namespace {
 constexpr size_t codec_name_size = 256;
 constexpr size_t extra_info_size = 256; // bytes used of the extra-info text, terminator included
 
-void set_play_time(const WavFormatInfo& info, InfoRecord* record) {
-    if (info.format_tag == wav_tag_pcm) {
-        if (info.block_align != 0 && info.sample_rate != 0) {
-            const uint32_t frames = info.data_size / info.block_align;
-            record->play_time = static_cast<double>(frames) / info.sample_rate;
+void set_play_time(const WavChunks& chunks, InfoRecord* record) {
+    if (chunks.format.tag == wave_tag_pcm) {
+        if (chunks.format.block_align != 0 && chunks.format.sample_rate != 0) {
+            const uint32_t frames = chunks.data_size / chunks.format.block_align;
+            record->play_time = static_cast<double>(frames) / chunks.format.sample_rate;
         }
-    } else if (info.byte_rate != 0) {
-        record->play_time = static_cast<double>(info.data_size) / info.byte_rate;
+    } else if (chunks.format.byte_rate != 0) {
+        record->play_time = static_cast<double>(chunks.data_size) / chunks.format.byte_rate;
     }
 }
 
-void find_codec_name(const WavFormatInfo& info, char* name) {
-    char key[wav_guid_size];
-    if (info.guid[0] != '\0') {
-        copy_text(key, info.guid);
+void find_codec_name(const WavChunks& chunks, char* name) {
+    char guid[guid_text_size];
+    char tag[tag_key_size];
+    const char* key = tag;
+    if (chunks.format.tag == wave_tag_extensible && chunks.fmt_size > wave_plain_size) {
+        guid_text(chunks.format.guid, guid);
+        key = guid;
     } else {
-        format_text(key, sizeof key, "%04x", info.format_tag);
+        tag_key(chunks.format.tag, tag);
     }
-    std::transform(key, key + 4, key, ascii_upper);
-    codec_name(info.guid[0] != '\0' ? "[WAV-EXT]" : "[AVI-Audio]", key, key, name, codec_name_size);
+    codec_name(key == guid ? "[WAV-EXT]" : "[AVI-Audio]", key, key, name, codec_name_size);
 }
 
-double kilobits_per_second(const WavFormatInfo& info) {
-    return info.byte_rate * 8.0 * 0.001;
+// PCM in a format with an extension, which gives its speakers.
+bool is_extended_pcm(const WavChunks& chunks) {
+    return chunks.format.tag == wave_tag_pcm && chunks.fmt_size > wave_plain_size &&
+           chunks.format.extension_size != 0;
 }
 
-void format_plain_line(const WavFormatInfo& info, const char* name, char* line) {
+double kilobits_per_second(const WavChunks& chunks) {
+    return chunks.format.byte_rate * 8.0 * 0.001;
+}
+
+void format_plain_line(const WavChunks& chunks, const char* name, char* line) {
     format_text(line, line_size, "[%s] %dHz %dch %.2fkbps %dBit [fmt:%dByte]", name,
-        static_cast<int32_t>(info.sample_rate), info.channels, kilobits_per_second(info),
-        info.bits_per_sample, static_cast<int32_t>(info.fmt_size));
+        static_cast<int32_t>(chunks.format.sample_rate), chunks.format.channels,
+        kilobits_per_second(chunks), chunks.format.bits_per_sample,
+        static_cast<int32_t>(chunks.fmt_size));
 }
 
 void format_speaker_line(
-    const WavFormatInfo& info, const char* name, const char* speakers, char* line) {
+    const WavChunks& chunks, const char* name, const char* speakers, char* line) {
     format_text(line, line_size, "[%s] %dHz %dch(%s) %.2fkbps %dBit [fmt:%dByte]", name,
-        static_cast<int32_t>(info.sample_rate), info.channels, speakers, kilobits_per_second(info),
-        info.bits_per_sample, static_cast<int32_t>(info.fmt_size));
+        static_cast<int32_t>(chunks.format.sample_rate), chunks.format.channels, speakers,
+        kilobits_per_second(chunks), chunks.format.bits_per_sample,
+        static_cast<int32_t>(chunks.fmt_size));
 }
 
 // Writes the line of a DTS stream at the data position, whatever the format tag says: players of
 // such files pass it through as PCM. Returns 0 when there is none or its line is written, 1 when
 // its header is damaged.
-int describe_dts(BlockReader* reader, const WavFormatInfo& info, char* line) {
+int describe_dts(Reader* reader, const WavChunks& chunks, char* line) {
     uint8_t header[dts_packed_size] = {};
-    block_read(reader, info.data_position, header, sizeof header);
+    read_some(reader, whole_file(reader), chunks.data_position, header, sizeof header);
     const DtsSyncType type = dts_sync_type(header);
     if (type == dts_none) {
         return 0;
@@ -80,10 +91,9 @@ int describe_dts(BlockReader* reader, const WavFormatInfo& info, char* line) {
 
 // Writes the line and the play time of an MPEG audio stream when the data begin with a frame. No
 // syncword is asked for: the format tag has told.
-void describe_mpeg_audio(
-    BlockReader* reader, const WavFormatInfo& info, InfoRecord* record, char* line) {
+void describe_mpeg_audio(Reader* reader, const WavChunks& chunks, InfoRecord* record, char* line) {
     uint8_t frame[vbr_header_reach] = {};
-    block_read(reader, info.data_position, frame, sizeof frame);
+    read_some(reader, whole_file(reader), chunks.data_position, frame, sizeof frame);
     uint8_t header[mpeg_audio_header_size];
     std::memcpy(header, frame, sizeof header);
     MpegAudioInfo mpeg;
@@ -96,16 +106,16 @@ void describe_mpeg_audio(
     }
     FormatMpegAudioLine(&mpeg, line);
     record->play_time = static_cast<double>(
-        static_cast<float>(info.data_size) / (static_cast<float>(mpeg.bitrate * 1000) * 0.125F));
+        static_cast<float>(chunks.data_size) / (static_cast<float>(mpeg.bitrate * 1000) * 0.125F));
 }
 
 // The label, and what lossyWAV says of itself: "lossyWAV <version>: ... -cbs <size> ...".
-void describe_origin(const WavFormatInfo& info, InfoRecord* record) {
-    const std::string_view text = bounded_text(info.description);
+void describe_origin(const WavChunks& chunks, InfoRecord* record) {
+    const std::string_view text = bounded_text(chunks.description);
     if (text.starts_with("BWF")) {
         copy_text(record->label, "[RIFF(WAVE-BWF)]");
     } else if (text.starts_with("lossyWA")) {
-        char parameter[sizeof info.description] = {};
+        char parameter[sizeof chunks.description] = {};
         const size_t at = text.find("-cbs");
         if (at != std::string_view::npos && at + 5 < text.size()) {
             const std::string_view rest = text.substr(at + 5);
@@ -117,60 +127,61 @@ void describe_origin(const WavFormatInfo& info, InfoRecord* record) {
 }
 
 // The play time that the bytes up to the file's end would have, as the chunk's size cannot say it.
-void note_beyond_2gb(const WavFormatInfo& info, InfoRecord* record) {
+void note_beyond_2gb(const WavChunks& chunks, InfoRecord* record) {
     copy_text(record->extra[1], message::beyond_2gb);
     record->extra_count = 2;
-    if (info.block_align == 0 || info.sample_rate == 0) {
+    if (chunks.format.block_align == 0 || chunks.format.sample_rate == 0) {
         return;
     }
-    const int64_t frames =
-        (static_cast<int64_t>(record->file_size) - info.data_position) / info.block_align;
+    const int64_t frames = (static_cast<int64_t>(record->file_size) - chunks.data_position) /
+                           chunks.format.block_align;
     char time[value_text_size] = {};
-    FormatPlayTime(static_cast<double>(frames) / info.sample_rate, time);
+    FormatPlayTime(static_cast<double>(frames) / chunks.format.sample_rate, time);
     append_text(record->extra[1], message::estimated_time);
     append_text(record->extra[1], time);
     append_text(record->extra[1], "]");
 }
 
-void write_extra_lines(const WavFormatInfo& info, InfoRecord* record) {
-    copy_text(record->extra[0], info.chunk_chain);
+void write_extra_lines(const WavChunks& chunks, InfoRecord* record) {
+    copy_text(record->extra[0], chunks.chain);
     record->extra_count = 1;
-    if (info.beyond_2gb) {
-        note_beyond_2gb(info, record);
+    if (chunks.beyond_2gb) {
+        note_beyond_2gb(chunks, record);
     }
-    if (info.format_tag == wav_tag_mpeg_layer3 && info.byte_rate == 0) {
+    if (chunks.format.tag == wave_tag_mpeg_layer3 && chunks.format.byte_rate == 0) {
         // Shares the line of the note above, but always counts as one more.
         append_text(record->extra[1], message::zero_byte_rate);
         ++record->extra_count;
     }
 }
 
-int describe(BlockReader* reader, InfoRecord* record) {
-    WavFormatInfo info;
-    WalkWaveChunks(reader, &info);
-    set_play_time(info, record);
+int describe(Reader* reader, InfoRecord* record) {
+    WavChunks chunks;
+    WalkWaveChunks(reader, &chunks);
+    set_play_time(chunks, record);
 
     char name[codec_name_size];
-    find_codec_name(info, name);
+    find_codec_name(chunks, name);
     char line[line_size];
-    format_plain_line(info, name, line);
-    if (describe_dts(reader, info, line) != 0) {
+    format_plain_line(chunks, name, line);
+    if (describe_dts(reader, chunks, line) != 0) {
         return 1;
     }
-    if (info.format_tag == wav_tag_mpeg || info.format_tag == wav_tag_mpeg_layer3) {
-        describe_mpeg_audio(reader, info, record, line);
+    if (chunks.format.tag == wave_tag_mpeg || chunks.format.tag == wave_tag_mpeg_layer3) {
+        describe_mpeg_audio(reader, chunks, record, line);
     }
     copy_text(record->label, "[RIFF(WAVE)]");
-    describe_origin(info, record);
-    write_extra_lines(info, record);
+    describe_origin(chunks, record);
+    write_extra_lines(chunks, record);
 
     // The speakers matter more than what the data hold: such a line replaces any other.
-    if (info.is_extended_pcm) {
-        format_speaker_line(info, name, info.speakers, line);
-    } else if (info.channels > 2) {
-        char speakers[wav_speakers_size];
-        speakers_of_count(info.channels, speakers);
-        format_speaker_line(info, name, speakers, line);
+    char speakers[wav_speakers_size];
+    if (is_extended_pcm(chunks)) {
+        speakers_of_mask(chunks.format.channel_mask, speakers);
+        format_speaker_line(chunks, name, speakers, line);
+    } else if (chunks.format.channels > 2) {
+        speakers_of_count(chunks.format.channels, speakers);
+        format_speaker_line(chunks, name, speakers, line);
         copy_text(record->label, "[RIFF(WAVE-EXT)]");
     }
     copy_text(record->audio[0], line);
@@ -181,9 +192,11 @@ int describe(BlockReader* reader, InfoRecord* record) {
 } // namespace
 
 int AnalyzeWavFile(FileRecord* file, const Output& out) {
-    BlockReader reader;
-    block_open(&reader, file);
-    return describe(&reader, out.record);
+    Reader reader;
+    reader_open(&reader, file);
+    const int result = describe(&reader, out.record);
+    note_work_limit(out, reader);
+    return result;
 }
 
 } // namespace zat

@@ -1,7 +1,5 @@
 #include "common/block_reader.h"
 
-#include "common/zero_skip.h"
-
 #include <algorithm>
 #include <cstring>
 
@@ -21,7 +19,7 @@ uint32_t load(BlockReader* reader, int64_t position, uint32_t least, const uint8
         const bool goes_on = reader->loaded != 0 && (inside || position == end);
         reader->start = position;
         reader->loaded = read_at(reader->file, position, reader->block,
-            goes_on ? BlockReader::block_size : BlockReader::jump_size);
+            goes_on ? BlockReader::block_size : std::max(reader->jump, least));
     }
     const auto offset = static_cast<uint32_t>(position - reader->start);
     *bytes = reader->block + offset;
@@ -34,6 +32,7 @@ void block_open(BlockReader* reader, FileRecord* file) {
     reader->file = file;
     reader->start = 0;
     reader->loaded = 0;
+    reader->jump = BlockReader::jump_size;
 }
 
 uint32_t block_read(BlockReader* reader, int64_t position, void* destination, uint32_t count) {
@@ -55,23 +54,6 @@ Bytes block_view(BlockReader* reader, int64_t position, uint32_t count) {
     const uint8_t* bytes = nullptr;
     const uint32_t ready = load(reader, position, count, &bytes);
     return {bytes, std::min(ready, count)};
-}
-
-int64_t block_count_zeros(BlockReader* reader, int64_t position) {
-    int64_t zeros = 0;
-    for (;;) {
-        const uint8_t* bytes = nullptr;
-        const uint32_t ready = load(reader, position + zeros, 1, &bytes);
-        if (ready == 0) {
-            return -1;
-        }
-        const uint32_t run = leading_zeros(bytes, ready);
-        zeros += run;
-        if (run < ready) {
-            return zeros;
-        }
-        zeros = next_data(reader->file, position + zeros) - position;
-    }
 }
 
 } // namespace zat

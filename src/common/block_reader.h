@@ -17,6 +17,8 @@ struct BlockReader {
     FileRecord* file = nullptr;
     int64_t start = 0;   // file position of the block
     uint32_t loaded = 0; // bytes of it
+    // Bytes read behind a jump. A walk that only looks at headers far apart may want fewer.
+    uint32_t jump = jump_size;
     uint8_t block[block_size];
 };
 
@@ -30,9 +32,5 @@ uint32_t block_read(BlockReader* reader, int64_t position, void* destination, ui
 // Up to `count` (at most jump_size) bytes from a file position without a copy, fewer at the end of
 // the file. Valid until the reader's next use.
 Bytes block_view(BlockReader* reader, int64_t position, uint32_t count);
-
-// The number of zero bytes from a file position up to the first other byte, or -1 when the file
-// ends before one.
-int64_t block_count_zeros(BlockReader* reader, int64_t position);
 
 } // namespace zat

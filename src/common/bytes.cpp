@@ -42,4 +42,18 @@ int64_t find_byte_pair(Bytes bytes, size_t from, uint8_t a, uint8_t b) {
     return -1;
 }
 
+size_t leading_zeros(Bytes bytes) {
+    size_t count = 0;
+    for (uint64_t word = 0; bytes.size() - count >= sizeof word; count += sizeof word) {
+        std::memcpy(&word, bytes.data() + count, sizeof word);
+        if (word != 0) {
+            break;
+        }
+    }
+    while (count < bytes.size() && bytes[count] == 0) {
+        ++count;
+    }
+    return count;
+}
+
 } // namespace zat

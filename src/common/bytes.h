@@ -105,6 +105,9 @@ constexpr uint8_t byte_at(Bytes bytes, size_t offset) {
     return offset < bytes.size() ? bytes[offset] : uint8_t{0};
 }
 
+// The number of zero bytes at the front.
+size_t leading_zeros(Bytes bytes);
+
 // Position of the first pair of bytes a, b at or after `from`, or -1 when none lies in `bytes`.
 int64_t find_byte_pair(Bytes bytes, size_t from, uint8_t a, uint8_t b);
 

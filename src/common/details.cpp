@@ -108,6 +108,12 @@ void note_details(ZatDetails* details, std::string_view note) {
     }
 }
 
+void note_work_limit(const Output& out, const Reader& reader) {
+    if (reader.limited) {
+        note_details(out.details, "work limit");
+    }
+}
+
 void clear_details(ZatDetails* details) {
     const uint32_t size = details->size;
     std::memset(details, 0, sizeof *details);

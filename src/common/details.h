@@ -3,6 +3,7 @@
 #pragma once
 
 #include "common/output.h"
+#include "common/reader.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -37,6 +38,9 @@ void set_frame_rate(ZatStream* stream, uint64_t numerator, uint64_t denominator)
 
 // Adds a note of ASCII words. A note that stands there already is not repeated.
 void note_details(ZatDetails* details, std::string_view note);
+
+// Notes that a walk ended because it had used up its allowance.
+void note_work_limit(const Output& out, const Reader& reader);
 
 // Clears all but the size, before an analyser runs.
 void clear_details(ZatDetails* details);

@@ -61,6 +61,26 @@ Bytes read_view(Reader* reader, Span span, int64_t offset, uint32_t count) {
     return spend(reader, position, wanted) ? block_view(&reader->block, position, wanted) : Bytes{};
 }
 
+int64_t count_zeros(Reader* reader, Span span, int64_t offset) {
+    constexpr uint32_t first_look = 64; // most runs are short
+    int64_t zeros = 0;
+    for (uint32_t look = 1;; look = look == 1 ? first_look : BlockReader::jump_size) {
+        const Bytes bytes = read_view(reader, span, offset + zeros, look);
+        if (bytes.empty()) {
+            return -1;
+        }
+        const size_t run = leading_zeros(bytes);
+        zeros += static_cast<int64_t>(run);
+        if (run < bytes.size()) {
+            return zeros;
+        }
+        if (look == BlockReader::jump_size) {
+            const int64_t position = span.start + offset + zeros;
+            zeros += next_data(reader->block.file, position) - position;
+        }
+    }
+}
+
 uint32_t read_be32(Reader* reader, Span span, int64_t offset, uint32_t missing) {
     const Bytes bytes = read_view(reader, span, offset, 4);
     return bytes.size() == 4 ? ReadBE32(bytes.data()) : missing;

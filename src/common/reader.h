@@ -67,6 +67,10 @@ bool read_all(Reader* reader, Span span, int64_t offset, uint8_t* destination, u
 // fewer where the span or the file ends. Valid until the reader's next use.
 Bytes read_view(Reader* reader, Span span, int64_t offset, uint32_t count);
 
+// The number of zero bytes from `offset` of the span up to the first other byte; -1 when the span
+// or the allowance ends before one.
+int64_t count_zeros(Reader* reader, Span span, int64_t offset);
+
 // Fields of 32 bits, or `missing` when the span ends before they do.
 uint32_t read_be32(Reader* reader, Span span, int64_t offset, uint32_t missing = 0);
 uint32_t read_le32(Reader* reader, Span span, int64_t offset, uint32_t missing = 0);

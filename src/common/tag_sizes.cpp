@@ -15,30 +15,22 @@ constexpr int64_t tail_reach = 1048576;
 // Holds an ID3v1 tag with everything that is looked for right before it.
 constexpr uint32_t tail_look = 256;
 
-// Stacked tags are mostly empty ones: one look shows several headers.
-constexpr uint32_t header_look = 512;
-
 constexpr uint32_t id3v1_size = 128;
 constexpr uint32_t ape_footer_size = 32;
 constexpr uint32_t lyrics3_marker_size = 9;
 constexpr uint32_t lyrics3_digits = 6;
 
-uint32_t stacked_id3v2_size(FileRecord* file) {
-    FileWindow window;
-    window_open(&window, file, 0, header_look);
+uint32_t stacked_id3v2_size(Reader* reader) {
     uint32_t total = 0;
-    int64_t position = 0;
-    for (;;) {
-        const Bytes header = window_view(&window, position, id3v2_header_size);
+    for (int64_t position = 0;;) {
+        const Bytes header = read_view(reader, whole_file(reader), position, id3v2_header_size);
         if (header.size() < id3v2_header_size || !starts_with(header.data(), "ID3")) {
-            break;
+            return total;
         }
         const uint32_t size = Id3v2Size(header.data());
         total += size;
         position += size;
     }
-    window_close(&window);
-    return total;
 }
 
 // The `length` bytes that begin `distance` bytes before the file's end; empty when they are not
@@ -79,8 +71,9 @@ uint32_t Id3v2Size(const uint8_t* header) {
     return size + id3v2_header_size;
 }
 
-int MeasureTags(FileRecord* file, TagSizes* sizes) {
-    sizes->id3v2 += stacked_id3v2_size(file);
+int MeasureTags(Reader* reader, TagSizes* sizes) {
+    FileRecord* file = reader->block.file;
+    sizes->id3v2 = stacked_id3v2_size(reader);
 
     FileWindow window;
     const uint32_t look = static_cast<uint32_t>(std::min<int64_t>(file->size, tail_look));
@@ -111,7 +104,6 @@ int MeasureTags(FileRecord* file, TagSizes* sizes) {
     if (tail_has(&window, tail + ape_footer_size, "APETAG")) {
         sizes->ape = ape_footer_size;
     }
-    window_close(&window);
     return 0;
 }
 

@@ -2,7 +2,7 @@
 // APE, Lyrics3 v2 and ID3v1 behind it, in this order.
 #pragma once
 
-#include "common/file_access.h"
+#include "common/reader.h"
 
 #include <cstdint>
 
@@ -26,8 +26,9 @@ constexpr uint32_t id3v2_header_size = 10;
 // larger, and a footer is not counted.
 uint32_t Id3v2Size(const uint8_t* header);
 
-// Measures the tags of an open file into a cleared record. Moves the file position. Returns 0, or 2
-// when nothing of the file's tail could be read; the ID3v2 size is set then all the same.
-int MeasureTags(FileRecord* file, TagSizes* sizes);
+// Measures the tags of the reader's file into a cleared record. Returns 0, or 2 when nothing of the
+// file's tail could be read; the ID3v2 size, as far as the reader's allowance goes, is set then all
+// the same.
+int MeasureTags(Reader* reader, TagSizes* sizes);
 
 } // namespace zat

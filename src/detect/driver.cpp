@@ -93,12 +93,6 @@ int64_t find_packets(FileWindow* window, uint32_t* packet_size) {
     }
 }
 
-size_t leading_zeros(Bytes bytes) {
-    return static_cast<size_t>(std::find_if(bytes.begin(), bytes.end(), [](uint8_t byte) {
-        return byte != 0;
-    }) - bytes.begin());
-}
-
 // Streams that begin somewhere in the view.
 int search_streams(FileWindow* window, DetectContext* context) {
     const size_t zeros = leading_zeros(window_bytes(window));
@@ -158,6 +152,11 @@ int probe(FileWindow* window, DetectContext* context) {
     // the latest: the signatures leave it only with a sync byte behind it.
     if (TsOnePacketCheck(bytes) == 0) {
         return accept_packets(context, timestamped_packet_size, 0);
+    }
+    const uint32_t late = check_late_signature(bytes);
+    if (late != FILETYPE_UNKNOWN) {
+        context->type_code = late;
+        return 0;
     }
     return search_streams(window, context);
 }

@@ -2,6 +2,7 @@
 
 #include "zat/zat.h"
 
+#include <span>
 #include <string_view>
 
 namespace zat {
@@ -62,6 +63,15 @@ constexpr Signature signatures[] = {
     {FILETYPE_WSD, {{0, "1bit"}}},
 };
 
+// Held against a file when no step that looks at its start knew it, and before those that search:
+// what the first table and the probes recognise stays what it was.
+constexpr Signature late_signatures[] = {
+    {FILETYPE_OGGFLAC, {{0, "OggS"}, {28, "\x7F"
+                                          "FLAC"}}},
+    {FILETYPE_OGGMEDIA, {{0, "OggS"}}},
+    {FILETYPE_MUSEPACK, {{0, "MPCK"}}},
+};
+
 bool matches(Bytes bytes, const Magic& magic) {
     for (size_t i = 0; i < magic.bytes.size(); ++i) {
         const auto expected = static_cast<uint8_t>(magic.bytes[i]);
@@ -81,15 +91,23 @@ bool matches(Bytes bytes, const Signature& signature) {
     return true;
 }
 
-} // namespace
-
-uint32_t CheckHeaderSignature(Bytes bytes) {
-    for (const Signature& signature : signatures) {
+uint32_t first_match(std::span<const Signature> table, Bytes bytes) {
+    for (const Signature& signature : table) {
         if (matches(bytes, signature)) {
             return signature.type_code;
         }
     }
     return FILETYPE_UNKNOWN;
+}
+
+} // namespace
+
+uint32_t CheckHeaderSignature(Bytes bytes) {
+    return first_match(signatures, bytes);
+}
+
+uint32_t check_late_signature(Bytes bytes) {
+    return first_match(late_signatures, bytes);
 }
 
 } // namespace zat

@@ -11,4 +11,7 @@ namespace zat {
 // FILETYPE_UNKNOWN without one. Looks at no more than 197 bytes.
 uint32_t CheckHeaderSignature(Bytes bytes);
 
+// The same for the signatures that count only when no probe of the file's start knew it.
+uint32_t check_late_signature(Bytes bytes);
+
 } // namespace zat

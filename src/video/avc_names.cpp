@@ -2,7 +2,6 @@
 
 #include "common/text.h"
 
-#include <array>
 #include <iterator>
 
 namespace zat {
@@ -12,6 +11,7 @@ namespace {
 struct CodeName {
     int code;
     const char* name;
+    AvcRules since = AvcRules::first_lines; // the rules that know the code
 };
 
 // ITU-T H.264, A.2 (profile_idc alone; the constraint flags are not looked at).
@@ -23,9 +23,12 @@ constexpr CodeName profiles[] = {
     {110, "High 10"},
     {122, "High 4:2:2"},
     {244, "High 4:4:4"},
+    {44, "CAVLC 4:4:4 Intra", AvcRules::standard},
+    {118, "Multiview High", AvcRules::standard},
+    {128, "Stereo High", AvcRules::standard},
 };
 
-// ITU-T H.264, table A-1. 9, which some encoders write for level 1b, is not named.
+// ITU-T H.264, table A-1. 9 is level 1b of the profiles from High on.
 constexpr CodeName levels[] = {
     {10, "1"},
     {11, "1.1"},
@@ -42,39 +45,80 @@ constexpr CodeName levels[] = {
     {42, "4.2"},
     {50, "5"},
     {51, "5.1"},
+    {9, "1b", AvcRules::standard},
+    {52, "5.2", AvcRules::standard},
+    {60, "6", AvcRules::standard},
+    {61, "6.1", AvcRules::standard},
+    {62, "6.2", AvcRules::standard},
 };
 
-// Writes the code's name, or `unknown` with the code in brackets.
 template <size_t N>
-void write_name(char* out, size_t size, const CodeName (&names)[N], int code, const char* unknown) {
+const char* name_of(const CodeName (&names)[N], int code, AvcRules rules) {
     for (const CodeName& row : names) {
-        if (row.code == code) {
-            copy_text(out, size, row.name);
-            return;
+        if (row.code == code && row.since <= rules) {
+            return row.name;
         }
     }
-    format_text(out, size, "%s(%d)", unknown, code);
+    return nullptr;
 }
+
+// Writes the name, or `unknown` with the code in brackets.
+void write_name(char* out, size_t size, const char* name, int code, const char* unknown) {
+    if (name != nullptr) {
+        copy_text(out, size, name);
+    } else {
+        format_text(out, size, "%s(%d)", unknown, code);
+    }
+}
+
+// ITU-T H.264, table E-1, from 1 on.
+constexpr SampleAspect aspects[] = {{1, 1}, {12, 11}, {10, 11}, {16, 11}, {40, 33}, {24, 11},
+    {20, 11}, {32, 11}, {80, 33}, {18, 11}, {15, 11}, {64, 33}, {160, 99}, {4, 3}, {3, 2}, {2, 1}};
+
+// The last one that AvcAspectRatioName knows.
+constexpr int last_named_aspect = 13;
 
 } // namespace
 
-void FormatAvcProfileLevel(char* out, size_t size, int profile_idc, int level_idc) {
+const char* avc_profile_name(int profile_idc, AvcRules rules) {
+    return name_of(profiles, profile_idc, rules);
+}
+
+const char* avc_level_name(int profile_idc, int constraint_flags, int level_idc, AvcRules rules) {
+    // A.3.1: Baseline, Main and Extended signal level 1b as 1.1 with constraint_set3_flag.
+    constexpr int constraint_set3 = 0x10;
+    const bool old_profile = profile_idc == 66 || profile_idc == 77 || profile_idc == 88;
+    const bool is_1b = rules == AvcRules::standard && old_profile && level_idc == 11 &&
+                       (constraint_flags & constraint_set3) != 0;
+    return name_of(levels, is_1b ? 9 : level_idc, rules);
+}
+
+void FormatAvcProfileLevel(
+    char* out, size_t size, int profile_idc, int level_idc, AvcRules rules, int constraint_flags) {
     char profile[32];
     char level[32];
-    write_name(profile, sizeof profile, profiles, profile_idc, "UnknownProfile");
-    write_name(level, sizeof level, levels, level_idc, "UnknownLevel");
+    write_name(profile, sizeof profile, avc_profile_name(profile_idc, rules), profile_idc,
+        "UnknownProfile");
+    write_name(level, sizeof level, avc_level_name(profile_idc, constraint_flags, level_idc, rules),
+        level_idc, "UnknownLevel");
     format_text(out, size, "%s@%s", profile, level);
 }
 
-// ITU-T H.264, table E-1.
 void AvcAspectRatioName(char* out, size_t size, int aspect_ratio_idc) {
-    static constexpr std::array names{"Unspecified", "1:1", "12:11", "10:11", "16:11", "40:33",
-        "24:11", "20:11", "32:11", "80:33", "18:11", "15:11", "64:33", "160:99"};
-    if (aspect_ratio_idc >= 0 && aspect_ratio_idc < std::ssize(names)) {
-        copy_text(out, size, names[static_cast<size_t>(aspect_ratio_idc)]);
+    if (aspect_ratio_idc == 0) {
+        copy_text(out, size, "Unspecified");
+    } else if (aspect_ratio_idc > 0 && aspect_ratio_idc <= last_named_aspect) {
+        const SampleAspect aspect = avc_sample_aspect(aspect_ratio_idc);
+        format_text(out, size, "%d:%d", aspect.width, aspect.height);
     } else {
         format_text(out, size, "Unknown(%d)", aspect_ratio_idc);
     }
+}
+
+SampleAspect avc_sample_aspect(int aspect_ratio_idc) {
+    return aspect_ratio_idc > 0 && aspect_ratio_idc <= std::ssize(aspects)
+               ? aspects[static_cast<size_t>(aspect_ratio_idc) - 1]
+               : SampleAspect{};
 }
 
 } // namespace zat

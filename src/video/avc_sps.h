@@ -1,6 +1,9 @@
 // The H.264 sequence parameter set (ITU-T H.264, 7.3.2.1.1 and Annex E).
 #pragma once
 
+#include "common/bytes.h"
+#include "video/avc_names.h"
+
 #include <cstdint>
 
 namespace zat {
@@ -18,6 +21,21 @@ struct AvcSequenceInfo {
     uint8_t fixed_frame_rate = 0;
     uint8_t cbr = 0;
     uint8_t frame_mbs_only = 0; // 1: progressive frames only
+
+    // The same as codes and numbers.
+    uint8_t profile_idc = 0;
+    uint8_t constraint_flags = 0; // constraint_set0_flag in the top bit
+    uint8_t level_idc = 0;
+    uint8_t chroma_format_idc = 1;
+    uint16_t sar_width = 0; // sample aspect ratio by the standard; 0 when unspecified
+    uint16_t sar_height = 0;
+    uint32_t num_units_in_tick = 0; // both 0 without timing
+    uint32_t time_scale = 0;
+    uint8_t colour_primaries = 2; // codes of ITU-T H.273; 2 is unspecified
+    uint8_t transfer_characteristics = 2;
+    uint8_t matrix_coefficients = 2;
+    uint8_t full_range = 0;
+    bool range_told = false;
 };
 
 // Positions are bits from the NAL header on, emulation prevention bytes not counted.
@@ -42,8 +60,13 @@ struct AvcParseState {
 // of 0 writes nothing. The caller clears both records.
 //
 // state->error tells a truncated parameter set: when it ended before the VUI, the size, depth and
-// texts are not written; when it ended inside, they are.
-void ParseAvcSequenceParameterSet(
-    const uint8_t* nal, uint32_t length, AvcSequenceInfo* info, AvcParseState* state);
+// texts are not written; when it ended inside, they are. By the standard it also tells fields out
+// of their range, and an unspecified aspect is an empty text.
+void ParseAvcSequenceParameterSet(const uint8_t* nal, uint32_t length, AvcSequenceInfo* info,
+    AvcParseState* state, AvcRules rules = AvcRules::first_lines);
+
+// Finds and reads, by the standard, the first whole parameter set of a byte stream (annex B).
+// Returns 0, or 1 without one; the record is then cleared.
+int find_avc_sps(Bytes stream, AvcSequenceInfo* info);
 
 } // namespace zat

@@ -108,8 +108,20 @@ bool parse_aspect(RbspReader* reader, AvcVui* vui, AvcParseState* state) {
     return !avc_overrun(reader, state);
 }
 
+bool parse_colours(RbspReader* reader, AvcVui* vui, AvcParseState* state) {
+    for (uint8_t* code :
+        {&vui->colour_primaries, &vui->transfer_characteristics, &vui->matrix_coefficients}) {
+        uint32_t value = 0;
+        if (!take_u(reader, state, 8, &value)) {
+            return false;
+        }
+        *code = static_cast<uint8_t>(value);
+    }
+    return true;
+}
+
 // From overscan_info_present_flag to the chroma sample locations.
-bool pass_display_info(RbspReader* reader, AvcParseState* state) {
+bool parse_display_info(RbspReader* reader, AvcVui* vui, AvcParseState* state) {
     uint32_t present = 0;
     if (!take_u(reader, state, 1, &present) ||         // overscan_info_present_flag
         (present != 0 && !pass_u(reader, state, 1))) { // overscan_appropriate_flag
@@ -119,14 +131,16 @@ bool pass_display_info(RbspReader* reader, AvcParseState* state) {
         return false;
     }
     if (present != 0) {
+        uint32_t range = 0;
         uint32_t colour_description_present_flag = 0;
-        if (!pass_u(reader, state, 3) || // video_format
-            !pass_u(reader, state, 1) || // video_full_range_flag
+        if (!pass_u(reader, state, 3) ||         // video_format
+            !take_u(reader, state, 1, &range) || // video_full_range_flag
             !take_u(reader, state, 1, &colour_description_present_flag)) {
             return false;
         }
-        // colour_primaries, transfer_characteristics, matrix_coefficients
-        if (colour_description_present_flag != 0 && !pass_each_u(reader, state, 8, 3)) {
+        vui->video_full_range_flag = static_cast<uint8_t>(range);
+        vui->video_signal_type_complete = true;
+        if (colour_description_present_flag != 0 && !parse_colours(reader, vui, state)) {
             return false;
         }
     }
@@ -199,7 +213,7 @@ bool avc_overrun(const RbspReader* reader, AvcParseState* state) {
 }
 
 void parse_avc_vui(RbspReader* reader, AvcVui* vui, AvcParseState* state) {
-    if (parse_aspect(reader, vui, state) && pass_display_info(reader, state) &&
+    if (parse_aspect(reader, vui, state) && parse_display_info(reader, vui, state) &&
         parse_timing(reader, vui, state) && parse_hrds(reader, vui, state)) {
         pass_bitstream_restriction(reader, state);
     }

@@ -23,6 +23,12 @@ struct AvcVui {
     uint8_t aspect_ratio_idc = 0;
     uint16_t sar_width = 0;
     uint16_t sar_height = 0;
+    bool video_signal_type_complete = false; // the fields up to the range were read
+    uint8_t video_full_range_flag = 0;
+    // Codes of ITU-T H.273; 2, unspecified, where the stream does not tell them.
+    uint8_t colour_primaries = 2;
+    uint8_t transfer_characteristics = 2;
+    uint8_t matrix_coefficients = 2;
     uint8_t timing_info_present_flag = 0;
     uint32_t num_units_in_tick = 0;
     uint32_t time_scale = 0;

@@ -1,6 +1,7 @@
 #include "video/mpeg4_visual.h"
 
 #include "common/bits.h"
+#include "common/start_code.h"
 #include "common/text.h"
 
 #include <array>
@@ -10,7 +11,6 @@ namespace zat {
 namespace {
 
 constexpr char vol_start_code[] = "\0\0\1\x20";
-constexpr size_t start_code_size = 4;
 constexpr uint32_t extended_par = 15;
 
 struct ProfileName {

@@ -1,6 +1,7 @@
 #include "video/mpeg_sequence.h"
 
 #include "common/bits.h"
+#include "common/start_code.h"
 #include "common/text.h"
 
 #include <array>
@@ -12,7 +13,6 @@ namespace {
 
 constexpr uint8_t sequence_header_code = 0xB3;
 constexpr uint8_t extension_start_code = 0xB5;
-constexpr size_t start_code_size = 4;
 
 // extension_start_code_identifier (ISO/IEC 13818-2, table 6-2).
 constexpr uint32_t sequence_extension_id = 1;
@@ -165,13 +165,11 @@ int mpeg2_video_line(Bytes codec_private, char* out) {
     bool header_found = false;
     bool extension_found = false;
     // Until both are known a further hit of one replaces the earlier one.
-    for (size_t i = 0;
-         !(header_found && extension_found) && i + start_code_size < codec_private.size(); ++i) {
-        if (!has_at(codec_private, i, "\0\0\1")) {
-            continue;
-        }
-        const Bytes behind = codec_private.subspan(i + start_code_size);
-        const uint8_t code = codec_private[i + start_code_size - 1];
+    for (int64_t at = find_start_code(codec_private, 0);
+         at >= 0 && !(header_found && extension_found);
+         at = find_start_code(codec_private, static_cast<size_t>(at) + 3)) {
+        const Bytes behind = codec_private.subspan(static_cast<size_t>(at) + start_code_size);
+        const uint8_t code = codec_private[static_cast<size_t>(at) + 3];
         if (code == sequence_header_code && read_sequence_header(&header, behind) == 0) {
             header_found = true;
         } else if (code == extension_start_code &&

@@ -63,9 +63,10 @@ TEST(TagSizes, measures_each_layout) {
         const TempFile temp(row.file.bytes);
         FileRecord file;
         ASSERT_EQ(FileOpen(&file, temp.path.c_str()), 0);
+        Reader reader;
+        reader_open(&reader, &file);
         TagSizes sizes;
-        EXPECT_EQ(MeasureTags(&file, &sizes), 0);
-        FileClose(&file);
+        EXPECT_EQ(MeasureTags(&reader, &sizes), 0);
         EXPECT_EQ((std::array{sizes.id3v2, sizes.ape, sizes.id3v1, sizes.ape_footer, sizes.lyrics3}), row.sizes);
     }
 }

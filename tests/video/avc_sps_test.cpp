@@ -65,10 +65,10 @@ struct Parsed {
 };
 
 // The bytes have no room behind them, so that a sanitizer sees a read past them.
-Parsed parse(const std::vector<uint8_t>& nal) {
+Parsed parse(const std::vector<uint8_t>& nal, AvcRules rules = AvcRules::first_lines) {
     Parsed parsed;
     const std::vector<uint8_t> exact(nal.begin(), nal.end());
-    ParseAvcSequenceParameterSet(exact.data(), static_cast<uint32_t>(exact.size()), &parsed.info, &parsed.state);
+    ParseAvcSequenceParameterSet(exact.data(), static_cast<uint32_t>(exact.size()), &parsed.info, &parsed.state, rules);
     return parsed;
 }
 
@@ -141,6 +141,42 @@ TEST(AvcSps, ReadsTheFactsBitExactly) {
         EXPECT_EQ(parsed.state.end_pos, bit_count(row.fields));
         EXPECT_EQ(parsed.state.total_bits, nal.size() * 8);
     }
+}
+
+TEST(AvcSps, GoesByTheStandardOutsideTheFirstLines) {
+    const struct {
+        const char* name;
+        std::string fields;
+        const char* expected;
+    } rows[] = {
+        {"crop units of a 4:2:0 field picture",
+            high_41 + chroma_420 + "0/1 " + order + "ue119 ue33 0/1 1/1 1/1 1/1 ue0 ue2 ue0 ue2 0/1",
+            "1916x1080 8 High@4.1  0.000fps 0bps i"},
+        {"crop units of 4:2:2, and a crop of more than 8 bits",
+            "103/8 122/8 0/8 52/8 ue0 ue2 ue2 ue2 0/1 0/1 " + order + "ue119 ue67 1/1 1/1 1/1 ue0 ue300 ue0 ue8 0/1",
+            "1320x1080 10 High 4:2:2@5.2  0.000fps 0bps p"},
+        {"a scaling list counts from the entry before",
+            high_41 + chroma_420 + "1/1 1/1 se2 se-10 0/7 " + order + size_320 + "0/1", "320x240 8 High@4.1  0.000fps 0bps p"},
+        {"level 1b by its constraint flag", "103/8 66/8 16/8 11/8 ue0 " + order + size_320 + "0/1",
+            "320x240 8 Baseline@1b  0.000fps 0bps p"},
+        {"an aspect that was added later", main_320 + "1/1 1/1 14/8 " + no_display + "0/5",
+            "320x240 8 Main@3.1 4:3 0.000fps 0bps p"},
+        {"a reserved aspect is none", main_320 + "1/1 1/1 17/8 " + no_display + "0/5", "320x240 8 Main@3.1  0.000fps 0bps p"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        const Parsed parsed = parse(nal_of(row.fields), AvcRules::standard);
+        EXPECT_EQ(facts(parsed), row.expected);
+        EXPECT_EQ(parsed.state.error, 0);
+    }
+    // A picture of which the cropping leaves nothing is no parameter set, and the search goes on.
+    const std::string nothing_left = main_31 + order + "ue0 ue0 1/1 1/1 1/1 ue4 ue4 ue0 ue0 0/1";
+    EXPECT_EQ(parse(nal_of(nothing_left), AvcRules::standard).state.error, 1);
+    AvcSequenceInfo info;
+    const ByteBuilder stream =
+        ByteBuilder().raw({0, 0, 1}).append(nal_of(nothing_left)).raw({0, 0, 1}).append(nal_of(main_320 + "0/1"));
+    EXPECT_EQ(find_avc_sps(stream.bytes, &info), 0);
+    EXPECT_EQ(info.width, 320U);
 }
 
 TEST(AvcSps, KeepsThePositionsOfTheAspectAndTheHrds) {

@@ -1,6 +1,7 @@
 #include "container/mp4/video_track.h"
 
 #include "common/codec_catalogue.h"
+#include "common/start_code.h"
 #include "common/text.h"
 #include "container/mp4/codec_text.h"
 #include "container/mp4/es_descriptor.h"
@@ -64,12 +65,9 @@ bool describe_avc(Reader* reader, const SampleEntry& entry, VideoDescription* de
 // The profile_and_level_indication behind a visual object sequence's start code (ISO/IEC 14496-2,
 // 6.2.2); 0 without one.
 uint32_t visual_profile_level(Bytes headers) {
-    for (size_t i = 0; i + 4 < headers.size(); ++i) {
-        if (ReadBE32(headers.data() + i) == 0x000001B0) {
-            return headers[i + 4];
-        }
-    }
-    return 0;
+    constexpr uint8_t visual_object_sequence = 0xB0;
+    const int64_t at = find_start_code_of(headers, 0, visual_object_sequence);
+    return at < 0 ? 0 : byte_at(headers, static_cast<size_t>(at) + start_code_size);
 }
 
 bool describe_mpeg4_visual(

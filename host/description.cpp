@@ -1,0 +1,25 @@
+#include "description.h"
+
+namespace host {
+
+void ask_library(const Library& library, Query query, Description* description) {
+    InfoRecord* record = &description->record;
+    switch (query) {
+    case Query::type:
+        library.get_file_format(record);
+        break;
+    case Query::record:
+        library.get_info(record);
+        break;
+    case Query::details:
+        description->details = std::make_unique<ZatDetails>();
+        description->details->size = sizeof(ZatDetails);
+        if (library.get_details(record, description->details.get()) != 1) {
+            description->details.reset();
+        }
+        break;
+    }
+    description->unknown = record->type_code == FILETYPE_UNKNOWN;
+}
+
+} // namespace host

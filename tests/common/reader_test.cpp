@@ -1,0 +1,95 @@
+#include "common/reader.h"
+
+#include "common/riff.h"
+#include "support/byte_builder.h"
+#include "support/temp_file.h"
+
+#include <algorithm>
+#include <fstream>
+#include <gtest/gtest.h>
+
+namespace zat::test {
+
+// Against the bytes themselves, at places and of lengths that cross blocks.
+TEST(Reader, ReadsWhatStandsInTheFile) {
+    std::vector<uint8_t> bytes(200000);
+    uint32_t state = 1;
+    for (uint8_t& byte : bytes) {
+        state = state * 1664525 + 1013904223;
+        byte = state >> 30 == 0 ? static_cast<uint8_t>(state >> 22) : 0;
+    }
+    std::fill(bytes.begin() + 50000, bytes.begin() + 150000, uint8_t{0});
+    const TempFile temp(bytes);
+    FileRecord file;
+    ASSERT_EQ(FileOpen(&file, temp.path.c_str()), 0);
+    Reader reader;
+    reader_open(&reader, &file);
+    const Span whole = whole_file(&reader);
+    int64_t position = 0;
+    for (int i = 0; i < 3000; ++i) {
+        reader_allow(&reader, walk_allowance);
+        state = state * 1664525 + 1013904223;
+        const uint32_t count = state >> 16 & 0x3FF;
+        // Mostly onward, now and then a jump, the end of the file included.
+        position = i % 7 == 6 ? static_cast<int64_t>(state % 200100) : position + count / 2;
+        const Span wanted = sub_span(whole, position, count);
+        const std::vector<uint8_t> expected(bytes.begin() + wanted.start, bytes.begin() + wanted.end);
+        std::vector<uint8_t> got(count);
+        got.resize(read_some(&reader, whole, position, got.data(), count));
+        ASSERT_EQ(got, expected) << position << "+" << count;
+        const Bytes view = read_view(&reader, whole, position, count);
+        ASSERT_TRUE(std::equal(view.begin(), view.end(), expected.begin(), expected.end()));
+        const auto rest = bytes.begin() + sub_span(whole, position).start;
+        const auto other = std::find_if(rest, bytes.end(), [](uint8_t byte) { return byte != 0; });
+        EXPECT_EQ(count_zeros(&reader, whole, position), other == bytes.end() ? -1 : other - rest);
+    }
+    EXPECT_EQ(count_zeros(&reader, whole, 1LL << 40), -1);
+}
+
+TEST(Reader, CountsTheZerosOfHoles) {
+    constexpr int64_t hole = 64 << 20;
+    const TempFile temp({1});
+    for (const bool has_end : {true, false}) {
+        std::ofstream out(temp.path, std::ios::binary | std::ios::in);
+        out.seekp(has_end ? hole : 3 * hole).put(has_end ? 1 : 0);
+        out.close();
+        FileRecord file;
+        ASSERT_EQ(FileOpen(&file, temp.path.c_str()), 0);
+        Reader reader;
+        reader_open(&reader, &file);
+        EXPECT_EQ(count_zeros(&reader, whole_file(&reader), 1), hole - 1);
+        EXPECT_EQ(count_zeros(&reader, whole_file(&reader), hole + 1), -1);
+    }
+}
+
+TEST(Riff, CutsChunksAtTheirParent) {
+    const ByteBuilder bytes = ByteBuilder()
+                                  .text("odd ")
+                                  .le32(1)
+                                  .text("x")
+                                  .u8(0)
+                                  .text("more")
+                                  .le32(0xFFFFFFFF)
+                                  .text("to the parent's end")
+                                  .text("beyond");
+    const TempFile temp(bytes.bytes);
+    FileRecord file;
+    ASSERT_EQ(FileOpen(&file, temp.path.c_str()), 0);
+    Reader reader;
+    reader_open(&reader, &file);
+    Span space = sub_span(whole_file(&reader), 0, 37);
+    Chunk chunk;
+    ASSERT_TRUE(next_chunk(&reader, &space, &chunk));
+    EXPECT_EQ(chunk.id, fourcc("odd "));
+    EXPECT_EQ(size_of(chunk.payload), 1);
+    ASSERT_TRUE(next_chunk(&reader, &space, &chunk));
+    EXPECT_EQ(chunk.offset, 10);
+    EXPECT_EQ(chunk.size, 0xFFFFFFFF);
+    EXPECT_EQ(chunk.payload.end, 37);
+    EXPECT_FALSE(next_chunk(&reader, &space, &chunk));
+    space = whole_file(&reader);
+    ASSERT_TRUE(next_chunk(&reader, &space, &chunk, std::endian::big));
+    EXPECT_EQ(chunk.size, 0x01000000U);
+}
+
+} // namespace zat::test
