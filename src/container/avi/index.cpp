@@ -67,15 +67,14 @@ void count_chunk_index(Reader* reader, Span index, Stream* stream) {
         return;
     }
     const Span file = whole_file(reader);
-    for_each_entry(
-        reader, entries_of(index, head), head.entry_size, [&](const uint8_t* entry) {
-            const uint32_t size = ReadLE32(entry + 4) & chunk_size_mask;
-            if (size != 0 && size_of(stream->first_data) == 0 && head.base >= 0 &&
-                head.base < file.end) {
-                stream->first_data = sub_span(file, head.base + ReadLE32(entry), size);
-            }
-            count_chunk(stream, size);
-        });
+    for_each_entry(reader, entries_of(index, head), head.entry_size, [&](const uint8_t* entry) {
+        const uint32_t size = ReadLE32(entry + 4) & chunk_size_mask;
+        if (size != 0 && size_of(stream->first_data) == 0 && head.base >= 0 &&
+            head.base < file.end) {
+            stream->first_data = sub_span(file, head.base + ReadLE32(entry), size);
+        }
+        count_chunk(stream, size);
+    });
 }
 
 // The index chunk that an entry of AVISUPERINDEX points at, without its header.
@@ -96,10 +95,8 @@ int64_t opendml_cost(Reader* reader, const Stream& stream) {
         return size_of(stream.index);
     }
     int64_t cost = 0;
-    for_each_entry(
-        reader, super_entries_of(stream.index, head), super_entry_size, [&](const uint8_t* entry) {
-            cost += size_of(chunk_index_at(reader, entry));
-        });
+    for_each_entry(reader, super_entries_of(stream.index, head), super_entry_size,
+        [&](const uint8_t* entry) { cost += size_of(chunk_index_at(reader, entry)); });
     return cost;
 }
 

@@ -33,18 +33,18 @@ struct Stream {
 };
 
 struct Movie {
-    uint32_t frame_time = 0;   // microseconds
+    uint32_t frame_time = 0; // microseconds
     uint32_t first_part_frames = 0;
     uint32_t total_frames = 0; // of all parts; OpenDML
     bool has_odml = false;
-    uint32_t parts = 0;         // RIFF chunks
+    uint32_t parts = 0; // RIFF chunks
     bool has_movi = false;
-    Span movi = {};             // chunks of media data in the first part
-    int64_t movi_bytes = 0;     // that all parts announce
-    Span idx1 = {};             // the first part's index
-    Span info = {};             // chunks of texts
-    int64_t announced_end = 0;  // file position
-    uint32_t stream_count = 0;  // as many as there are in `streams`
+    Span movi = {};            // chunks of media data in the first part
+    int64_t movi_bytes = 0;    // that all parts announce
+    Span idx1 = {};            // the first part's index
+    Span info = {};            // chunks of texts
+    int64_t announced_end = 0; // file position
+    uint32_t stream_count = 0; // as many as there are in `streams`
     Stream streams[stream_limit];
 };
 

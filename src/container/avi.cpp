@@ -1,0 +1,1 @@
+#include "container/avi.h"
