@@ -163,6 +163,11 @@ void ZAT_CALL ReFormFull(const InfoRecord* record, char* out);
  * length of the whole report without its terminator; `out` may be null when `size` is 0. */
 uint32_t ZAT_CALL ReFormFullBounded(const InfoRecord* record, char* out, uint32_t size);
 
+/* Writes the name of a ZatFileType without its prefix ("MATROSKA"), empty for other numbers, cut to
+ * `size` bytes, terminator included. Returns the length of the whole name without its terminator;
+ * `out` may be null when `size` is 0. No name is longer than 31 bytes. */
+uint32_t ZAT_CALL GetTypeName(uint32_t type_code, char* out, uint32_t size);
+
 #ifdef __cplusplus
 }
 

@@ -5,7 +5,9 @@
 #include "common/catalogue_directory.h"
 #include "common/details.h"
 #include "common/file_access.h"
+#include "common/text.h"
 #include "detect/file_format.h"
+#include "detect/file_type.h"
 #include "zat/zat.h"
 
 #include <cstdint>
@@ -68,6 +70,14 @@ ZAT_EXPORT int32_t ZAT_CALL GetDetails(InfoRecord* record, ZatDetails* details) 
 
 ZAT_EXPORT void ZAT_CALL ReFormFull(const InfoRecord* record, char* out) {
     zat::write_report(record, out, ZAT_REPORT_SIZE, zat::report_body_size);
+}
+
+ZAT_EXPORT uint32_t ZAT_CALL GetTypeName(uint32_t type_code, char* out, uint32_t size) {
+    const std::string_view name = zat::type_enumerator(type_code);
+    if (size != 0) {
+        zat::copy_text(out, size, name);
+    }
+    return static_cast<uint32_t>(name.size());
 }
 
 ZAT_EXPORT uint32_t ZAT_CALL ReFormFullBounded(const InfoRecord* record, char* out, uint32_t size) {

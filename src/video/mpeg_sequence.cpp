@@ -47,7 +47,7 @@ int read_sequence_header(SequenceHeader* header, Bytes bytes) {
     header->aspect_code = static_cast<uint8_t>(read_bits(&reader, 4)); // aspect_ratio_information
     header->frame_rate_code = static_cast<uint8_t>(read_bits(&reader, 4)); // frame_rate_code
     header->bit_rate_value = read_bits(&reader, 18);                       // bit_rate_value
-    skip_bits(&reader, 1);                                                 // marker_bit
+    header->marker = static_cast<uint8_t>(read_bits(&reader, 1));          // marker_bit
     header->vbv_bytes = read_bits(&reader, 10) << 11; // vbv_buffer_size_value, units of 2048 bytes
     return 0;
 }
@@ -64,6 +64,21 @@ int read_sequence_extension(SequenceExtension* extension, Bytes bytes) {
     extension->profile = static_cast<uint8_t>(profile);
     extension->level = static_cast<uint8_t>(level);
     extension->progressive = static_cast<uint8_t>(progressive);
+    const uint32_t chroma_format = read_bits(&reader, 2);
+    const uint32_t horizontal_size = read_bits(&reader, 2);
+    const uint32_t vertical_size = read_bits(&reader, 2);
+    const uint32_t bit_rate = read_bits(&reader, 12);
+    skip_bits(&reader, 1 + 8 + 1); // marker_bit, vbv_buffer_size_extension, low_delay
+    const uint32_t rate_n = read_bits(&reader, 2);
+    const uint32_t rate_d = read_bits(&reader, 5);
+    if (!reader.failed) {
+        extension->chroma_format = static_cast<uint8_t>(chroma_format);
+        extension->horizontal_size_extension = static_cast<uint8_t>(horizontal_size);
+        extension->vertical_size_extension = static_cast<uint8_t>(vertical_size);
+        extension->bit_rate_extension = static_cast<uint16_t>(bit_rate);
+        extension->frame_rate_extension_n = static_cast<uint8_t>(rate_n);
+        extension->frame_rate_extension_d = static_cast<uint8_t>(rate_d);
+    }
     return 0;
 }
 
@@ -71,8 +86,11 @@ int read_sequence_display_extension(SequenceDisplayExtension* extension, Bytes b
     BitReader reader{bytes};
     const uint32_t id = read_bits(&reader, 4); // extension_start_code_identifier
     skip_bits(&reader, 3);                     // video_format
-    if (read_bits(&reader, 1) != 0) {          // colour_description
-        skip_bits(&reader, 24); // colour_primaries, transfer_characteristics, matrix_coefficients
+    SequenceDisplayExtension found;
+    if (read_bits(&reader, 1) != 0) { // colour_description
+        found.colour_primaries = static_cast<uint8_t>(read_bits(&reader, 8));
+        found.transfer_characteristics = static_cast<uint8_t>(read_bits(&reader, 8));
+        found.matrix_coefficients = static_cast<uint8_t>(read_bits(&reader, 8));
     }
     const uint32_t width = read_bits(&reader, 14);  // display_horizontal_size
     skip_bits(&reader, 1);                          // marker_bit
@@ -80,8 +98,9 @@ int read_sequence_display_extension(SequenceDisplayExtension* extension, Bytes b
     if (reader.failed || id != sequence_display_extension_id) {
         return 1;
     }
-    extension->display_horizontal_size = width;
-    extension->display_vertical_size = height;
+    found.display_horizontal_size = width;
+    found.display_vertical_size = height;
+    *extension = found;
     return 0;
 }
 
@@ -133,6 +152,12 @@ const char* frame_rate_name(uint32_t frame_rate_code) {
         "59.94", "60", "reserved(9)", "reserved(10)", "reserved(11)", "reserved(12)",
         "reserved(13)", "reserved(14)", "reserved(15)"};
     return name_of(names, frame_rate_code);
+}
+
+FrameRate frame_rate_of(uint32_t frame_rate_code) {
+    static constexpr std::array<FrameRate, 9> rates{{{0, 0}, {24000, 1001}, {24, 1}, {25, 1},
+        {30000, 1001}, {30, 1}, {50, 1}, {60000, 1001}, {60, 1}}};
+    return frame_rate_code < rates.size() ? rates[frame_rate_code] : FrameRate{};
 }
 
 const char* frame_rate_fraction(uint32_t frame_rate_code) {

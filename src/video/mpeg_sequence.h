@@ -18,6 +18,7 @@ struct SequenceHeader {
     uint8_t frame_rate_code = 0;
     uint32_t bit_rate_value = 0; // units of 400 bit/s
     uint32_t vbv_bytes = 0;
+    uint8_t marker = 0; // 1 in a true header
 };
 
 // The bit_rate_value that marks a variable bit rate.
@@ -27,11 +28,22 @@ struct SequenceExtension {
     uint8_t profile = 0; // escape bit and profile indication together
     uint8_t level = 0;
     uint8_t progressive = 0;
+    // The rest, all 0 in an extension that is cut short.
+    uint8_t chroma_format = 0;
+    uint8_t horizontal_size_extension = 0; // upper bits of what the sequence header has
+    uint8_t vertical_size_extension = 0;
+    uint16_t bit_rate_extension = 0;
+    uint8_t frame_rate_extension_n = 0;
+    uint8_t frame_rate_extension_d = 0;
 };
 
 struct SequenceDisplayExtension {
     uint32_t display_horizontal_size = 0;
     uint32_t display_vertical_size = 0;
+    // Codes of ITU-T H.273; 2, unspecified, without a colour description.
+    uint8_t colour_primaries = 2;
+    uint8_t transfer_characteristics = 2;
+    uint8_t matrix_coefficients = 2;
 };
 
 constexpr size_t sequence_header_size = 8;
@@ -59,6 +71,13 @@ const char* frame_rate_name(uint32_t frame_rate_code);
 
 // The exact rate as a fraction, for an extra line; empty for the codes that have none.
 const char* frame_rate_fraction(uint32_t frame_rate_code);
+
+// The rate of a frame_rate_code as a ratio; 0 and 0 for the codes that name none.
+struct FrameRate {
+    uint32_t numerator = 0;
+    uint32_t denominator = 0;
+};
+FrameRate frame_rate_of(uint32_t frame_rate_code);
 
 enum class MpegVideoVersion { mpeg1, mpeg2 };
 

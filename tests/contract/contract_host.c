@@ -66,6 +66,7 @@ int main(int argc, char** argv) {
     void(ZAT_CALL * nothing)(void*);
     void(ZAT_CALL * get_file_format)(InfoRecord*);
     void(ZAT_CALL * get_info)(InfoRecord*);
+    uint32_t(ZAT_CALL * get_type_name)(uint32_t, char*, uint32_t);
     void(ZAT_CALL * reform_full)(const InfoRecord*, char*);
     uint32_t(ZAT_CALL * reform_full_bounded)(const InfoRecord*, char*, uint32_t);
     static char report[ZAT_REPORT_SIZE];
@@ -89,6 +90,7 @@ int main(int argc, char** argv) {
     *(void**)&nothing = find("_GetFileFormat");
     *(void**)&get_file_format = find("GetFileFormat");
     *(void**)&get_info = find("GetInfo");
+    *(void**)&get_type_name = find("GetTypeName");
     *(void**)&reform_full = find("ReFormFull");
     *(void**)&reform_full_bounded = find("ReFormFullBounded");
     if (failures != 0) {
@@ -105,6 +107,8 @@ int main(int argc, char** argv) {
     CALL(comment(text));
     expect(strcmp(text, "untouched") == 0, "GetDllComment writes");
     CALL(set_path(""));
+    CALL(length = get_type_name(FILETYPE_MATROSKA, text, 5));
+    expect(length == 8 && strcmp(text, "MATR") == 0, "GetTypeName");
 
     memset(&guarded, 0, sizeof guarded);
     memset(guarded.before, 0x5A, sizeof guarded.before);

@@ -23,4 +23,10 @@ bool read_atom(Reader* reader, Span space, Atom* atom);
 // Moves `space` behind the atom at its start: a loop over the atoms in a payload. False at its end.
 bool next_child(Reader* reader, Span* space, Atom* atom);
 
+// The start of a payload, as much of it as the buffer holds.
+template <size_t N>
+Bytes read_box(Reader* reader, Span payload, uint8_t (&buffer)[N]) {
+    return {buffer, read_some(reader, payload, 0, buffer, N)};
+}
+
 } // namespace zat::mp4

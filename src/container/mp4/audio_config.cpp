@@ -1,8 +1,8 @@
 #include "container/mp4/audio_config.h"
 
-#include "common/bits.h"
-
-#include <iterator>
+#include "audio/ac3_config.h"
+#include "audio/alac.h"
+#include "audio/flac_streaminfo.h"
 
 namespace zat::mp4 {
 
@@ -11,63 +11,48 @@ namespace {
 // The largest rate that the entry's 16.16 field holds.
 constexpr uint32_t largest_entry_rate = 65535;
 
-// ALACSpecificConfig (Apple Lossless Format Description) behind version and flags. The entry's rate
-// stands, unless it cannot hold the true one.
+// Bytes of the boxes that are read, of which the decoders need less.
+constexpr uint32_t config_box_size = 64;
+
+// An ALACSpecificConfig behind version and flags. The entry's rate stands, unless it cannot hold
+// the true one.
 uint32_t apply_alac(Reader* reader, SampleEntry* entry) {
-    uint8_t cookie[28];
-    if (!read_all(reader, entry->alac_cookie, 0, cookie, sizeof cookie)) {
+    uint8_t box[config_box_size];
+    AlacConfig config;
+    if (!read_alac_config(read_box(reader, sub_span(entry->alac_cookie, 4), box), &config)) {
         return 0;
     }
-    entry->channels = cookie[13];
-    const uint32_t rate = ReadBE32(cookie + 24);
-    if (rate > largest_entry_rate) {
-        entry->sample_rate = rate;
+    entry->channels = config.channels;
+    if (config.sample_rate > largest_entry_rate) {
+        entry->sample_rate = config.sample_rate;
     }
-    return ReadBE32(cookie + 20);
+    return config.average_bit_rate;
 }
 
-// The stream information (RFC 9639, 8.2) behind version and flags and a block header.
+// Metadata blocks behind version and flags.
 void apply_flac(Reader* reader, SampleEntry* entry) {
-    uint8_t config[22];
-    if (!read_all(reader, entry->flac_configuration, 0, config, sizeof config)) {
-        return;
-    }
-    const uint32_t fields = ReadBE32(config + 18);
-    if (fields >> 12 != 0) {
-        entry->sample_rate = fields >> 12;
-        entry->channels = (fields >> 9 & 7) + 1;
-        entry->sample_size = (fields >> 4 & 31) + 1;
+    uint8_t box[config_box_size];
+    FlacStreamInfo info;
+    const Bytes blocks = read_box(reader, sub_span(entry->flac_configuration, 4), box);
+    if (read_flac_streaminfo(flac_streaminfo_of_blocks(blocks), &info) && info.sample_rate != 0) {
+        entry->sample_rate = info.sample_rate;
+        entry->channels = info.channels;
+        entry->sample_size = info.bits;
     }
 }
 
-// EC3SpecificBox (ETSI TS 102 366, F.6): the first independent substream and the channels that its
-// dependent ones add. The entry's own count is to be ignored.
+// The entry's own count of channels is to be ignored.
 uint32_t apply_eac3(Reader* reader, SampleEntry* entry) {
-    constexpr uint32_t rates[] = {48000, 44100, 32000};
-    constexpr uint8_t channels_by_acmod[] = {2, 1, 2, 3, 3, 4, 4, 5};
-    // Of chan_loc, the top bit first: LFE2, Cvh, Lvh/Rvh, Lw/Rw, Lsd/Rsd, Ts, Cs, Lrs/Rrs, Lc/Rc.
-    constexpr uint8_t channels_by_location[] = {1, 1, 2, 2, 2, 1, 1, 2, 2};
-    uint8_t config[6] = {};
-    if (read_some(reader, entry->eac3_configuration, 0, config, sizeof config) < 5) {
+    uint8_t box[config_box_size];
+    Ac3Config config;
+    if (!read_eac3_config(read_box(reader, entry->eac3_configuration, box), &config)) {
         return 0;
     }
-    BitReader bits{.bytes = config};
-    const uint32_t data_rate = read_bits(&bits, 13); // kbit/s
-    skip_bits(&bits, 3);                             // num_ind_sub
-    const uint32_t fscod = read_bits(&bits, 2);
-    skip_bits(&bits, 5 + 1 + 1 + 3); // bsid, reserved, asvc, bsmod
-    entry->channels = channels_by_acmod[read_bits(&bits, 3)];
-    entry->channels += read_bits(&bits, 1); // lfeon
-    skip_bits(&bits, 3);
-    if (read_bits(&bits, 4) != 0) { // num_dep_sub
-        for (const uint8_t channels : channels_by_location) {
-            entry->channels += read_bits(&bits, 1) != 0 ? channels : 0;
-        }
+    entry->channels = config.channels;
+    if (config.sample_rate != 0) {
+        entry->sample_rate = config.sample_rate;
     }
-    if (fscod < std::size(rates)) {
-        entry->sample_rate = rates[fscod];
-    }
-    return data_rate * 1000;
+    return config.bit_rate;
 }
 
 // ISO/IEC 14496-12, 12.2.4.

@@ -5,7 +5,6 @@
 #include "common/fourcc.h"
 #include "common/text.h"
 #include "container/mp4/audio_config.h"
-#include "container/mp4/es_descriptor.h"
 #include "container/mp4/first_frame.h"
 #include "container/mp4/sample_entry.h"
 #include "container/mp4/sample_tables.h"
@@ -21,14 +20,14 @@ namespace {
 // ISO/IEC 14496-3, 1.6.2.1, as far as the AAC parser reads it.
 constexpr uint32_t aac_config_size = 64;
 
-bool name_aac(Reader* reader, const EsDescriptor& descriptor, const SampleEntry& entry, char* out) {
-    uint8_t bytes[aac_config_size] = {};
+bool name_aac(const EsDescriptor& descriptor, const SampleEntry& entry, char* out) {
     AacConfig config;
-    config.length = read_some(reader, descriptor.specific_info, 0, bytes, sizeof bytes);
+    config.length =
+        std::min(static_cast<uint32_t>(descriptor.specific_info.size()), aac_config_size);
     if (config.length == 0) {
         return false;
     }
-    GetAACConfig(bytes, &config);
+    GetAACConfig(descriptor.specific_info.data(), &config);
     config.container_channels = entry.channels;
     config.container_sample_rate = entry.sample_rate;
     config.maximum_bitrate = descriptor.maximum_bitrate;
@@ -99,11 +98,12 @@ void name_by_catalogue(const SampleEntry& entry, uint8_t object_type, char* out)
 }
 
 void name_codec(Reader* reader, const Track& track, const SampleEntry& entry, char* out) {
-    EsDescriptor descriptor;
-    read_es_descriptor(reader, entry.es_descriptor, &descriptor);
+    EsBox box;
+    read_es_box(reader, entry, &box);
+    const EsDescriptor& descriptor = box.descriptor;
     const bool aac = std::find(std::begin(aac_types), std::end(aac_types),
                          descriptor.object_type) != std::end(aac_types);
-    if (aac && name_aac(reader, descriptor, entry, out)) {
+    if (aac && name_aac(descriptor, entry, out)) {
         return;
     }
     const FrameDescriber describe = frame_describer(entry, descriptor.object_type);

@@ -125,4 +125,9 @@ void read_sample_entry(Reader* reader, const Track& track, SampleEntry* entry) {
     locate_atoms(reader, {space.start + fixed_size, space.end}, entry);
 }
 
+void read_es_box(Reader* reader, const SampleEntry& entry, EsBox* box) {
+    const Span behind_version = sub_span(entry.es_descriptor, 4);
+    read_es_descriptor(read_box(reader, behind_version, box->bytes), &box->descriptor);
+}
+
 } // namespace zat::mp4

@@ -2,6 +2,7 @@
 // decoder (ISO/IEC 14496-12, 8.5.2 and 12; QuickTime File Format, "Sample Description Atoms").
 #pragma once
 
+#include "audio/es_descriptor.h"
 #include "container/mp4/movie.h"
 
 namespace zat::mp4 {
@@ -32,5 +33,14 @@ struct SampleEntry {
 
 // Reads the last entry of a video or audio track. Without one, all fields stay cleared.
 void read_sample_entry(Reader* reader, const Track& track, SampleEntry* entry);
+
+// An entry's elementary stream descriptor, with the bytes that it points into: encoders' headers
+// are some dozen bytes long.
+struct EsBox {
+    EsDescriptor descriptor; // cleared without one
+    uint8_t bytes[4608];
+};
+
+void read_es_box(Reader* reader, const SampleEntry& entry, EsBox* box);
 
 } // namespace zat::mp4

@@ -4,9 +4,9 @@
 #include "common/start_code.h"
 #include "common/text.h"
 #include "container/mp4/codec_text.h"
-#include "container/mp4/es_descriptor.h"
 #include "container/mp4/sample_entry.h"
 #include "container/mp4/sample_tables.h"
+#include "video/avc_config.h"
 #include "video/avc_names.h"
 #include "video/mpeg4_visual.h"
 
@@ -18,21 +18,6 @@ namespace {
 
 constexpr size_t profile_level_size = 64;
 
-// The first parameter set of an AVCDecoderConfigurationRecord (ISO/IEC 14496-15, 5.3.3.1); false
-// without one.
-bool parse_first_sps(
-    Reader* reader, Span configuration, AvcSequenceInfo* info, AvcParseState* state) {
-    constexpr int64_t sps_offset = 8;
-    uint8_t fields[sps_offset];
-    uint8_t sps[UINT16_MAX];
-    if (!read_all(reader, configuration, 0, fields, sizeof fields) || (fields[5] & 0x1F) == 0) {
-        return false;
-    }
-    const uint32_t length = read_some(reader, configuration, sps_offset, sps, ReadBE16(fields + 6));
-    ParseAvcSequenceParameterSet(sps, length, info, state);
-    return true;
-}
-
 // ISO/IEC 14496-12, 12.1.4; false unless both spacings are set.
 bool read_pixel_aspect(Reader* reader, Span payload, uint32_t* h, uint32_t* v) {
     *h = read_be32(reader, payload, 0);
@@ -41,14 +26,16 @@ bool read_pixel_aspect(Reader* reader, Span payload, uint32_t* h, uint32_t* v) {
 }
 
 bool describe_avc(Reader* reader, const SampleEntry& entry, VideoDescription* description) {
-    uint8_t fields[4]; // version, profile, compatibility, level
-    if (!read_all(reader, entry.avc_configuration, 0, fields, sizeof fields)) {
+    uint8_t record[avc_config_head_size];
+    AvcConfig config;
+    if (!read_avc_config(read_box(reader, entry.avc_configuration, record), &config)) {
         return false;
     }
     char profile_level[profile_level_size];
-    FormatAvcProfileLevel(profile_level, sizeof profile_level, fields[1], fields[3]);
+    FormatAvcProfileLevel(profile_level, sizeof profile_level, config.profile, config.level);
     AvcSequenceInfo info{};
-    parse_first_sps(reader, entry.avc_configuration, &info, &description->avc_state);
+    ParseAvcSequenceParameterSet(config.first_sps.data(),
+        static_cast<uint32_t>(config.first_sps.size()), &info, &description->avc_state);
     description->progressive = info.frame_mbs_only == 1;
     uint32_t h = 0;
     uint32_t v = 0;
@@ -70,25 +57,15 @@ uint32_t visual_profile_level(Bytes headers) {
     return at < 0 ? 0 : byte_at(headers, static_cast<size_t>(at) + start_code_size);
 }
 
-bool describe_mpeg4_visual(
-    Reader* reader, const EsDescriptor& descriptor, VideoDescription* description) {
-    if (descriptor.object_type != object_mpeg4_visual) {
-        return false;
-    }
-    uint8_t headers[4096]; // of an encoder's headers some dozen bytes are usual
-    const uint32_t length = read_some(reader, descriptor.specific_info, 0, headers, sizeof headers);
-    if (length == 0) {
-        return false;
-    }
+// Without a configuration the profile and the aspect are unknown.
+void describe_mpeg4_visual(Bytes headers, VideoDescription* description) {
     char profile_level[profile_level_size];
-    Mpeg4ProfileLevelName(
-        profile_level, sizeof profile_level, visual_profile_level({headers, length}));
+    Mpeg4ProfileLevelName(profile_level, sizeof profile_level, visual_profile_level(headers));
     DivxProbe probe{};
-    FindDivxVolAspect({headers, length}, &probe);
+    FindDivxVolAspect(headers, &probe);
     Mpeg4AspectName(&probe);
     format_text(
         description->codec, codec_text_size, "MPEG4 %s %s", profile_level, probe.aspect_text);
-    return true;
 }
 
 } // namespace
@@ -105,10 +82,12 @@ void describe_video(Reader* reader, const Track& track, VideoDescription* descri
     if (!entry.found || describe_avc(reader, entry, description)) {
         return;
     }
-    EsDescriptor descriptor;
-    read_es_descriptor(reader, entry.es_descriptor, &descriptor);
-    if (!describe_mpeg4_visual(reader, descriptor, description)) {
-        catalogue_text("[QT-VIDEO]", entry.format, descriptor.object_type, description->codec);
+    EsBox box;
+    read_es_box(reader, entry, &box);
+    if (box.descriptor.object_type == object_mpeg4_visual) {
+        describe_mpeg4_visual(box.descriptor.specific_info, description);
+    } else {
+        catalogue_text("[QT-VIDEO]", entry.format, box.descriptor.object_type, description->codec);
     }
 }
 

@@ -1,9 +1,11 @@
 // The elementary stream descriptor (ISO/IEC 14496-1, 7.2.6.5 to 7.2.6.7).
 #pragma once
 
-#include "container/mp4/atom_reader.h"
+#include "common/bytes.h"
 
-namespace zat::mp4 {
+#include <cstdint>
+
+namespace zat {
 
 // objectTypeIndication (ISO/IEC 14496-1, table 5, and the registry behind it)
 constexpr uint8_t object_mpeg4_visual = 0x20;
@@ -20,10 +22,12 @@ struct EsDescriptor {
     uint8_t object_type = 0;
     uint32_t maximum_bitrate = 0; // bit/s
     uint32_t average_bitrate = 0; // bit/s
-    Span specific_info;           // for the decoder; empty when there is none
+    Bytes specific_info;          // for the decoder, inside the bytes read; empty without any
 };
 
-// Reads the payload of an "esds" atom. False when it tells no object type.
-bool read_es_descriptor(Reader* reader, Span payload, EsDescriptor* descriptor);
+// Reads an ES_Descriptor, with its tag, that other descriptors may precede; in an "esds" box it
+// stands behind four bytes of version and flags. False, and nothing is written, when it tells no
+// object type.
+bool read_es_descriptor(Bytes descriptors, EsDescriptor* descriptor);
 
-} // namespace zat::mp4
+} // namespace zat

@@ -1,0 +1,86 @@
+#include "audio/ac3_config.h"
+
+#include "common/bits.h"
+
+#include <iterator>
+
+namespace zat {
+
+namespace {
+
+constexpr uint8_t channels_by_acmod[] = {2, 1, 2, 3, 3, 4, 4, 5};
+
+uint32_t rate_of(uint32_t fscod) {
+    constexpr uint32_t rates[] = {48000, 44100, 32000};
+    return fscod < std::size(rates) ? rates[fscod] : 0;
+}
+
+void set_channels(uint32_t acmod, uint32_t lfeon, Ac3Config* config) {
+    config->acmod = acmod;
+    config->lfe = lfeon != 0;
+    config->channels = channels_by_acmod[acmod] + lfeon;
+}
+
+} // namespace
+
+bool read_ac3_config(Bytes record, Ac3Config* config) {
+    // kbit/s by bit_rate_code: frmsizecod without its last bit (table F.1)
+    constexpr uint16_t rates[] = {
+        32, 40, 48, 56, 64, 80, 96, 112, 128, 160, 192, 224, 256, 320, 384, 448, 512, 576, 640};
+    BitReader bits{.bytes = record};
+    const uint32_t fscod = read_bits(&bits, 2);
+    skip_bits(&bits, 5 + 3); // bsid, bsmod
+    const uint32_t acmod = read_bits(&bits, 3);
+    const uint32_t lfeon = read_bits(&bits, 1);
+    const uint32_t rate = read_bits(&bits, 5);
+    if (bits.failed) {
+        return false;
+    }
+    *config = {};
+    config->sample_rate = rate_of(fscod);
+    config->bit_rate = rate < std::size(rates) ? uint32_t{rates[rate]} * 1000 : 0;
+    set_channels(acmod, lfeon, config);
+    return true;
+}
+
+bool read_eac3_config(Bytes record, Ac3Config* config) {
+    // Of chan_loc, the top bit first: LFE2, Cvh, Lvh/Rvh, Lw/Rw, Lsd/Rsd, Ts, Cs, Lrs/Rrs, Lc/Rc.
+    constexpr uint8_t channels_by_location[] = {1, 1, 2, 2, 2, 1, 1, 2, 2};
+    constexpr size_t smallest_size = 5;
+    if (record.size() < smallest_size) {
+        return false;
+    }
+    *config = {};
+    BitReader bits{.bytes = record};
+    config->bit_rate = read_bits(&bits, 13) * 1000;
+    const uint32_t more_substreams = read_bits(&bits, 3); // num_ind_sub
+    config->sample_rate = rate_of(read_bits(&bits, 2));
+    skip_bits(&bits, 5 + 1 + 1 + 3); // bsid, reserved, asvc, bsmod
+    const uint32_t acmod = read_bits(&bits, 3);
+    set_channels(acmod, read_bits(&bits, 1), config);
+    skip_bits(&bits, 3);
+    if (read_bits(&bits, 4) == 0) { // num_dep_sub
+        skip_bits(&bits, 1);
+    } else {
+        config->locations = read_bits(&bits, 9);
+        for (int i = 0; i < std::ssize(channels_by_location); ++i) {
+            config->channels +=
+                (config->locations >> (8 - i) & 1) != 0 ? channels_by_location[i] : 0;
+        }
+    }
+    if (more_substreams == 0) {
+        skip_bits(&bits, 7);
+        config->joint_object_coding = read_bits(&bits, 1) != 0 && !bits.failed;
+    }
+    return true;
+}
+
+const char* ac3_config_layout(const Ac3Config& config) {
+    // ETSI TS 102 366, table 4.3; the second column with LFE.
+    static constexpr const char* layouts[8][2] = {{"", ""}, {"C", "C LFE"}, {"L R", "L R LFE"},
+        {"L R C", "L R C LFE"}, {"L R Cs", "L R LFE Cs"}, {"L R C Cs", "L R C LFE Cs"},
+        {"L R Ls Rs", "L R LFE Ls Rs"}, {"L R C Ls Rs", "L R C LFE Ls Rs"}};
+    return config.locations != 0 ? "" : layouts[config.acmod & 7][config.lfe ? 1 : 0];
+}
+
+} // namespace zat
