@@ -65,6 +65,17 @@ private:
     }
 };
 
+// Bytes as hexadecimal digits, blanks between them: "00 01 B3".
+inline std::vector<uint8_t> bytes_of_hex(std::string_view digits) {
+    std::vector<uint8_t> bytes;
+    for (size_t i = 0; i + 1 < digits.size(); i += digits[i] == ' ' ? 1 : 2) {
+        if (digits[i] != ' ') {
+            bytes.push_back(static_cast<uint8_t>(std::stoi(std::string(digits.substr(i, 2)), nullptr, 16)));
+        }
+    }
+    return bytes;
+}
+
 // Fields of any width, most significant bit first.
 struct BitBuilder {
     std::vector<uint8_t> bytes;
