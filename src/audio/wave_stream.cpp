@@ -42,7 +42,8 @@ Parsed parse(Bytes bytes) {
     parsed.tag = codec_tag(parsed.format);
     parsed.bits = parsed.format.bits_per_sample;
     if (bytes.size() > extension_at) {
-        const size_t size = std::min<size_t>(parsed.format.extension_size, bytes.size() - extension_at);
+        const size_t size =
+            std::min<size_t>(parsed.format.extension_size, bytes.size() - extension_at);
         parsed.extension = bytes.subspan(extension_at, size);
     }
     const bool is_wma = parsed.tag == tag_wma_pro || parsed.tag == tag_wma_lossless;
@@ -74,14 +75,16 @@ bool describe_mpeg_audio(const WaveStream& wave, ZatStream* stream, char (&line)
     return true;
 }
 
-bool describe_aac(const WaveStream& wave, const Parsed& parsed, ZatStream* stream, char (&line)[line_size]) {
+bool describe_aac(
+    const WaveStream& wave, const Parsed& parsed, ZatStream* stream, char (&line)[line_size]) {
     constexpr size_t smallest_config = 2;
     if (parsed.extension.size() >= smallest_config) {
         AacConfig config;
         GetAACConfig(parsed.extension, &config);
         config.container_channels = parsed.format.channels;
         config.container_sample_rate = parsed.format.sample_rate;
-        config.average_bitrate = static_cast<uint32_t>(std::min<uint64_t>(stream->bit_rate, UINT32_MAX));
+        config.average_bitrate =
+            static_cast<uint32_t>(std::min<uint64_t>(stream->bit_rate, UINT32_MAX));
         format_known_aac_line(&config, line);
         AudioSpecificConfig specific;
         read_audio_specific_config(parsed.extension, &specific);
@@ -109,7 +112,8 @@ bool describe_as_pcm(Bytes start, ZatStream* stream, char (&line)[line_size]) {
     return describe_ac3_frame(start, stream, line) || describe_dts_frame(start, stream, line);
 }
 
-bool describe_frames(const WaveStream& wave, const Parsed& parsed, ZatStream* stream, char (&line)[line_size]) {
+bool describe_frames(
+    const WaveStream& wave, const Parsed& parsed, ZatStream* stream, char (&line)[line_size]) {
     if (is_aac(parsed.tag)) {
         return describe_aac(wave, parsed, stream, line);
     }
@@ -127,7 +131,8 @@ bool describe_frames(const WaveStream& wave, const Parsed& parsed, ZatStream* st
 bool has_bits(const ZatStream& stream) {
     static constexpr std::string_view codecs[] = {"PCM", "ADPCM", "A-law", "mu-law", "WMA Pro"};
     return (stream.flags & ZAT_FLAG_LOSSLESS) != 0 ||
-           std::find(std::begin(codecs), std::end(codecs), bounded_text(stream.codec)) != std::end(codecs);
+           std::find(std::begin(codecs), std::end(codecs), bounded_text(stream.codec)) !=
+               std::end(codecs);
 }
 
 void codec_text(const Parsed& parsed, char (&out)[codec_name_size]) {

@@ -1,5 +1,7 @@
 #include "video/dv.h"
 
+#include "common/codec_names.h"
+
 namespace zat {
 
 namespace {
@@ -14,7 +16,7 @@ constexpr size_t packs_of_block = 15;
 constexpr size_t first_aux_block = 3;
 constexpr size_t aux_blocks = 3;
 constexpr size_t first_sound_block = 6;
-constexpr size_t sound_blocks = 9;
+constexpr size_t sound_blocks = 4; // of which the first or the last has the pack
 constexpr size_t sound_block_step = 16;
 
 constexpr uint8_t section_mask = 0xE0;
@@ -100,6 +102,32 @@ bool read_dv_info(Bytes frame, DvInfo* info) {
         read_sound(sound, info);
     }
     return true;
+}
+
+void set_dv_facts(const DvInfo& info, ZatStream* stream) {
+    copy_utf8(stream->codec, "DV");
+    if (stream->width == 0 || stream->height == 0) {
+        stream->width = info.width;
+        stream->height = info.height;
+    }
+    if (stream->frame_rate == 0) {
+        set_frame_rate(stream, info.rate_numerator, info.rate_denominator);
+    }
+    if (info.tells_aspect) {
+        set_display_aspect(stream, info.wide ? 16 : 4, info.wide ? 9 : 3);
+        if (stream->scan == 0) {
+            stream->scan = info.interlaced ? ZAT_SCAN_INTERLACED : ZAT_SCAN_PROGRESSIVE;
+        }
+    }
+    stream->bit_depth = 8;
+    copy_utf8(stream->chroma, info.chroma);
+}
+
+void set_dv_audio_facts(const DvInfo& info, ZatStream* stream) {
+    set_pcm(stream, PcmKind::signed_integer, info.sample_bits, true);
+    stream->sample_rate = info.sample_rate;
+    stream->channels = info.channels;
+    stream->bit_rate = uint64_t{info.sample_rate} * info.channels * info.sample_bits;
 }
 
 } // namespace zat

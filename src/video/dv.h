@@ -3,13 +3,14 @@
 #pragma once
 
 #include "common/bytes.h"
+#include "common/details.h"
 
 #include <cstddef>
 #include <cstdint>
 
 namespace zat {
 
-constexpr size_t dv_sequence_size = 12000; // bytes of a DIF sequence: all that is looked at
+constexpr size_t dv_start_size = 4400; // bytes of a frame that are looked at
 
 struct DvInfo {
     uint32_t width = 0;
@@ -25,7 +26,13 @@ struct DvInfo {
     uint32_t sample_bits = 0;
 };
 
-// Reads the DIF sequence that a frame begins with. False when it is none.
+// Reads the first blocks of a frame. False when it does not begin with a DIF sequence.
 bool read_dv_info(Bytes frame, DvInfo* info);
+
+// Sets the facts of the pictures; size and frame rate where the stream has none.
+void set_dv_facts(const DvInfo& info, ZatStream* stream);
+
+// Sets the facts of the sound inside the frames.
+void set_dv_audio_facts(const DvInfo& info, ZatStream* stream);
 
 } // namespace zat

@@ -11,6 +11,7 @@ constexpr uint32_t chunk_limit = 4096; // at the file's top level; most are of a
 constexpr uint32_t stream_header_size = 56;
 constexpr uint32_t video_properties_size = 36;
 constexpr int64_t list_type_size = 4;
+constexpr int64_t byte_rate_at = 8; // in WAVEFORMATEX
 
 // The type of a list or RIFF chunk inside `parent`, also when the size leaves no room for it; 0 for
 // other chunks.
@@ -40,6 +41,7 @@ void read_stream_header(Reader* reader, const Chunk& chunk, Stream* stream) {
     uint8_t fields[stream_header_size];
     read_fields(reader, chunk, fields);
     stream->type = ReadBE32(fields);
+    std::memcpy(stream->handler, fields + 4, sizeof stream->handler);
     stream->language = ReadLE16(fields + 14);
     stream->scale = ReadLE32(fields + 20);
     stream->rate = ReadLE32(fields + 24);
@@ -64,6 +66,7 @@ void read_stream_list(Reader* reader, Span space, Stream* stream) {
             break;
         case fourcc("strf"):
             stream->format = chunk.payload;
+            stream->byte_rate = read_le32(reader, chunk.payload, byte_rate_at);
             break;
         case fourcc("strn"):
             stream->name = chunk.payload;

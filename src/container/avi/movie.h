@@ -14,12 +14,14 @@ constexpr uint32_t stream_limit = 100;
 // AVISTREAMHEADER, and where a stream's other chunks are. Spans are empty where there is none.
 struct Stream {
     uint32_t type = 0; // "vids", "auds", "txts", "mids", "iavs"
+    uint8_t handler[4] = {};
     uint16_t language = 0;
     uint32_t scale = 0; // rate / scale: units per second
     uint32_t rate = 0;
     uint32_t start = 0;  // units
     uint32_t length = 0; // units
     uint32_t sample_size = 0;
+    uint32_t byte_rate = 0; // of audio
     Span format = {}; // BITMAPINFOHEADER, WAVEFORMATEX or DVINFO
     Span name = {};
     Span index = {};           // OpenDML's

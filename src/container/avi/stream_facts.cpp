@@ -36,11 +36,10 @@ ZatStream stream_facts(const Source& source, uint32_t number, ZatStreamKind kind
 }
 
 uint64_t counted_rate(const Source& source, const Stream& stream) {
-    const double seconds =
-        static_cast<double>(stream.chunks) * unit_time(*source.movie, stream);
-    return seconds > 0 ? clamp_to_integer<uint64_t>(
-                             static_cast<double>(stream.bytes) * 8 / seconds + 0.5)
-                       : 0;
+    const double seconds = static_cast<double>(stream.chunks) * unit_time(*source.movie, stream);
+    return seconds > 0
+               ? clamp_to_integer<uint64_t>(static_cast<double>(stream.bytes) * 8 / seconds + 0.5)
+               : 0;
 }
 
 } // namespace zat::avi

@@ -26,8 +26,8 @@ bool read_gab2(Bytes data, Gab2* subtitles) {
     const Bytes rest = data.subspan(name_at);
     if (size <= rest.size()) {
         subtitles->name = rest.first(size);
-        subtitles->text = rest.subspan(size).size() > head_size ? rest.subspan(size + head_size)
-                                                                : Bytes{};
+        subtitles->text =
+            rest.subspan(size).size() > head_size ? rest.subspan(size + head_size) : Bytes{};
     }
     return true;
 }
