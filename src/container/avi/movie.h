@@ -22,7 +22,7 @@ struct Stream {
     uint32_t length = 0; // units
     uint32_t sample_size = 0;
     uint32_t byte_rate = 0; // of audio
-    Span format = {}; // BITMAPINFOHEADER, WAVEFORMATEX or DVINFO
+    Span format = {};       // BITMAPINFOHEADER, WAVEFORMATEX or DVINFO
     Span name = {};
     Span index = {};           // OpenDML's
     uint32_t frame_aspect = 0; // width and height, 16 bits each

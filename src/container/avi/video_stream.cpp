@@ -43,8 +43,7 @@ bool is_only_video(const Movie& movie) {
 // What the media data holds besides the audio and the chunks' headers.
 uint64_t rest_rate(const Source& source, const ZatStream& facts) {
     constexpr double header_size = 8;
-    const double rest = static_cast<double>(source.movie->movi_bytes) -
-                        audio_bytes(*source.movie) -
+    const double rest = static_cast<double>(source.movie->movi_bytes) - audio_bytes(*source.movie) -
                         header_size * static_cast<double>(facts.frames);
     return facts.duration > 0 && rest > 0 && is_only_video(*source.movie)
                ? clamp_to_integer<uint64_t>(rest * 8 / facts.duration + 0.5)
@@ -111,8 +110,7 @@ void add_video(const Source& source, uint32_t number) {
     }
     ZatStream facts = video_facts(source, number);
     uint8_t start[start_size];
-    bitmap.start = {
-        start, read_some(source.reader, stream.first_data, 0, start, sizeof start)};
+    bitmap.start = {start, read_some(source.reader, stream.first_data, 0, start, sizeof start)};
     FileWindow window;
     if (family == VideoFamily::mpeg4) {
         bitmap.media = mpeg4_media(source, &window);
@@ -129,8 +127,7 @@ void add_interleaved_dv(const Source& source, uint32_t number) {
     uint8_t start[start_size];
     BitmapStream bitmap;
     std::copy_n(dv_code, sizeof dv_code, bitmap.info.compression);
-    bitmap.start = {
-        start, read_some(source.reader, stream.first_data, 0, start, sizeof start)};
+    bitmap.start = {start, read_some(source.reader, stream.first_data, 0, start, sizeof start)};
     bitmap.highest_frame_rate = highest_frame_rate;
     add_bitmap_stream(source.out, bitmap, &video);
     DvInfo info;
