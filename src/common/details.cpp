@@ -43,11 +43,7 @@ void copy_utf8(char* out, size_t size, std::string_view text) {
             --length;
         }
     }
-<<<<<<< HEAD
     if (length != 0) { // an empty text may have no address
-=======
-    if (length != 0) { // an empty view may have no place at all
->>>>>>> audio
         std::memmove(out, text.data(), length);
     }
     out[length] = '\0';

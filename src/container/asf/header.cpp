@@ -1,5 +1,6 @@
 #include "container/asf/header.h"
 
+#include "common/details.h"
 #include "common/text_codes.h"
 #include "container/asf/tags.h"
 
@@ -35,7 +36,7 @@ constexpr TypeRow stream_types[] = {
 
 // The audio of recorded television, as a binary stream whose data begins with this type.
 constexpr uint64_t binary_audio = guid(0x31178C9D, 0x03E1);
-constexpr int64_t binary_format_at = 64; // TODO_BINARY
+constexpr int64_t binary_format_at = 64;
 
 template <uint32_t N>
 bool read_fields(Reader* reader, Span data, int64_t offset, uint8_t (&fields)[N]) {
