@@ -4,6 +4,7 @@
 #include "audio/dts_file.h"
 #include "audio/mp3_file.h"
 #include "audio/wav_file.h"
+#include "common/details.h"
 #include "common/messages.h"
 #include "common/record_lines.h"
 #include "container/avi.h"
@@ -11,6 +12,7 @@
 #include "container/mp4.h"
 #include "container/ogg.h"
 #include "container/realmedia.h"
+#include "detect/file_type.h"
 
 #include <cstddef>
 #include <iterator>
@@ -71,6 +73,9 @@ void DispatchAnalyser(FileRecord* file, const Output& out) {
     for (const Row& row : rows) {
         if (row.type_code == out.record->type_code) {
             const int result = row.analyser(file, out);
+            if (out.details != nullptr && out.details->format[0] == '\0') {
+                copy_utf8(out.details->format, type_format(row.type_code));
+            }
             if (row.result == Result::error_count && result != 0) {
                 set_general_line(out.record, message::errors_found, result);
             }
