@@ -1,5 +1,6 @@
 #include "file_list.h"
 
+#include "description.h"
 #include "encoding.h"
 
 #include <algorithm>
@@ -8,6 +9,8 @@
 #include <cstring>
 #include <filesystem>
 #include <memory>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 namespace host {
@@ -60,7 +63,7 @@ bool walk_directory(const std::string& directory, const FileVisitor& visit) {
             entries.push_back({name_of(iterator->path()), is_directory});
         }
     }
-    if (error && !visit(directory, error.message())) {
+    if (error && !visit({directory, true, error.message(), reason::of_error(error)})) {
         return false;
     }
     std::sort(entries.begin(), entries.end(),
@@ -68,7 +71,7 @@ bool walk_directory(const std::string& directory, const FileVisitor& visit) {
     const bool separated = std::strchr(separators, directory.back()) != nullptr;
     for (const Entry& entry : entries) {
         const std::string path = directory + (separated ? "" : "/") + entry.name;
-        if (entry.is_directory ? !walk_directory(path, visit) : !visit(path, "")) {
+        if (entry.is_directory ? !walk_directory(path, visit) : !visit({path, true})) {
             return false;
         }
     }
@@ -79,26 +82,31 @@ bool visit_path(const std::string& path, const FileVisitor& visit) {
     if (names_directory(path)) {
         return walk_directory(path, visit);
     }
-    return visit(path, "");
+    return visit({path});
 }
 
-bool visit_list(const Options& options, const FileVisitor& visit) {
-    const bool standard_input = options.files_from == "-";
-    const std::unique_ptr<FILE, int (*)(FILE*)> list(
-        standard_input ? stdin : open_list(options.files_from),
-        [](FILE* file) { return file == stdin ? 0 : std::fclose(file); });
-    if (list == nullptr) {
-        return visit(options.files_from, std::strerror(errno));
-    }
+const char* reason_of(int error) {
+    return reason::of_error({error, std::generic_category()});
+}
+
+// Visits the paths of an open list; `error` is why it could not be read to its end, else 0. A byte
+// order mark before lines belongs to no name.
+bool visit_paths(FILE* list, bool null_separated, const FileVisitor& visit, int* error) {
+    constexpr std::string_view byte_order_mark = "\xEF\xBB\xBF";
+    const int end = null_separated ? 0 : static_cast<unsigned char>('\n');
     std::string path;
-    const int end = options.null_separated ? 0 : static_cast<unsigned char>('\n');
+    bool is_first = !null_separated;
     for (int c = 0; c != EOF;) {
-        c = std::fgetc(list.get());
+        c = std::fgetc(list);
         if (c != end && c != EOF) {
             path += static_cast<char>(c);
             continue;
         }
-        if (lines_may_end_with_cr && !options.null_separated && path.ends_with('\r')) {
+        *error = c == EOF && std::ferror(list) != 0 ? errno : 0;
+        if (std::exchange(is_first, false) && path.starts_with(byte_order_mark)) {
+            path.erase(0, byte_order_mark.size());
+        }
+        if (lines_may_end_with_cr && !null_separated && path.ends_with('\r')) {
             path.pop_back();
         }
         if (!path.empty() && !visit_path(path, visit)) {
@@ -107,6 +115,23 @@ bool visit_list(const Options& options, const FileVisitor& visit) {
         path.clear();
     }
     return true;
+}
+
+void visit_list(const Options& options, const FileVisitor& visit) {
+    const bool standard_input = options.files_from == "-";
+    const std::string name = standard_input ? "standard input" : options.files_from;
+    const std::unique_ptr<FILE, int (*)(FILE*)> list(
+        standard_input ? stdin : open_list(options.files_from),
+        [](FILE* file) { return file == stdin ? 0 : std::fclose(file); });
+    if (list == nullptr) {
+        visit({name, false, std::strerror(errno), reason_of(errno)});
+        return;
+    }
+    int error = 0;
+    if (visit_paths(list.get(), options.null_separated, visit, &error) && error != 0 &&
+        error != EINTR) { // an interrupt ends the program in good order
+        visit({name, false, std::strerror(error), reason_of(error)});
+    }
 }
 
 } // namespace
@@ -123,7 +148,8 @@ bool file_exists(const std::string& path) {
 
 void for_each_file(const Options& options, const FileVisitor& visit) {
     for (const std::string& path : options.paths) {
-        if (!path.empty() ? !visit_path(path, visit) : !visit(path, "the name is empty")) {
+        if (!path.empty() ? !visit_path(path, visit)
+                          : !visit({path, false, "the name is empty", reason_of(ENOENT)})) {
             return;
         }
     }

@@ -4,6 +4,7 @@
 #include "audio/mpeg_audio.h"
 
 #include <algorithm>
+#include <array>
 
 namespace zat {
 
@@ -109,7 +110,7 @@ uint32_t audio_frame_samples(FrameKind kind, Bytes bytes) {
     switch (kind) {
     case FrameKind::mpeg_audio:
         read_mpeg_header(bytes, &info);
-        return info.layer == 1 ? 384 : info.layer == 3 && info.version_code != 10 ? 576 : 1152;
+        return mpeg_audio_frame_samples(&info);
     case FrameKind::adts:
         return 1024;
     case FrameKind::ac3:

@@ -76,6 +76,7 @@ class Cli(unittest.TestCase):
     def test_options(self):
         line = "MPEG1-LayerIII 44100Hz [VBR Xing"
         (self.folder / "list.txt").write_text(f"\n{SAMPLE}\n\n")
+        (self.folder / "marked.txt").write_text(f"\ufeff{SAMPLE}\n", encoding="utf-8")
         rows = [
             # arguments, status, standard output, standard error
             ([SAMPLE], OK, [line, "Byte 0:00:"], ""),
@@ -89,15 +90,24 @@ class Cli(unittest.TestCase):
             (["missing.mp3", SAMPLE], FAILURES, line, "missing.mp3: "),
             (["--quiet", "missing.mp3", SAMPLE], FAILURES, line, ""),
             (["unknown.bin"], FAILURES, "[1:0.0.0]", ["unknown.bin: unknown type", "未対応の形式"]),
-            (["--detect-only", SAMPLE], OK, "[106:0.0.0]", ""),
+            (["--detect-only", SAMPLE], OK, ["MPEG audio\n", "[106:0.0.0]"], ""),
             (["--format", "table", "missing.mp3", SAMPLE], FAILURES, ["6.0s  ", f" 52k  {SAMPLE}\n"], "missing.mp3: "),
             (["--files-from", "list.txt"], OK, [f"==> {SAMPLE} <==", line], ""),
+            (["--files-from", "marked.txt"], OK, f"==> {SAMPLE} <==", ""),
+            (["--files-from", "."], FAILURES, "", "zat: .: "),
             (["--files-from", "missing.txt"], FAILURES, "", "missing.txt: "),
             (["--jobs", "3", SAMPLE, SAMPLE], OK, line, ""),
         ]
         for arguments, status, out, err in rows:
             with self.subTest(arguments=arguments):
                 self.check(arguments, status, out, err)
+
+    @unittest.skipIf(WINDOWS, "the same code")
+    def test_help_is_for_every_terminal_and_needs_no_library(self):
+        alone = shutil.copy(PROGRAM[0], self.folder)
+        done = subprocess.run([alone, "--help"], capture_output=True)
+        self.assertEqual(done.returncode, OK)
+        self.assertLessEqual(max(map(len, done.stdout.decode().splitlines())), 80)
 
     def test_list_on_standard_input(self):
         for arguments, listed in [
@@ -118,8 +128,27 @@ class Cli(unittest.TestCase):
             os.symlink("..", self.folder / "tree/b/loop")
         expected = ["tree/a/z/1.mp3", "tree/b/10.mp3", "tree/b/2.mp3", "tree/c.mp3"]
         for jobs in ["1", "4"]:
-            out, _ = self.check(["--jobs", jobs, "--format", "jsonl", "tree"], OK, "{")
+            out, _ = self.check(["--jobs", jobs, "--format", "jsonl", "tree"], OK, "{", "4 files: 4 described")
             self.assertEqual([json.loads(line)["path"] for line in out.splitlines()], expected)
+
+    def test_files_found_that_are_no_media_are_counted(self):
+        (self.folder / "tree").mkdir()
+        for name in ["cover.jpg", "notes.txt", "song.mp3"]:
+            shutil.copy(SAMPLE if name == "song.mp3" else "unknown.bin", self.folder / "tree" / name)
+        counted = "zat: 3 files: 1 described, 2 not media\n"
+        complaints = ["tree/cover.jpg: unknown type", "tree/notes.txt: unknown type"]
+        for arguments, status, files, err in [
+            (["tree"], OK, 1, counted),
+            (["--quiet", "tree"], OK, 1, ""),
+            (["--format", "table", "tree"], OK, 1, counted),
+            (["--format", "jsonl", "tree"], OK, 3, counted),
+            (["--strict", "tree"], FAILURES, 3, [counted, *complaints]),
+            (["tree", "tree/notes.txt"], FAILURES, 2, ["4 files: 1 described, 3 not media", complaints[1]]),
+            (["tree", "missing.mp3"], FAILURES, 1, ["4 files: 1 described, 2 not media, 1 unreadable"]),
+        ]:
+            with self.subTest(arguments=arguments):
+                out, _ = self.check(arguments, status, "tree/", err)
+                self.assertEqual(out.count("tree/"), files)
 
     def test_raw_report(self):
         status, out, _ = zat("--raw", "unknown.bin", "-q")
@@ -150,6 +179,25 @@ class Cli(unittest.TestCase):
         jsonschema.validate(json.loads(out.decode("utf-8")), strict)
         records[0]["later"] = records[0]["type"]["later"] = 1
         jsonschema.validate(records, schema)
+
+    def test_reasons_have_fixed_words(self):
+        long = "x" * 300
+        for name, code, content in [
+            ("missing.mp3", "not-found", None), (long, "path-too-long", None), (".", "not-a-file", None),
+            ("empty", "empty", b""), ("text", "text", b"text" * 99), ("exe", "executable", b"MZ" + bytes(99)),
+            ("zip", "archive", b"PK" + bytes(99)), ("unknown.bin", "unsupported", None),
+        ]:
+            with self.subTest(name=name):
+                if content is not None:
+                    (self.folder / name).write_bytes(content)
+                # A list's name, unlike a path, is not walked when it is a directory.
+                arguments = ["--files-from", "."] if name == "." else [name]
+                _, out, _ = zat("--format", "jsonl", "-q", *arguments)
+                record = json.loads(out)
+                if not (WINDOWS and name in (long, ".")):  # other errors there
+                    self.assertEqual(record["error_code"], code, record)
+        _, out, _ = zat("--format", "jsonl", "--detect-only", SAMPLE)
+        self.assertEqual(json.loads(out)["format"], "MPEG audio")
 
     def test_csv_has_a_row_a_stream(self):
         _, out, _ = zat("--format", "csv", SAMPLE, "missing.mp3", "-q")
@@ -202,6 +250,16 @@ class Cli(unittest.TestCase):
             self.assertIn(b"standard output cannot be written", done.stderr)
 
     @unittest.skipIf(WINDOWS, "made with POSIX calls")
+    def test_without_threads_the_files_are_described_all_the_same(self):
+        import resource
+
+        def no_room_for_stacks():  # of threads, that are as large as this
+            resource.setrlimit(resource.RLIMIT_STACK, (1 << 46, resource.RLIM_INFINITY))
+
+        out, _ = self.check(["--jobs", "3", *[SAMPLE] * 500], OK, "==> ", preexec_fn=no_room_for_stacks)
+        self.assertEqual(out.count("MPEG1-LayerIII"), 500)
+
+    @unittest.skipIf(WINDOWS, "made with POSIX calls")
     def test_a_closed_pipe_is_no_error(self):
         process = subprocess.Popen([*PROGRAM, *[SAMPLE] * 2000], stdout=subprocess.PIPE, stderr=subprocess.PIPE)
         process.stdout.read(10)
@@ -232,6 +290,17 @@ class Cli(unittest.TestCase):
         self.assertEqual(done.returncode, OK)
         self.assertEqual(done.stdout.count(b"\n"), 100000)
         self.assertLess(time.monotonic() - start, 100)
+
+    @unittest.skipIf(WINDOWS, "no such names there")
+    def test_control_characters_do_not_reach_a_terminal(self):
+        shutil.copy("unknown.bin", "a\x1b[2J\n\x9b.bin")
+        status, shown = in_terminal([*PROGRAM, "a\x1b[2J\n\x9b.bin", "unknown.bin"])
+        self.assertEqual(status, FAILURES)
+        shown = shown.decode()
+        self.assertIn("==> a\\x1B[2J\n\\x9B.bin <==".replace("\n", "\r\n"), shown)
+        self.assertIn("zat: a\\x1B[2J\\x0A\\x9B.bin: unknown type", shown)
+        self.assertNotIn("\x1b", shown)
+        self.check(["a\x1b[2J\n\x9b.bin", "unknown.bin"], FAILURES, "==> a\x1b[2J", "zat: a\x1b[2J")
 
     @unittest.skipUnless(WINDOWS, "shells expand them elsewhere")
     def test_wildcards(self):

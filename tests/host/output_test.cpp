@@ -23,6 +23,7 @@ Description film() {
     film.path = "\xE6\x98\xA0\xE7\x94\xBB\x1B.mkv"; // two wide characters and an escape
     film.record.type_code = FILETYPE_MATROSKA;
     film.type_name = "MATROSKA";
+    film.format = "Matroska";
     std::strcpy(film.record.video[0], "line, quoted");
     film.record.video_count = 1;
     std::strcpy(film.record.audio[0], "[AAC]");
@@ -48,8 +49,8 @@ Description film() {
 }
 
 TEST(TableOutput, AlignsAndCutsAtTheTerminalsWidth) {
-    constexpr char cells[] = "Matroska    1:02:03  H.264 1920x1080 23.976         AAC 6ch +1"
-                             "   12.3M  ";
+    constexpr char cells[] = "Matroska        1:02:03  H.264 1920x1080 23.976       AAC 6ch +1"
+                             "      12.3M  ";
     const std::string name = "\xE6\x98\xA0\xE7\x94\xBB\\x1B.mkv";
     EXPECT_EQ(host::table_line(film(), 0), cells + name + "\n");
     EXPECT_EQ(host::table_line(film(), 100), cells + name + "\n");
