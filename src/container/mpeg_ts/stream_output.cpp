@@ -57,8 +57,8 @@ void measure_bit_rate(const StreamOutput& output, const Unit& unit, ZatStream* f
     }
     const auto size = static_cast<double>(analysis->file_size);
     const auto read = static_cast<double>(analysis->head_end + analysis->sampled);
-    const double payload = static_cast<double>(unit.payload + unit.sampled) *
-                           (analysis->whole_file ? 1 : size / read);
+    const double payload =
+        static_cast<double>(unit.payload + unit.sampled) * (analysis->whole_file ? 1 : size / read);
     facts->bit_rate = clamp_to_integer<uint64_t>(payload * 8 / seconds + 0.5);
     if (!analysis->whole_file || output.time->joined) {
         facts->estimated |= ZAT_ESTIMATED_BIT_RATE;
@@ -151,6 +151,9 @@ void format_stream_line(const Stream& stream, const ZatStream& facts, const Stre
         format_name_line(stream, line);
     } else if (text.has_line) {
         copy_text(line, bounded_text(text.line));
+        if (text.measures_rate) {
+            append_bit_rate(facts, line);
+        }
     } else if (is_video(stream)) {
         format_video_line(facts, shown, line);
     } else {
