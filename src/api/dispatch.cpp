@@ -7,10 +7,13 @@
 #include "common/details.h"
 #include "common/messages.h"
 #include "common/record_lines.h"
+#include "container/avi.h"
 #include "container/flv.h"
 #include "container/mp4.h"
+#include "container/mpeg_ps.h"
 #include "container/ogg.h"
 #include "container/realmedia.h"
+#include "container/video_cd.h"
 #include "detect/file_type.h"
 
 #include <cstddef>
@@ -34,6 +37,7 @@ struct Row {
 // A code without a row has no analyser: its record holds what detection wrote. Most results are not
 // looked at; what an analyser could not read is missing in the record, and that says it.
 constexpr Row rows[] = {
+    {FILETYPE_AVI, AnalyzeAviFile},
     {FILETYPE_QUICKTIME, AnalyzeMp4File},
     {FILETYPE_3GPP2, AnalyzeMp4File},
     {FILETYPE_MPEG4, AnalyzeMp4File},
@@ -50,6 +54,10 @@ constexpr Row rows[] = {
     {FILETYPE_AC3, ac3_file},
     {FILETYPE_DTS16BE, dts_file},
     {FILETYPE_FLV, AnalyzeFlvFile},
+    {FILETYPE_MPEG1, AnalyzeProgramStreamFile, Result::error_count},
+    {FILETYPE_MPEG2, AnalyzeProgramStreamFile, Result::error_count},
+    {FILETYPE_MPEG1VCD, AnalyzeVideoCdFile, Result::error_count},
+    {FILETYPE_MPEG, AnalyzeProgramStreamFile, Result::error_count},
     {FILETYPE_REALMEDIA, AnalyzeRealMediaFile},
 };
 

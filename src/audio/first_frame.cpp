@@ -41,6 +41,20 @@ bool describe_mpeg_audio_frame(Bytes start, ZatStream* stream, char (&line)[line
     return true;
 }
 
+void describe_mpeg_audio_at_rate(
+    Bytes start, uint64_t bit_rate, ZatStream* stream, char (&line)[line_size]) {
+    MpegAudioInfo info;
+    if (read_mpeg_audio_header(start, &info) != 0) {
+        return;
+    }
+    (void)ParseVbrHeader(start.first(std::min<size_t>(start.size(), info.frame_size)), &info);
+    info.rate_mode = rate_mode_variable;
+    info.average_bitrate = static_cast<double>(bit_rate) / 1000;
+    FormatMpegAudioLine(&info, line);
+    stream->bit_rate = bit_rate;
+    stream->bit_rate_mode = ZAT_BIT_RATE_VARIABLE;
+}
+
 bool describe_ac3_frame(Bytes start, ZatStream* stream, char (&line)[line_size]) {
     Ac3Info info;
     if (ac3_info(start, &info) != 0) {

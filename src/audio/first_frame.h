@@ -26,6 +26,11 @@ bool describe_dts_frame(Bytes start, ZatStream* stream, char (&line)[line_size])
 bool describe_adts_frame(Bytes start, ZatStream* stream, char (&line)[line_size]);
 bool describe_loas_frame(Bytes start, ZatStream* stream, char (&line)[line_size]);
 
+// MPEG audio whose container counted another bit rate, in bit/s, than its first frame tells: a line
+// of variable rate.
+void describe_mpeg_audio_at_rate(
+    Bytes start, uint64_t bit_rate, ZatStream* stream, char (&line)[line_size]);
+
 // The describer of a WAVE format tag; null for the others.
 FrameDescriber frame_describer(uint16_t format_tag);
 
