@@ -52,6 +52,11 @@ void AppendWithSeparator(char* line, size_t size, std::string_view piece, int mo
     append_text(line, size, piece);
 }
 
+bool same_letters(std::string_view a, std::string_view b) {
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+        [](char x, char y) { return ascii_lower(x) == ascii_lower(y); });
+}
+
 int64_t FindText(std::string_view text, std::string_view pattern) {
     const size_t at = text.find(pattern);
     return at == std::string_view::npos ? -1 : static_cast<int64_t>(at) + 1;
