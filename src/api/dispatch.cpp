@@ -6,6 +6,7 @@
 #include "audio/wav_file.h"
 #include "common/messages.h"
 #include "common/record_lines.h"
+#include "container/avi.h"
 #include "container/flv.h"
 #include "container/mp4.h"
 #include "container/realmedia.h"
@@ -31,6 +32,7 @@ struct Row {
 // A code without a row has no analyser: its record holds what detection wrote. Most results are not
 // looked at; what an analyser could not read is missing in the record, and that says it.
 constexpr Row rows[] = {
+    {FILETYPE_AVI, AnalyzeAviFile},
     {FILETYPE_QUICKTIME, AnalyzeMp4File},
     {FILETYPE_3GPP2, AnalyzeMp4File},
     {FILETYPE_MPEG4, AnalyzeMp4File},
