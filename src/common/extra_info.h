@@ -7,8 +7,8 @@
 
 namespace zat {
 
-// Appends the writer, UTF-8, behind " / " to the text that stands there, or alone; cut at 120 bytes.
-// The details get it too. Nothing for an empty one.
+// Appends the writer, UTF-8, behind " / " to the text that stands there, or alone; cut at 120
+// bytes. The details get it too. Nothing for an empty one.
 void append_writer(const Output& out, std::string_view writer);
 
 } // namespace zat

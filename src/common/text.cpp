@@ -32,7 +32,9 @@ void copy_text(char* out, size_t size, std::string_view text) {
     if (length >= size) {
         length = whole_characters(text.data(), size - 1);
     }
-    std::memmove(out, text.data(), length);
+    if (length != 0) { // an empty text may have no address
+        std::memmove(out, text.data(), length);
+    }
     out[length] = '\0';
 }
 

@@ -77,7 +77,8 @@ void read_head(LogicalStream* stream) {
     switch (stream->coding) {
     case Coding::vorbis:
         if (head.size() >= vorbis_head_size) {
-            stream->unit_rate = ReadLE32(head.data() + 12);
+            vorbis_info(head.subspan(vorbis_fields_offset), &stream->vorbis);
+            stream->unit_rate = stream->vorbis.sample_rate;
             stream->packet_units = (1U << (head[28] >> 4)) / 2; // half of the long block
         }
         break;
@@ -141,10 +142,11 @@ int64_t units_of(const LogicalStream& stream, int64_t granule) {
 
 // Where the stream begins, in samples or frames.
 int64_t start_of(const LogicalStream& stream) {
-    if (joined_late(stream)) {
-        return units_of(stream, stream.first_granule) - static_cast<int64_t>(stream.units_held);
-    }
-    return stream.coding == Coding::opus ? stream.opus.pre_skip : 0;
+    const int64_t joined_at =
+        joined_late(stream)
+            ? units_of(stream, stream.first_granule) - static_cast<int64_t>(stream.units_held)
+            : 0;
+    return joined_at + (stream.coding == Coding::opus ? stream.opus.pre_skip : 0);
 }
 
 // What the packets that end on a page hold at the most.
@@ -232,7 +234,7 @@ bool joined_late(const LogicalStream& stream) {
     constexpr uint64_t opus_slack = slack_packets * 960;
     const uint64_t slack = stream.coding == Coding::opus ? opus_slack + stream.opus.pre_skip
                                                          : slack_packets * stream.packet_units;
-    return stream.first_granule != 0 && slack != 0 &&
+    return stream.first_granule != 0 && !stream.pages_lost && slack != 0 &&
            static_cast<uint64_t>(std::max<int64_t>(units_of(stream, stream.first_granule), 0)) >
                stream.units_held + slack;
 }

@@ -5,6 +5,7 @@
 #include "audio/flac_streaminfo.h"
 #include "audio/opus.h"
 #include "audio/speex.h"
+#include "audio/vorbis.h"
 #include "container/ogg/page.h"
 #include "video/theora.h"
 #include "zat/details.h"
@@ -46,6 +47,7 @@ struct LogicalStream {
     uint32_t header_packets = 0; // packets that stand before the data
     double unit_rate = 0;        // samples or frames per second; 0 when not known
     uint32_t packet_units = 0;   // the most that a packet holds; 0 when that is not known
+    VorbisInfo vorbis;
     OpusHead opus;
     SpeexHead speex;
     TheoraHead theora;
@@ -54,6 +56,7 @@ struct LogicalStream {
     // By the pages.
     uint32_t packets = 0;    // that ended
     uint64_t units_held = 0; // at most, by the packets up to the first granule above 0
+    bool pages_lost = false; // before the first granule above 0
     int64_t first_granule = 0;
     int64_t last_granule = 0;
     uint64_t bytes = 0; // page bodies from the first granule above 0 on

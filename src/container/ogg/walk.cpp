@@ -72,6 +72,14 @@ void note_rest(Walk* walk, int64_t position) {
     walk->trailing = walk->cut_header ? 0 : static_cast<uint64_t>(size_of(rest));
 }
 
+// How much a stream's packets held before its first granule is not known then.
+void note_lost_pages(Walk* walk) {
+    Link* link = current_link(walk);
+    for (int32_t i = 0; i < link->count; ++i) {
+        link->streams[i].pages_lost |= link->streams[i].first_granule == 0;
+    }
+}
+
 // Reads pages up to `end`; `done` tells when enough is known. Returns where it stopped. At the end
 // of the file what is missing or left over is noted.
 template <class Taker, class Done>
@@ -89,6 +97,7 @@ int64_t walk_pages(Walk* walk, int64_t position, int64_t end, Taker taker, Done 
                 }
                 return end;
             }
+            note_lost_pages(walk);
             position = next;
             continue;
         }
