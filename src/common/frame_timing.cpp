@@ -87,8 +87,8 @@ void add_frame_time(FrameTimes* times, int64_t time) {
 }
 
 RateRatio usual_frame_rate(double rate, double tolerance) {
-    const auto* nearest = std::min_element(std::begin(usual_rates), std::end(usual_rates),
-        [=](RateRatio a, RateRatio b) {
+    const auto* nearest = std::min_element(
+        std::begin(usual_rates), std::end(usual_rates), [=](RateRatio a, RateRatio b) {
             return std::fabs(value_of(a) - rate) < std::fabs(value_of(b) - rate);
         });
     const double usual = value_of(*nearest);

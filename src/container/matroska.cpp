@@ -84,7 +84,7 @@ void add_facts(const Source& source) {
     } else if (segment.said_end > file_size) {
         add_truncated_note(
             source.out, source.extra, static_cast<uint64_t>(segment.said_end - file_size));
-    } 
+    }
 }
 
 void read_span_text(Reader* reader, Span span, TagText& out) {

@@ -41,8 +41,8 @@ void describe_bitmap_stream(
     const BitmapStream& source, ZatStream* stream, VideoDescription* description);
 
 // Adds the line and the details of a stream that was described.
-void add_described_stream(
-    const Output& out, const BitmapStream& source, const VideoDescription& description, ZatStream* stream);
+void add_described_stream(const Output& out, const BitmapStream& source,
+    const VideoDescription& description, ZatStream* stream);
 
 // Both at once. What the
 // container told before, size, frame rate, bit rate and scan among it, counts over them.

@@ -27,8 +27,8 @@ constexpr double rate_tolerance = 0.01;
 struct Description {
     const Track* track;
     Bytes codec_private;
-    Bytes start; // of the first frame
-    uint64_t rate = 0;            // bit/s by statistics or count; 0 when not known exactly
+    Bytes start;       // of the first frame
+    uint64_t rate = 0; // bit/s by statistics or count; 0 when not known exactly
     char line[line_size] = "";
     char codec[256] = "";
     uint32_t bits = 0;
@@ -144,8 +144,9 @@ void describe_vorbis(Description* text, ZatStream* stream) {
     constexpr uint32_t not_set = 0x80000000; // from here on; so is 0
     const uint32_t claim = vorbis_bitrate(&info);
     const bool is_set = claim != 0 && claim < not_set;
-    const uint32_t shown =
-        is_set || text->rate == 0 ? claim : static_cast<uint32_t>(std::min<uint64_t>(text->rate, UINT32_MAX));
+    const uint32_t shown = is_set || text->rate == 0
+                               ? claim
+                               : static_cast<uint32_t>(std::min<uint64_t>(text->rate, UINT32_MAX));
     FormatVorbisLine(&info, shown, text->line);
     vorbis_facts(info, stream);
     keep_rate(text->rate, stream);

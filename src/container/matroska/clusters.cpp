@@ -10,7 +10,7 @@ namespace zat::matroska {
 
 namespace {
 
-constexpr int64_t near_size = 4 << 20;  // of the first cluster: the ones that begin in it are read
+constexpr int64_t near_size = 4 << 20; // of the first cluster: the ones that begin in it are read
 constexpr uint32_t clusters_searched = 4; // for first frames
 // Lacing bits of a block's flags.
 enum Lacing : uint8_t { lacing_none = 0, lacing_xiph = 2, lacing_fixed = 4, lacing_ebml = 6 };
@@ -118,8 +118,7 @@ Track* find_track(Segment* segment, uint64_t number) {
     return track != end ? track : nullptr;
 }
 
-void count_block(
-    const BlockHead& head, int64_t cluster_time, Segment* segment, ClusterWalk* walk) {
+void count_block(const BlockHead& head, int64_t cluster_time, Segment* segment, ClusterWalk* walk) {
     Track* track = find_track(segment, head.track);
     if (track == nullptr) {
         return;
@@ -135,8 +134,8 @@ void count_block(
     }
     ++counts->blocks;
     counts->frames += head.frames;
-    counts->bytes += static_cast<uint64_t>(head.payload) +
-                     uint64_t{head.frames} * track->encodings.prefix_size;
+    counts->bytes +=
+        static_cast<uint64_t>(head.payload) + uint64_t{head.frames} * track->encodings.prefix_size;
     counts->first_time = std::min(counts->first_time, time);
     if (time >= counts->last_time) {
         counts->last_time = time;
@@ -172,7 +171,8 @@ int64_t read_cluster(Reader* reader, const Element& cluster, Segment* segment, C
     return cluster.unknown_size ? cursor.position : cluster.data.end;
 }
 
-// Whether every cluster begins near the first one, as far as sizes tell; steps from one to the next.
+// Whether every cluster begins near the first one, as far as sizes tell; steps from one to the
+// next.
 bool may_count_all(Reader* reader, const Segment& segment) {
     ElementCursor cursor = {segment.span, segment.first_cluster};
     Element element;
@@ -241,9 +241,7 @@ double counted_duration(const Segment& segment, const Track& track) {
     const double seconds = seconds_of(segment, length);
     const uint64_t steps = counts.frames - counts.last_frames;
     const double told = frame_duration(track);
-    const double step = told > 0     ? told
-                        : steps != 0 ? seconds / static_cast<double>(steps)
-                                     : 0;
+    const double step = told > 0 ? told : steps != 0 ? seconds / static_cast<double>(steps) : 0;
     return seconds + step * static_cast<double>(counts.last_frames);
 }
 

@@ -9,9 +9,9 @@
 namespace zat {
 
 struct Element {
-    uint32_t id = 0;   // with its length marker, as documents write it: 0x1A45DFA3
-    int64_t start = 0; // file position of the identifier
-    Span data;         // as much of it as lies in the parent
+    uint32_t id = 0;           // with its length marker, as documents write it: 0x1A45DFA3
+    int64_t start = 0;         // file position of the identifier
+    Span data;                 // as much of it as lies in the parent
     int64_t said_end = 0;      // where the size says that it ends, which may be outside the parent
     bool unknown_size = false; // ends where the next element of its level begins
 };
@@ -47,8 +47,8 @@ constexpr ElementCursor children_of(Span data) {
     return {data, data.start};
 }
 
-// The next child; the cursor moves behind it. Void and CRC-32 elements are passed over. False at the
-// end of the parent, and at what is no element: the cursor then stands there.
+// The next child; the cursor moves behind it. Void and CRC-32 elements are passed over. False at
+// the end of the parent, and at what is no element: the cursor then stands there.
 bool next_element(Reader* reader, ElementCursor* cursor, Element* element);
 
 // Values of an element's data. An integer has up to eight bytes and a float 0, 4 or 8; others give

@@ -25,8 +25,8 @@ struct Times {
 // A frame's duration in units of the scale.
 int64_t default_step(const Segment& segment, uint64_t track_number) {
     const Track* end = segment.tracks + kept_tracks(segment);
-    const Track* track = std::find_if(segment.tracks, end,
-        [=](const Track& each) { return each.number == track_number; });
+    const Track* track = std::find_if(
+        segment.tracks, end, [=](const Track& each) { return each.number == track_number; });
     const double step = track != end ? frame_duration(*track) : 0;
     return static_cast<int64_t>(
         step * 1e9 / static_cast<double>(segment.timestamp_scale) + 0.5); // below 100 s

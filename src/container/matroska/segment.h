@@ -63,9 +63,9 @@ struct BlockCounts {
     uint64_t frames = 0;
     uint64_t bytes = 0;
     int64_t first_time = 0;
-    int64_t last_time = 0;        // where the last block starts
-    int64_t last_end = 0;         // by the blocks that tell their duration
-    uint64_t last_frames = 0;     // in the last block
+    int64_t last_time = 0;    // where the last block starts
+    int64_t last_end = 0;     // by the blocks that tell their duration
+    uint64_t last_frames = 0; // in the last block
     Span first_frame;
 };
 
@@ -97,7 +97,7 @@ struct Segment {
     bool is_webm = false;
 
     uint64_t timestamp_scale = default_timestamp_scale; // ns
-    double duration = 0;                  // in units of the scale
+    double duration = 0;                                // in units of the scale
     bool duration_told = false;
     int64_t date = 0; // ns from 2001
     bool date_told = false;
@@ -108,14 +108,14 @@ struct Segment {
     Track tracks[most_tracks];
     uint32_t track_count = 0; // may be more than are kept
 
-    int64_t first_cluster = -1;      // where its identifier stands
-    bool counted = false;            // every block was looked at
+    int64_t first_cluster = -1; // where its identifier stands
+    bool counted = false;       // every block was looked at
     uint32_t chapters = 0;
     uint32_t attachments = 0;
-    uint32_t pictures = 0;           // among them
+    uint32_t pictures = 0;             // among them
     int64_t bytes_behind_clusters = 0; // of attachments behind the first cluster
-    uint32_t parts_read = 0; // bits of the kinds of element
-    Span tags;               // read behind the tracks that they are about
+    uint32_t parts_read = 0;           // bits of the kinds of element
+    Span tags;                         // read behind the tracks that they are about
     Span tag_title;
     Span tag_artist;
 };
@@ -136,6 +136,5 @@ bool read_segment(Reader* reader, Segment* segment);
 // Reads an element of the segment's level; the first of each kind counts. Clusters and seek heads
 // are not looked at.
 void read_part(Reader* reader, const Element& element, Segment* segment);
-
 
 } // namespace zat::matroska

@@ -137,9 +137,8 @@ void read_tag(Reader* reader, Span data, Segment* segment) {
         }
     }
     Track* end = segment->tracks + kept_tracks(*segment);
-    Track* track = std::find_if(segment->tracks, end, [&](const Track& each) {
-        return targets.track_uid != 0 && each.uid == targets.track_uid;
-    });
+    Track* track = std::find_if(segment->tracks, end,
+        [&](const Track& each) { return targets.track_uid != 0 && each.uid == targets.track_uid; });
     if (targets.is_part && track == end) {
         return;
     }

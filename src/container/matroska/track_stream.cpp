@@ -39,7 +39,7 @@ ZatStream track_stream(const Source& source, const Track& track, ZatStreamKind k
     }
     // Tracks without a language are English by the element's default value, which counts where the
     // file's writer cared for languages at all.
-    copy_utf8(stream.language, track.language_told ? bounded_text(track.language)
+    copy_utf8(stream.language, track.language_told      ? bounded_text(track.language)
                                : source.names_languages ? "eng"
                                                         : "");
     copy_text_of(source, track.name, stream.title, sizeof stream.title);
@@ -142,8 +142,8 @@ bool wants_counted_rate(const Track& track) {
 
 void add_other(const Source& source, uint32_t index) {
     const Track& track = source.segment->tracks[index];
-    ZatStream stream = track_stream(source, track,
-        track.type == track_subtitle ? ZAT_STREAM_TEXT : ZAT_STREAM_DATA);
+    ZatStream stream = track_stream(
+        source, track, track.type == track_subtitle ? ZAT_STREAM_TEXT : ZAT_STREAM_DATA);
     const Codec* codec = find_codec(bounded_text(track.codec_id));
     add_text_stream(source.out, source.extra, stream,
         codec != nullptr ? codec->text : bounded_text(stream.codec_id));

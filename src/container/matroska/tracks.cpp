@@ -19,8 +19,7 @@ uint32_t read_u32(Reader* reader, const Element& element, uint32_t missing = 0) 
 }
 
 uint8_t read_u8(Reader* reader, const Element& element, uint8_t missing = 0) {
-    return static_cast<uint8_t>(
-        std::min<uint64_t>(read_uint(reader, element, missing), UINT8_MAX));
+    return static_cast<uint8_t>(std::min<uint64_t>(read_uint(reader, element, missing), UINT8_MAX));
 }
 
 void read_colour(Reader* reader, Span data, VideoSettings* video) {
@@ -193,8 +192,8 @@ void apply_encoding(Reader* reader, const Encoding& encoding, Encodings* encodin
     }
     encodings->strips_private = (encoding.scope & scope_private) != 0;
     if ((encoding.scope & scope_frames) != 0 || encodings->strips_private) {
-        encodings->prefix_size = read_some(
-            reader, encoding.settings, 0, encodings->prefix, Encodings::longest_prefix);
+        encodings->prefix_size =
+            read_some(reader, encoding.settings, 0, encodings->prefix, Encodings::longest_prefix);
     }
 }
 
@@ -232,8 +231,7 @@ void set_flag(Reader* reader, const Element& element, uint32_t flag, Track* trac
 // A BCP 47 tag stands for the code where it tells more: by a subtag, or where the code is none.
 void set_language(const char* code, const char* tag, Track* track) {
     const bool has_code = code[0] != '\0' && std::strcmp(code, "und") != 0;
-    const bool takes_tag =
-        tag[0] != '\0' && (!has_code || std::strchr(tag, '-') != nullptr);
+    const bool takes_tag = tag[0] != '\0' && (!has_code || std::strchr(tag, '-') != nullptr);
     copy_text(track->language, takes_tag ? tag : code);
     track->language_told = code[0] != '\0' || tag[0] != '\0';
 }
@@ -314,9 +312,8 @@ void read_track(Reader* reader, Span data, Track* track) {
 
 bool is_known(const Segment& segment, const Track& track) {
     const Track* end = segment.tracks + kept_tracks(segment);
-    return std::any_of(segment.tracks, end, [&](const Track& each) {
-        return each.number == track.number && each.uid == track.uid;
-    });
+    return std::any_of(segment.tracks, end,
+        [&](const Track& each) { return each.number == track.number && each.uid == track.uid; });
 }
 
 } // namespace

@@ -65,8 +65,7 @@ void set_measured_rate(const Source& source, uint32_t index, ZatStream* stream) 
 
 void set_frames(const Source& source, const Track& track, ZatStream* stream) {
     if (track.statistics.frames != 0 || source.segment->counted) {
-        stream->frames =
-            source.segment->counted ? track.counts.frames : track.statistics.frames;
+        stream->frames = source.segment->counted ? track.counts.frames : track.statistics.frames;
         return;
     }
     const double seconds = stream->duration > 0 ? stream->duration : source.duration;
