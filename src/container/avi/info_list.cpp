@@ -2,6 +2,7 @@
 
 #include "common/extra_info.h"
 #include "common/tag_texts.h"
+#include "common/text.h"
 #include "common/text_codes.h"
 
 namespace zat::avi {
