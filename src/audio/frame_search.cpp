@@ -15,7 +15,7 @@ constexpr size_t header_size = 8; // enough for every kind
 bool read_mpeg_header(Bytes bytes, MpegAudioInfo* info) {
     std::array<uint8_t, mpeg_audio_header_size> header{bytes[0], bytes[1], bytes[2], bytes[3]};
     *info = {};
-    return IsMpegAudioSync(header.data()) && DecodeMpegAudioHeader(header.data(), info) == 0 &&
+    return IsMpegAudioSync(header.data()) && DecodeMpegAudioHeader(header, info) == 0 &&
            info->bitrate > 0;
 }
 

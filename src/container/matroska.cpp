@@ -5,7 +5,9 @@
 #include "common/numbers.h"
 #include "common/record_lines.h"
 #include "common/tag_texts.h"
+#include "common/value_text.h"
 #include "container/matroska/ids.h"
+#include "container/matroska/levels.h"
 #include "container/matroska/live.h"
 #include "container/matroska/tags.h"
 #include "container/matroska/track_stream.h"
@@ -37,20 +39,6 @@ double play_time(Reader* reader, const Segment& segment) {
     return segment.duration_told ? told : measured_duration(reader, segment);
 }
 
-// What is known of the audio's share of the file: its statistics and counts.
-uint64_t audio_rate(const Source& source) {
-    uint64_t rate = 0;
-    for (uint32_t i = 0; i < kept_tracks(*source.segment); ++i) {
-        const Track& track = source.segment->tracks[i];
-        if (track.type == track_audio) {
-            ZatStream stream = new_stream(ZAT_STREAM_AUDIO);
-            set_bit_rate(source, track, &stream);
-            rate += std::min<uint64_t>(stream.bit_rate, UINT32_MAX);
-        }
-    }
-    return rate;
-}
-
 void add_tracks(const Source& source) {
     for (uint32_t i = 0; i < kept_tracks(*source.segment); ++i) {
         switch (source.segment->tracks[i].type) {
@@ -78,12 +66,34 @@ void add_facts(const Source& source) {
     if (segment.attachments != 0) {
         add_fact(source.extra, "attachments(%d)", static_cast<int32_t>(segment.attachments));
     }
-    const int64_t file_size = source.reader->block.file->size;
+}
+
+// Whether what stands behind the segment goes on with one, or with padding.
+bool goes_on(Reader* reader, int64_t position) {
+    ElementCursor cursor = {whole_file(reader), position};
+    Element element;
+    return next_element(reader, &cursor, &element)
+               ? element.id == id_ebml || element.id == id_segment || is_level1(element.id)
+               : cursor.position == cursor.parent.end; // voids only
+}
+
+void add_notes(const Source& source) {
+    const Segment& segment = *source.segment;
+    const Track* end = segment.tracks + kept_tracks(segment);
+    const int64_t behind = source.reader->block.file->size - segment.said_end;
     if (segment.unknown_size && !segment.duration_told) {
         add_note(source.out, source.extra, "live");
-    } else if (segment.said_end > file_size) {
-        add_truncated_note(
-            source.out, source.extra, static_cast<uint64_t>(segment.said_end - file_size));
+    }
+    if (behind < 0) {
+        add_truncated_note(source.out, source.extra, static_cast<uint64_t>(-behind));
+    } else if (!segment.unknown_size && behind > 0 && !goes_on(source.reader, segment.said_end)) {
+        char grouped[value_text_size];
+        FormatGroupedSize(static_cast<uint64_t>(behind), grouped);
+        add_note(source.out, source.extra, "trailing data(%s Byte)", grouped);
+    }
+    if (std::any_of(
+            segment.tracks, end, [](const Track& track) { return track.encodings.encrypted; })) {
+        add_note(source.out, source.extra, "encrypted");
     }
 }
 
@@ -91,6 +101,11 @@ void read_span_text(Reader* reader, Span span, TagText& out) {
     Element element;
     element.data = span;
     read_text(reader, element, out);
+}
+
+bool has_video(const Segment& segment) {
+    return std::any_of(segment.tracks, segment.tracks + kept_tracks(segment),
+        [](const Track& track) { return track.type == track_video; });
 }
 
 void write_file_facts(const Source& source) {
@@ -102,7 +117,9 @@ void write_file_facts(const Source& source) {
     TagText writer = {};
     const bool has_title = size_of(segment.title) != 0;
     read_span_text(source.reader, has_title ? segment.title : segment.tag_title, texts.title);
-    read_span_text(source.reader, segment.tag_artist, texts.artist);
+    if (!has_video(segment)) {
+        read_span_text(source.reader, segment.tag_artist, texts.artist);
+    }
     read_span_text(source.reader, segment.writing_app, writer);
     if (writer[0] == '\0') {
         read_span_text(source.reader, segment.muxing_app, writer);
@@ -129,7 +146,8 @@ int AnalyzeMatroskaFile(FileRecord* file, const Output& out) {
     }
     ClusterWalk walk;
     make_wishes(segment, &walk);
-    walk_clusters(&reader, &segment, &walk);
+    constexpr uint32_t option_thorough = 1; // of the record's options: count the whole file
+    walk_clusters(&reader, (out.record->options & option_thorough) != 0, &segment, &walk);
     read_tags(&reader, segment.tags, &segment);
     ExtraLines extra;
     Source source;
@@ -139,12 +157,12 @@ int AnalyzeMatroskaFile(FileRecord* file, const Output& out) {
     source.out = out;
     source.extra = &extra;
     source.duration = play_time(&reader, segment);
-    source.audio_rate = audio_rate(source);
     source.names_languages = std::any_of(segment.tracks, segment.tracks + kept_tracks(segment),
         [](const Track& track) { return track.language_told; });
     write_file_facts(source);
     add_tracks(source);
     add_facts(source);
+    add_notes(source);
     write_extra_lines(extra, out.record);
     note_work_limit(out, reader);
     return 0;

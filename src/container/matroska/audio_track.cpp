@@ -4,6 +4,7 @@
 #include "audio/flac_streaminfo.h"
 #include "audio/opus.h"
 #include "audio/stream_facts.h"
+#include "audio/wave_format.h"
 #include "audio/wave_stream.h"
 #include "common/codec_catalogue.h"
 #include "common/codec_names.h"
@@ -25,7 +26,10 @@ constexpr double rate_tolerance = 0.01;
 // What a track is described from and what its line is made of: a line of its parser, or the generic
 // one.
 struct Description {
-    const Track* track;
+    const Track* track = nullptr;
+    Parser parser = Parser::plain;
+    uint8_t private_bytes[private_size];
+    uint8_t frame_bytes[frame_start_size];
     Bytes codec_private;
     Bytes start;       // of the first frame
     uint64_t rate = 0; // bit/s by statistics or count; 0 when not known exactly
@@ -270,6 +274,26 @@ void describe(Parser parser, Description* text, ZatStream* stream) {
     }
 }
 
+// Everything that the line and the details are made of. The bytes belong to the description.
+void describe_track(
+    const Source& source, const Track& track, Description* text, ZatStream* stream) {
+    const Codec* codec = find_codec(bounded_text(track.codec_id));
+    *stream = track_stream(source, track, ZAT_STREAM_AUDIO);
+    const double rate =
+        track.audio.output_rate > 0 ? track.audio.output_rate : track.audio.sample_rate;
+    stream->sample_rate = clamp_to_integer<uint32_t>(rate);
+    stream->channels = track.audio.channels;
+    text->track = &track;
+    text->codec_private =
+        read_private(source, track, text->private_bytes, sizeof text->private_bytes);
+    text->start = read_first_frame(source, track, text->frame_bytes, sizeof text->frame_bytes);
+    text->rate = (stream->estimated & ZAT_ESTIMATED_BIT_RATE) == 0 ? stream->bit_rate : 0;
+    text->parser = codec != nullptr ? codec->parser : Parser::plain;
+    copy_text(text->codec, codec != nullptr ? codec->text : bounded_text(track.codec_id));
+    describe(text->parser, text, stream);
+    drop_nonsense(stream);
+}
+
 // A track that WAVEFORMATEX describes keeps its own identifier.
 void add_acm(const Source& source, const Description& text, ZatStream* stream) {
     WaveStream wave;
@@ -282,41 +306,29 @@ void add_acm(const Source& source, const Description& text, ZatStream* stream) {
 
 } // namespace
 
-void add_audio(const Source& source, uint32_t index) {
-    const Track& track = source.segment->tracks[index];
-    const Codec* codec = find_codec(bounded_text(track.codec_id));
-    ZatStream stream = track_stream(source, track, ZAT_STREAM_AUDIO);
-    const double rate =
-        track.audio.output_rate > 0 ? track.audio.output_rate : track.audio.sample_rate;
-    stream.sample_rate = clamp_to_integer<uint32_t>(rate);
-    stream.channels = track.audio.channels;
-
-    uint8_t private_bytes[private_size];
-    uint8_t frame_bytes[frame_start_size];
+uint64_t known_audio_rate(const Source& source, const Track& track) {
     Description text;
-    text.track = &track;
-    text.codec_private = read_private(source, track, private_bytes, sizeof private_bytes);
-    text.start = read_first_frame(source, track, frame_bytes, sizeof frame_bytes);
-    text.rate = (stream.estimated & ZAT_ESTIMATED_BIT_RATE) == 0 ? stream.bit_rate : 0;
-    if (codec != nullptr && codec->parser == Parser::acm) {
+    ZatStream stream;
+    describe_track(source, track, &text, &stream);
+    return text.parser == Parser::acm && stream.bit_rate == 0
+               ? uint64_t{read_wave_format(text.codec_private).byte_rate} * 8
+               : stream.bit_rate;
+}
+
+void add_audio(const Source& source, uint32_t index) {
+    Description text;
+    ZatStream stream;
+    describe_track(source, source.segment->tracks[index], &text, &stream);
+    if (text.parser == Parser::acm) {
         add_acm(source, text, &stream);
-        return;
-    }
-    if (codec != nullptr) {
-        describe(codec->parser, &text, &stream);
-    }
-    drop_nonsense(&stream);
-    if (text.line[0] != '\0') {
+    } else if (text.line[0] != '\0') {
         add_stream_line(source.out, stream, bounded_text(text.line));
-        return;
+    } else {
+        LineText line;
+        line.codec = bounded_text(text.codec);
+        line.bits = text.bits;
+        add_audio_stream(source.out, stream, line);
     }
-    if (text.codec[0] == '\0') {
-        copy_text(text.codec, codec != nullptr ? codec->text : bounded_text(track.codec_id));
-    }
-    LineText line;
-    line.codec = bounded_text(text.codec);
-    line.bits = text.bits;
-    add_audio_stream(source.out, stream, line);
 }
 
 } // namespace zat::matroska

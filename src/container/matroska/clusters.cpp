@@ -11,6 +11,7 @@ namespace zat::matroska {
 namespace {
 
 constexpr int64_t near_size = 4 << 20; // of the first cluster: the ones that begin in it are read
+constexpr Allowance thorough_allowance = {1 << 24, 1LL << 32};
 constexpr uint32_t clusters_searched = 4; // for first frames
 // Lacing bits of a block's flags.
 enum Lacing : uint8_t { lacing_none = 0, lacing_xiph = 2, lacing_fixed = 4, lacing_ebml = 6 };
@@ -173,11 +174,11 @@ int64_t read_cluster(Reader* reader, const Element& cluster, Segment* segment, C
 
 // Whether every cluster begins near the first one, as far as sizes tell; steps from one to the
 // next.
-bool may_count_all(Reader* reader, const Segment& segment) {
+bool may_count_all(Reader* reader, int64_t limit, const Segment& segment) {
     ElementCursor cursor = {segment.span, segment.first_cluster};
     Element element;
     while (next_level1(reader, &cursor, &element)) {
-        if (element.id == id_cluster && element.start >= segment.first_cluster + near_size) {
+        if (element.id == id_cluster && element.start >= limit) {
             return false;
         }
         if (element.id == id_cluster && element.unknown_size) {
@@ -193,12 +194,15 @@ bool is_whole(const Segment& segment, const FileRecord* file) {
 
 } // namespace
 
-void walk_clusters(Reader* reader, Segment* segment, ClusterWalk* walk) {
+void walk_clusters(Reader* reader, bool thorough, Segment* segment, ClusterWalk* walk) {
     if (segment->first_cluster < 0) {
         return;
     }
+    reader_allow(reader, thorough ? thorough_allowance : walk_allowance);
+    const int64_t limit = thorough ? segment->span.end : segment->first_cluster + near_size;
     const FileRecord* file = reader->block.file;
-    const bool counts_all = is_whole(*segment, file) && may_count_all(reader, *segment);
+    const bool counts_all =
+        is_whole(*segment, file) && (thorough || may_count_all(reader, limit, *segment));
     ElementCursor cursor = {segment->span, segment->first_cluster};
     Element element;
     bool all = true;
@@ -208,10 +212,9 @@ void walk_clusters(Reader* reader, Segment* segment, ClusterWalk* walk) {
             read_part(reader, element, segment);
             continue;
         }
-        const bool far = element.start >= segment->first_cluster + near_size;
         const bool wanted = counts_all || walk->wants_rates ||
                             (walk->wants_frame != 0 && clusters < clusters_searched);
-        if (far || !wanted) {
+        if (element.start >= limit || !wanted) {
             all = false;
             break;
         }

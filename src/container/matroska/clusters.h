@@ -34,9 +34,10 @@ struct ClusterWalk {
     uint64_t wants_frame = 0; // bits of the tracks whose first frame is looked for
 };
 
-// Looks at the clusters that begin near the first one. When those are all, every block is counted
-// and segment->counted set; else only as much is looked at as the wishes need.
-void walk_clusters(Reader* reader, Segment* segment, ClusterWalk* walk);
+// Looks at the clusters that begin near the first one, or at all for a thorough walk. When those
+// are all there are, every block is counted and segment->counted set; else only as much is looked
+// at as the wishes need.
+void walk_clusters(Reader* reader, bool thorough, Segment* segment, ClusterWalk* walk);
 
 // Seconds of a frame by the default duration; 0 without one that can be.
 double frame_duration(const Track& track);

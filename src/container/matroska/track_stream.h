@@ -14,7 +14,6 @@ struct Source {
     const Segment* segment = nullptr;
     ClusterWalk* walk = nullptr;
     double duration = 0;          // seconds of the whole
-    uint64_t audio_rate = 0;      // bit/s of all audio that is known
     bool names_languages = false; // some track tells one
     Output out;
     ExtraLines* extra = nullptr;
@@ -40,6 +39,9 @@ bool wants_first_frame(const Track& track);
 
 // Whether the track's rate is nowhere but in its blocks.
 bool wants_counted_rate(const Track& track);
+
+// The bit rate of an audio track, by whatever tells it; 0 when nothing does.
+uint64_t known_audio_rate(const Source& source, const Track& track);
 
 // Each adds a track's line and its details.
 void add_video(const Source& source, uint32_t index);

@@ -81,16 +81,26 @@ bool is_only_video(const Segment& segment) {
                [](const Track& track) { return track.type == track_video; }) == 1;
 }
 
+uint64_t rate_of_all_audio(const Source& source) {
+    uint64_t rate = 0;
+    for (uint32_t i = 0; i < kept_tracks(*source.segment); ++i) {
+        const Track& track = source.segment->tracks[i];
+        rate += track.type == track_audio ? known_audio_rate(source, track) : 0;
+    }
+    return rate;
+}
+
 // The rate of what the segment holds besides the audio and attachments.
 void set_rest_rate(const Source& source, ZatStream* stream) {
     const Segment& segment = *source.segment;
-    if (segment.first_cluster < 0 || !(source.duration > 0) || !is_only_video(segment)) {
+    constexpr double shortest = 0.01; // seconds; less says nothing of a rate
+    if (segment.first_cluster < 0 || source.duration < shortest || !is_only_video(segment)) {
         return;
     }
     const int64_t size = (segment.unknown_size ? segment.span.end : segment.said_end) -
                          segment.first_cluster - segment.bytes_behind_clusters;
-    const double rate =
-        static_cast<double>(size) * 8 / source.duration - static_cast<double>(source.audio_rate);
+    const double rate = static_cast<double>(size) * 8 / source.duration -
+                        static_cast<double>(rate_of_all_audio(source));
     if (rate > 0) {
         stream->bit_rate = clamp_to_integer<uint64_t>(rate + 0.5);
         stream->estimated |= ZAT_ESTIMATED_BIT_RATE;
