@@ -14,7 +14,7 @@ namespace {
 
 constexpr int64_t search_step = 256 << 10;
 constexpr int64_t search_limit = 8 << 20;
-constexpr uint8_t cluster_id_bytes[] = {0x1F, 0x43, 0xB6, 0x75};
+constexpr uint32_t cluster_id_size = 4;
 
 // In units of the timestamp scale.
 struct Times {
@@ -68,25 +68,55 @@ bool read_cluster_at(Reader* reader, const Segment& segment, int64_t position, E
 bool find_last_cluster(Reader* reader, const Segment& segment, Element* cluster) {
     const int64_t limit = std::max(segment.first_cluster, segment.span.end - search_limit);
     FileWindow window;
-    window_open(&window, reader->block.file, limit, search_step + sizeof cluster_id_bytes);
+    window_open(&window, reader->block.file, limit, search_step + cluster_id_size);
     for (int64_t end = segment.span.end; end > limit; end -= search_step) {
         const int64_t start = std::max(limit, end - search_step);
         window_move(&window, start);
         window_load_all(&window);
         const Bytes bytes = window_bytes(&window);
-        for (size_t at = bytes.size(); at-- > 0;) {
-            if (has_at(bytes, at, "\x1F\x43\xB6\x75") &&
-                read_cluster_at(reader, segment, start + static_cast<int64_t>(at), cluster)) {
-                return true;
+        bool found = false;
+        for (int64_t at = find_byte_pair(bytes, 0, 0x1F, 0x43); at >= 0;
+             at = find_byte_pair(bytes, static_cast<size_t>(at) + 1, 0x1F, 0x43)) {
+            Element candidate;
+            if (has_at(bytes, static_cast<size_t>(at), "\x1F\x43\xB6\x75") &&
+                read_cluster_at(reader, segment, start + at, &candidate)) {
+                *cluster = candidate;
+                found = true;
             }
+        }
+        if (found) {
+            return true;
         }
     }
     return false;
 }
 
+// What was counted: no cluster needs another look.
+Times counted_times(const Segment& segment) {
+    Times times;
+    for (uint32_t i = 0; i < kept_tracks(segment); ++i) {
+        const BlockCounts& counts = segment.tracks[i].counts;
+        if (counts.blocks != 0) {
+            const int64_t end = counts.last_time + default_step(segment, segment.tracks[i].number);
+            times.first = std::min(times.first, counts.first_time);
+            times.end = std::max({times.end, end, counts.last_end});
+        }
+    }
+    return times;
+}
+
+double seconds_between(const Segment& segment, const Times& times) {
+    return times.end > times.first ? seconds_of(segment, static_cast<double>(times.end) -
+                                                             static_cast<double>(times.first))
+                                   : 0;
+}
+
 } // namespace
 
 double measured_duration(Reader* reader, const Segment& segment) {
+    if (segment.counted) {
+        return seconds_between(segment, counted_times(segment));
+    }
     Times times;
     ElementCursor cursor = {segment.span, segment.first_cluster};
     Element first;
@@ -98,9 +128,7 @@ double measured_duration(Reader* reader, const Segment& segment) {
     if (find_last_cluster(reader, segment, &last) && last.start != first.start) {
         add_cluster(reader, segment, last, &times);
     }
-    return times.end > times.first
-               ? seconds_of(segment, static_cast<double>(times.end - times.first))
-               : 0;
+    return seconds_between(segment, times);
 }
 
 } // namespace zat::matroska

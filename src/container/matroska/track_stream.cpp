@@ -36,6 +36,8 @@ ZatStream track_stream(const Source& source, const Track& track, ZatStreamKind k
     const Codec* codec = find_codec(bounded_text(track.codec_id));
     if (codec != nullptr) {
         set_codec(&stream, codec->name);
+    } else {
+        copy_utf8(stream.codec, bounded_text(track.codec_id));
     }
     // Tracks without a language are English by the element's default value, which counts where the
     // file's writer cared for languages at all.

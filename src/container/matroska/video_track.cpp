@@ -212,7 +212,7 @@ void describe(const Track& track, const Codec* codec, Bytes codec_private, Bitma
         describe_theora(codec_private, stream, description);
         break;
     case Parser::raw:
-        std::copy_n(track.video.uncompressed_fourcc, 4, bitmap->info.compression);
+        set_code(ReadBE32(track.video.uncompressed_fourcc), &bitmap->info);
         break;
     default:
         break;
@@ -237,6 +237,7 @@ void add_video(const Source& source, uint32_t index) {
     uint8_t private_bytes[private_size];
     uint8_t frame_bytes[frame_size];
     BitmapStream bitmap;
+    set_code(UINT32_MAX, &bitmap.info); // no codec's; 0 is one
     VideoDescription description;
     const bool is_code = codec != nullptr && codec->parser != Parser::vfw;
     bitmap.name = codec == nullptr ? bounded_text(track.codec_id)
