@@ -4,14 +4,18 @@
 #include "audio/dts_file.h"
 #include "audio/mp3_file.h"
 #include "audio/wav_file.h"
+#include "common/details.h"
 #include "common/messages.h"
 #include "common/record_lines.h"
 #include "container/avi.h"
 #include "container/flv.h"
 #include "container/matroska.h"
 #include "container/mp4.h"
+#include "container/mpeg_ps.h"
 #include "container/ogg.h"
 #include "container/realmedia.h"
+#include "container/video_cd.h"
+#include "detect/file_type.h"
 
 #include <cstddef>
 #include <iterator>
@@ -52,6 +56,10 @@ constexpr Row rows[] = {
     {FILETYPE_DTS16BE, dts_file},
     {FILETYPE_MATROSKA, AnalyzeMatroskaFile},
     {FILETYPE_FLV, AnalyzeFlvFile},
+    {FILETYPE_MPEG1, AnalyzeProgramStreamFile, Result::error_count},
+    {FILETYPE_MPEG2, AnalyzeProgramStreamFile, Result::error_count},
+    {FILETYPE_MPEG1VCD, AnalyzeVideoCdFile, Result::error_count},
+    {FILETYPE_MPEG, AnalyzeProgramStreamFile, Result::error_count},
     {FILETYPE_REALMEDIA, AnalyzeRealMediaFile},
 };
 
@@ -73,6 +81,9 @@ void DispatchAnalyser(FileRecord* file, const Output& out) {
     for (const Row& row : rows) {
         if (row.type_code == out.record->type_code) {
             const int result = row.analyser(file, out);
+            if (out.details != nullptr && out.details->format[0] == '\0') {
+                copy_utf8(out.details->format, type_format(row.type_code));
+            }
             if (row.result == Result::error_count && result != 0) {
                 set_general_line(out.record, message::errors_found, result);
             }

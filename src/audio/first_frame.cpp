@@ -1,5 +1,7 @@
 #include "audio/first_frame.h"
 
+#include "audio/eac3.h"
+#include "audio/latm.h"
 #include "audio/stream_facts.h"
 #include "audio/wave_format.h"
 
@@ -19,6 +21,7 @@ constexpr TaggedDescriber tagged_describers[] = {
     {wave_tag_mpeg_layer3, describe_mpeg_audio_frame},
     {0x00FF, describe_adts_frame}, // AAC
     {0x1600, describe_adts_frame}, // MPEG_ADTS_AAC
+    {0x1602, describe_loas_frame}, // MPEG_LOAS
     {0x2000, describe_ac3_frame},
     {0x2001, describe_dts_frame},
 };
@@ -62,6 +65,16 @@ bool describe_ac3_frame(Bytes start, ZatStream* stream, char (&line)[line_size])
     return true;
 }
 
+bool describe_eac3_frame(Bytes start, ZatStream* stream, char (&line)[line_size]) {
+    Eac3Info info;
+    if (!eac3_info(start, &info)) {
+        return false;
+    }
+    eac3_facts(info, stream);
+    eac3_line(&info, line);
+    return true;
+}
+
 bool describe_dts_frame(Bytes start, ZatStream* stream, char (&line)[line_size]) {
     DtsInfo info;
     if (dts_info(start, &info) != 0) {
@@ -80,6 +93,16 @@ bool describe_adts_frame(Bytes start, ZatStream* stream, char (&line)[line_size]
     }
     adts_facts(header, stream);
     FormatAdtsLine(&header, line);
+    return true;
+}
+
+bool describe_loas_frame(Bytes start, ZatStream* stream, char (&line)[line_size]) {
+    LatmInfo info;
+    if (!latm_info(start, &info)) {
+        return false;
+    }
+    latm_facts(info, stream);
+    latm_line(&info, line);
     return true;
 }
 
