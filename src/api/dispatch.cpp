@@ -2,8 +2,13 @@
 
 #include "audio/ac3_file.h"
 #include "audio/dts_file.h"
+#include "audio/flac_file.h"
+#include "audio/monkey_file.h"
 #include "audio/mp3_file.h"
+#include "audio/musepack_file.h"
+#include "audio/tta_file.h"
 #include "audio/wav_file.h"
+#include "audio/wavpack_file.h"
 #include "common/messages.h"
 #include "common/record_lines.h"
 #include "container/flv.h"
@@ -47,6 +52,11 @@ constexpr Row rows[] = {
     {FILETYPE_RMP3, AnalyzeRmp3File},
     {FILETYPE_AC3, ac3_file},
     {FILETYPE_DTS16BE, dts_file},
+    {FILETYPE_FLAC, AnalyzeFlacFile},
+    {FILETYPE_MONKEY, AnalyzeMonkeyFile},
+    {FILETYPE_MUSEPACK, AnalyzeMusePackFile},
+    {FILETYPE_TTA, AnalyzeTtaFile},
+    {FILETYPE_WAVPACK, AnalyzeWavPackFile},
     {FILETYPE_FLV, AnalyzeFlvFile},
     {FILETYPE_REALMEDIA, AnalyzeRealMediaFile},
 };
