@@ -13,7 +13,6 @@ namespace zat {
 namespace {
 
 constexpr uint32_t search_limit = 1048576; // bytes
-constexpr uint32_t highest_dsd_rate = 1024 * 48000;
 
 } // namespace
 
@@ -52,7 +51,7 @@ void set_samples(LosslessFile* lossless, uint64_t samples) {
 }
 
 void set_sample_rate(LosslessFile* lossless, uint64_t rate) {
-    const uint32_t limit = lossless->is_dsd ? highest_dsd_rate + 1 : highest_lossless_rate;
+    const uint32_t limit = lossless->is_dsd ? dsd_rate_limit : lossless_rate_limit;
     lossless->facts.sample_rate = rate < limit ? static_cast<uint32_t>(rate) : 0;
     lossless->damaged = lossless->damaged || lossless->facts.sample_rate == 0;
 }

@@ -21,7 +21,10 @@ struct LosslessKind {
 };
 
 constexpr int64_t not_declared = -1;
-constexpr uint32_t highest_lossless_rate = 10'000'000; // Hz
+
+// Hz: this and more is nonsense. DSD goes to 1024 times 48,000 Hz.
+constexpr uint32_t lossless_rate_limit = 10'000'000;
+constexpr uint32_t dsd_rate_limit = 50'000'000;
 constexpr uint32_t most_lossless_channels = 254;
 
 // What an analyser finds out; from it the record and the details are written.

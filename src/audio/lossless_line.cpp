@@ -60,9 +60,11 @@ void add_line(LosslessFile* lossless, const Output& out) {
     facts->bit_rate_mode = lossless->constant_rate ? ZAT_BIT_RATE_CONSTANT : 0;
     ZatStream shown = *facts; // rates have two decimals here, and their place before the bits
     shown.bit_rate = 0;
+    const LineText text = {.codec = lossless->name,
+        .channel_mask = lossless->channel_mask,
+        .sample_rate_limit = lossless->is_dsd ? dsd_rate_limit : lossless_rate_limit};
     char line[line_size];
-    format_audio_line(
-        shown, {.codec = lossless->name, .channel_mask = lossless->channel_mask}, line);
+    format_audio_line(shown, text, line);
     char piece[64];
     const auto append = [&](const char* format, auto value) {
         format_text(piece, sizeof piece, format, value);
@@ -77,7 +79,8 @@ void add_line(LosslessFile* lossless, const Output& out) {
     if (const double ratio = ratio_of(*lossless); ratio >= smallest_shown) {
         append("%.2f%%", ratio);
     }
-    add_stream_line(out, *facts, bounded_text(line));
+    add_audio_line(out.record, "%s", line); // the name has all remarks
+    add_stream(out.details, *facts);
 }
 
 void add_tags(const LosslessFile& lossless, ExtraLines* extra) {
