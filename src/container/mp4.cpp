@@ -13,7 +13,7 @@ int AnalyzeMp4File(FileRecord* file, const Output& out) {
     mp4::Movie movie;
     mp4::collect_movie(&reader, &movie);
     reader_allow(&reader, table_allowance);
-    mp4::write_movie(out.record, &reader, movie);
+    mp4::write_movie(out.record, &reader, &movie);
     return 0;
 }
 

@@ -7,6 +7,6 @@
 namespace zat::mp4 {
 
 // Describes the tracks and writes all that the analyser has to say.
-void write_movie(InfoRecord* record, Reader* reader, const Movie& movie);
+void write_movie(InfoRecord* record, Reader* reader, Movie* movie);
 
 } // namespace zat::mp4
