@@ -75,12 +75,12 @@ bool read_eac3_config(Bytes record, Ac3Config* config) {
     return true;
 }
 
-const char* ac3_config_layout(const Ac3Config& config) {
-    // ETSI TS 102 366, table 4.3; the second column with LFE.
-    static constexpr const char* layouts[8][2] = {{"", ""}, {"C", "C LFE"}, {"L R", "L R LFE"},
-        {"L R C", "L R C LFE"}, {"L R Cs", "L R LFE Cs"}, {"L R C Cs", "L R C LFE Cs"},
-        {"L R Ls Rs", "L R LFE Ls Rs"}, {"L R C Ls Rs", "L R C LFE Ls Rs"}};
-    return config.locations != 0 ? "" : layouts[config.acmod & 7][config.lfe ? 1 : 0];
+uint32_t ac3_config_mask(const Ac3Config& config) {
+    // By acmod (ETSI TS 102 366, table 4.3), the surround channels at the sides.
+    constexpr uint32_t masks[] = {0, 0x4, 0x3, 0x7, 0x103, 0x107, 0x603, 0x607};
+    constexpr uint32_t lfe = 0x8;
+    const uint32_t mask = config.locations != 0 ? 0 : masks[config.acmod & 7];
+    return mask != 0 && config.lfe ? mask | lfe : mask;
 }
 
 } // namespace zat

@@ -32,7 +32,8 @@ void format_utc(int64_t unix_seconds, char (&out)[utc_text_size]) {
     const int64_t month = month_from_march < 10 ? month_from_march + 3 : month_from_march - 9;
     const int64_t year = era * 400 + year_of_era + (month <= 2 ? 1 : 0);
     format_text(out, sizeof out, "%04d-%02d-%02dT%02d:%02d:%02dZ", static_cast<int>(year),
-        static_cast<int>(month), static_cast<int>(day_of_year - (153 * month_from_march + 2) / 5 + 1),
+        static_cast<int>(month),
+        static_cast<int>(day_of_year - (153 * month_from_march + 2) / 5 + 1),
         static_cast<int>(seconds / 3600), static_cast<int>(seconds / 60 % 60),
         static_cast<int>(seconds % 60));
 }

@@ -7,6 +7,7 @@
 #include "common/record_lines.h"
 #include "common/value_text.h"
 #include "container/mp4/audio_track.h"
+#include "container/mp4/movie_details.h"
 #include "container/mp4/video_track.h"
 
 #include <algorithm>
@@ -114,7 +115,8 @@ void write_general(InfoRecord* record, const Movie& movie) {
 
 } // namespace
 
-void write_movie(InfoRecord* record, Reader* reader, Movie* movie) {
+void write_movie(const Output& out, Reader* reader, Movie* movie) {
+    InfoRecord* record = out.record;
     const double seconds = movie_seconds(*movie);
     record->play_time = seconds;
     char sps_notes[line_size] = {};
@@ -122,6 +124,9 @@ void write_movie(InfoRecord* record, Reader* reader, Movie* movie) {
     write_general(record, *movie);
     write_extra(record, *movie, sps_notes);
     set_label(record, movie->large_atom_seen ? "[Quick Time(64BitAtom)]" : "[Quick Time]");
+    if (out.details != nullptr) {
+        describe_movie(out, reader, movie, seconds);
+    }
 }
 
 } // namespace zat::mp4

@@ -24,10 +24,36 @@ constexpr Located located[] = {
     {fourcc("dfLa"), &SampleEntry::flac_configuration},
     {fourcc("dec3"), &SampleEntry::eac3_configuration},
     {fourcc("srat"), &SampleEntry::sampling_rate},
+    {fourcc("hvcC"), &SampleEntry::video_configuration},
+    {fourcc("av1C"), &SampleEntry::video_configuration},
+    {fourcc("vpcC"), &SampleEntry::video_configuration},
+    {fourcc("dvc1"), &SampleEntry::video_configuration},
+    {fourcc("dac3"), &SampleEntry::audio_configuration},
+    {fourcc("dOps"), &SampleEntry::audio_configuration},
+    {fourcc("ddts"), &SampleEntry::audio_configuration},
+    {fourcc("dvcC"), &SampleEntry::dolby_vision},
+    {fourcc("dvvC"), &SampleEntry::dolby_vision},
+    {fourcc("dvwC"), &SampleEntry::dolby_vision},
+    {fourcc("fiel"), &SampleEntry::fields},
+    {fourcc("btrt"), &SampleEntry::bit_rates},
+    {fourcc("enda"), &SampleEntry::byte_order},
+    {fourcc("pcmC"), &SampleEntry::pcm_configuration},
+    {fourcc("sinf"), &SampleEntry::protection},
 };
 
+bool has_colour_codes(Reader* reader, Span colour) {
+    const uint32_t type = read_be32(reader, colour, 0);
+    return type == fourcc("nclx") || type == fourcc("nclc");
+}
+
 // The first atom of a type counts.
-void locate_atom(const Atom& atom, SampleEntry* entry) {
+void locate_atom(Reader* reader, const Atom& atom, SampleEntry* entry) {
+    if (atom.type == fourcc("colr")) {
+        if (size_of(entry->colour) == 0 && has_colour_codes(reader, atom.payload)) {
+            entry->colour = atom.payload;
+        }
+        return;
+    }
     for (const Located& row : located) {
         if (row.type == atom.type && size_of(entry->*row.payload) == 0) {
             entry->*row.payload = atom.payload;
@@ -39,12 +65,12 @@ void locate_atom(const Atom& atom, SampleEntry* entry) {
 void locate_atoms(Reader* reader, Span space, SampleEntry* entry) {
     Atom atom;
     while (next_child(reader, &space, &atom)) {
-        locate_atom(atom, entry);
+        locate_atom(reader, atom, entry);
         if (atom.type == fourcc("wave")) {
             Span inner = atom.payload;
             Atom child;
             while (next_child(reader, &inner, &child)) {
-                locate_atom(child, entry);
+                locate_atom(reader, child, entry);
             }
         }
     }
@@ -72,12 +98,15 @@ int64_t read_audio_fields(Reader* reader, Span space, bool quicktime_versions, S
     entry->sample_rate = ReadBE16(fields + 16);
     const uint16_t version = quicktime_versions ? ReadBE16(fields) : uint16_t{0};
     if (version == 1) { // per packet: samples, bytes; bytes per frame, bytes per sample
+        entry->packet_samples = ReadBE32(fields + 20);
+        entry->frame_size = ReadBE32(fields + 28);
         return common_size + version_0_size + 16;
     }
     if (version == 2) { // structure size 4, rate as a double, channels 4, marker 4, bits 4, ...
         entry->sample_rate = clamp_to_integer<uint32_t>(ReadBEFloat64(fields + 24));
         entry->channels = ReadBE32(fields + 32);
         entry->sample_size = ReadBE32(fields + 40);
+        entry->pcm_flags = ReadBE32(fields + 44);
         return common_size + static_cast<int64_t>(sizeof fields);
     }
     if (std::memcmp(entry->format, "mlpa", 4) == 0) { // a TrueHD rate has all 32 bits
@@ -119,9 +148,13 @@ void read_sample_entry(Reader* reader, const Track& track, SampleEntry* entry) {
     // A description of version 1 announces ISO/IEC 14496-12's own entry of version 1, which has the
     // fields of version 0.
     const bool quicktime_versions = description[0] == 0;
-    const int64_t fixed_size = track.kind == TrackKind::video
-                                   ? read_video_fields(reader, space, entry)
-                                   : read_audio_fields(reader, space, quicktime_versions, entry);
+    entry->fixed = sub_span(space, common_size);
+    int64_t fixed_size = common_size;
+    if (track.kind == TrackKind::video) {
+        fixed_size = read_video_fields(reader, space, entry);
+    } else if (track.kind == TrackKind::audio) {
+        fixed_size = read_audio_fields(reader, space, quicktime_versions, entry);
+    }
     locate_atoms(reader, {space.start + fixed_size, space.end}, entry);
 }
 
