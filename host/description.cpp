@@ -22,4 +22,11 @@ void ask_library(const Library& library, Query query, Description* description) 
     description->unknown = record->type_code == FILETYPE_UNKNOWN;
 }
 
+std::string report_of(const Library& library, const InfoRecord& record) {
+    std::string report(library.reform_full_bounded(&record, nullptr, 0) + 1, '\0');
+    library.reform_full_bounded(&record, report.data(), static_cast<uint32_t>(report.size()));
+    report.pop_back();
+    return report;
+}
+
 } // namespace host

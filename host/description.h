@@ -25,6 +25,9 @@ void describe(const Library& library, Query query, Description* description);
 // The part of it that all platforms share: the record's path is set.
 void ask_library(const Library& library, Query query, Description* description);
 
+// The text of the report, as the library writes it.
+std::string report_of(const Library& library, const InfoRecord& record);
+
 // The path as the library takes it: the bytes on Linux; on Windows the name in the system's code
 // page, by its short form when it must be. Empty when it has none.
 std::string path_for_library(const std::string& path);

@@ -11,6 +11,7 @@ namespace {
 constexpr char examples[] = R"(Examples:
   zat song.mp3                          the report of one file
   zat Music/                            of every file below a directory
+  zat --format table Films/             one line a file
   zat --format jsonl Music/ | jq .play_time
   zat --format csv *.mp4 > movies.csv   one row a stream
   find . -size +1G -print0 | zat -0 --files-from -
@@ -27,14 +28,15 @@ int parse_options(
     app.footer(examples);
     app.get_formatter()->column_width(30);
     app.allow_windows_style_options(false); // a path may begin with a slash there too
-    const std::map<std::string, Format> formats{{"text", Format::text}, {"json", Format::json},
-        {"jsonl", Format::jsonl}, {"csv", Format::csv}};
+    const std::map<std::string, Format> formats{{"text", Format::text}, {"table", Format::table},
+        {"json", Format::json}, {"jsonl", Format::jsonl}, {"csv", Format::csv}};
     std::vector<std::string> paths;
     app.add_option(
            "PATH", paths, "Files and directories; - reads a list of paths from standard input")
         ->type_name("");
     app.add_option("-f,--format", options->format,
-           "text: the report (default); json: one array; jsonl: one object a line; csv: one row a "
+           "text: the report (default); table: one line a file; json: one array; jsonl: one object "
+           "a line; csv: one row a "
            "stream")
         ->transform(CLI::CheckedTransformer(formats).description(""))
         ->type_name("FORMAT")

@@ -52,7 +52,8 @@ bool means_several_files(const Options& options) {
 struct Work {
     Work(const Library& the_library, const Options& the_options)
         : library(the_library), options(the_options), several(means_several_files(the_options)),
-          as_text(the_options.format == Format::text && !the_options.raw),
+          as_text(the_options.format == Format::table ||
+                  (the_options.format == Format::text && !the_options.raw)),
           shows_progress(!the_options.quiet && error_is_terminal() && !output_is_terminal()) {}
 
     const Library& library;

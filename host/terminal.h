@@ -33,6 +33,10 @@ std::string error_text(unsigned long error);
 #endif
 
 bool output_is_terminal();
+
+// Characters in a line of the terminal; 0 when standard output is none.
+size_t output_columns();
+
 bool error_is_terminal();
 
 // Overwrites the progress line; an empty text removes it.

@@ -9,6 +9,7 @@
 #include <cstring>
 #include <iconv.h>
 #include <langinfo.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 namespace host {
@@ -92,6 +93,11 @@ void write_message(const std::string& utf8) {
 
 bool output_is_terminal() {
     return isatty(STDOUT_FILENO) != 0;
+}
+
+size_t output_columns() {
+    winsize size{};
+    return ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 ? size.ws_col : 0;
 }
 
 bool error_is_terminal() {

@@ -1,6 +1,7 @@
 #include "encoding.h"
 #include "terminal.h"
 
+#include <algorithm>
 #include <csignal>
 
 #define WIN32_LEAN_AND_MEAN
@@ -143,6 +144,15 @@ void write_message(const std::string& utf8) {
 
 bool output_is_terminal() {
     return is_console(STD_OUTPUT_HANDLE);
+}
+
+size_t output_columns() {
+    CONSOLE_SCREEN_BUFFER_INFO info;
+    if (GetConsoleScreenBufferInfo(standard(STD_OUTPUT_HANDLE), &info) == 0) {
+        return 0;
+    }
+    // A line that fills the last column would be followed by an empty one.
+    return static_cast<size_t>(std::max(info.srWindow.Right - info.srWindow.Left, 1));
 }
 
 bool error_is_terminal() {

@@ -8,6 +8,7 @@
 #include "common/record_lines.h"
 #include "container/flv.h"
 #include "container/mp4.h"
+#include "container/ogg.h"
 #include "container/realmedia.h"
 
 #include <cstddef>
@@ -35,6 +36,11 @@ constexpr Row rows[] = {
     {FILETYPE_3GPP2, AnalyzeMp4File},
     {FILETYPE_MPEG4, AnalyzeMp4File},
     {FILETYPE_AAC, AnalyzeMp4File},
+    {FILETYPE_OGGMEDIA, AnalyzeOggFile},
+    {FILETYPE_OGGVORBIS, AnalyzeOggFile},
+    {FILETYPE_OGGSPEEX, AnalyzeOggFile},
+    {FILETYPE_OGGFLAC, AnalyzeOggFile},
+    {FILETYPE_OGGOPUS, AnalyzeOggFile},
     {FILETYPE_WAV, AnalyzeWavFile},
     {FILETYPE_MP3, AnalyzeMp3File},
     {FILETYPE_SHOCKWAVEMP3, AnalyzeMp3File},

@@ -1,9 +1,6 @@
 #include "audio/vorbis.h"
 
-#include "common/text.h"
-
 #include <algorithm>
-#include <cstring>
 
 namespace zat {
 
@@ -12,47 +9,47 @@ namespace {
 constexpr size_t fields_size = 17;     // audio_channels up to bitrate_minimum
 constexpr uint32_t unset = UINT32_MAX; // a bit rate that the encoder leaves open
 
-struct RateMode {
-    const char* name;
-    uint32_t bitrate; // bit/s
-};
-
-RateMode rate_mode(uint32_t maximum, uint32_t nominal, uint32_t minimum) {
-    if (minimum != maximum) {
-        return {"ABR", (minimum + maximum) >> 1};
+const char* rate_mode(const VorbisInfo* info) {
+    if (info->bitrate_minimum != info->bitrate_maximum) {
+        return "ABR";
     }
-    if (maximum == nominal) {
-        return {"CBR", maximum};
+    if (info->bitrate_maximum == info->bitrate_nominal) {
+        return "CBR";
     }
-    return {maximum == unset ? "VBR" : "QB", nominal};
+    return info->bitrate_maximum == unset ? "VBR" : "QB";
 }
 
 } // namespace
 
-void FormatVorbisLine(Bytes bytes, size_t offset, char* out, uint32_t* bitrate) {
-    uint8_t fields[fields_size] = {};
-    if (offset < bytes.size()) {
-        std::memcpy(fields, bytes.data() + offset, std::min(bytes.size() - offset, fields_size));
-    }
-    const uint8_t channels = fields[0];                // audio_channels
-    const uint32_t sample_rate = ReadLE32(fields + 1); // audio_sample_rate
-    const uint32_t maximum = ReadLE32(fields + 5);     // bitrate_maximum
-    const uint32_t nominal = ReadLE32(fields + 9);     // bitrate_nominal
-    const uint32_t minimum = ReadLE32(fields + 13);    // bitrate_minimum
-    const RateMode mode = rate_mode(maximum, nominal, minimum);
+void vorbis_info(Bytes fields, VorbisInfo* info) {
+    uint8_t bytes[fields_size] = {};
+    std::copy_n(fields.begin(), std::min(fields.size(), sizeof bytes), bytes);
+    info->channels = bytes[0];
+    info->sample_rate = ReadLE32(bytes + 1);
+    info->bitrate_maximum = ReadLE32(bytes + 5);
+    info->bitrate_nominal = ReadLE32(bytes + 9);
+    info->bitrate_minimum = ReadLE32(bytes + 13);
+}
 
+uint32_t vorbis_bitrate(const VorbisInfo* info) {
+    return info->bitrate_minimum != info->bitrate_maximum
+               ? (info->bitrate_minimum + info->bitrate_maximum) >> 1
+               : info->bitrate_nominal;
+}
+
+void FormatVorbisLine(const VorbisInfo* info, uint32_t bitrate, char (&out)[line_size]) {
+    const char* mode = rate_mode(info);
     char layout[32] = "";
-    if (channels == 1) {
-        format_text(layout, sizeof layout, "[%s Mono]", mode.name);
-    } else if (channels == 2) {
-        format_text(layout, sizeof layout, "[%s Stereo]", mode.name);
-    } else if (channels > 2) {
+    if (info->channels == 1) {
+        format_text(layout, sizeof layout, "[%s Mono]", mode);
+    } else if (info->channels == 2) {
+        format_text(layout, sizeof layout, "[%s Stereo]", mode);
+    } else if (info->channels > 2) {
         // The count goes out as a character code: hosts know these lines that way.
-        format_text(layout, sizeof layout, "[%s %ch]", mode.name, channels);
+        format_text(layout, sizeof layout, "[%s %ch]", mode, info->channels);
     }
     format_text(
-        out, line_size, "OggVorbis %dHz %s %.3fkbps", sample_rate, layout, mode.bitrate * 0.001);
-    *bitrate = mode.bitrate;
+        out, line_size, "OggVorbis %dHz %s %.3fkbps", info->sample_rate, layout, bitrate * 0.001);
 }
 
 } // namespace zat

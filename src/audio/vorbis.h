@@ -2,14 +2,31 @@
 #pragma once
 
 #include "common/bytes.h"
+#include "common/text.h"
 
 #include <cstddef>
 #include <cstdint>
 
 namespace zat {
 
-// Describes the stream whose audio_channels field stands at `offset`; fields behind the end of the
-// bytes read as zero. `out` has line_size bytes; `bitrate` takes the bit/s that the line shows.
-void FormatVorbisLine(Bytes bytes, size_t offset, char* out, uint32_t* bitrate);
+constexpr size_t vorbis_fields_offset = 11; // of audio_channels in the identification header
+
+// Rates in bit/s; one that the encoder leaves open is all ones.
+struct VorbisInfo {
+    uint8_t channels = 0;
+    uint32_t sample_rate = 0; // Hz
+    uint32_t bitrate_maximum = 0;
+    uint32_t bitrate_nominal = 0;
+    uint32_t bitrate_minimum = 0;
+};
+
+// Decodes the fields from audio_channels on; those behind the end of the bytes read as zero.
+void vorbis_info(Bytes fields, VorbisInfo* info);
+
+// The bit/s that the line shows: the header's nominal rate, or the mean of its bounds.
+uint32_t vorbis_bitrate(const VorbisInfo* info);
+
+// Describes the stream, with a rate in bit/s: vorbis_bitrate's, or one from elsewhere.
+void FormatVorbisLine(const VorbisInfo* info, uint32_t bitrate, char (&out)[line_size]);
 
 } // namespace zat

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <cstring>
 #include <span>
+#include <string_view>
 
 namespace zat {
 
@@ -107,6 +108,11 @@ constexpr uint8_t byte_at(Bytes bytes, size_t offset) {
 
 // The number of zero bytes at the front.
 size_t leading_zeros(Bytes bytes);
+
+// The bytes as a text of whatever code.
+inline std::string_view text_of(Bytes bytes) {
+    return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
+}
 
 // Position of the first pair of bytes a, b at or after `from`, or -1 when none lies in `bytes`.
 int64_t find_byte_pair(Bytes bytes, size_t from, uint8_t a, uint8_t b);

@@ -43,7 +43,9 @@ void copy_utf8(char* out, size_t size, std::string_view text) {
             --length;
         }
     }
-    std::memmove(out, text.data(), length);
+    if (length != 0) { // an empty text may have no address
+        std::memmove(out, text.data(), length);
+    }
     out[length] = '\0';
 }
 

@@ -39,6 +39,12 @@ void append_bit_rate(const ZatStream& stream, char (&line)[line_size]) {
     }
 }
 
+void append_codec(std::string_view codec, char (&line)[line_size]) {
+    append_word(line, "[");
+    append_text(line, codec);
+    append_text(line, "]");
+}
+
 void append_bits(uint32_t bits, char (&line)[line_size]) {
     if (bits != 0 && bits < bits_limit) {
         append_format(line, "%dBit", static_cast<int32_t>(bits));
@@ -122,7 +128,7 @@ void format_video_line(const ZatStream& stream, const LineText& text, char (&lin
         append_format(
             line, "%dx%d", static_cast<int32_t>(stream.width), static_cast<int32_t>(stream.height));
     }
-    append_format(line, "[%.*s]", static_cast<int>(text.codec.size()), text.codec.data());
+    append_codec(text.codec, line);
     append_bits(text.bits, line);
     if (is_frame_rate(stream.frame_rate, text.highest_frame_rate)) {
         append_format(line, "%s%.3ffps", mark(stream, ZAT_ESTIMATED_FRAME_RATE), stream.frame_rate);
@@ -143,7 +149,7 @@ void format_video_line(const ZatStream& stream, const LineText& text, char (&lin
 
 void format_audio_line(const ZatStream& stream, const LineText& text, char (&line)[line_size]) {
     line[0] = '\0';
-    append_format(line, "[%.*s]", static_cast<int>(text.codec.size()), text.codec.data());
+    append_codec(text.codec, line);
     if (stream.sample_rate != 0 && stream.sample_rate < sample_rate_limit) {
         append_format(line, "%dHz", static_cast<int32_t>(stream.sample_rate));
     }

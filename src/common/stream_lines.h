@@ -13,9 +13,9 @@ namespace zat {
 
 // What a line shows besides the facts of its stream.
 struct LineText {
-    std::string_view codec;  // in the brackets
-    std::string_view prefix; // before the line: "0x0111 "
-    uint32_t bits = 0;       // per sample, or per pixel of uncompressed pictures
+    std::string_view codec = {};  // in the brackets
+    std::string_view prefix = {}; // before the line: "0x0111 "
+    uint32_t bits = 0;            // per sample, or per pixel of uncompressed pictures
     // Video.
     double highest_frame_rate = 240; // more is nonsense
     uint32_t display_width = 0;      // shown as "display 853x480" when set

@@ -1,5 +1,6 @@
 // Sizes of the tags around an audio stream: ID3v2 (id3.org, ID3v2.4.0 structure, 3.1) before it,
-// APE, Lyrics3 v2 and ID3v1 behind it, in this order.
+// APE, Lyrics3 v2 and ID3v1 behind it. MP3 files have rules of their own, which take the tags
+// behind in this order and count of an APE tag the footer only.
 #pragma once
 
 #include "common/reader.h"
@@ -30,5 +31,24 @@ uint32_t Id3v2Size(const uint8_t* header);
 // file's tail could be read; the ID3v2 size, as far as the reader's allowance goes, is set then all
 // the same.
 int MeasureTags(Reader* reader, TagSizes* sizes);
+
+// The whole tags around a stream, footers and items included.
+struct OuterTags {
+    Span stream;              // what stands between them
+    Span id3v2;               // all tags at the start
+    Span ape_items;           // of the last APE tag of the file
+    uint32_t ape_version = 0; // 1000 or 2000 as a rule
+    Span id3v1;
+    int64_t ape = 0;     // bytes of all APE tags, headers included
+    int64_t lyrics3 = 0; // bytes
+};
+
+// The size of the ID3v2 tag whose ten header bytes these are, with its footer and by the sync-safe
+// rule; 0 when they are none.
+int64_t whole_id3v2_size(const uint8_t* header);
+
+// Measures the tags in front, one behind the other, and those behind, in any order. A tag that does
+// not lie wholly in the file is none.
+OuterTags measure_outer_tags(Reader* reader);
 
 } // namespace zat

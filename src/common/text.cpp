@@ -32,7 +32,9 @@ void copy_text(char* out, size_t size, std::string_view text) {
     if (length >= size) {
         length = whole_characters(text.data(), size - 1);
     }
-    std::memmove(out, text.data(), length);
+    if (length != 0) { // an empty text may have no address
+        std::memmove(out, text.data(), length);
+    }
     out[length] = '\0';
 }
 
@@ -50,6 +52,11 @@ void AppendWithSeparator(char* line, size_t size, std::string_view piece, int mo
         append_text(line, size, " ");
     }
     append_text(line, size, piece);
+}
+
+bool same_letters(std::string_view a, std::string_view b) {
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+        [](char x, char y) { return ascii_lower(x) == ascii_lower(y); });
 }
 
 int64_t FindText(std::string_view text, std::string_view pattern) {

@@ -78,6 +78,9 @@ constexpr char ascii_lower(char c) {
     return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
 }
 
+// True when the texts are the same but for the case of ASCII letters.
+bool same_letters(std::string_view a, std::string_view b);
+
 // Length to which a text of `length` bytes may be cut without splitting a Shift-JIS character.
 size_t whole_characters(const char* text, size_t length);
 

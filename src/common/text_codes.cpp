@@ -189,8 +189,7 @@ uint16_t to_cp932(uint32_t character) {
 
 void append_form_text(Cp932Text* text, uint16_t place) {
     const size_t length = cp932_form_texts[place];
-    std::string_view codes{
-        reinterpret_cast<const char*>(cp932_form_texts) + place + 1, length}; // NOLINT
+    std::string_view codes = text_of({cp932_form_texts + place + 1, length});
     while (!codes.empty()) {
         const size_t width = is_lead_byte(first_byte(codes)) ? 2 : 1;
         append_code(text, width == 1 ? first_byte(codes)

@@ -7,9 +7,9 @@ namespace zat {
 namespace {
 
 struct Form {
-    uint8_t mask;  // bits of the first byte that tell the form
-    uint8_t lead;  // their value
-    size_t length; // bytes
+    uint8_t mask;   // bits of the first byte that tell the form
+    uint8_t lead;   // their value
+    uint8_t length; // bytes
     uint32_t lowest;
 };
 
@@ -64,6 +64,20 @@ bool is_utf8(std::string_view text) {
         }
     }
     return true;
+}
+
+std::string_view without_cut_character(std::string_view text) {
+    constexpr size_t most_followers = 3;
+    size_t start = text.size();
+    while (start > 0 && text.size() - start < most_followers &&
+           (static_cast<uint8_t>(text[start - 1]) & 0xC0) == 0x80) {
+        --start;
+    }
+    if (start > 0 && static_cast<uint8_t>(text[start - 1]) >= 0xC0) {
+        const std::string_view last = text.substr(start - 1);
+        return is_utf8(last) ? text : text.substr(0, start - 1);
+    }
+    return text;
 }
 
 void append_utf8(Utf8Text* text, uint32_t character) {

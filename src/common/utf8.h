@@ -16,6 +16,9 @@ uint32_t take_utf8(std::string_view* text);
 
 bool is_utf8(std::string_view text);
 
+// A text whose end was cut off somewhere, without what the cut left of a character.
+std::string_view without_cut_character(std::string_view text);
+
 // A text that grows in a buffer of `size` bytes (at least 1), always terminated.
 struct Utf8Text {
     char* out;

@@ -90,6 +90,7 @@ class Cli(unittest.TestCase):
             (["--quiet", "missing.mp3", SAMPLE], FAILURES, line, ""),
             (["unknown.bin"], FAILURES, "[1:0.0.0]", ["unknown.bin: unknown type", "未対応の形式"]),
             (["--detect-only", SAMPLE], OK, "[106:0.0.0]", ""),
+            (["--format", "table", "missing.mp3", SAMPLE], FAILURES, ["6.0s  ", f" 52k  {SAMPLE}\n"], "missing.mp3: "),
             (["--files-from", "list.txt"], OK, [f"==> {SAMPLE} <==", line], ""),
             (["--files-from", "missing.txt"], FAILURES, "", "missing.txt: "),
             (["--jobs", "3", SAMPLE, SAMPLE], OK, line, ""),

@@ -1,0 +1,144 @@
+#include "csv_output.h"
+
+#include "details_json.h"
+#include "encoding.h"
+#include "type_names.h"
+
+#include <algorithm>
+#include <cmath>
+#include <vector>
+
+namespace host {
+
+namespace {
+
+constexpr char record_columns[] =
+    "path,type_code,type_name,label,kind,number,line,play_time,data_size,file_size";
+
+// Members of a stream, by their names in JSON.
+constexpr const char* stream_columns[] = {"codec", "codec_id", "profile", "level", "width",
+    "height", "pixel_aspect", "frame_rate", "frames", "scan", "bit_depth", "sample_rate",
+    "channels", "layout", "bit_rate", "duration", "language", "title"};
+
+// RFC 4180: a field with a comma, a quote or a line break is quoted.
+std::string csv_field(const std::string& text) {
+    if (text.find_first_of(",\"\r\n") == std::string::npos) {
+        return text;
+    }
+    std::string out = "\"";
+    for (const char c : text) {
+        out += c == '"' ? "\"\"" : std::string(1, c);
+    }
+    return out + '"';
+}
+
+struct Row {
+    const char* kind;
+    size_t number;
+    std::string line;
+    const ZatStream* stream = nullptr;
+};
+
+template <size_t Slots>
+std::vector<std::string> lines_of(const char (&lines)[Slots][ZAT_LINE_SIZE], int32_t count) {
+    std::vector<std::string> out;
+    for (int32_t i = 0; i < count && i < static_cast<int32_t>(Slots); ++i) {
+        out.push_back(utf8_of_shift_jis(lines[i]));
+    }
+    return out;
+}
+
+std::vector<const ZatStream*> streams_of(const Description& description, uint32_t kind) {
+    std::vector<const ZatStream*> out;
+    const ZatDetails* details = description.details.get();
+    const uint32_t count =
+        details != nullptr ? std::min<uint32_t>(details->stream_count, ZAT_STREAM_SLOTS) : 0;
+    for (uint32_t i = 0; i < count; ++i) {
+        if (details->streams[i].kind == kind) {
+            out.push_back(&details->streams[i]);
+        }
+    }
+    return out;
+}
+
+// The lines of a kind and its streams are in the same order; either may be more.
+void add_rows(std::vector<Row>* rows, const char* kind, const std::vector<std::string>& lines,
+    const std::vector<const ZatStream*>& streams = {}) {
+    for (size_t i = 0; i < std::max(lines.size(), streams.size()); ++i) {
+        rows->push_back({kind, i + 1, i < lines.size() ? lines[i] : "",
+            i < streams.size() ? streams[i] : nullptr});
+    }
+}
+
+std::vector<Row> rows_of(const Description& description) {
+    const InfoRecord& record = description.record;
+    std::vector<Row> rows;
+    if (!description.error.empty()) {
+        add_rows(&rows, "error", {repaired_utf8(description.error)});
+    }
+    add_rows(&rows, "general", lines_of(record.general, record.general_count));
+    add_rows(&rows, "video", lines_of(record.video, record.video_count),
+        streams_of(description, ZAT_STREAM_VIDEO));
+    add_rows(&rows, "audio", lines_of(record.audio, record.audio_count),
+        streams_of(description, ZAT_STREAM_AUDIO));
+    add_rows(&rows, "text", {}, streams_of(description, ZAT_STREAM_TEXT));
+    add_rows(&rows, "data", {}, streams_of(description, ZAT_STREAM_DATA));
+    if (record.extra_info[0] != '\0') {
+        add_rows(&rows, "extra_info", {utf8_of_shift_jis(record.extra_info)});
+    }
+    add_rows(&rows, "extra", lines_of(record.extra, record.extra_count));
+    if (rows.empty()) {
+        rows.push_back({"", 0, ""});
+    }
+    return rows;
+}
+
+std::string stream_fields(const ZatStream* stream) {
+    const nlohmann::ordered_json members =
+        stream != nullptr ? stream_json(*stream) : nlohmann::ordered_json::object();
+    std::string out;
+    for (const char* column : stream_columns) {
+        out += ',';
+        const auto found = members.find(column);
+        if (found != members.end()) {
+            out += csv_field(found->is_string() ? found->get<std::string>() : found->dump());
+        }
+    }
+    return out;
+}
+
+} // namespace
+
+std::string csv_head() {
+    std::string out = record_columns;
+    for (const char* column : stream_columns) {
+        out += std::string(",") + column;
+    }
+    return out + "\r\n";
+}
+
+std::string csv_of(const Description& description) {
+    const InfoRecord& record = description.record;
+    const std::string time =
+        std::isfinite(record.play_time) ? nlohmann::json(record.play_time).dump() : std::string();
+    const std::string head = csv_field(repaired_utf8(description.path)) + "," +
+                             std::to_string(record.type_code) + "," + type_name(record.type_code) +
+                             "," + csv_field(utf8_of_shift_jis(record.label)) + ",";
+    const std::string tail = "," + time + "," + std::to_string(record.data_size) + "," +
+                             std::to_string(record.file_size);
+    std::string out;
+    for (const Row& row : rows_of(description)) {
+        out += head;
+        out += row.kind;
+        out += ',';
+        out += row.number == 0 ? "" : std::to_string(row.number);
+        out += ',';
+        out += csv_field(row.line);
+        out += tail;
+        out += stream_fields(row.stream);
+        out += "\r\n";
+    }
+    return out;
+}
+
+} // namespace host

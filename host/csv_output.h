@@ -1,0 +1,16 @@
+// A file's description as rows of a table (RFC 4180).
+#pragma once
+
+#include "description.h"
+
+#include <string>
+
+namespace host {
+
+std::string csv_head();
+
+// A row for each line of the record, those of streams with their typed details, and one for each
+// stream without a line.
+std::string csv_of(const Description& description);
+
+} // namespace host

@@ -1,0 +1,56 @@
+#include "audio/opus.h"
+
+#include "common/channel_layout.h"
+#include "common/text.h"
+
+namespace zat {
+
+namespace {
+
+constexpr size_t head_size = 19;
+constexpr uint32_t longest_packet = 5760; // 120 ms
+
+// By the configuration number in the first byte's top five bits, in samples.
+uint32_t frame_samples(uint8_t toc) {
+    static constexpr uint16_t silk[] = {480, 960, 1920, 2880};
+    static constexpr uint16_t hybrid[] = {480, 960};
+    static constexpr uint16_t celt[] = {120, 240, 480, 960};
+    const uint32_t config = toc >> 3;
+    return config < 12 ? silk[config % 4] : config < 16 ? hybrid[config % 2] : celt[config % 4];
+}
+
+} // namespace
+
+bool read_opus_head(Bytes packet, OpusHead* head) {
+    if (packet.size() < head_size || !has_at(packet, 0, "OpusHead")) {
+        return false;
+    }
+    // Version at 8, gain at 16.
+    head->channels = packet[9];
+    head->pre_skip = ReadLE16(packet.data() + 10);
+    head->input_rate = ReadLE32(packet.data() + 12);
+    head->mapping_family = packet[18];
+    return true;
+}
+
+uint32_t opus_packet_samples(Bytes packet) {
+    if (packet.empty()) {
+        return 0;
+    }
+    const uint32_t code = packet[0] & 3;
+    const uint32_t frames = code == 0 ? 1 : code < 3 ? 2 : byte_at(packet, 1) & 0x3F;
+    const uint32_t samples = frames * frame_samples(packet[0]);
+    return samples <= longest_packet ? samples : 0;
+}
+
+void set_opus_facts(uint32_t channels, uint32_t mapping_family, ZatStream* stream) {
+    constexpr uint32_t largest_fixed_family = 1; // RFC 7845, 5.1.1.2: the order of Vorbis
+    copy_text(stream->codec, "Opus");
+    stream->sample_rate = opus_rate;
+    stream->channels = channels;
+    if (mapping_family <= largest_fixed_family) {
+        details_layout(default_channel_mask(channels), channels, stream->layout);
+    }
+}
+
+} // namespace zat

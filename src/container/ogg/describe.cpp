@@ -1,0 +1,267 @@
+#include "container/ogg/describe.h"
+
+#include "audio/vorbis.h"
+#include "common/channel_layout.h"
+#include "common/codec_catalogue.h"
+#include "common/codec_names.h"
+#include "common/fourcc.h"
+#include "common/numbers.h"
+#include "common/stream_lines.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+
+namespace zat::ogg {
+
+namespace {
+
+// Nothing is nonsense in a rate that Ogg gives as a ratio, up to this.
+constexpr double highest_frame_rate = 1000;
+
+// Bit rates as they are told; 0 without one.
+uint64_t nominal_bit_rate(const LogicalStream& stream) {
+    switch (stream.coding) {
+    case Coding::vorbis: {
+        const uint32_t rate = vorbis_bitrate(&stream.vorbis);
+        return rate <= INT32_MAX ? rate : 0;
+    }
+    case Coding::speex:
+        return static_cast<uint64_t>(std::max(stream.speex.bit_rate, 0));
+    case Coding::theora:
+        return stream.theora.bit_rate;
+    case Coding::ogm_audio:
+        return uint64_t{ReadLE32(stream.head + 49)} * 8;
+    default:
+        return 0;
+    }
+}
+
+// Of a large file only this stream's bytes can be told, as those that no other one claims.
+uint64_t remaining_bit_rate(const Walk& walk, const LogicalStream& stream) {
+    const double seconds = link_seconds(walk.first) + walk.later_seconds;
+    double rate =
+        divide(static_cast<double>(walk.reader.block.file->size - walk.start) * 8, seconds);
+    for (int32_t i = 0; i < walk.first.count; ++i) {
+        const LogicalStream& other = walk.first.streams[i];
+        const ZatStreamKind kind = kind_of(other.coding);
+        if (&other == &stream || (kind != ZAT_STREAM_AUDIO && kind != ZAT_STREAM_VIDEO)) {
+            continue;
+        }
+        const uint64_t nominal = nominal_bit_rate(other);
+        if (nominal == 0) {
+            return 0;
+        }
+        rate -= static_cast<double>(nominal);
+    }
+    return std::isfinite(rate) && rate > 0 ? clamp_to_integer<uint64_t>(rate + 0.5) : 0;
+}
+
+void set_figures(const Walk& walk, const LogicalStream& stream, ZatStream* facts) {
+    facts->id = stream.serial;
+    facts->duration = seconds_played(stream);
+    facts->nominal_bit_rate = nominal_bit_rate(stream);
+    if (walk.counted) {
+        facts->bytes = stream.bytes;
+        const double rate = divide(static_cast<double>(stream.bytes) * 8, facts->duration);
+        facts->bit_rate = std::isfinite(rate) ? clamp_to_integer<uint64_t>(rate + 0.5) : 0;
+    } else if (facts->nominal_bit_rate != 0) {
+        facts->bit_rate = facts->nominal_bit_rate;
+    } else {
+        facts->bit_rate = remaining_bit_rate(walk, stream);
+        facts->estimated |= facts->bit_rate != 0 ? uint32_t{ZAT_ESTIMATED_BIT_RATE} : 0;
+    }
+    if (facts->nominal_bit_rate == facts->bit_rate) {
+        facts->nominal_bit_rate = 0;
+    }
+    if (facts->kind == ZAT_STREAM_VIDEO) {
+        facts->frames = units_played(stream);
+    } else {
+        facts->samples = units_played(stream);
+    }
+}
+
+void set_codec_text(ZatStream* facts, const char* codec, const char* codec_id) {
+    copy_text(facts->codec, codec);
+    copy_text(facts->codec_id, codec_id);
+}
+
+void add_vorbis(const LogicalStream& stream, const Output& out, ZatStream* facts) {
+    set_codec_text(facts, "Vorbis", "vorbis");
+    facts->channels = stream.vorbis.channels;
+    facts->sample_rate = stream.vorbis.sample_rate;
+    // The order of up to eight channels is fixed (Vorbis I, 4.3.9).
+    details_layout(default_channel_mask(facts->channels), facts->channels, facts->layout);
+    const uint64_t nominal = nominal_bit_rate(stream);
+    const uint64_t rate = nominal != 0 ? nominal : facts->bit_rate;
+    char line[line_size];
+    FormatVorbisLine(
+        &stream.vorbis, static_cast<uint32_t>(std::min<uint64_t>(rate, UINT32_MAX)), line);
+    add_stream_line(out, *facts, bounded_text(line));
+}
+
+void add_opus(const LogicalStream& stream, const Output& out, ZatStream* facts) {
+    set_opus_facts(stream.opus.channels, stream.opus.mapping_family, facts);
+    copy_text(facts->codec_id, "OpusHead");
+    add_audio_stream(out, *facts, {.codec = "Opus"});
+}
+
+// The line shows what the encoder was set to, where the header tells.
+void add_speex(const LogicalStream& stream, const Output& out, ZatStream* facts) {
+    const uint64_t counted = facts->bit_rate;
+    set_speex_facts(stream.speex, facts);
+    copy_text(facts->codec_id, "Speex");
+    char codec[64];
+    speex_codec_text(stream.speex, codec, sizeof codec);
+    char line[line_size];
+    if (facts->bit_rate == 0) {
+        facts->bit_rate = counted;
+    }
+    format_audio_line(*facts, {.codec = codec}, line);
+    facts->bit_rate = counted;
+    add_stream_line(out, *facts, bounded_text(line));
+}
+
+void add_flac(const LogicalStream& stream, const Output& out, ZatStream* facts) {
+    set_codec_text(facts, "FLAC", stream.coding == Coding::flac ? "FLAC" : "fLaC");
+    facts->sample_rate = stream.flac.sample_rate;
+    facts->channels = stream.flac.channels;
+    facts->bit_depth = stream.flac.bits;
+    facts->flags |= ZAT_FLAG_LOSSLESS;
+    details_layout(default_channel_mask(facts->channels), facts->channels, facts->layout);
+    add_audio_stream(out, *facts, {.codec = "FLAC", .bits = facts->bit_depth});
+}
+
+// How wide the picture is shown, where its pixels are not square by more than a hundredth.
+void set_display(const ZatStream& facts, LineText* text) {
+    const double ratio = divide(facts.pixel_aspect_width, facts.pixel_aspect_height);
+    if (std::isfinite(ratio) && std::fabs(ratio - 1) > 0.01) {
+        text->display_width = clamp_to_integer<uint32_t>(facts.width * ratio + 0.5);
+        text->display_height = facts.height;
+    }
+}
+
+void add_video(const Output& out, ZatStream* facts, std::string_view codec) {
+    LineText text = {
+        .codec = codec, .bits = facts->bit_depth, .highest_frame_rate = highest_frame_rate};
+    set_display(*facts, &text);
+    drop_nonsense(facts, highest_frame_rate);
+    add_video_stream(out, *facts, text);
+}
+
+void add_theora(const LogicalStream& stream, const Output& out, ZatStream* facts) {
+    set_theora_facts(stream.theora, facts);
+    copy_text(facts->codec_id, "theora");
+    char codec[32];
+    theora_codec_text(stream.theora, codec, sizeof codec);
+    copy_text(facts->profile, codec + sizeof "Theora");
+    add_video(out, facts, codec);
+}
+
+// The mapping's header (VP8 in Ogg): width 8, height 10, pixel aspect 12 and 15, rate 18 and 22.
+void add_vp8(const LogicalStream& stream, const Output& out, ZatStream* facts) {
+    set_codec_text(facts, "VP8", "OVP80");
+    const uint8_t* head = stream.head;
+    facts->width = ReadBE16(head + 8);
+    facts->height = ReadBE16(head + 10);
+    facts->bit_depth = 8;
+    set_pixel_aspect(facts, ReadBE24(head + 12), ReadBE24(head + 15));
+    set_frame_rate(facts, ReadBE32(head + 18), ReadBE32(head + 22));
+    add_video(out, facts, "VP8");
+}
+
+// OGM's stream header: subtype 9, bits 41, then the size of pictures or the channels.
+void add_ogm_video(const LogicalStream& stream, const Output& out, ZatStream* facts) {
+    const uint8_t* head = stream.head;
+    const uint32_t code = ReadBE32(head + 9);
+    set_fourcc_codec(facts, code);
+    facts->width = ReadLE32(head + 45);
+    facts->height = ReadLE32(head + 49);
+    facts->frame_rate = stream.unit_rate;
+    char shown[fourcc_text_size];
+    printable_fourcc_text(head + 9, shown);
+    char name[line_size];
+    codec_name("[AVI-Video]", shown, shown, name, sizeof name);
+    add_video(out, facts, name);
+}
+
+void add_ogm_audio(const LogicalStream& stream, const Output& out, ZatStream* facts) {
+    const uint8_t* head = stream.head;
+    char tag[5] = {};
+    std::transform(
+        head + 9, head + 13, tag, [](uint8_t c) { return ascii_upper(static_cast<char>(c)); });
+    set_format_tag_codec(facts, static_cast<uint16_t>(ReadHex4(tag)), ReadLE16(head + 41));
+    facts->sample_rate = clamp_to_integer<uint32_t>(stream.unit_rate + 0.5);
+    facts->channels = ReadLE16(head + 45);
+    char name[line_size];
+    codec_name("[AVI-Audio]", tag, tag, name, sizeof name);
+    drop_nonsense(facts);
+    add_audio_stream(out, *facts, {.codec = name});
+}
+
+void add_celt_or_pcm(const LogicalStream& stream, const Output& out, ZatStream* facts) {
+    const bool pcm = stream.coding == Coding::pcm;
+    set_codec_text(facts, pcm ? "PCM" : "CELT", pcm ? "PCM" : "CELT");
+    facts->sample_rate = clamp_to_integer<uint32_t>(stream.unit_rate);
+    facts->channels = pcm ? stream.head[21] : ReadLE32(stream.head + 40);
+    facts->bit_depth = pcm ? stream.head[20] : 0;
+    drop_nonsense(facts);
+    add_audio_stream(out, *facts, {.codec = facts->codec, .bits = facts->bit_depth});
+}
+
+void add_text(const LogicalStream& stream, const Output& out, ExtraLines* extra, ZatStream* facts) {
+    const bool kate = stream.coding == Coding::kate;
+    const char* name = kate ? "Kate" : stream.coding == Coding::cmml ? "CMML" : "text";
+    set_codec_text(facts, stream.coding == Coding::ogm_text ? "timed text" : name, name);
+    if (kate && facts->language[0] == '\0') {
+        constexpr size_t language_at = 32;
+        constexpr size_t language_length = 16;
+        copy_text(
+            facts->language, bounded_text(reinterpret_cast<const char*>(stream.head) + language_at,
+                                 language_length));
+    }
+    add_text_stream(out, extra, *facts, name);
+}
+
+} // namespace
+
+void describe_stream(Walk* walk, const LogicalStream& stream, const StreamComments& comments,
+    const Output& out, ExtraLines* extra) {
+    ZatStream facts = new_stream(kind_of(stream.coding));
+    set_figures(*walk, stream, &facts);
+    copy_utf8(facts.language, comments.language);
+    switch (stream.coding) {
+    case Coding::vorbis:
+        return add_vorbis(stream, out, &facts);
+    case Coding::opus:
+        return add_opus(stream, out, &facts);
+    case Coding::speex:
+        return add_speex(stream, out, &facts);
+    case Coding::flac:
+    case Coding::old_flac:
+        return add_flac(stream, out, &facts);
+    case Coding::theora:
+        return add_theora(stream, out, &facts);
+    case Coding::vp8:
+        return add_vp8(stream, out, &facts);
+    case Coding::ogm_video:
+        return add_ogm_video(stream, out, &facts);
+    case Coding::ogm_audio:
+        return add_ogm_audio(stream, out, &facts);
+    case Coding::celt:
+    case Coding::pcm:
+        return add_celt_or_pcm(stream, out, &facts);
+    case Coding::kate:
+    case Coding::cmml:
+    case Coding::ogm_text:
+        return add_text(stream, out, extra, &facts);
+    case Coding::dirac:
+        set_codec_text(&facts, "Dirac", "BBCD");
+        return add_video(out, &facts, "Dirac");
+    default:
+        facts.samples = 0;
+        add_text_stream(out, extra, facts, "unknown stream");
+    }
+}
+
+} // namespace zat::ogg
