@@ -2,7 +2,6 @@
 
 #include "details_json.h"
 #include "encoding.h"
-#include "type_names.h"
 
 #include <algorithm>
 #include <cmath>
@@ -122,7 +121,7 @@ std::string csv_of(const Description& description) {
     const std::string time =
         std::isfinite(record.play_time) ? nlohmann::json(record.play_time).dump() : std::string();
     const std::string head = csv_field(repaired_utf8(description.path)) + "," +
-                             std::to_string(record.type_code) + "," + type_name(record.type_code) +
+                             std::to_string(record.type_code) + "," + full_type_name(description) +
                              "," + csv_field(utf8_of_shift_jis(record.label)) + ",";
     const std::string tail = "," + time + "," + std::to_string(record.data_size) + "," +
                              std::to_string(record.file_size);

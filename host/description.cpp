@@ -19,7 +19,14 @@ void ask_library(const Library& library, Query query, Description* description) 
         }
         break;
     }
+    char name[32];
+    library.get_type_name(record->type_code, name, sizeof name);
+    description->type_name = name;
     description->unknown = record->type_code == FILETYPE_UNKNOWN;
+}
+
+std::string full_type_name(const Description& description) {
+    return description.type_name.empty() ? "" : "FILETYPE_" + description.type_name;
 }
 
 std::string report_of(const Library& library, const InfoRecord& record) {

@@ -16,6 +16,7 @@ struct Description {
     std::string error;    // why the file could not be examined; empty when it was
     bool unknown = false; // examined, but of no known type
     InfoRecord record{};
+    std::string type_name;               // of the record's type code, such as "MATROSKA"
     std::unique_ptr<ZatDetails> details; // null unless they were asked for and the type is known
 };
 
@@ -24,6 +25,9 @@ void describe(const Library& library, Query query, Description* description);
 
 // The part of it that all platforms share: the record's path is set.
 void ask_library(const Library& library, Query query, Description* description);
+
+// The type's enumerator in zat.h; empty for a code without one.
+std::string full_type_name(const Description& description);
 
 // The text of the report, as the library writes it.
 std::string report_of(const Library& library, const InfoRecord& record);

@@ -2,7 +2,6 @@
 
 #include "details_json.h"
 #include "encoding.h"
-#include "type_names.h"
 
 #include <cmath>
 #include <nlohmann/json.hpp>
@@ -57,7 +56,7 @@ std::string json_of(const Library& library, const Description& description, bool
         out["error"] = repaired_utf8(description.error);
         return out.dump();
     }
-    const std::string name = type_name(record.type_code);
+    const std::string name = full_type_name(description);
     out["type"]["code"] = record.type_code;
     out["type"]["name"] = name.empty() ? Json(nullptr) : Json(name);
     out["label"] = utf8_of_shift_jis(record.label);

@@ -13,6 +13,7 @@ struct Library {
     decltype(&::GetInfo) get_info = nullptr;
     decltype(&::GetDetails) get_details = nullptr;
     decltype(&::ReFormFullBounded) reform_full_bounded = nullptr;
+    decltype(&::GetTypeName) get_type_name = nullptr;
     decltype(&::GetDllVersion) get_version = nullptr;
 };
 

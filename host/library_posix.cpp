@@ -42,6 +42,7 @@ std::string load_library(Library* library) {
         !find(handle, "GetInfo", &library->get_info) ||
         !find(handle, "GetDetails", &library->get_details) ||
         !find(handle, "ReFormFullBounded", &library->reform_full_bounded) ||
+        !find(handle, "GetTypeName", &library->get_type_name) ||
         !find(handle, "GetDllVersion", &library->get_version)) {
         return std::string("the library lacks an entry point: ") + dlerror();
     }

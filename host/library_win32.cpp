@@ -37,6 +37,7 @@ std::string load_library(Library* library) {
         !find(module, "GetInfo", &library->get_info) ||
         !find(module, "GetDetails", &library->get_details) ||
         !find(module, "ReFormFullBounded", &library->reform_full_bounded) ||
+        !find(module, "GetTypeName", &library->get_type_name) ||
         !find(module, "GetDllVersion", &library->get_version)) {
         return "the library " ZAT_DLL_NAME " lacks an entry point";
     }

@@ -2,7 +2,6 @@
 
 #include "encoding.h"
 #include "text_width.h"
-#include "type_names.h"
 
 #include <algorithm>
 #include <cmath>
@@ -31,9 +30,7 @@ std::string type_text(const Description& description) {
     if (description.details != nullptr && description.details->format[0] != '\0') {
         return repaired_utf8(description.details->format);
     }
-    const std::string name = type_name(description.record.type_code);
-    constexpr size_t prefix = sizeof "FILETYPE_" - 1;
-    return description.unknown || name.size() <= prefix ? "-" : name.substr(prefix);
+    return description.unknown || description.type_name.empty() ? "-" : description.type_name;
 }
 
 std::string duration_text(double seconds) {

@@ -2,7 +2,8 @@
 
     >>> import zat
     >>> info = zat.info("samples/sine-vbr.mp3")
-    >>> info.type_name, info.play_time
+    >>> info.type_name, info.duration
+    >>> [(stream.kind, stream.codec, stream.sample_rate) for stream in info.streams]
     >>> print(info.report)
 
 The library is searched for beside this file, in the directory that the environment variable
@@ -25,13 +26,14 @@ from __future__ import annotations
 import ctypes
 import ctypes.util
 import dataclasses
+import math
 import os
 import pathlib
 import sys
 import threading
-from typing import List, Optional, Union
+from typing import Any, Dict, List, Optional, Tuple, Union
 
-__all__ = ["Info", "ZatError", "info", "set_catalogue", "version"]
+__all__ = ["Info", "Stream", "ZatError", "info", "set_catalogue", "version"]
 
 _LINE = 512
 _LINES = 10
@@ -63,24 +65,169 @@ class _Record(ctypes.Structure):
 
 assert ctypes.sizeof(_Record) == 17624
 
-_TYPE_NAMES = {
-    0: "ERROR", 1: "UNKNOWN", 2: "OPENFAILED", 3: "PATHTOOLONG", 12: "AVI", 13: "MPEG1", 14: "MPEG1VCD",
-    15: "QUICKTIME", 16: "OGGMEDIA", 17: "MPEG2", 18: "MPEG2_TS", 19: "MPEG2_M2TS", 20: "WMV",
-    21: "REALMEDIA", 22: "3GPP", 23: "3GPP2", 24: "MPEG4", 25: "AMC", 26: "MATROSKA", 27: "MPEG",
-    28: "FLV", 101: "WAV", 106: "MP3", 108: "RMP3", 109: "OGGVORBIS", 110: "OGGSPEEX", 111: "OGGFLAC",
-    112: "OGGOPUS", 114: "AC3", 115: "MONKEY", 116: "MUSEPACK", 117: "FLAC", 118: "AAC", 120: "TTA",
-    123: "DTS16LE", 124: "DTS16BE", 125: "WAVPACK", 126: "OPTIMFROG", 128: "SHOCKWAVEMP3", 129: "TAK",
-    130: "DSDIFF", 131: "DSF", 132: "WSD",
-}
+_STREAM_SLOTS = 64
 
+
+class _StreamRecord(ctypes.Structure):
+    _fields_ = [
+        ("kind", ctypes.c_uint32),
+        ("flags", ctypes.c_uint32),
+        ("estimated", ctypes.c_uint32),
+        ("bit_rate_mode", ctypes.c_uint32),
+        ("id", ctypes.c_uint64),
+        ("start", ctypes.c_double),
+        ("duration", ctypes.c_double),
+        ("bit_rate", ctypes.c_uint64),
+        ("nominal_bit_rate", ctypes.c_uint64),
+        ("bytes", ctypes.c_uint64),
+        ("frame_rate", ctypes.c_double),
+        ("nominal_frame_rate", ctypes.c_double),
+        ("frames", ctypes.c_uint64),
+        ("width", ctypes.c_uint32),
+        ("height", ctypes.c_uint32),
+        ("pixel_aspect", ctypes.c_uint32 * 2),
+        ("display_aspect", ctypes.c_uint32 * 2),
+        ("frame_rate_ratio", ctypes.c_uint32 * 2),
+        ("scan", ctypes.c_uint32),
+        ("field_order", ctypes.c_uint32),
+        ("samples", ctypes.c_uint64),
+        ("sample_rate", ctypes.c_uint32),
+        ("channels", ctypes.c_uint32),
+        ("bit_depth", ctypes.c_uint32),
+        ("reserved", ctypes.c_uint32 * 5),
+        ("codec", ctypes.c_char * 32),
+        ("codec_id", ctypes.c_char * 64),
+        ("profile", ctypes.c_char * 32),
+        ("level", ctypes.c_char * 16),
+        ("language", ctypes.c_char * 32),
+        ("title", ctypes.c_char * 256),
+        ("encoder", ctypes.c_char * 128),
+        ("layout", ctypes.c_char * 128),
+        ("chroma", ctypes.c_char * 16),
+        ("primaries", ctypes.c_char * 32),
+        ("transfer", ctypes.c_char * 32),
+        ("matrix", ctypes.c_char * 32),
+        ("range", ctypes.c_char * 16),
+        ("hdr", ctypes.c_char * 32),
+        ("reserved2", ctypes.c_char * 128),
+    ]
+
+
+class _Details(ctypes.Structure):
+    _fields_ = [
+        ("size", ctypes.c_uint32),
+        ("stream_count", ctypes.c_uint32),
+        ("duration", ctypes.c_double),
+        ("bit_rate", ctypes.c_uint64),
+        ("missing_bytes", ctypes.c_uint64),
+        ("chapters", ctypes.c_uint32),
+        ("pictures", ctypes.c_uint32),
+        ("estimated", ctypes.c_uint32),
+        ("reserved", ctypes.c_uint32 * 5),
+        ("format", ctypes.c_char * 32),
+        ("format_profile", ctypes.c_char * 32),
+        ("title", ctypes.c_char * 256),
+        ("artist", ctypes.c_char * 256),
+        ("writer", ctypes.c_char * 256),
+        ("created", ctypes.c_char * 32),
+        ("notes", ctypes.c_char * 256),
+        ("reserved2", ctypes.c_char * 256),
+        ("streams", _StreamRecord * _STREAM_SLOTS),
+    ]
+
+
+assert ctypes.sizeof(_Details) == 1440 + _STREAM_SLOTS * 1144
+
+# Enumerators of details.h from 1 on, and bits from the lowest on.
+_WORDS = {
+    "kind": ["video", "audio", "text", "data"],
+    "bit_rate_mode": ["constant", "variable"],
+    "scan": ["progressive", "interlaced"],
+    "field_order": ["top", "bottom"],
+}
+_FLAGS = ["default", "forced", "commentary", "hearing_impaired", "visual_impaired", "encrypted", "no_data",
+          "lossless"]
+_ESTIMATED = ["duration", "bit_rate", "frame_rate", "frames", "samples", "bytes"]
+_RATIOS = {"pixel_aspect": ":", "display_aspect": ":", "frame_rate_ratio": "/"}
 
 class ZatError(OSError):
     """The library cannot be loaded, or a path cannot be handed to it."""
 
 
 @dataclasses.dataclass(frozen=True)
+class Stream:
+    """What is known of one stream; None for what is not."""
+
+    kind: Optional[str]
+    """"video", "audio", "text" or "data"."""
+    id: int
+    """The container's own: track number, PID, serial, stream id."""
+    codec: Optional[str]
+    """One vocabulary for all containers: "H.264", "AAC"."""
+    codec_id: Optional[str]
+    """The container's own name: "avc1", "V_VP9", "0x0055"."""
+    profile: Optional[str]
+    level: Optional[str]
+    language: Optional[str]
+    """ISO 639-2 or BCP 47, as the file has it."""
+    title: Optional[str]
+    start: Optional[float]
+    """Seconds; 0 is a value."""
+    duration: Optional[float]
+    bit_rate: Optional[int]
+    """Bits a second: counted where the container counts, else claimed."""
+    nominal_bit_rate: Optional[int]
+    bit_rate_mode: Optional[str]
+    """"constant" or "variable"."""
+    bytes: Optional[int]
+    encoder: Optional[str]
+    width: Optional[int]
+    """Pixels after cropping."""
+    height: Optional[int]
+    pixel_aspect: Optional[str]
+    """"64:45", reduced."""
+    display_aspect: Optional[str]
+    frame_rate: Optional[float]
+    """Frames, never fields, a second."""
+    frame_rate_ratio: Optional[str]
+    """"24000/1001"."""
+    nominal_frame_rate: Optional[float]
+    frames: Optional[int]
+    scan: Optional[str]
+    """"progressive" or "interlaced"."""
+    field_order: Optional[str]
+    """"top" or "bottom", the first field."""
+    chroma: Optional[str]
+    primaries: Optional[str]
+    """This and the next two: names of ITU-T H.273."""
+    transfer: Optional[str]
+    matrix: Optional[str]
+    range: Optional[str]
+    hdr: Optional[str]
+    sample_rate: Optional[int]
+    """Hz, as decoded."""
+    channels: Optional[int]
+    layout: Optional[str]
+    """"L R C LFE Ls Rs"."""
+    bit_depth: Optional[int]
+    samples: Optional[int]
+    """Per channel."""
+    default: bool = False
+    forced: bool = False
+    commentary: bool = False
+    hearing_impaired: bool = False
+    visual_impaired: bool = False
+    encrypted: bool = False
+    no_data: bool = False
+    lossless: bool = False
+    estimated: Tuple[str, ...] = ()
+    """Members measured on a part of the file, or that follow from an assumption."""
+
+
+@dataclasses.dataclass(frozen=True)
 class Info:
-    """What the library tells of one file. Texts that are no valid Shift-JIS hold U+FFFD."""
+    """What the library tells of one file: the record with its lines, then the typed details, None for
+    what is not known. Lines that are no valid Shift-JIS hold U+FFFD."""
 
     path: str
     type_code: int
@@ -99,6 +246,27 @@ class Info:
     file_size: int
     report: str
     """The whole report, lines ended by "\\r\\n"."""
+    format: Optional[str]
+    """The container: "MP4", "Matroska"."""
+    format_profile: Optional[str]
+    title: Optional[str]
+    artist: Optional[str]
+    writer: Optional[str]
+    """The program that wrote the file."""
+    created: Optional[str]
+    """UTC, ISO 8601."""
+    duration: Optional[float]
+    """Seconds, as the file declares it."""
+    bit_rate: Optional[int]
+    """Bits a second of the whole file."""
+    missing_bytes: Optional[int]
+    chapters: Optional[int]
+    pictures: Optional[int]
+    notes: List[str]
+    estimated: Tuple[str, ...]
+    stream_count: int
+    """Streams of the file, of which the first 64 are in `streams`."""
+    streams: List[Stream]
 
     @property
     def described(self) -> bool:
@@ -142,10 +310,12 @@ def _load() -> ctypes.CDLL:
             raise ZatError(f"the zat library cannot be loaded: {problem or 'not found'}")
         library.SetPath.argtypes = [ctypes.c_char_p]
         library.SetPath.restype = None
-        library.GetInfo.argtypes = [ctypes.POINTER(_Record)]
-        library.GetInfo.restype = None
+        library.GetDetails.argtypes = [ctypes.POINTER(_Record), ctypes.POINTER(_Details)]
+        library.GetDetails.restype = ctypes.c_int32
         library.ReFormFullBounded.argtypes = [ctypes.POINTER(_Record), ctypes.c_char_p, ctypes.c_uint32]
         library.ReFormFullBounded.restype = ctypes.c_uint32
+        library.GetTypeName.argtypes = [ctypes.c_uint32, ctypes.c_char_p, ctypes.c_uint32]
+        library.GetTypeName.restype = ctypes.c_uint32
         library.GetDllVersion.argtypes = []
         library.GetDllVersion.restype = ctypes.c_int32
         catalogue = _default_catalogue(library)
@@ -183,6 +353,45 @@ def _lines(lines: "ctypes.Array[ctypes.Array[ctypes.c_char]]", count: int) -> Li
     return [_text(lines[i].value) for i in range(max(0, min(count, len(lines))))]
 
 
+def _words(bits: int, names: List[str]) -> Tuple[str, ...]:
+    return tuple(name for i, name in enumerate(names) if bits >> i & 1)
+
+
+def _member(record: ctypes.Structure, name: str) -> Any:
+    """A member of the typed details; None for what the structure holds when it is not known."""
+    value = getattr(record, name)
+    if name in _WORDS:
+        return _WORDS[name][value - 1] if 1 <= value <= len(_WORDS[name]) else None
+    if name in _RATIOS:
+        return f"{value[0]}{_RATIOS[name]}{value[1]}" if value[0] and value[1] else None
+    if isinstance(value, bytes):
+        return value.decode("utf-8", "replace") or None
+    if isinstance(value, float):
+        return value if math.isfinite(value) and (value > 0 or name == "start") else None
+    return value if value != 0 or name == "id" else None
+
+
+def _members(record: ctypes.Structure, target: type) -> Dict[str, Any]:
+    held = {name for name, _ in type(record)._fields_}
+    special = {"notes", "estimated", "streams", "stream_count"}
+    return {field.name: _member(record, field.name) for field in dataclasses.fields(target)
+            if field.name in held - special}
+
+
+def _stream(record: _StreamRecord) -> Stream:
+    return Stream(**_members(record, Stream), **dict.fromkeys(_words(record.flags, _FLAGS), True),
+                  estimated=_words(record.estimated, _ESTIMATED))
+
+
+def _typed(details: _Details) -> Dict[str, Any]:
+    count = min(details.stream_count, _STREAM_SLOTS)
+    return {
+        **_members(details, Info), "notes": details.notes.decode("utf-8", "replace").split("\n") if details.notes else [],
+        "estimated": _words(details.estimated, _ESTIMATED), "stream_count": details.stream_count,
+        "streams": [_stream(details.streams[i]) for i in range(count)],
+    }
+
+
 def set_catalogue(directory: Union[str, bytes, "os.PathLike[str]"]) -> None:
     """Sets the directory of zat-codec.ini. No other thread may be inside the library meanwhile."""
     _load().SetPath(os.path.join(_encoded(directory), b""))
@@ -202,15 +411,17 @@ def info(path: Union[str, bytes, "os.PathLike[str]"]) -> Info:
     if len(name) >= _LINE or b"\0" in name:
         raise ZatError(f"no path for the library: {os.fsdecode(path)!r}")
     record = _Record(path=name)
-    library.GetInfo(ctypes.byref(record))
+    details = _Details(size=ctypes.sizeof(_Details))
+    library.GetDetails(ctypes.byref(record), ctypes.byref(details))
     size = library.ReFormFullBounded(ctypes.byref(record), None, 0) + 1
     report = ctypes.create_string_buffer(size)
     library.ReFormFullBounded(ctypes.byref(record), report, size)
-    name_text = _TYPE_NAMES.get(record.type_code, "")
+    type_name = ctypes.create_string_buffer(32)
+    library.GetTypeName(record.type_code, type_name, len(type_name))
     return Info(
-        path=os.fsdecode(path), type_code=record.type_code, type_name=name_text,
+        path=os.fsdecode(path), type_code=record.type_code, type_name=type_name.value.decode("ascii"),
         label=_text(record.label), general=_lines(record.general, record.general_count),
         video=_lines(record.video, record.video_count), audio=_lines(record.audio, record.audio_count),
         extra_info=_text(record.extra_info), extra=_lines(record.extra, record.extra_count),
         play_time=record.play_time, data_size=record.data_size, file_size=record.file_size,
-        report=_text(report.value))
+        report=_text(report.value), **_typed(details))

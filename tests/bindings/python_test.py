@@ -1,7 +1,10 @@
 """The Python binding, as its users call it."""
 
 import concurrent.futures
+import dataclasses
+import json
 import pathlib
+import subprocess
 import sys
 import tempfile
 import unittest
@@ -11,6 +14,13 @@ sys.path.insert(0, str(ROOT / "bindings" / "python"))
 import zat  # noqa: E402
 
 SAMPLE = ROOT / "samples" / "sine-vbr.mp3"
+
+
+def known(described):
+    """The members as JSON has them: no other than those that are known."""
+    members = dataclasses.asdict(described).items()
+    return {name: list(value) if isinstance(value, tuple) else value for name, value in members
+            if value not in (None, False, (), []) or name == "id" or name == "start" and value is not None}
 
 
 class Binding(unittest.TestCase):
@@ -26,6 +36,15 @@ class Binding(unittest.TestCase):
 
     def test_finds_the_catalogue(self):
         self.assertIn("PCM", zat.info(ROOT / "fuzz" / "seeds" / "pcm.wav").audio[0])
+
+    def test_gives_the_typed_details_that_the_program_gives(self):
+        command = [ROOT / "build/linux/zat", "--format", "json", "-q", ROOT / "fuzz/seeds"]
+        for record in json.loads(subprocess.run(command, stdout=subprocess.PIPE).stdout):
+            info = zat.info(record["path"])
+            self.assertEqual([known(stream) for stream in info.streams], record.get("streams", []))
+            for name in ["format", "format_profile", "title", "artist", "writer", "created", "duration", "bit_rate",
+                         "chapters", "notes", "estimated"]:
+                self.assertEqual(known(info).get(name), record.get(name), (name, record["path"]))
 
     def test_says_why_a_file_is_refused(self):
         missing = zat.info("nowhere/missing")

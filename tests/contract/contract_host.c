@@ -1,7 +1,7 @@
 /* A 32-bit host as the interface was made for: it loads the DLL, finds the undecorated names, and
  * calls each as stdcall. contract_host DLL SAMPLE prints what is broken and fails. */
 #include "dynamic_library.h"
-#include "zat/zat.h"
+#include "zat/details.h"
 
 #include <stdio.h>
 #include <string.h>
@@ -48,6 +48,11 @@ static struct {
     unsigned char after[64];
 } guarded;
 
+static struct {
+    ZatDetails details;
+    unsigned char after[64];
+} guarded_details;
+
 static int all(const unsigned char* bytes, size_t count, unsigned char value) {
     size_t i;
     for (i = 0; i < count && bytes[i] == value; ++i) {
@@ -67,12 +72,14 @@ int main(int argc, char** argv) {
     void(ZAT_CALL * get_file_format)(InfoRecord*);
     void(ZAT_CALL * get_info)(InfoRecord*);
     uint32_t(ZAT_CALL * get_type_name)(uint32_t, char*, uint32_t);
+    int32_t(ZAT_CALL * get_details)(InfoRecord*, ZatDetails*);
     void(ZAT_CALL * reform_full)(const InfoRecord*, char*);
     uint32_t(ZAT_CALL * reform_full_bounded)(const InfoRecord*, char*, uint32_t);
     static char report[ZAT_REPORT_SIZE];
     static char text[16] = "untouched";
     InfoRecord* record = &guarded.record;
-    InfoRecord untouched;
+    static InfoRecord untouched;
+    static InfoRecord described;
     int32_t result = 0;
     uint32_t length = 0;
 
@@ -91,6 +98,7 @@ int main(int argc, char** argv) {
     *(void**)&get_file_format = find("GetFileFormat");
     *(void**)&get_info = find("GetInfo");
     *(void**)&get_type_name = find("GetTypeName");
+    *(void**)&get_details = find("GetDetails");
     *(void**)&reform_full = find("ReFormFull");
     *(void**)&reform_full_bounded = find("ReFormFullBounded");
     if (failures != 0) {
@@ -130,6 +138,23 @@ int main(int argc, char** argv) {
     expect(all(record->unused, sizeof record->unused, 0xA5), "the unused area was written");
     expect(all(guarded.before, sizeof guarded.before, 0x5A) && all(guarded.after, sizeof guarded.after, 0x5A),
         "written outside the record");
+
+    described = *record;
+    *record = untouched;
+    memset(&guarded_details, 0x5A, sizeof guarded_details);
+    guarded_details.details.size = sizeof guarded_details.details - 1;
+    CALL(result = get_details(record, &guarded_details.details));
+    expect(result == -1, "GetDetails: a structure that is too small");
+    expect(memcmp(&untouched, record, sizeof untouched) == 0, "GetDetails: the refused record was written");
+    expect(all((unsigned char*)&guarded_details + 4, sizeof guarded_details - 4, 0x5A), "GetDetails: refused, but written");
+    guarded_details.details.size = sizeof guarded_details.details;
+    CALL(result = get_details(record, &guarded_details.details));
+    expect(result == 1, "GetDetails");
+    expect(memcmp(&described, record, sizeof described) == 0, "GetDetails: the record differs from GetInfo's");
+    expect(guarded_details.details.duration == record->play_time, "GetDetails: duration");
+    expect(guarded_details.details.size == sizeof guarded_details.details, "GetDetails: the size changed");
+    expect(all(guarded_details.after, sizeof guarded_details.after, 0x5A), "GetDetails: written outside the structure");
+
     CALL(reform_full(record, report));
     expect(strstr(report, "Byte ") != NULL && strstr(report, "sec)\r\n") != NULL, "ReFormFull");
     CALL(length = reform_full_bounded(record, text, sizeof text));

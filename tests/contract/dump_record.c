@@ -1,13 +1,14 @@
-/* dump_record LIBRARY CATALOGUE FILE...: prints what the library leaves in the record of each file,
- * all bytes behind the path as a hash and the texts as hexadecimal, and both reports. The output of
- * two builds is equal when their records and reports are. */
+/* dump_record LIBRARY CATALOGUE FILE...: prints what the library leaves in the record and the typed
+ * details of each file, all bytes as hashes and the texts in hexadecimal, and both reports. The
+ * output of two builds is equal when all of it is. */
 #include "dynamic_library.h"
-#include "zat/zat.h"
+#include "zat/details.h"
 
 #include <stdio.h>
 #include <string.h>
 
 static InfoRecord record;
+static ZatDetails details;
 static char report[ZAT_REPORT_SIZE];
 static char whole_report[65536];
 
@@ -32,11 +33,44 @@ static void print_hex(const char* text) {
     putchar('\n');
 }
 
+static void print_hash(const char* name, const void* bytes, size_t count) {
+    const unsigned long long value = hash(bytes, count);
+    printf("  %s %08lx%08lx ", name, (unsigned long)(value >> 32), (unsigned long)(value & 0xFFFFFFFF));
+}
+
+static void clear_record(const char* path) {
+    memset(&record, 0, sizeof record);
+    memset(record.reserved, 0xA5, sizeof record.reserved);
+    memset(record.unused, 0xA5, sizeof record.unused);
+    strncpy(record.path, path, sizeof record.path - 1);
+}
+
+/* All but the path, which each platform may write in its own way. */
+static void print_record(const char* name) {
+    print_hash(name, (const char*)&record + sizeof record.path, sizeof record - sizeof record.path);
+    putchar('\n');
+}
+
+/* What helps to see where two builds differ. */
+static void print_details(void) {
+    uint32_t i;
+    print_hash("details", &details, sizeof details);
+    printf("%u streams, ", details.stream_count);
+    print_hex(details.format);
+    for (i = 0; i < details.stream_count && i < ZAT_STREAM_SLOTS; ++i) {
+        const ZatStream* stream = &details.streams[i];
+        print_hash("stream ", stream, sizeof *stream);
+        printf("%u %ux%u %u Hz %u ch ", stream->kind, stream->width, stream->height, stream->sample_rate, stream->channels);
+        print_hex(stream->codec);
+    }
+}
+
 int main(int argc, char** argv) {
     int i;
     DynamicLibrary library = open_library(argv[1]);
     void(ZAT_CALL * set_path)(const char*);
     void(ZAT_CALL * get_info)(InfoRecord*);
+    int32_t(ZAT_CALL * get_details)(InfoRecord*, ZatDetails*);
     void(ZAT_CALL * reform_full)(const InfoRecord*, char*);
     uint32_t(ZAT_CALL * reform_full_bounded)(const InfoRecord*, char*, uint32_t);
     if (argc < 4 || library == NULL) {
@@ -45,24 +79,27 @@ int main(int argc, char** argv) {
     }
     *(void**)&set_path = find_symbol(library, "SetPath");
     *(void**)&get_info = find_symbol(library, "GetInfo");
+    *(void**)&get_details = find_symbol(library, "GetDetails");
     *(void**)&reform_full = find_symbol(library, "ReFormFull");
     *(void**)&reform_full_bounded = find_symbol(library, "ReFormFullBounded");
     set_path(argv[2]);
     for (i = 3; i < argc; ++i) {
-        unsigned long long value;
-        memset(&record, 0, sizeof record);
-        memset(record.reserved, 0xA5, sizeof record.reserved);
-        memset(record.unused, 0xA5, sizeof record.unused);
-        strncpy(record.path, argv[i], sizeof record.path - 1);
+        clear_record(argv[i]);
         get_info(&record);
-        value = hash((const char*)&record + sizeof record.path, sizeof record - sizeof record.path);
         memset(report, 0, sizeof report);
         reform_full(&record, report);
         reform_full_bounded(&record, whole_report, sizeof whole_report);
-        printf("%s\n  record %08lx%08lx\n  report ", argv[i], (unsigned long)(value >> 32), (unsigned long)(value & 0xFFFFFFFF));
+        printf("%s\n", argv[i]);
+        print_record("record");
+        printf("  report ");
         print_hex(report);
         printf("  whole  ");
         print_hex(whole_report);
+        clear_record(argv[i]);
+        details.size = sizeof details;
+        get_details(&record, &details);
+        print_record("same  ");
+        print_details();
     }
     return 0;
 }
