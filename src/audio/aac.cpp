@@ -13,7 +13,6 @@ namespace {
 constexpr uint32_t sbr_sync_extension = 0x2B7;
 constexpr uint8_t object_type_lc = 2;
 constexpr uint8_t object_type_sbr = 5;
-constexpr size_t name_size = 64;
 
 // ISO/IEC 14496-3, table 1.18; -1 for reserved indices and the explicit rate.
 int32_t sample_rate_of(uint32_t index) {
@@ -38,7 +37,7 @@ bool container_tells_sbr(const AacConfig* cfg) {
 }
 
 // The kind of AAC with its SBR and PS marks.
-void stream_name(const AacConfig* cfg, char (&name)[name_size]) {
+void stream_name(const AacConfig* cfg, char (&name)[aac_name_size]) {
     copy_text(name, "AAC");
     if (cfg->object_type == object_type_lc) {
         copy_text(name, cfg->extension_object_type == object_type_sbr ? "AAC HE(LC)" : "AAC LC");
@@ -49,7 +48,7 @@ void stream_name(const AacConfig* cfg, char (&name)[name_size]) {
         append_text(name, "+(SBR)");
     }
     if (std::string_view(name) == "AAC") {
-        AacObjectTypeName(cfg->object_type, name, sizeof name);
+        AacObjectTypeName(cfg->object_type, name);
     }
     if (cfg->ps_implicit_flag != 0) {
         append_text(name, "+(PS)");
@@ -68,16 +67,25 @@ double line_bitrate(const AacConfig* cfg) {
     return by_frame != 0 ? static_cast<double>(by_frame) : cfg->maximum_bitrate;
 }
 
+// "[AAC LC] 44100Hz stereo(L,R)".
+void format_start(AacConfig* cfg, char (&out)[line_size]) {
+    const char* channels = AacChannelName(ResolveAacChannels(cfg)); // before the name: sets PS
+    char name[aac_name_size] = "";
+    stream_name(cfg, name);
+    format_text(out, line_size, "[%s] %dHz %s", name, aac_config_rate(cfg), channels);
+}
+
 } // namespace
 
-void GetAACConfig(const uint8_t* bytes, AacConfig* cfg) {
-    if (cfg->length == 0) {
+void GetAACConfig(Bytes bytes, AacConfig* cfg) {
+    cfg->length = static_cast<uint32_t>(bytes.size());
+    if (bytes.empty()) {
         return;
     }
     // The configuration counts up to its first zero byte only, as the text that it once was copied
     // as: fields behind one read as zero.
     uint8_t text[8] = {};
-    for (size_t i = 0; i < std::size(text) && i < cfg->length && bytes[i] != 0; ++i) {
+    for (size_t i = 0; i < std::size(text) && i < bytes.size() && bytes[i] != 0; ++i) {
         text[i] = bytes[i];
     }
     BitReader reader{text};
@@ -138,7 +146,7 @@ const char* AacChannelName(uint32_t channel_configuration) {
     return channel_configuration < std::size(names) ? names[channel_configuration] : "UnKnown";
 }
 
-void AacObjectTypeName(uint32_t object_type, char* out, size_t size) {
+void AacObjectTypeName(uint32_t object_type, char (&out)[aac_name_size]) {
     // ISO/IEC 14496-3, table 1.17.
     static constexpr const char* names[] = {
         "NULL",
@@ -176,9 +184,9 @@ void AacObjectTypeName(uint32_t object_type, char* out, size_t size) {
     };
     static_assert(std::size(names) == 32);
     if (object_type < std::size(names)) {
-        copy_text(out, size, names[object_type]);
+        copy_text(out, names[object_type]);
     } else {
-        format_text(out, size, "MPEG4-AAC(%u)", object_type);
+        format_text(out, sizeof out, "MPEG4-AAC(%u)", object_type);
     }
 }
 
@@ -187,12 +195,25 @@ int32_t aac_config_rate(const AacConfig* cfg) {
     return cfg->sbr_flag == 1 || container_tells_sbr(cfg) ? 2 * table_rate : table_rate;
 }
 
-void FormatAacConfigLine(char* out, AacConfig* cfg) {
-    const char* channels = AacChannelName(ResolveAacChannels(cfg)); // before the name: sets PS
-    char name[name_size] = "";
-    stream_name(cfg, name);
-    format_text(out, line_size, "[%s] %dHz %s %dBit %.3fkbps", name, aac_config_rate(cfg), channels,
-        cfg->bit_depth, line_bitrate(cfg) * 0.001);
+void FormatAacConfigLine(AacConfig* cfg, char (&out)[line_size]) {
+    format_start(cfg, out);
+    char figures[64];
+    format_text(
+        figures, sizeof figures, " %dBit %.3fkbps", cfg->bit_depth, line_bitrate(cfg) * 0.001);
+    append_text(out, figures);
+}
+
+void format_known_aac_line(AacConfig* cfg, char (&out)[line_size]) {
+    format_start(cfg, out);
+    char figure[32];
+    if (cfg->bit_depth != 0) {
+        format_text(figure, sizeof figure, " %dBit", cfg->bit_depth);
+        append_text(out, figure);
+    }
+    if (line_bitrate(cfg) > 0) {
+        format_text(figure, sizeof figure, " %.3fkbps", line_bitrate(cfg) * 0.001);
+        append_text(out, figure);
+    }
 }
 
 } // namespace zat

@@ -1,13 +1,16 @@
 // AAC as an AudioSpecificConfig (ISO/IEC 14496-3, 1.6.2.1) and the container around it describe it.
 #pragma once
 
+#include "common/bytes.h"
+#include "common/text.h"
+
 #include <cstddef>
 #include <cstdint>
 
 namespace zat {
 
 struct AacConfig {
-    uint32_t length = 0; // bytes of the AudioSpecificConfig, set before GetAACConfig
+    uint32_t length = 0; // bytes of the AudioSpecificConfig
 
     // From the AudioSpecificConfig.
     uint8_t object_type = 0;
@@ -31,8 +34,8 @@ struct AacConfig {
     uint32_t frame_size = 0; // bytes
 };
 
-// Decodes cfg->length bytes; a length of 0 changes nothing.
-void GetAACConfig(const uint8_t* bytes, AacConfig* cfg);
+// Decodes an AudioSpecificConfig; an empty one changes nothing but the length.
+void GetAACConfig(Bytes bytes, AacConfig* cfg);
 
 // The channel count for AacChannelName, 0 for a layout that has no name. May set the implicit PS
 // flag.
@@ -41,14 +44,19 @@ uint32_t ResolveAacChannels(AacConfig* cfg);
 // Name of a channel configuration.
 const char* AacChannelName(uint32_t channel_configuration);
 
-// Writes the name of an audio object type. 48 bytes hold each of them.
-void AacObjectTypeName(uint32_t object_type, char* out, size_t size);
+constexpr size_t aac_name_size = 64; // bytes, terminator included
+
+// Writes the name of an audio object type.
+void AacObjectTypeName(uint32_t object_type, char (&out)[aac_name_size]);
 
 // The sample rate in Hz that the line shows: that of the configuration, doubled where SBR extends
 // it; negative for reserved indices.
 int32_t aac_config_rate(const AacConfig* cfg);
 
-// Describes the stream: `out` has line_size bytes.
-void FormatAacConfigLine(char* out, AacConfig* cfg);
+// Describes the stream, with the container's bits and a bit rate, known or not.
+void FormatAacConfigLine(AacConfig* cfg, char (&out)[line_size]);
+
+// The same, with bits and rate only where they are known.
+void format_known_aac_line(AacConfig* cfg, char (&out)[line_size]);
 
 } // namespace zat

@@ -3,6 +3,7 @@
 #include "common/bits.h"
 #include "common/text.h"
 
+#include <algorithm>
 #include <iterator>
 
 namespace zat {
@@ -83,7 +84,7 @@ void read_alternate_syntax(BitReader* reader, Ac3Info* info) {
     }
 }
 
-void format_line(const char* name, const Ac3Info* info, char* out) {
+void format_line(const char* name, const Ac3Info* info, char (&out)[line_size]) {
     format_text(out, line_size, "%s %dHz [%d%s%s %s%s%s] %dkbps", name, info->sample_rate,
         info->channels, info->lfe, info->mode_name, info->service, info->surround,
         info->surround_ex, info->bitrate);
@@ -141,9 +142,11 @@ int32_t ac3_framesize(int frmsizecod, int fscod) {
     return words[frmsizecod][2 - fscod] * 2;
 }
 
-int ac3_info(const uint8_t* header, Ac3Info* info) {
+int ac3_info(Bytes frame, Ac3Info* info) {
     constexpr uint32_t sync_word = 0x0B77;
-    BitReader reader{Bytes(header, ac3_header_size)};
+    uint8_t header[ac3_header_size] = {};
+    std::copy_n(frame.begin(), std::min(frame.size(), sizeof header), header);
+    BitReader reader{header};
 
     // syncinfo
     if (read_bits(&reader, 16) != sync_word) {
@@ -170,6 +173,7 @@ int ac3_info(const uint8_t* header, Ac3Info* info) {
     const uint32_t bsmod = read_bits(&reader, 3);
     const uint32_t acmod = read_bits(&reader, 3);
     const CodingMode mode = coding_mode(acmod);
+    info->acmod = static_cast<uint8_t>(acmod);
     copy_text(info->service, service_name(bsmod, acmod));
     copy_text(info->mode_name, mode.name);
     info->channels = mode.channels;
@@ -186,6 +190,7 @@ int ac3_info(const uint8_t* header, Ac3Info* info) {
     }
     if (read_bits(&reader, 1) != 0) { // lfeon
         copy_text(info->lfe, ".1");
+        info->has_lfe = true;
     }
     skip_programme(&reader);
     if (acmod == 0) {
@@ -199,11 +204,11 @@ int ac3_info(const uint8_t* header, Ac3Info* info) {
     return reader.failed ? 1 : 0;
 }
 
-void ac3_line(const Ac3Info* info, char* out) {
+void ac3_line(const Ac3Info* info, char (&out)[line_size]) {
     format_line("AC3", info, out);
 }
 
-void truehd_line(const Ac3Info* info, char* out) {
+void truehd_line(const Ac3Info* info, char (&out)[line_size]) {
     format_line("Dolby TrueHD", info, out);
 }
 

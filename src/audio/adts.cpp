@@ -4,6 +4,7 @@
 #include "common/bits.h"
 #include "common/text.h"
 
+#include <algorithm>
 #include <iterator>
 
 namespace zat {
@@ -26,7 +27,7 @@ const char* version_name(uint32_t version_flag) {
 constexpr size_t profile_size = 32;
 
 // ISO/IEC 13818-7, table 31, and the object types of ISO/IEC 14496-3.
-void profile_name(const AdtsHeader* header, char* out) {
+void profile_name(const AdtsHeader* header, char (&out)[profile_size]) {
     static constexpr const char* mpeg4[] = {"AAC_MAIN", "AAC_LC", "AAC_SSR", "AAC_LTP"};
     static_assert(std::size(mpeg4) == 4);
     static constexpr const char* mpeg2[] = {
@@ -34,9 +35,9 @@ void profile_name(const AdtsHeader* header, char* out) {
     static_assert(std::size(mpeg2) == 6);
     const uint32_t profile = header->profile;
     if (header->version_flag == 0) {
-        copy_text(out, profile_size, profile < std::size(mpeg4) ? mpeg4[profile] : "");
+        copy_text(out, profile < std::size(mpeg4) ? mpeg4[profile] : "");
     } else if (profile < std::size(mpeg2) && mpeg2[profile] != nullptr) {
-        copy_text(out, profile_size, mpeg2[profile]);
+        copy_text(out, mpeg2[profile]);
     } else {
         format_text(out, profile_size, "Unknown(%d)", profile);
     }
@@ -48,9 +49,11 @@ bool IsAdtsSync(const uint8_t* bytes) {
     return bytes[0] == 0xFF && (bytes[1] & 0xF6) == 0xF0; // syncword and layer 0
 }
 
-int ParseAdtsHeader(const uint8_t* bytes, AdtsHeader* header) {
+int ParseAdtsHeader(Bytes frame, AdtsHeader* header) {
     constexpr int samples_shift = 10; // a frame has 1024 samples
-    BitReader reader{Bytes(bytes, adts_header_size)};
+    uint8_t bytes[adts_header_size] = {};
+    std::copy_n(frame.begin(), std::min(frame.size(), sizeof bytes), bytes);
+    BitReader reader{bytes};
 
     // adts_fixed_header
     skip_bits(&reader, 12); // syncword
@@ -58,8 +61,9 @@ int ParseAdtsHeader(const uint8_t* bytes, AdtsHeader* header) {
     skip_bits(&reader, 2); // layer
     skip_bits(&reader, 1); // protection_absent
     header->profile = read_bits(&reader, 2);
-    header->sample_rate = sample_rate_of(read_bits(&reader, 4)); // sampling_frequency_index
-    skip_bits(&reader, 1);                                       // private_bit
+    header->sampling_frequency_index = read_bits(&reader, 4);
+    header->sample_rate = sample_rate_of(header->sampling_frequency_index);
+    skip_bits(&reader, 1); // private_bit
     header->channel_configuration = read_bits(&reader, 3);
     skip_bits(&reader, 1); // original_copy
     skip_bits(&reader, 1); // home
@@ -74,7 +78,7 @@ int ParseAdtsHeader(const uint8_t* bytes, AdtsHeader* header) {
     return header->sample_rate == 0 ? -1 : 0;
 }
 
-void FormatAdtsLine(char* out, const AdtsHeader* header) {
+void FormatAdtsLine(const AdtsHeader* header, char (&out)[line_size]) {
     char profile[profile_size] = "";
     profile_name(header, profile);
     const char* version = version_name(header->version_flag);
@@ -89,34 +93,14 @@ void FormatAdtsLine(char* out, const AdtsHeader* header) {
         format_text(out, line_size, "[%s-AAC]", version);
         break;
     default:
-        copy_text(out, line_size, "[AAC]");
+        copy_text(out, "[AAC]");
         break;
     }
     char facts[128];
     format_text(facts, sizeof facts, " %dHz %s %.3fkbps %dByte", header->sample_rate,
         AacChannelName(header->channel_configuration), header->bitrate * 0.001,
         header->frame_length);
-    append_text(out, line_size, facts);
-}
-
-int FindAdtsInPes(const uint8_t* packet) {
-    constexpr int first = 4;      // behind the packet's own header
-    constexpr int searched = 176; // so a header's fields lie inside the packet
-    for (int start = first; start < searched; ++start) {
-        const uint8_t* pes = packet + start;
-        // packet_start_code_prefix, an audio stream_id, and '10' before the flags
-        const bool is_audio = ReadBE24(pes) == 1 && pes[3] >= 0xC0 && pes[3] <= 0xC7;
-        if (!is_audio || pes[6] >> 6 != 2) {
-            continue;
-        }
-        for (int at = start + 9 + pes[8]; at < searched; ++at) { // PES_header_data_length
-            if (IsAdtsSync(packet + at)) {
-                return at;
-            }
-        }
-        return -1;
-    }
-    return -1;
+    append_text(out, facts);
 }
 
 } // namespace zat

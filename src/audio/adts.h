@@ -1,12 +1,14 @@
 // The ADTS header of an AAC frame (ISO/IEC 13818-7, 6.2.1) and its line.
 #pragma once
 
+#include "common/bytes.h"
+#include "common/text.h"
+
 #include <cstdint>
 
 namespace zat {
 
-constexpr int adts_header_size = 7;        // bytes
-constexpr int transport_packet_size = 188; // bytes that FindAdtsInPes looks at, at most
+constexpr size_t adts_header_size = 7; // bytes
 
 // Which facts stand in the brackets of the line.
 enum AdtsLineStyle : uint32_t {
@@ -19,6 +21,7 @@ enum AdtsLineStyle : uint32_t {
 struct AdtsHeader {
     uint32_t version_flag = 0; // ID: 0 MPEG-4, 1 MPEG-2
     uint32_t profile = 0;
+    uint32_t sampling_frequency_index = 0;
     uint32_t sample_rate = 0; // Hz
     uint32_t channel_configuration = 0;
     uint32_t frame_length = 0; // bytes, header included
@@ -29,14 +32,11 @@ struct AdtsHeader {
 // Looks at two bytes.
 bool IsAdtsSync(const uint8_t* bytes);
 
-// Decodes adts_header_size bytes. Returns 0, or -1 when the sample rate is a reserved one.
-int ParseAdtsHeader(const uint8_t* bytes, AdtsHeader* header);
+// Decodes the header at a frame's start; missing bytes count as zero. Returns 0, or -1 when the
+// sample rate is a reserved one.
+int ParseAdtsHeader(Bytes frame, AdtsHeader* header);
 
-// Describes the stream: `out` has line_size bytes.
-void FormatAdtsLine(char* out, const AdtsHeader* header);
-
-// Offset of the first ADTS header behind the audio PES header of a transport packet, which has
-// transport_packet_size bytes; -1 when there is none among the first 176.
-int FindAdtsInPes(const uint8_t* packet);
+// Describes the stream.
+void FormatAdtsLine(const AdtsHeader* header, char (&out)[line_size]);
 
 } // namespace zat

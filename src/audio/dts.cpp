@@ -3,6 +3,7 @@
 #include "common/bits.h"
 #include "common/text.h"
 
+#include <algorithm>
 #include <iterator>
 #include <utility>
 
@@ -59,11 +60,11 @@ int32_t bitrate_of(uint32_t rate) {
 // ETSI TS 102 114, table 5-14.
 const char* extension_name(uint32_t ext_audio_id) {
     switch (ext_audio_id) {
-    case 0:
+    case dts_extension_xch:
         return "(XCh)";
-    case 2:
+    case dts_extension_x96:
         return "(X96k)";
-    case 3:
+    case dts_extension_xch_x96:
         return "(XCh,X96k)";
     default:
         return "";
@@ -89,16 +90,23 @@ const char* packing_name(uint32_t sync_type) {
     return sync_type < std::size(names) ? names[sync_type] : "";
 }
 
-void swap_words(uint8_t* buf) {
-    for (int i = 0; i < dts_packed_size; i += 2) {
+using FrameStart = uint8_t[dts_frame_start_size];
+
+void copy_start(Bytes frame, FrameStart& start) {
+    std::fill(std::begin(start), std::end(start), uint8_t{0});
+    std::copy_n(frame.begin(), std::min(frame.size(), sizeof start), start);
+}
+
+void swap_words(FrameStart& buf) {
+    for (size_t i = 0; i < sizeof buf; i += 2) {
         std::swap(buf[i], buf[i + 1]);
     }
 }
 
 // Joins the low 14 bits of the big-endian words; the last word only gives its bits to the others.
-void join_14bit_words(uint8_t* buf) {
+void join_14bit_words(FrameStart& buf) {
     int taken = 2; // bits of the next word
-    for (uint8_t* at = buf; at + 2 < buf + dts_packed_size; at += 2) {
+    for (uint8_t* at = buf; at + 2 < buf + sizeof buf; at += 2) {
         const uint32_t next = ReadBE16(at + 2) & 0x3FFFU;
         const uint32_t word = static_cast<uint32_t>(ReadBE16(at)) << taken | next >> (14 - taken);
         at[0] = static_cast<uint8_t>(word >> 8);
@@ -107,9 +115,22 @@ void join_14bit_words(uint8_t* buf) {
     }
 }
 
+// Rewrites the start into big-endian words of 16 bits. Of a stream of 14-bit words the first 14
+// bytes are header then, and the last two meaningless.
+void unpack(DtsSyncType type, FrameStart& buf) {
+    if (type == dts_16bit_le || type == dts_14bit_le) {
+        swap_words(buf);
+    }
+    if (type == dts_14bit_be || type == dts_14bit_le) {
+        join_14bit_words(buf);
+    }
+}
+
 } // namespace
 
-DtsSyncType dts_sync_type(const uint8_t* buf) {
+DtsSyncType dts_sync_type(Bytes frame) {
+    FrameStart buf;
+    copy_start(frame, buf);
     switch (ReadBE32(buf)) {
     case 0x7FFE8001:
         return dts_16bit_be;
@@ -125,18 +146,15 @@ DtsSyncType dts_sync_type(const uint8_t* buf) {
     }
 }
 
-void dts_to_16bit_be(uint8_t* buf, DtsSyncType type) {
-    if (type == dts_16bit_le || type == dts_14bit_le) {
-        swap_words(buf);
-    }
-    if (type == dts_14bit_be || type == dts_14bit_le) {
-        join_14bit_words(buf);
-    }
-}
-
-int dts_info(const uint8_t* buf, DtsInfo* info) {
+int dts_info(Bytes frame, DtsInfo* info) {
     constexpr uint32_t sync_word = 0x7FFE8001;
-    BitReader reader{Bytes(buf, dts_header_size)};
+    constexpr size_t header_size = 15;
+    FrameStart buf;
+    copy_start(frame, buf);
+    const DtsSyncType type = dts_sync_type(frame);
+    info->sync_type = type;
+    unpack(type, buf);
+    BitReader reader{Bytes(buf, header_size)};
 
     if (read_bits(&reader, 32) != sync_word) {
         return 1;
@@ -144,21 +162,23 @@ int dts_info(const uint8_t* buf, DtsInfo* info) {
     skip_bits(&reader, 1); // FTYPE
     skip_bits(&reader, 5); // SHORT
     const bool cpf = read_bits(&reader, 1) != 0;
-    skip_bits(&reader, 7);                                                 // NBLKS
-    skip_bits(&reader, 14);                                                // FSIZE
-    const Arrangement arrangement = arrangement_of(read_bits(&reader, 6)); // AMODE
+    skip_bits(&reader, 7);                                     // NBLKS
+    info->frame_size = read_bits(&reader, 14) + 1;             // FSIZE
+    info->amode = static_cast<uint8_t>(read_bits(&reader, 6)); // AMODE
+    const Arrangement arrangement = arrangement_of(info->amode);
     copy_text(info->arrangement, arrangement.name);
     info->channels = arrangement.channels;
-    info->sample_rate = sample_rate_of(read_bits(&reader, 4)); // SFREQ
-    info->bitrate = bitrate_of(read_bits(&reader, 5));         // RATE
-    skip_bits(&reader, 1);                                     // MIX
-    skip_bits(&reader, 1);                                     // DYNF
-    skip_bits(&reader, 1);                                     // TIMEF
-    skip_bits(&reader, 1);                                     // AUXF
-    skip_bits(&reader, 1);                                     // HDCD
-    const uint32_t ext_audio_id = read_bits(&reader, 3);
-    if (read_bits(&reader, 1) != 0) { // EXT_AUDIO
-        copy_text(info->extension, extension_name(ext_audio_id));
+    info->sample_rate = sample_rate_of(read_bits(&reader, 4));        // SFREQ
+    info->bitrate = bitrate_of(read_bits(&reader, 5));                // RATE
+    skip_bits(&reader, 1);                                            // MIX
+    skip_bits(&reader, 1);                                            // DYNF
+    skip_bits(&reader, 1);                                            // TIMEF
+    skip_bits(&reader, 1);                                            // AUXF
+    skip_bits(&reader, 1);                                            // HDCD
+    info->extension_id = static_cast<uint8_t>(read_bits(&reader, 3)); // EXT_AUDIO_ID
+    info->has_extension = read_bits(&reader, 1) != 0;                 // EXT_AUDIO
+    if (info->has_extension) {
+        copy_text(info->extension, extension_name(info->extension_id));
     }
     skip_bits(&reader, 1); // ASPF
     const uint32_t lff = read_bits(&reader, 2);
@@ -178,13 +198,11 @@ int dts_info(const uint8_t* buf, DtsInfo* info) {
     return reader.failed ? 1 : 0;
 }
 
-void dts_line(DtsInfo* info, char* out) {
-    if (info->lfe[0] != '\0') {
-        append_text(info->arrangement, "+LFE");
-    }
-    format_text(out, line_size, "DTS(%s)%s%s %dHz %d%sCh %s %.3fkbps %dBit",
+void dts_line(const DtsInfo* info, char (&out)[line_size]) {
+    format_text(out, line_size, "DTS(%s)%s%s %dHz %d%sCh %s%s %.3fkbps %dBit",
         packing_name(info->sync_type), info->es, info->extension, info->sample_rate, info->channels,
-        info->lfe, info->arrangement, info->bitrate * 0.001, info->bits);
+        info->lfe, info->arrangement, info->lfe[0] != '\0' ? "+LFE" : "", info->bitrate * 0.001,
+        info->bits);
 }
 
 } // namespace zat

@@ -53,34 +53,35 @@ int32_t byte_rate_of(const LpcmInfo* info) {
 
 } // namespace
 
-int dvd_lpcm_info(const uint8_t* attr, LpcmInfo* info) {
+int dvd_lpcm_info(uint8_t attribute, LpcmInfo* info) {
     static constexpr int8_t bits[] = {16, 20, 24, -1};
     static_assert(std::size(bits) == 4);
-    info->bits = bits[*attr >> 6];                           // quantization
-    info->sample_rate = (*attr & 0x10) != 0 ? 96000 : 48000; // its other bit is not used
-    info->channels = static_cast<int8_t>((*attr & 7) + 1);   // number_of_channels
+    info->bits = bits[attribute >> 6];                           // quantization
+    info->sample_rate = (attribute & 0x10) != 0 ? 96000 : 48000; // its other bit is not used
+    info->channels = static_cast<int8_t>((attribute & 7) + 1);   // number_of_channels
     info->byte_rate = byte_rate_of(info);
     return 0;
 }
 
-int bd_lpcm_info(const uint8_t* header, LpcmInfo* info) {
+int bd_lpcm_info(Bytes header, LpcmInfo* info) {
     static constexpr int8_t bits[] = {0, 16, 20, 24};
     static_assert(std::size(bits) == 4);
-    const Assignment assignment = bd_assignment(header[2] >> 4); // channel_assignment
+    info->assignment = byte_at(header, 2) >> 4; // channel_assignment
+    const Assignment assignment = bd_assignment(info->assignment);
     copy_text(info->layout, assignment.layout);
     info->channels = assignment.channels;
-    info->sample_rate = bd_sample_rate(header[2] & 0x0F); // sampling_frequency
-    info->bits = bits[header[3] >> 6];                    // bits_per_sample
+    info->sample_rate = bd_sample_rate(byte_at(header, 2) & 0x0FU); // sampling_frequency
+    info->bits = bits[byte_at(header, 3) >> 6];                     // bits_per_sample
     info->byte_rate = byte_rate_of(info);
     return 0;
 }
 
-void dvd_lpcm_line(const LpcmInfo* info, char* out) {
+void dvd_lpcm_line(const LpcmInfo* info, char (&out)[line_size]) {
     format_text(out, line_size, "LPCM %dHz %dch %dBit %.3fkbps", info->sample_rate, info->channels,
         info->bits, info->byte_rate * 8 * 0.001);
 }
 
-void bd_lpcm_line(const LpcmInfo* info, char* out) {
+void bd_lpcm_line(const LpcmInfo* info, char (&out)[line_size]) {
     format_text(out, line_size, "LPCM %dHz %s %dBit %.3fkbps", info->sample_rate, info->layout,
         info->bits, info->byte_rate * 8 * 0.001);
 }

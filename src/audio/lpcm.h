@@ -2,6 +2,9 @@
 // transport stream) carry it.
 #pragma once
 
+#include "common/bytes.h"
+#include "common/text.h"
+
 #include <cstdint>
 
 namespace zat {
@@ -11,17 +14,18 @@ struct LpcmInfo {
     int8_t channels = 0;     // 0 when unknown
     int8_t bits = 0;         // per sample; when unknown -1 (DVD) or 0 (Blu-ray)
     int32_t byte_rate = 0;   // bytes per second, with whole bytes per sample: 20 bits count as 2
-    char layout[32] = {};    // channel assignment, Blu-ray only
+    uint8_t assignment = 0;  // channel assignment, Blu-ray only
+    char layout[32] = {};    // its name
 };
 
-// `attr` points at the byte of quantization, sampling frequency and channel count. Always 0.
-int dvd_lpcm_info(const uint8_t* attr, LpcmInfo* info);
+// `attribute` is the byte of quantization, sampling frequency and channel count. Always 0.
+int dvd_lpcm_info(uint8_t attribute, LpcmInfo* info);
 
-// `header` points at the four bytes that start the PES payload. Always 0.
-int bd_lpcm_info(const uint8_t* header, LpcmInfo* info);
+// Decodes the four bytes that start the PES payload; missing ones count as zero. Always 0.
+int bd_lpcm_info(Bytes header, LpcmInfo* info);
 
-// Describe the stream: `out` has line_size bytes.
-void dvd_lpcm_line(const LpcmInfo* info, char* out);
-void bd_lpcm_line(const LpcmInfo* info, char* out);
+// Describe the stream.
+void dvd_lpcm_line(const LpcmInfo* info, char (&out)[line_size]);
+void bd_lpcm_line(const LpcmInfo* info, char (&out)[line_size]);
 
 } // namespace zat

@@ -33,7 +33,9 @@ uint32_t take_frame_size(FileWindow* window, uint32_t offset) {
         return 0;
     }
     MpegAudioInfo info;
-    return DecodeMpegAudioHeader(window->bytes + offset, &info) == 0 ? info.frame_size : 0;
+    const std::span<uint8_t, mpeg_audio_header_size> header(
+        window->bytes + offset, mpeg_audio_header_size);
+    return DecodeMpegAudioHeader(header, &info) == 0 ? info.frame_size : 0;
 }
 
 // Looks for a frame that is followed by another one. Returns its offset in the window; one more
@@ -58,7 +60,7 @@ uint32_t find_frame_pair(FileWindow* window) {
 
 // Finds the first frame behind the tags, sets the size of what stands before it and reads its
 // header. Returns 0, or 1 when there is nothing behind the tags, or no memory to look there.
-int find_stream(Reader* reader, Mp3Stream* stream, uint8_t* header) {
+int find_stream(Reader* reader, Mp3Stream* stream, uint8_t (&header)[mpeg_audio_header_size]) {
     FileRecord* file = reader->block.file;
     const int64_t start = stream->tags.id3v2;
     stream->zeros = count_zeros(reader, whole_file(reader), start);

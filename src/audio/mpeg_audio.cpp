@@ -1,5 +1,6 @@
 #include "audio/mpeg_audio.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace zat {
@@ -62,16 +63,16 @@ uint32_t take(uint32_t* header, int bits) {
     return value;
 }
 
-void put_back(uint32_t bits, uint8_t* bytes) {
-    for (int i = 0; i < 4; ++i) {
+void put_back(uint32_t bits, std::span<uint8_t, mpeg_audio_header_size> bytes) {
+    for (uint32_t i = 0; i < mpeg_audio_header_size; ++i) {
         bytes[i] = static_cast<uint8_t>(bits >> (24 - 8 * i));
     }
 }
 
 } // namespace
 
-int DecodeMpegAudioHeader(uint8_t* bytes, MpegAudioInfo* info) {
-    uint32_t header = ReadBE32(bytes);
+int DecodeMpegAudioHeader(std::span<uint8_t, mpeg_audio_header_size> bytes, MpegAudioInfo* info) {
+    uint32_t header = ReadBE32(bytes.data());
     take(&header, 11); // syncword
     const uint32_t version = take(&header, 2);
     info->version_code = version_codes[version];
@@ -105,6 +106,19 @@ int DecodeMpegAudioHeader(uint8_t* bytes, MpegAudioInfo* info) {
                            info->sample_rate +
                        static_cast<uint32_t>(info->padding);
     return info->frame_size == 0 ? error_empty_frame : 0;
+}
+
+int read_mpeg_audio_header(Bytes frame, MpegAudioInfo* info) {
+    uint8_t header[mpeg_audio_header_size] = {};
+    std::copy_n(frame.begin(), std::min(frame.size(), sizeof header), header);
+    return DecodeMpegAudioHeader(header, info);
+}
+
+uint32_t mpeg_audio_frame_samples(const MpegAudioInfo* info) {
+    if (info->layer == 1) {
+        return 384;
+    }
+    return info->version_code != 10 && info->layer == 3 ? 576 : 1152;
 }
 
 } // namespace zat

@@ -4,8 +4,10 @@
 #pragma once
 
 #include "common/bytes.h"
+#include "common/text.h"
 
 #include <cstdint>
+#include <span>
 
 namespace zat {
 
@@ -32,12 +34,12 @@ struct MpegAudioInfo {
     uint32_t frame_size = 0;          // bytes, padding included
     int8_t rate_mode = 0;             // 0 not set, else rate_mode_constant or rate_mode_variable
     uint32_t frame_count = 0;         // from a Xing, Info or VBRI header
+    uint32_t byte_count = 0;          // the same: bytes of these frames
     char vbr_method_name[256] = {};   // LAME's method
     char encoder_string[256] = {};
     char vbr_header_kind[132] = {};    // "Xing", "VBRI" or ""
     char encoder_annotation[516] = {}; // "[GOGO]", or "[...]" around a string that is not LAME's
 };
-static_assert(sizeof(MpegAudioInfo) == 1232);
 
 // True when the eleven bits of syncword that MPEG-1, 2 and 2.5 share stand at bytes[0] and [1].
 constexpr bool IsMpegAudioSync(const uint8_t* bytes) {
@@ -49,7 +51,13 @@ constexpr bool IsMpegAudioSync(const uint8_t* bytes) {
 //
 // Returns 0, or 11 for a reserved version or layer, 13 for a frame size of 0 and 14 for a reserved
 // sample rate; the record then holds what was decoded before.
-int DecodeMpegAudioHeader(uint8_t* bytes, MpegAudioInfo* info);
+int DecodeMpegAudioHeader(std::span<uint8_t, mpeg_audio_header_size> bytes, MpegAudioInfo* info);
+
+// The same for the header at a frame's start, which stays as it is; missing bytes count as zero.
+int read_mpeg_audio_header(Bytes frame, MpegAudioInfo* info);
+
+// Samples of a frame for each channel.
+uint32_t mpeg_audio_frame_samples(const MpegAudioInfo* info);
 
 // ParseVbrHeader looks at no byte of the frame from here on.
 constexpr uint32_t vbr_header_reach = 36 + 120 + 256;
@@ -60,9 +68,9 @@ constexpr uint32_t vbr_header_reach = 36 + 120 + 256;
 // unusable: what depends on them is not stored then, but the line can still be formatted.
 int ParseVbrHeader(Bytes frame, MpegAudioInfo* info);
 
-// Writes the description line into `out` (line_size bytes), like
+// Writes the description line, like
 // "MPEG1-LayerIII 44100Hz [VBR Xing Joint Stereo] 190.35kbps [LAME3.99r VBR-NEW/MTRH]
 // [626bpf/9876f] ". A line without annotation ends with a space. Returns 0.
-int FormatMpegAudioLine(const MpegAudioInfo* info, char* out);
+int FormatMpegAudioLine(const MpegAudioInfo* info, char (&out)[line_size]);
 
 } // namespace zat

@@ -14,19 +14,19 @@ const char* layer_text(int layer) {
 }
 
 // Rate mode, header kind and channels, like "[VBR Xing Joint Stereo /MS]".
-void format_descriptor(const MpegAudioInfo* info, char* out) {
-    copy_text(out, line_size, info->rate_mode == rate_mode_constant ? "[CBR" : "[VBR");
+void format_descriptor(const MpegAudioInfo* info, char (&out)[line_size]) {
+    copy_text(out, info->rate_mode == rate_mode_constant ? "[CBR" : "[VBR");
     for (const char* piece :
         {info->vbr_header_kind, info->channel_mode_name, info->mode_extension_text}) {
         if (piece[0] != '\0') {
-            AppendWithSeparator(out, line_size, piece, separator_space);
+            AppendWithSeparator(out, piece, separator_space);
         }
     }
-    append_text(out, line_size, "]");
+    append_text(out, "]");
 }
 
 // "[LAME3.99r VBR-NEW/MTRH]", or nothing.
-void format_encoder(const MpegAudioInfo* info, char* out) {
+void format_encoder(const MpegAudioInfo* info, char (&out)[line_size]) {
     const bool both = info->encoder_string[0] != '\0' && info->vbr_method_name[0] != '\0';
     format_text(
         out, line_size, "[%s%s%s]", info->encoder_string, both ? " " : "", info->vbr_method_name);
@@ -37,7 +37,7 @@ void format_encoder(const MpegAudioInfo* info, char* out) {
 
 } // namespace
 
-int FormatMpegAudioLine(const MpegAudioInfo* info, char* out) {
+int FormatMpegAudioLine(const MpegAudioInfo* info, char (&out)[line_size]) {
     char piece[line_size];
     format_descriptor(info, piece);
     const bool constant = info->rate_mode == rate_mode_constant;
@@ -47,7 +47,7 @@ int FormatMpegAudioLine(const MpegAudioInfo* info, char* out) {
 
     format_encoder(info, piece);
     if (piece[0] != '\0') {
-        AppendWithSeparator(out, line_size, piece, separator_space);
+        AppendWithSeparator(out, piece, separator_space);
     }
     const auto size = static_cast<int32_t>(info->frame_size);
     if (info->frame_count != 0) {
@@ -56,8 +56,8 @@ int FormatMpegAudioLine(const MpegAudioInfo* info, char* out) {
     } else {
         format_text(piece, sizeof piece, "[%dbpf]", size);
     }
-    AppendWithSeparator(out, line_size, piece, separator_space);
-    AppendWithSeparator(out, line_size, info->encoder_annotation, separator_space);
+    AppendWithSeparator(out, piece, separator_space);
+    AppendWithSeparator(out, info->encoder_annotation, separator_space);
     return 0;
 }
 

@@ -153,6 +153,7 @@ int ParseVbrHeader(Bytes frame, MpegAudioInfo* info) {
         }
     }
     info->frame_count = frame_count;
+    info->byte_count = byte_count;
     if (info->rate_mode != rate_mode_variable) {
         info->rate_mode = rate_mode_constant;
     }

@@ -22,10 +22,8 @@ int read_data_chunk(Reader* reader, Span data, MpegAudioInfo* info) {
     if (start.empty()) {
         return 1;
     }
-    uint8_t header[mpeg_audio_header_size] = {};
-    std::copy(start.begin(), start.end(), header);
     *info = {};
-    (void)DecodeMpegAudioHeader(header, info);
+    (void)read_mpeg_audio_header(start, info);
     if (info->frame_size > size_of(data)) {
         return 1;
     }

@@ -3,6 +3,7 @@
 #include "common/bytes.h"
 #include "common/text.h"
 
+#include <algorithm>
 #include <iterator>
 
 namespace zat {
@@ -10,7 +11,6 @@ namespace zat {
 namespace {
 
 constexpr size_t search_size = 24; // positions at which format_sync is looked for
-constexpr size_t channel_name_size = 8;
 
 // format_info.audio_sampling_frequency.
 uint32_t sample_rate_of(uint32_t code) {
@@ -23,7 +23,9 @@ uint32_t sample_rate_of(uint32_t code) {
 
 } // namespace
 
-int truehd_info(const uint8_t* buf, TrueHdInfo* info) {
+int truehd_info(Bytes access_unit, TrueHdInfo* info) {
+    uint8_t buf[truehd_header_size] = {};
+    std::copy_n(access_unit.begin(), std::min(access_unit.size(), sizeof buf), buf);
     constexpr uint32_t sync = 0xF8726F; // format_sync, the same for all MLP streams ...
     constexpr uint8_t truehd = 0xBA;    // ... up to this byte
     size_t position = 0;
@@ -40,8 +42,9 @@ int truehd_info(const uint8_t* buf, TrueHdInfo* info) {
     // the 8-channel modifier (2) between them.
     const uint32_t six_channel_assignment = (p[1] & 0x0FU) << 1 | p[2] >> 7;
     const uint32_t eight_channel_assignment = (p[2] & 0x1FU) << 8 | p[3];
-    info->channels = TrueHDchannels(
-        eight_channel_assignment != 0 ? eight_channel_assignment : six_channel_assignment);
+    info->assignment =
+        eight_channel_assignment != 0 ? eight_channel_assignment : six_channel_assignment;
+    info->channels = TrueHDchannels(info->assignment);
     info->sample_rate = sample_rate_of(p[0] >> 4);
     // Behind signature, flags and a reserved word (16 each): variable_rate (1) and peak_data_rate
     // (15), in sixteenths of a bit per sample.
@@ -63,7 +66,7 @@ uint32_t TrueHDchannels(uint32_t mask) {
     return count;
 }
 
-void truehd_channel_name(uint32_t count, char* out) {
+void truehd_channel_name(uint32_t count, char (&out)[channel_name_size]) {
     if (count == 1 || count == 2) {
         format_text(out, channel_name_size, "%uch", count);
     } else if (count >= 3 && count <= 20) {

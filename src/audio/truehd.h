@@ -2,27 +2,32 @@
 // description, 4.2).
 #pragma once
 
+#include "common/bytes.h"
+
 #include <cstdint>
 
 namespace zat {
 
-constexpr int truehd_header_size = 40; // bytes that truehd_info looks at
+constexpr size_t truehd_header_size = 40; // bytes that truehd_info looks at
+constexpr size_t channel_name_size = 8;   // bytes, terminator included
 
 struct TrueHdInfo {
     uint32_t channels = 0;
+    uint32_t assignment = 0;   // channel assignment mask that `channels` follows from
     uint32_t peak_bitrate = 0; // bit/s
     uint32_t sample_rate = 0;  // Hz; 0 when the code names none
     uint32_t vbr = 0;          // 1: variable bit rate
 };
 
-// Decodes the first major sync in the truehd_header_size bytes of an access unit. Returns 0, -1
-// when there is no sync and -2 when it belongs to another MLP stream than TrueHD.
-int truehd_info(const uint8_t* buf, TrueHdInfo* info);
+// Decodes the first major sync in the first truehd_header_size bytes of an access unit; missing
+// ones count as zero. Returns 0, -1 when there is no sync and -2 when it belongs to another MLP
+// stream than TrueHD.
+int truehd_info(Bytes access_unit, TrueHdInfo* info);
 
 // Channels of a 13-bit channel assignment mask.
 uint32_t TrueHDchannels(uint32_t mask);
 
-// Names a layout: 6 gives "5.1ch". A count of 0 or above 20 leaves `out` (8 bytes) as it is.
-void truehd_channel_name(uint32_t count, char* out);
+// Names a layout: 6 gives "5.1ch". A count of 0 or above 20 leaves `out` as it is.
+void truehd_channel_name(uint32_t count, char (&out)[channel_name_size]);
 
 } // namespace zat

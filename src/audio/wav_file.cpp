@@ -1,7 +1,7 @@
 #include "audio/wav_file.h"
 
-#include "audio/dts.h"
-#include "audio/mpeg_audio.h"
+#include "audio/first_frame.h"
+#include "audio/stream_facts.h"
 #include "audio/wav_chunks.h"
 #include "audio/wav_names.h"
 #include "common/codec_catalogue.h"
@@ -54,7 +54,7 @@ double kilobits_per_second(const WavChunks& chunks) {
     return chunks.format.byte_rate * 8.0 * 0.001;
 }
 
-void format_plain_line(const WavChunks& chunks, const char* name, char* line) {
+void format_plain_line(const WavChunks& chunks, const char* name, char (&line)[line_size]) {
     format_text(line, line_size, "[%s] %dHz %dch %.2fkbps %dBit [fmt:%dByte]", name,
         static_cast<int32_t>(chunks.format.sample_rate), chunks.format.channels,
         kilobits_per_second(chunks), chunks.format.bits_per_sample,
@@ -62,48 +62,35 @@ void format_plain_line(const WavChunks& chunks, const char* name, char* line) {
 }
 
 void format_speaker_line(
-    const WavChunks& chunks, const char* name, const char* speakers, char* line) {
+    const WavChunks& chunks, const char* name, const char* speakers, char (&line)[line_size]) {
     format_text(line, line_size, "[%s] %dHz %dch(%s) %.2fkbps %dBit [fmt:%dByte]", name,
         static_cast<int32_t>(chunks.format.sample_rate), chunks.format.channels, speakers,
         kilobits_per_second(chunks), chunks.format.bits_per_sample,
         static_cast<int32_t>(chunks.fmt_size));
 }
 
-// Writes the line of a DTS stream at the data position, whatever the format tag says: players of
-// such files pass it through as PCM. Returns 0 when there is none or its line is written, 1 when
-// its header is damaged.
-int describe_dts(Reader* reader, const WavChunks& chunks, char* line) {
-    uint8_t header[dts_packed_size] = {};
-    read_some(reader, whole_file(reader), chunks.data_position, header, sizeof header);
-    const DtsSyncType type = dts_sync_type(header);
-    if (type == dts_none) {
-        return 0;
-    }
-    dts_to_16bit_be(header, type);
-    DtsInfo dts;
-    if (dts_info(header, &dts) != 0) {
-        return 1;
-    }
-    dts.sync_type = type;
-    dts_line(&dts, line);
-    return 0;
+// Describes a DTS stream at the data position, whatever the format tag says: players of such files
+// pass it through as PCM. Returns 0 when there is none or its line is written, 1 when its header is
+// damaged.
+int describe_dts(
+    Reader* reader, const WavChunks& chunks, ZatStream* stream, char (&line)[line_size]) {
+    const Bytes start =
+        read_view(reader, whole_file(reader), chunks.data_position, dts_frame_start_size);
+    return dts_sync_type(start) == dts_none || describe_dts_frame(start, stream, line) ? 0 : 1;
 }
 
 // Writes the line and the play time of an MPEG audio stream when the data begin with a frame. No
 // syncword is asked for: the format tag has told.
-void describe_mpeg_audio(Reader* reader, const WavChunks& chunks, InfoRecord* record, char* line) {
-    uint8_t frame[vbr_header_reach] = {};
-    read_some(reader, whole_file(reader), chunks.data_position, frame, sizeof frame);
-    uint8_t header[mpeg_audio_header_size];
-    std::memcpy(header, frame, sizeof header);
+void describe_mpeg_audio(Reader* reader, const WavChunks& chunks, InfoRecord* record,
+    ZatStream* stream, char (&line)[line_size]) {
+    const Bytes frame =
+        read_view(reader, whole_file(reader), chunks.data_position, vbr_header_reach);
     MpegAudioInfo mpeg;
-    if (DecodeMpegAudioHeader(header, &mpeg) != 0) {
+    if (read_mpeg_audio_header(frame, &mpeg) != 0 ||
+        ParseVbrHeader(frame.first(std::min<size_t>(frame.size(), mpeg.frame_size)), &mpeg) != 0) {
         return;
     }
-    const uint32_t length = std::min(mpeg.frame_size, vbr_header_reach);
-    if (ParseVbrHeader({frame, length}, &mpeg) != 0) {
-        return;
-    }
+    mpeg_audio_facts(mpeg, stream);
     FormatMpegAudioLine(&mpeg, line);
     record->play_time = static_cast<double>(
         static_cast<float>(chunks.data_size) / (static_cast<float>(mpeg.bitrate * 1000) * 0.125F));
@@ -162,13 +149,14 @@ int describe(Reader* reader, InfoRecord* record) {
 
     char name[codec_name_size];
     find_codec_name(chunks, name);
+    ZatStream stream = new_stream(ZAT_STREAM_AUDIO);
     char line[line_size];
     format_plain_line(chunks, name, line);
-    if (describe_dts(reader, chunks, line) != 0) {
+    if (describe_dts(reader, chunks, &stream, line) != 0) {
         return 1;
     }
     if (chunks.format.tag == wave_tag_mpeg || chunks.format.tag == wave_tag_mpeg_layer3) {
-        describe_mpeg_audio(reader, chunks, record, line);
+        describe_mpeg_audio(reader, chunks, record, &stream, line);
     }
     copy_text(record->label, "[RIFF(WAVE)]");
     describe_origin(chunks, record);

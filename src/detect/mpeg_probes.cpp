@@ -16,11 +16,8 @@ constexpr uint32_t frame_limit = 5116;
 // Decodes a copy of the header at `at`, zeros where the bytes end. False without a sync or when it
 // does not decode.
 bool decode_header(Bytes bytes, size_t at, MpegAudioInfo* info) {
-    uint8_t header[4];
-    for (size_t i = 0; i < sizeof header; ++i) {
-        header[i] = byte_at(bytes, at + i);
-    }
-    return IsMpegAudioSync(header) && DecodeMpegAudioHeader(header, info) == 0;
+    const uint8_t sync[2] = {byte_at(bytes, at), byte_at(bytes, at + 1)};
+    return IsMpegAudioSync(sync) && read_mpeg_audio_header(bytes.subspan(at), info) == 0;
 }
 
 bool has_frame_pair(Bytes bytes, size_t at) {

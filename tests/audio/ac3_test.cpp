@@ -42,9 +42,9 @@ std::vector<uint8_t> header(const Frame& frame) {
     return out.bytes;
 }
 
-std::string line_of(const std::vector<uint8_t>& bytes, void (*format)(const Ac3Info*, char*) = ac3_line) {
+std::string line_of(const std::vector<uint8_t>& bytes, void (*format)(const Ac3Info*, char (&)[line_size]) = ac3_line) {
     Ac3Info info;
-    if (ac3_info(bytes.data(), &info) != 0) {
+    if (ac3_info(bytes, &info) != 0) {
         return "refused";
     }
     char line[line_size];

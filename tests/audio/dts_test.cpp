@@ -25,15 +25,11 @@ std::vector<uint8_t> header(const Frame& frame) {
     return out.bytes;
 }
 
-std::string line_of(std::vector<uint8_t> bytes) {
-    bytes.resize(dts_packed_size);
-    const DtsSyncType type = dts_sync_type(bytes.data());
-    dts_to_16bit_be(bytes.data(), type);
+std::string line_of(const std::vector<uint8_t>& bytes) {
     DtsInfo info;
-    if (dts_info(bytes.data(), &info) != 0) {
+    if (dts_info(bytes, &info) != 0) {
         return "refused";
     }
-    info.sync_type = type;
     char line[line_size];
     dts_line(&info, line);
     return line;

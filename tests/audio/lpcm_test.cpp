@@ -10,7 +10,7 @@ namespace {
 
 std::string dvd_line(uint8_t attribute) {
     LpcmInfo info;
-    EXPECT_EQ(dvd_lpcm_info(&attribute, &info), 0);
+    EXPECT_EQ(dvd_lpcm_info(attribute, &info), 0);
     char line[line_size];
     dvd_lpcm_line(&info, line);
     return line;

@@ -31,7 +31,7 @@ TEST(MpegAudioHeader, decodes_and_consumes_the_header) {
         ByteBuilder header = ByteBuilder().be32(row.header);
         EXPECT_TRUE(IsMpegAudioSync(header.bytes.data()));
         MpegAudioInfo info{};
-        EXPECT_EQ(DecodeMpegAudioHeader(header.bytes.data(), &info), row.result);
+        EXPECT_EQ(DecodeMpegAudioHeader(std::span<uint8_t, 4>(header.bytes), &info), row.result);
         EXPECT_EQ(ReadBE32(header.bytes.data()), row.left);
         const auto& [version, layer, bitrate, sample_rate, frame_size] = row.fields;
         EXPECT_TRUE(info.version_code == version && info.layer == layer && info.bitrate == bitrate) << info.bitrate;
@@ -43,7 +43,7 @@ TEST(MpegAudioHeader, decodes_and_consumes_the_header) {
 std::string line_of(uint32_t header, size_t offset, const ByteBuilder& content, int result) {
     ByteBuilder frame = ByteBuilder().be32(header);
     MpegAudioInfo info{};
-    EXPECT_EQ(DecodeMpegAudioHeader(ByteBuilder(frame).bytes.data(), &info), 0);
+    EXPECT_EQ(read_mpeg_audio_header(frame.bytes, &info), 0);
     frame.pad_to(offset).append(content.bytes).pad_to(info.frame_size);
     frame.bytes.resize(info.frame_size);
     EXPECT_EQ(ParseVbrHeader(frame.bytes, &info), result);

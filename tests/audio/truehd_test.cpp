@@ -21,7 +21,7 @@ TrueHdInfo decoded(const Sync& sync, int result = 0) {
     out.bits(0xB752, 16).bits(UINT32_MAX, 32).bits(sync.peak, 16);
     const auto bytes = ByteBuilder().fill(sync.position, 0xF8).append(out.bytes).pad_to(48).bytes;
     TrueHdInfo info;
-    EXPECT_EQ(truehd_info(bytes.data(), &info), result);
+    EXPECT_EQ(truehd_info(bytes, &info), result);
     return info;
 }
 

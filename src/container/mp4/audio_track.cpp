@@ -1,11 +1,12 @@
 #include "container/mp4/audio_track.h"
 
 #include "audio/aac.h"
+#include "audio/first_frame.h"
 #include "common/codec_catalogue.h"
+#include "common/details.h"
 #include "common/fourcc.h"
 #include "common/text.h"
 #include "container/mp4/audio_config.h"
-#include "container/mp4/first_frame.h"
 #include "container/mp4/sample_entry.h"
 #include "container/mp4/sample_tables.h"
 
@@ -27,7 +28,7 @@ bool name_aac(const EsDescriptor& descriptor, const SampleEntry& entry, char* ou
     if (config.length == 0) {
         return false;
     }
-    GetAACConfig(descriptor.specific_info.data(), &config);
+    GetAACConfig(descriptor.specific_info.first(config.length), &config);
     config.container_channels = entry.channels;
     config.container_sample_rate = entry.sample_rate;
     config.maximum_bitrate = descriptor.maximum_bitrate;
@@ -77,7 +78,8 @@ bool name_by_first_frame(Reader* reader, const Track& track, FrameDescriber desc
     uint8_t start[frame_start_size] = {};
     const uint32_t length = read_first_chunk(reader, track, start, sizeof start);
     char line[line_size] = {};
-    if (length == 0 || !describe(start, length, line)) {
+    ZatStream stream = new_stream(ZAT_STREAM_AUDIO);
+    if (length == 0 || !describe({start, length}, &stream, line)) {
         return false;
     }
     copy_text(out, codec_text_size, line);

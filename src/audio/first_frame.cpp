@@ -1,0 +1,78 @@
+#include "audio/first_frame.h"
+
+#include "audio/stream_facts.h"
+#include "audio/wave_format.h"
+
+#include <algorithm>
+
+namespace zat {
+
+namespace {
+
+struct TaggedDescriber {
+    uint16_t tag;
+    FrameDescriber describe;
+};
+
+constexpr TaggedDescriber tagged_describers[] = {
+    {wave_tag_mpeg, describe_mpeg_audio_frame},
+    {wave_tag_mpeg_layer3, describe_mpeg_audio_frame},
+    {0x00FF, describe_adts_frame}, // AAC
+    {0x1600, describe_adts_frame}, // MPEG_ADTS_AAC
+    {0x2000, describe_ac3_frame},
+    {0x2001, describe_dts_frame},
+};
+
+} // namespace
+
+bool describe_mpeg_audio_frame(Bytes start, ZatStream* stream, char (&line)[line_size]) {
+    const uint8_t sync[2] = {byte_at(start, 0), byte_at(start, 1)};
+    MpegAudioInfo info;
+    if (!IsMpegAudioSync(sync) || read_mpeg_audio_header(start, &info) != 0) {
+        return false;
+    }
+    // Without usable counts the line shows what was decoded all the same.
+    (void)ParseVbrHeader(start.first(std::min<size_t>(start.size(), info.frame_size)), &info);
+    mpeg_audio_facts(info, stream);
+    FormatMpegAudioLine(&info, line);
+    return true;
+}
+
+bool describe_ac3_frame(Bytes start, ZatStream* stream, char (&line)[line_size]) {
+    Ac3Info info;
+    if (ac3_info(start, &info) != 0) {
+        return false;
+    }
+    ac3_facts(info, stream);
+    ac3_line(&info, line);
+    return true;
+}
+
+bool describe_dts_frame(Bytes start, ZatStream* stream, char (&line)[line_size]) {
+    DtsInfo info;
+    if (dts_info(start, &info) != 0) {
+        return false;
+    }
+    dts_facts(info, stream);
+    dts_line(&info, line);
+    return true;
+}
+
+bool describe_adts_frame(Bytes start, ZatStream* stream, char (&line)[line_size]) {
+    const uint8_t sync[2] = {byte_at(start, 0), byte_at(start, 1)};
+    AdtsHeader header;
+    if (!IsAdtsSync(sync) || ParseAdtsHeader(start, &header) != 0) {
+        return false;
+    }
+    adts_facts(header, stream);
+    FormatAdtsLine(&header, line);
+    return true;
+}
+
+FrameDescriber frame_describer(uint16_t format_tag) {
+    const auto* row = std::find_if(std::begin(tagged_describers), std::end(tagged_describers),
+        [=](const TaggedDescriber& each) { return each.tag == format_tag; });
+    return row != std::end(tagged_describers) ? row->describe : nullptr;
+}
+
+} // namespace zat

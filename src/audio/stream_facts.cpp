@@ -1,0 +1,250 @@
+#include "audio/stream_facts.h"
+
+#include "common/channel_layout.h"
+#include "common/numbers.h"
+#include "common/text.h"
+
+#include <bit>
+#include <cstring>
+#include <iterator>
+
+namespace zat {
+
+namespace {
+
+// Speakers by the bits of a channel mask.
+constexpr uint32_t front = 0x3;
+constexpr uint32_t centre = 0x4;
+constexpr uint32_t lfe = 0x8;
+constexpr uint32_t back = 0x30;
+constexpr uint32_t front_of_centre = 0xC0;
+constexpr uint32_t back_centre = 0x100;
+constexpr uint32_t side = 0x600;
+constexpr uint32_t top_centre = 0x800;
+constexpr uint32_t top_front = 0x5000;
+constexpr uint32_t top_front_centre = 0x2000;
+
+template <size_t N>
+uint32_t mask_of(const uint32_t (&masks)[N], size_t code) {
+    return code < N ? masks[code] : 0;
+}
+
+// Sets channels and layout by a mask.
+void set_speakers(uint32_t mask, ZatStream* stream) {
+    stream->channels = static_cast<uint32_t>(std::popcount(mask));
+    set_layout(mask, stream);
+}
+
+void set_rates(int64_t sample_rate, int64_t bit_rate, ZatStream* stream) {
+    stream->sample_rate = sample_rate > 0 ? static_cast<uint32_t>(sample_rate) : 0;
+    stream->bit_rate = bit_rate > 0 ? static_cast<uint64_t>(bit_rate) : 0;
+}
+
+// What an encoder wrote of itself. LAME's name and version fill nine bytes; what stands behind them
+// is not text, though it may look like it.
+void set_encoder(const MpegAudioInfo& info, ZatStream* stream) {
+    constexpr size_t lame_size = 9;
+    std::string_view encoder = bounded_text(info.encoder_string);
+    if (encoder.starts_with("LAME")) {
+        encoder = encoder.substr(0, lame_size);
+    }
+    copy_utf8(stream->encoder, encoder);
+}
+
+// ISO/IEC 14496-3, table 1.17, in the words of the details.
+const char* object_type_profile(uint32_t object_type) {
+    switch (object_type) {
+    case 1:
+        return "Main";
+    case object_type_aac_lc:
+        return "LC";
+    case 3:
+        return "SSR";
+    case 4:
+        return "LTP";
+    case 6:
+        return "Scalable";
+    case 17:
+        return "ER LC";
+    case 19:
+        return "ER LTP";
+    case 20:
+        return "ER Scalable";
+    case 22:
+        return "BSAC";
+    case 23:
+        return "LD";
+    case 39:
+        return "ELD";
+    case object_type_usac:
+        return "xHE-AAC";
+    default:
+        return "";
+    }
+}
+
+// The codecs that share AAC's configuration.
+const char* object_type_codec(uint32_t object_type) {
+    switch (object_type) {
+    case 8:
+    case 24:
+        return "CELP";
+    case 9:
+    case 25:
+        return "HVXC";
+    case 7:
+    case 21:
+        return "TwinVQ";
+    case 32:
+        return "MP1";
+    case 33:
+        return "MP2";
+    case 34:
+        return "MP3";
+    case 36:
+        return "MPEG-4 ALS";
+    case 37:
+    case 38:
+        return "MPEG-4 SLS";
+    default:
+        return "AAC";
+    }
+}
+
+// By channelConfiguration.
+constexpr uint32_t aac_masks[] = {0, centre, front, front | centre, front | centre | back_centre,
+    front | centre | side, front | centre | side | lfe,
+    front | centre | side | lfe | front_of_centre, 0, 0, 0,
+    front | centre | side | lfe | back_centre, front | centre | side | lfe | back, 0,
+    front | centre | side | lfe | top_front};
+
+} // namespace
+
+void set_layout(uint32_t mask, ZatStream* stream) {
+    details_layout(mask, stream->channels, stream->layout);
+}
+
+void mpeg_audio_facts(const MpegAudioInfo& info, ZatStream* stream) {
+    if (info.layer < 1) {
+        return;
+    }
+    format_text(stream->codec, sizeof stream->codec, "MP%d", info.layer);
+    constexpr uint8_t single_channel = 3;
+    constexpr uint8_t dual_channel = 2;
+    stream->channels = info.channel_mode == single_channel ? 1 : 2;
+    if (info.channel_mode != dual_channel) {
+        set_layout(stream->channels == 1 ? centre : front, stream);
+    }
+    const bool constant = info.rate_mode == rate_mode_constant;
+    set_rates(static_cast<int32_t>(info.sample_rate), constant ? info.bitrate * 1000 : 0, stream);
+    stream->bit_rate_mode = constant                               ? ZAT_BIT_RATE_CONSTANT
+                            : info.rate_mode == rate_mode_variable ? ZAT_BIT_RATE_VARIABLE
+                                                                   : 0;
+    set_encoder(info, stream);
+    if (info.frame_count == 0 || stream->sample_rate == 0) {
+        return;
+    }
+    // What the VBR header counts; its own frame is not part of the stream.
+    stream->samples = uint64_t{info.frame_count} * mpeg_audio_frame_samples(&info);
+    stream->duration = static_cast<double>(stream->samples) / stream->sample_rate;
+    if (!constant) {
+        stream->bit_rate =
+            clamp_to_integer<uint64_t>(info.byte_count * 8.0 / stream->duration + 0.5);
+    }
+}
+
+void ac3_facts(const Ac3Info& info, ZatStream* stream) {
+    // By acmod (ATSC A/52, table 5.8).
+    static constexpr uint32_t masks[] = {front, centre, front, front | centre, front | back_centre,
+        front | centre | back_centre, front | side, front | centre | side};
+    copy_utf8(stream->codec, "AC-3");
+    set_speakers(mask_of(masks, info.acmod) | (info.has_lfe ? lfe : 0), stream);
+    if (info.acmod == 0) {
+        stream->layout[0] = '\0'; // two programmes
+    }
+    set_rates(info.sample_rate, info.bitrate * 1000, stream);
+    stream->bit_rate_mode = ZAT_BIT_RATE_CONSTANT;
+}
+
+void dts_facts(const DtsInfo& info, ZatStream* stream) {
+    // By AMODE (ETSI TS 102 114, table 5-4); the other arrangements have speakers without names.
+    static constexpr uint32_t masks[] = {centre, 0, front, front, front, front | centre,
+        front | back_centre, front | centre | back_centre, front | side, front | centre | side};
+    copy_utf8(stream->codec, "DTS");
+    const bool has_lfe = info.lfe[0] != '\0';
+    const bool xch = info.has_extension && (info.extension_id == dts_extension_xch ||
+                                               info.extension_id == dts_extension_xch_x96);
+    const bool x96 = info.has_extension && (info.extension_id == dts_extension_x96 ||
+                                               info.extension_id == dts_extension_xch_x96);
+    uint32_t mask = mask_of(masks, info.amode);
+    if (info.channels > 0) {
+        stream->channels = static_cast<uint32_t>(info.channels) + (has_lfe ? 1 : 0) + (xch ? 1 : 0);
+    }
+    if (mask != 0) {
+        mask |= (has_lfe ? lfe : 0) | (xch ? back_centre : 0);
+        set_layout(mask, stream);
+    }
+    set_rates(info.sample_rate * (x96 ? 2 : 1), info.bitrate, stream);
+    stream->bit_rate_mode = ZAT_BIT_RATE_CONSTANT;
+    copy_utf8(stream->profile, x96 ? "96/24" : xch || info.es[0] != '\0' ? "ES" : "");
+}
+
+void truehd_facts(const TrueHdInfo& info, ZatStream* stream) {
+    // By the bits of the channel assignment; those without a name make the mask one that does not
+    // fit the count.
+    static constexpr uint32_t masks[] = {front, centre, lfe, side, top_front, front_of_centre, back,
+        back_centre, top_centre, 0, 0, top_front_centre, 0};
+    copy_utf8(stream->codec, "TrueHD");
+    stream->channels = info.channels;
+    uint32_t mask = 0;
+    for (size_t bit = 0; bit < std::size(masks); ++bit) {
+        mask |= (info.assignment >> bit & 1) != 0 ? masks[bit] : 0;
+    }
+    set_layout(mask, stream);
+    stream->sample_rate = info.sample_rate;
+    stream->bit_rate_mode = info.vbr != 0 ? ZAT_BIT_RATE_VARIABLE : ZAT_BIT_RATE_CONSTANT;
+    stream->flags |= ZAT_FLAG_LOSSLESS;
+}
+
+void aac_facts(const AudioSpecificConfig& config, ZatStream* stream) {
+    copy_utf8(stream->codec, object_type_codec(config.object_type));
+    const bool high_efficiency = config.object_type == object_type_aac_lc && config.sbr;
+    copy_utf8(stream->profile, high_efficiency && config.ps ? "HE-AACv2"
+                               : high_efficiency            ? "HE-AAC"
+                                                 : object_type_profile(config.object_type));
+    const bool doubled = config.sbr && config.sbr_sample_rate != 0;
+    stream->sample_rate = doubled ? config.sbr_sample_rate : config.sample_rate;
+    // Parametric stereo makes two channels of one.
+    const bool parametric = config.ps && config.channels == 1;
+    stream->channels = parametric ? 2 : config.channels;
+    set_layout(parametric ? front : mask_of(aac_masks, config.channel_configuration), stream);
+}
+
+void adts_facts(const AdtsHeader& header, ZatStream* stream) {
+    aac_facts({.object_type = header.profile + 1,
+                  .sample_rate = aac_sample_rate(header.sampling_frequency_index),
+                  .channel_configuration = header.channel_configuration,
+                  .channels = aac_channels(header.channel_configuration)},
+        stream);
+    stream->bit_rate = uint64_t{header.frame_length} * 8 * stream->sample_rate / 1024;
+    stream->estimated |= ZAT_ESTIMATED_BIT_RATE;
+}
+
+void vorbis_facts(const VorbisInfo& info, ZatStream* stream) {
+    // Vorbis I, 4.3.9.
+    static constexpr uint32_t masks[] = {0, centre, front, front | centre, front | back,
+        front | centre | back, front | centre | lfe | back,
+        front | centre | lfe | side | back_centre, front | centre | lfe | side | back};
+    constexpr uint32_t limit = 0x80000000; // a negative rate is not set
+    copy_utf8(stream->codec, "Vorbis");
+    stream->channels = info.channels;
+    set_layout(mask_of(masks, info.channels), stream);
+    const uint32_t bit_rate = vorbis_bitrate(&info);
+    set_rates(info.sample_rate, bit_rate < limit ? bit_rate : 0, stream);
+    stream->bit_rate_mode = info.bitrate_minimum == info.bitrate_maximum &&
+                                    info.bitrate_maximum == bit_rate && stream->bit_rate != 0
+                                ? ZAT_BIT_RATE_CONSTANT
+                                : ZAT_BIT_RATE_VARIABLE;
+}
+
+} // namespace zat

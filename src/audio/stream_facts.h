@@ -1,0 +1,41 @@
+// What the audio parsers find, as the typed facts of a stream: one codec vocabulary for all
+// containers, rates and channels as they are decoded. Each function sets what its parser knows and
+// leaves the rest, so that a container's own facts may be set before or behind it.
+#pragma once
+
+#include "audio/ac3.h"
+#include "audio/adts.h"
+#include "audio/audio_specific_config.h"
+#include "audio/dts.h"
+#include "audio/lpcm.h"
+#include "audio/mpeg_audio.h"
+#include "audio/truehd.h"
+#include "audio/vorbis.h"
+#include "common/details.h"
+
+namespace zat {
+
+// By the first frame and the VBR header in it, if any: with one, also samples and duration.
+void mpeg_audio_facts(const MpegAudioInfo& info, ZatStream* stream);
+
+void ac3_facts(const Ac3Info& info, ZatStream* stream);
+
+// The core, with the extensions inside it.
+void dts_facts(const DtsInfo& info, ZatStream* stream);
+
+void truehd_facts(const TrueHdInfo& info, ZatStream* stream);
+
+void aac_facts(const AudioSpecificConfig& config, ZatStream* stream);
+
+// The bit rate is that of one frame, and marked as estimated.
+void adts_facts(const AdtsHeader& header, ZatStream* stream);
+
+void vorbis_facts(const VorbisInfo& info, ZatStream* stream);
+
+void dvd_lpcm_facts(const LpcmInfo& info, ZatStream* stream);
+void bd_lpcm_facts(const LpcmInfo& info, ZatStream* stream);
+
+// The speakers of a channel mask; none when their number is not that of the channels.
+void set_layout(uint32_t mask, ZatStream* stream);
+
+} // namespace zat
