@@ -6,6 +6,7 @@
 #include "audio/flac_streaminfo.h"
 #include "audio/opus_config.h"
 #include "audio/stream_facts.h"
+#include "audio/wave_format.h"
 #include "common/codec_names.h"
 #include "common/numbers.h"
 #include "common/text.h"
@@ -149,6 +150,18 @@ void read_alac(TrackFacts* facts, ZatStream* stream) {
     }
 }
 
+// WAVEFORMATEX in a box of its own.
+void read_wave_format_box(TrackFacts* facts, ZatStream* stream) {
+    uint8_t box[config_size];
+    const Bytes bytes = read_box(facts->reader, facts->entry.audio_configuration, box);
+    const CodecName name = bytes.size() >= wave_plain_size
+                               ? format_tag_name(codec_tag(read_wave_format(bytes)))
+                               : CodecName{};
+    if (!name.codec.empty()) {
+        set_codec(stream, name);
+    }
+}
+
 void read_amr(TrackFacts* /*facts*/, ZatStream* stream) {
     // The entry's own fields are fixed, whatever the sound is (3GPP TS 26.244, 6.5).
     stream->sample_rate = std::string_view(stream->codec) == "AMR-NB" ? 8000 : 16000;
@@ -170,6 +183,7 @@ constexpr CodecReader config_readers[] = {
     {"Opus", read_opus},
     {"FLAC", read_flac},
     {"ALAC", read_alac},
+    {"WMA1", read_wave_format_box},
     {"AMR-NB", read_amr},
     {"AMR-WB", read_amr},
 };

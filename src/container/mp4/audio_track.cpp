@@ -119,7 +119,7 @@ void name_codec(Reader* reader, const Track& track, const SampleEntry& entry, ch
 
 void describe_audio(Reader* reader, Track* track, AudioDescription* description) {
     SampleEntry entry;
-    read_sample_entry(reader, *track, &entry);
+    read_sample_entry(reader, *track, 0, &entry);
     const SampleTotals& totals = sample_totals(reader, track);
     description->bytes = totals.bytes;
     description->bitrate = apply_audio_config(reader, &entry);

@@ -45,6 +45,7 @@ struct Track {
     Span extended_language; // "elng"
     Span user_data;         // "udta"
     Span time_to_sample;    // "stts"
+    Span sample_to_chunk;   // "stsc"
     // Of the track's fragments; sums wrap.
     uint32_t fragment_samples = 0;
     uint64_t fragment_bytes = 0;

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <limits>
 
 namespace zat::mp4 {
@@ -55,9 +56,9 @@ void describe_tracks(Reader* reader, Movie* movie, ZatDetails* details) {
     details->stream_count += static_cast<uint32_t>(all - movie->track_count);
 }
 
-void describe_format(const Output& out, const Movie& movie) {
-    ZatDetails* details = out.details;
-    copy_utf8(details->format, out.record->type_code == FILETYPE_QUICKTIME ? "QuickTime" : "MP4");
+void describe_format(const Movie& movie, ZatDetails* details) {
+    const bool quicktime = !movie.brand_seen || std::memcmp(movie.brand, "qt  ", 4) == 0;
+    copy_utf8(details->format, quicktime ? "QuickTime" : "MP4");
     if (movie.brand_seen) {
         char brand[fourcc_text_size];
         printable_fourcc_text(movie.brand, brand);
@@ -102,9 +103,8 @@ double duration_of(Reader* reader, const Movie& movie, double seconds) {
 
 } // namespace
 
-void describe_movie(const Output& out, Reader* reader, Movie* movie, double seconds) {
-    ZatDetails* details = out.details;
-    describe_format(out, *movie);
+void describe_movie(Reader* reader, Movie* movie, double seconds, ZatDetails* details) {
+    describe_format(*movie, details);
     const double duration = duration_of(reader, *movie, seconds);
     details->duration = duration > 0 ? duration : std::numeric_limits<double>::quiet_NaN();
     read_creation_time(reader, movie->header, details);

@@ -125,7 +125,7 @@ void write_movie(const Output& out, Reader* reader, Movie* movie) {
     write_extra(record, *movie, sps_notes);
     set_label(record, movie->large_atom_seen ? "[Quick Time(64BitAtom)]" : "[Quick Time]");
     if (out.details != nullptr) {
-        describe_movie(out, reader, movie, seconds);
+        describe_movie(reader, movie, seconds, out.details);
     }
 }
 

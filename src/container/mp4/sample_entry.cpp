@@ -2,6 +2,7 @@
 
 #include "common/numbers.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace zat::mp4 {
@@ -37,6 +38,7 @@ constexpr Located located[] = {
     {fourcc("fiel"), &SampleEntry::fields},
     {fourcc("btrt"), &SampleEntry::bit_rates},
     {fourcc("enda"), &SampleEntry::byte_order},
+    {fourcc("wfex"), &SampleEntry::audio_configuration},
     {fourcc("pcmC"), &SampleEntry::pcm_configuration},
     {fourcc("sinf"), &SampleEntry::protection},
 };
@@ -115,9 +117,10 @@ int64_t read_audio_fields(Reader* reader, Span space, bool quicktime_versions, S
     return common_size + version_0_size;
 }
 
-// Where the last entry stands; false without any.
-bool find_last_entry(Reader* reader, Span description, Span* last) {
+// Where the entry of a number, or the last one before it, stands; false without any.
+bool find_entry(Reader* reader, Span description, uint32_t number, Span* found_at) {
     uint32_t count = read_be32(reader, description, 4);
+    count = number != 0 ? std::min(count, number) : count;
     Span space = description;
     space.start += 8;
     bool found = false;
@@ -128,7 +131,7 @@ bool find_last_entry(Reader* reader, Span description, Span* last) {
         if (!next_child(reader, &space, &entry) || entry.payload.end - rest.start < common_size) {
             break;
         }
-        *last = {rest.start, entry.payload.end};
+        *found_at = {rest.start, entry.payload.end};
         found = true;
         --count;
     }
@@ -137,11 +140,11 @@ bool find_last_entry(Reader* reader, Span description, Span* last) {
 
 } // namespace
 
-void read_sample_entry(Reader* reader, const Track& track, SampleEntry* entry) {
+void read_sample_entry(Reader* reader, const Track& track, uint32_t number, SampleEntry* entry) {
     Span space;
     uint8_t description[4];
     if (!read_all(reader, track.sample_description, 0, description, sizeof description) ||
-        !find_last_entry(reader, track.sample_description, &space)) {
+        !find_entry(reader, track.sample_description, number, &space)) {
         return;
     }
     entry->found = read_all(reader, space, 4, entry->format, sizeof entry->format);

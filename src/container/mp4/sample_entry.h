@@ -46,8 +46,9 @@ struct SampleEntry {
     Span fixed;               // behind the common fields
 };
 
-// Reads the last entry of a track. Without one, all fields stay cleared.
-void read_sample_entry(Reader* reader, const Track& track, SampleEntry* entry);
+// Reads an entry of a track, counted from 1; 0 is the last one. Without one, all fields stay
+// cleared.
+void read_sample_entry(Reader* reader, const Track& track, uint32_t number, SampleEntry* entry);
 
 // An entry's elementary stream descriptor, with the bytes that it points into: encoders' headers
 // are some dozen bytes long.

@@ -151,44 +151,84 @@ void read_track_user_data(TrackFacts* facts, ZatStream* stream) {
     }
 }
 
-// An empty edit at the front delays the track (ISO/IEC 14496-12, 8.6.6); its scale is the movie's.
-void read_start(TrackFacts* facts, uint32_t movie_scale, ZatStream* stream) {
+// What edits make of the media (ISO/IEC 14496-12, 8.6.6): an empty one at the front delays the
+// track, the others tell how long it is played. Their scale is the movie's.
+void read_edits(TrackFacts* facts, uint32_t movie_scale, ZatStream* stream) {
+    constexpr uint32_t most_entries = 64;
     Reader* reader = facts->reader;
     const Span list = facts->track->edit_list;
     const bool large = version_1(reader, list);
+    const int64_t entry_size = large ? 20 : 12;
+    const uint32_t entries = std::min(read_be32(reader, list, 4), most_entries);
+    const double media = stream->duration;
+    double played = 0;
+    bool sound = true;
     stream->start = 0;
-    if (movie_scale == 0 || read_be32(reader, list, 4) == 0 ||
-        read_be32(reader, list, large ? 20 : 12) != UINT32_MAX) { // media_time of -1
-        return;
+    for (uint32_t i = 0; movie_scale != 0 && i < entries; ++i) {
+        const int64_t at = 8 + i * entry_size;
+        const uint64_t high = large ? read_be32(reader, list, at) : 0;
+        const uint64_t duration = high << 32 | read_be32(reader, list, at + (large ? 4 : 0));
+        const double seconds = static_cast<double>(duration) / movie_scale;
+        if (read_be32(reader, list, at + (large ? 12 : 4)) != UINT32_MAX) { // media_time of -1
+            played += seconds;
+            sound = sound && seconds < media + 1; // one edit plays the media once at most
+        } else if (i == 0) {
+            stream->start = seconds;
+        }
     }
-    const uint64_t high = large ? read_be32(reader, list, 8) : 0;
-    const uint64_t delay = high << 32 | read_be32(reader, list, large ? 12 : 8);
-    stream->start = static_cast<double>(delay) / movie_scale;
+    if (played > 0 && sound) {
+        stream->duration = played;
+    }
 }
 
-// Of the media: in its own header, with what fragments add to a movie that has samples of its own;
-// without one there, that of the track in the movie.
-double media_seconds(TrackFacts* facts, uint32_t movie_scale) {
+double track_header_seconds(TrackFacts* facts, uint32_t movie_scale) {
     Reader* reader = facts->reader;
-    const Track& track = *facts->track;
-    const HeaderTime time = read_header_time(reader, track.media_header);
-    const bool own_samples = track.totals.samples != track.fragment_samples;
-    const auto declared = static_cast<double>(time.duration);
-    const auto fragments = static_cast<double>(track.fragment_duration);
-    const double units = own_samples ? declared + fragments : std::max(declared, fragments);
-    if (time.scale != 0 && units > 0) {
-        return units / time.scale;
-    }
-    const bool large = version_1(reader, track.header);
-    const uint32_t low = read_be32(reader, track.header, large ? 32 : 20);
-    const uint64_t high = large ? read_be32(reader, track.header, 28) : 0;
-    const uint64_t duration = high << 32 | low;
+    const Span header = facts->track->header;
+    const bool large = version_1(reader, header);
+    const uint64_t high = large ? read_be32(reader, header, 28) : 0;
+    const uint64_t duration = high << 32 | read_be32(reader, header, large ? 32 : 20);
     const bool known = duration != (large ? UINT64_MAX : uint64_t{UINT32_MAX});
     return movie_scale != 0 && known ? static_cast<double>(duration) / movie_scale : 0;
 }
 
+// Samples are counted over their own time: in fragments that can be a part of what is declared.
+void measure(TrackFacts* facts, uint32_t movie_scale, ZatStream* stream) {
+    const Track& track = *facts->track;
+    const HeaderTime media = read_header_time(facts->reader, track.media_header);
+    double declared = 0;
+    double fragments = 0;
+    if (media.scale != 0) {
+        declared = static_cast<double>(media.duration) / media.scale;
+        fragments = static_cast<double>(track.fragment_duration) / media.scale;
+    }
+    const bool own_samples = track.totals.samples != track.fragment_samples;
+    if (own_samples || fragments == 0) {
+        declared = declared != 0 ? declared : track_header_seconds(facts, movie_scale);
+        facts->seconds = declared + fragments;
+    } else {
+        facts->seconds = fragments;
+    }
+    stream->duration = std::max(declared, facts->seconds);
+}
+
+// Sound that older entries describe no further: samples and bytes of a packet, per channel.
+struct PacketFormat {
+    uint32_t format;
+    uint32_t samples;
+    uint32_t bytes;
+};
+
+constexpr PacketFormat packet_formats[] = {
+    {fourcc("MAC3"), 6, 2},
+    {fourcc("MAC6"), 6, 1},
+    {fourcc("ima4"), 64, 34},
+    {fourcc("agsm"), 160, 33},
+    {fourcc("alaw"), 1, 1},
+    {fourcc("ulaw"), 1, 1},
+};
+
 // QuickTime tells sound by samples of one byte: a packet, or a sample of all channels, has the size
-// that the entry tells.
+// that the entry or the format tells.
 uint64_t movie_bytes(const TrackFacts& facts, const ZatStream& stream) {
     const SampleTotals& totals = facts.track->totals;
     const uint64_t samples = totals.samples - facts.track->fragment_samples;
@@ -199,6 +239,11 @@ uint64_t movie_bytes(const TrackFacts& facts, const ZatStream& stream) {
     if (stream.kind == ZAT_STREAM_AUDIO && totals.sample_size == 1) {
         if (entry.packet_samples != 0 && entry.frame_size != 0) {
             return samples * entry.frame_size / entry.packet_samples;
+        }
+        for (const PacketFormat& row : packet_formats) {
+            if (row.format == facts.format) {
+                return samples / row.samples * row.bytes * stream.channels;
+            }
         }
         const uint64_t frame = uint64_t{stream.channels} * stream.bit_depth / 8;
         if (std::string_view(stream.codec) == "PCM" && frame != 0) {
@@ -284,18 +329,19 @@ void describe_track(Reader* reader, const Movie& movie, Track* track, ZatDetails
     TrackFacts facts;
     facts.reader = reader;
     facts.track = track;
-    read_sample_entry(reader, *track, &facts.entry);
+    // The samples of the first chunk have the entry that its row tells.
+    read_sample_entry(
+        reader, *track, read_be32(reader, track->sample_to_chunk, 16, 1), &facts.entry);
     facts.format = ReadBE32(facts.entry.format);
     read_es_box(reader, facts.entry, &facts.es);
     const SampleTotals& totals = sample_totals(reader, track);
     const uint32_t movie_scale = read_header_time(reader, movie.header).scale;
-    facts.seconds = media_seconds(&facts, movie_scale);
-    stream.duration = facts.seconds;
+    measure(&facts, movie_scale, &stream);
 
     read_track_header(&facts, &stream);
     read_language(&facts, &stream);
     read_track_user_data(&facts, &stream);
-    read_start(&facts, movie_scale, &stream);
+    read_edits(&facts, movie_scale, &stream);
     read_bit_rates(&facts);
     if (facts.entry.found) {
         char text[fourcc_text_size];

@@ -14,7 +14,7 @@ struct TrackFacts {
     SampleEntry entry;
     uint32_t format = 0; // of the entry, that before encryption where it is encrypted
     EsBox es;
-    double seconds = 0; // of the media
+    double seconds = 0; // of the samples that are counted
     uint64_t claim = 0; // bit/s that a configuration tells
 };
 

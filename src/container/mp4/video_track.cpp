@@ -72,7 +72,7 @@ void describe_mpeg4_visual(Bytes headers, VideoDescription* description) {
 
 void describe_video(Reader* reader, Track* track, VideoDescription* description) {
     SampleEntry entry;
-    read_sample_entry(reader, *track, &entry);
+    read_sample_entry(reader, *track, 0, &entry);
     const SampleTotals& totals = sample_totals(reader, track);
     description->frames = totals.samples;
     description->bytes = totals.bytes;

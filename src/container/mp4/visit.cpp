@@ -161,6 +161,7 @@ constexpr Rule detail_rules[] = {
     {"/moov/trak/tref/chap", visit_track_detail<&Track::chapter_reference>},
     {"/moov/trak/mdia/elng", visit_track_detail<&Track::extended_language>},
     {"/moov/trak/mdia/minf/stbl/stts", visit_track_detail<&Track::time_to_sample>},
+    {"/moov/trak/mdia/minf/stbl/stsc", visit_track_detail<&Track::sample_to_chunk>},
 };
 
 // From the last type on, which most rules differ in.
