@@ -1,6 +1,7 @@
 #include "corpus.h"
 
 #include "support/byte_builder.h"
+#include "support/ogg_builder.h"
 
 #include <filesystem>
 #include <fstream>
@@ -9,6 +10,8 @@
 namespace {
 
 using zat::test::ByteBuilder;
+using zat::test::comment_block;
+using zat::test::OggBuilder;
 using Bytes = std::vector<uint8_t>;
 
 void write_file(const std::string& path, const Bytes& bytes, uint64_t size = 0) {
@@ -119,6 +122,24 @@ Bytes long_movie() {
         .bytes;
 }
 
+// Pages of 4 KiB, each with a second of Opus.
+Bytes hour_of_opus() {
+    const Bytes head =
+        ByteBuilder().text("OpusHead").u8(1).u8(2).le16(312).le32(48000).le16(0).u8(0).bytes;
+    const Bytes tags = ByteBuilder().text("OpusTags").append(comment_block("libopus", {})).bytes;
+    const Bytes packet = ByteBuilder().u8(0x78).pad_to(80).bytes;
+    ByteBuilder body;
+    for (int i = 0; i < 50; ++i) {
+        body.append(packet);
+    }
+    OggBuilder file;
+    file.page(2, 0, {head}).page(0, 0, {tags});
+    for (int64_t second = 1; second <= 3600; ++second) {
+        file.raw_page(0, 48000 * second + 312, Bytes(50, 80), body.bytes);
+    }
+    return file.bytes;
+}
+
 Bytes random_bytes(size_t count) {
     std::mt19937_64 random(1);
     Bytes bytes(count);
@@ -139,13 +160,14 @@ std::vector<BenchFile> make_corpus(const std::string& directory) {
     };
     add("mp3-60min", hour_of_mp3());
     add("wav-3gb-sparse", pcm_wav_head(3000000000U), 3000000000U);
+    add("ogg-60min", hour_of_opus());
     add("mp4-2h", long_movie(), 2000000000U);
     add("header-typed-5gb", ByteBuilder().text("fLaC").raw({0, 0, 0, 34}).fill(100000, 7).bytes,
         5000000000U);
     add("random-1mib", random_bytes(1 << 20));
     add("random-5mib", random_bytes(5 << 20));
     for (const char* real : {"mp3-vbr.mp3", "pcm.wav", "surround.ac3", "surround.dts", "avc.mp4",
-             "fragmented.mp4", "asp.mov", "avc.flv", "video.rm"}) {
+             "fragmented.mp4", "asp.mov", "avc.flv", "video.rm", "opus.ogg", "theora.ogv"}) {
         files.push_back({real, std::string(ZAT_SOURCE_DIR "fuzz/seeds/") + real});
     }
     return files;

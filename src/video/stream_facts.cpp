@@ -3,6 +3,7 @@
 #include "common/details.h"
 #include "common/text.h"
 #include "video/avc_names.h"
+#include "video/colour_names.h"
 #include "video/mpeg4_visual.h"
 
 #include <iterator>
@@ -101,6 +102,9 @@ void mpeg2_facts(const MpegVideoHeaders& headers, ZatStream* stream) {
     set_scan(extension.progressive != 0, stream);
     set_field_order(headers.picture, stream);
     copy_utf8(stream->chroma, mpeg_chroma_name(extension.chroma_format));
+    set_colour(stream, {.primaries = headers.display.colour_primaries,
+                           .transfer = headers.display.transfer_characteristics,
+                           .matrix = headers.display.matrix_coefficients});
 }
 
 } // namespace
@@ -118,9 +122,12 @@ void avc_facts(const AvcSequenceInfo& info, ZatStream* stream) {
     set_frame_rate(stream, info.time_scale, uint64_t{info.num_units_in_tick} * 2);
     set_scan(info.frame_mbs_only != 0, stream);
     stream->bit_depth = info.bit_depth;
-    static constexpr const char* chroma[] = {"4:0:0", "4:2:0", "4:2:2", "4:4:4"};
-    copy_utf8(stream->chroma,
-        info.chroma_format_idc < std::size(chroma) ? chroma[info.chroma_format_idc] : "");
+    copy_utf8(stream->chroma, chroma_format_name(info.chroma_format_idc));
+    set_colour(stream, {.primaries = info.colour_primaries,
+                           .transfer = info.transfer_characteristics,
+                           .matrix = info.matrix_coefficients,
+                           .range_known = info.range_told,
+                           .full_range = info.full_range != 0});
 }
 
 void mpeg_video_facts(const MpegVideoHeaders& headers, ZatStream* stream) {
@@ -187,6 +194,9 @@ void vc1_facts(const Vc1Sequence& sequence, ZatStream* stream) {
     set_pixel_aspect(stream, sequence.aspect_width, sequence.aspect_height);
     set_frame_rate(stream, sequence.frame_rate_numerator, sequence.frame_rate_denominator);
     set_scan(sequence.interlaced == 0, stream);
+    set_colour(stream, {.primaries = sequence.colour_primaries,
+                           .transfer = sequence.transfer_characteristics,
+                           .matrix = sequence.matrix_coefficients});
 }
 
 void avc_codec_text(const AvcSequenceInfo& info, char (&text)[video_codec_size]) {

@@ -141,8 +141,9 @@ TEST(VideoFacts, of_vc1) {
     EXPECT_EQ(find_vc1_sequence(header(3), &sequence), 0);
     ZatStream stream = new_stream(ZAT_STREAM_VIDEO);
     vc1_facts(sequence, &stream);
-    EXPECT_EQ(stream_text(stream), "video frame_rate=23.976 size=1920:1080 pixel=4:3 display=64:27 fps_ratio=24000:1001 scan=2 "
-                                   "bit_depth=8 codec=VC-1 profile=Advanced level=3 chroma=4:2:0");
+    EXPECT_EQ(stream_text(stream),
+        "video frame_rate=23.976 size=1920:1080 pixel=4:3 display=64:27 fps_ratio=24000:1001 scan=2 bit_depth=8 codec=VC-1 "
+        "profile=Advanced level=3 chroma=4:2:0 primaries=BT.2020 transfer=PQ matrix=BT.2020 hdr=HDR10");
     char text[video_codec_size];
     vc1_codec_text(sequence, text);
     EXPECT_STREQ(text, "VC-1 Advanced@3");

@@ -1,0 +1,125 @@
+#include "audio/frame_search.h"
+
+#include "audio/ac3.h"
+#include "audio/mpeg_audio.h"
+
+#include <algorithm>
+#include <array>
+
+namespace zat {
+
+namespace {
+
+constexpr size_t header_size = 8; // enough for every kind
+
+bool read_mpeg_header(Bytes bytes, MpegAudioInfo* info) {
+    std::array<uint8_t, mpeg_audio_header_size> header{bytes[0], bytes[1], bytes[2], bytes[3]};
+    *info = {};
+    return IsMpegAudioSync(header.data()) && DecodeMpegAudioHeader(header.data(), info) == 0 &&
+           info->bitrate > 0;
+}
+
+// ISO/IEC 11172-3, 2.4.3.1, by slots; the frame size of the info is one that lines show.
+uint32_t mpeg_audio_size(Bytes bytes) {
+    MpegAudioInfo info;
+    if (!read_mpeg_header(bytes, &info)) {
+        return 0;
+    }
+    const auto rate = static_cast<uint32_t>(info.bitrate) * 1000;
+    const auto padding = static_cast<uint32_t>(info.padding);
+    if (info.layer == 1) {
+        return (12 * rate / info.sample_rate + padding) * 4;
+    }
+    const uint32_t factor = info.layer == 3 && info.version_code != 10 ? 72 : 144;
+    return factor * rate / info.sample_rate + padding;
+}
+
+uint32_t adts_size(Bytes bytes) {
+    // syncword, layer '00'; aac_frame_length (ISO/IEC 13818-7, 6.2.1 and 6.2.2)
+    const bool is_sync = bytes[0] == 0xFF && (bytes[1] & 0xF6) == 0xF0;
+    return is_sync ? (bytes[3] & 3U) << 11 | uint32_t{bytes[4]} << 3 | bytes[5] >> 5 : 0;
+}
+
+uint32_t ac3_size(Bytes bytes) {
+    constexpr uint8_t last_bsid = 8;
+    const bool is_sync = has_at(bytes, 0, "\x0B\x77") && bytes[5] >> 3 <= last_bsid;
+    return is_sync ? static_cast<uint32_t>(ac3_framesize(bytes[4] & 0x3F, bytes[4] >> 6)) : 0;
+}
+
+uint32_t dts_size(Bytes bytes) {
+    // FSIZE (ETSI TS 102 114, 5.3.1)
+    const bool is_sync = has_at(bytes, 0, "\x7F\xFE\x80\x01");
+    return is_sync ? ((bytes[5] & 3U) << 12 | uint32_t{bytes[6]} << 4 | bytes[7] >> 4) + 1 : 0;
+}
+
+struct Kind {
+    uint8_t first_byte;
+    uint32_t (*size)(Bytes);
+    // The bits of the header that all frames of a stream share.
+    std::array<uint8_t, header_size> shared;
+};
+
+constexpr Kind kinds[] = {
+    {0xFF, mpeg_audio_size, {0xFF, 0xFE, 0x0C, 0, 0, 0, 0, 0}},
+    {0xFF, adts_size, {0xFF, 0xFE, 0xFC, 0, 0, 0, 0, 0}},
+    {0x0B, ac3_size, {0xFF, 0xFF, 0, 0, 0xC0, 0xF8, 0, 0}},
+    {0x7F, dts_size, {0xFF, 0xFF, 0xFF, 0xFF, 0, 0, 0, 0}},
+};
+
+const Kind& kind_of(FrameKind kind) {
+    return kinds[static_cast<size_t>(kind)];
+}
+
+} // namespace
+
+uint32_t audio_frame_size(FrameKind kind, Bytes bytes) {
+    return bytes.size() >= header_size ? kind_of(kind).size(bytes) : 0;
+}
+
+int64_t find_audio_frame(FrameKind kind, Bytes bytes) {
+    const Kind& row = kind_of(kind);
+    int64_t unconfirmed = -1;
+    for (size_t at = 0; at + header_size <= bytes.size(); ++at) {
+        if (bytes[at] != row.first_byte) {
+            continue;
+        }
+        const Bytes frame = bytes.subspan(at);
+        const uint32_t size = row.size(frame);
+        if (size < header_size) {
+            continue;
+        }
+        if (size + header_size > frame.size()) {
+            unconfirmed = unconfirmed < 0 ? static_cast<int64_t>(at) : unconfirmed;
+            continue;
+        }
+        bool same = true;
+        for (size_t i = 0; i < header_size; ++i) {
+            same = same && ((frame[i] ^ frame[size + i]) & row.shared[i]) == 0;
+        }
+        if (same && row.size(frame.subspan(size)) != 0) {
+            return static_cast<int64_t>(at);
+        }
+    }
+    return unconfirmed;
+}
+
+uint32_t audio_frame_samples(FrameKind kind, Bytes bytes) {
+    if (audio_frame_size(kind, bytes) == 0) {
+        return 0;
+    }
+    MpegAudioInfo info;
+    switch (kind) {
+    case FrameKind::mpeg_audio:
+        read_mpeg_header(bytes, &info);
+        return info.layer == 1 ? 384 : info.layer == 3 && info.version_code != 10 ? 576 : 1152;
+    case FrameKind::adts:
+        return 1024;
+    case FrameKind::ac3:
+        return 1536;
+    case FrameKind::dts: // NBLKS + 1 blocks of 32
+        return ((bytes[4] & 1U) << 6 | bytes[5] >> 2) * 32 + 32;
+    }
+    return 0;
+}
+
+} // namespace zat
