@@ -29,7 +29,8 @@ bool read_ac3_config(Bytes record, Ac3Config* config) {
         32, 40, 48, 56, 64, 80, 96, 112, 128, 160, 192, 224, 256, 320, 384, 448, 512, 576, 640};
     BitReader bits{.bytes = record};
     const uint32_t fscod = read_bits(&bits, 2);
-    skip_bits(&bits, 5 + 3); // bsid, bsmod
+    const uint32_t bsid = read_bits(&bits, 5);
+    skip_bits(&bits, 3); // bsmod
     const uint32_t acmod = read_bits(&bits, 3);
     const uint32_t lfeon = read_bits(&bits, 1);
     const uint32_t rate = read_bits(&bits, 5);
@@ -39,6 +40,10 @@ bool read_ac3_config(Bytes record, Ac3Config* config) {
     *config = {};
     config->sample_rate = rate_of(fscod);
     config->bit_rate = rate < std::size(rates) ? uint32_t{rates[rate]} * 1000 : 0;
+    if (bsid == 9 || bsid == 10) { // half and quarter of the usual rates
+        config->sample_rate >>= bsid - 8;
+        config->bit_rate >>= bsid - 8;
+    }
     set_channels(acmod, lfeon, config);
     return true;
 }

@@ -13,10 +13,9 @@ namespace {
 constexpr size_t header_size = 8; // enough for every kind
 
 bool read_mpeg_header(Bytes bytes, MpegAudioInfo* info) {
-    std::array<uint8_t, mpeg_audio_header_size> header{bytes[0], bytes[1], bytes[2], bytes[3]};
+    const uint8_t sync[2] = {bytes[0], bytes[1]};
     *info = {};
-    return IsMpegAudioSync(header.data()) && DecodeMpegAudioHeader(header.data(), info) == 0 &&
-           info->bitrate > 0;
+    return IsMpegAudioSync(sync) && read_mpeg_audio_header(bytes, info) == 0 && info->bitrate > 0;
 }
 
 // ISO/IEC 11172-3, 2.4.3.1, by slots; the frame size of the info is one that lines show.
