@@ -8,6 +8,8 @@
 #include <cstring>
 #include <filesystem>
 #include <memory>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 namespace host {
@@ -60,7 +62,7 @@ bool walk_directory(const std::string& directory, const FileVisitor& visit) {
             entries.push_back({name_of(iterator->path()), is_directory});
         }
     }
-    if (error && !visit(directory, error.message())) {
+    if (error && !visit({directory, error.message(), true})) {
         return false;
     }
     std::sort(entries.begin(), entries.end(),
@@ -68,7 +70,7 @@ bool walk_directory(const std::string& directory, const FileVisitor& visit) {
     const bool separated = std::strchr(separators, directory.back()) != nullptr;
     for (const Entry& entry : entries) {
         const std::string path = directory + (separated ? "" : "/") + entry.name;
-        if (entry.is_directory ? !walk_directory(path, visit) : !visit(path, "")) {
+        if (entry.is_directory ? !walk_directory(path, visit) : !visit({path, "", true})) {
             return false;
         }
     }
@@ -79,26 +81,27 @@ bool visit_path(const std::string& path, const FileVisitor& visit) {
     if (names_directory(path)) {
         return walk_directory(path, visit);
     }
-    return visit(path, "");
+    return visit({path});
 }
 
-bool visit_list(const Options& options, const FileVisitor& visit) {
-    const bool standard_input = options.files_from == "-";
-    const std::unique_ptr<FILE, int (*)(FILE*)> list(
-        standard_input ? stdin : open_list(options.files_from),
-        [](FILE* file) { return file == stdin ? 0 : std::fclose(file); });
-    if (list == nullptr) {
-        return visit(options.files_from, std::strerror(errno));
-    }
+// Visits the paths of an open list; `error` is why it could not be read to its end, else 0. A byte
+// order mark before lines belongs to no name.
+bool visit_paths(FILE* list, bool null_separated, const FileVisitor& visit, int* error) {
+    constexpr std::string_view byte_order_mark = "\xEF\xBB\xBF";
+    const int end = null_separated ? 0 : static_cast<unsigned char>('\n');
     std::string path;
-    const int end = options.null_separated ? 0 : static_cast<unsigned char>('\n');
+    bool is_first = !null_separated;
     for (int c = 0; c != EOF;) {
-        c = std::fgetc(list.get());
+        c = std::fgetc(list);
         if (c != end && c != EOF) {
             path += static_cast<char>(c);
             continue;
         }
-        if (lines_may_end_with_cr && !options.null_separated && path.ends_with('\r')) {
+        *error = c == EOF && std::ferror(list) != 0 ? errno : 0;
+        if (std::exchange(is_first, false) && path.starts_with(byte_order_mark)) {
+            path.erase(0, byte_order_mark.size());
+        }
+        if (lines_may_end_with_cr && !null_separated && path.ends_with('\r')) {
             path.pop_back();
         }
         if (!path.empty() && !visit_path(path, visit)) {
@@ -107,6 +110,23 @@ bool visit_list(const Options& options, const FileVisitor& visit) {
         path.clear();
     }
     return true;
+}
+
+void visit_list(const Options& options, const FileVisitor& visit) {
+    const bool standard_input = options.files_from == "-";
+    const std::string name = standard_input ? "standard input" : options.files_from;
+    const std::unique_ptr<FILE, int (*)(FILE*)> list(
+        standard_input ? stdin : open_list(options.files_from),
+        [](FILE* file) { return file == stdin ? 0 : std::fclose(file); });
+    if (list == nullptr) {
+        visit({name, std::strerror(errno)});
+        return;
+    }
+    int error = 0;
+    if (visit_paths(list.get(), options.null_separated, visit, &error) && error != 0 &&
+        error != EINTR) { // an interrupt ends the program in good order
+        visit({name, std::strerror(error)});
+    }
 }
 
 } // namespace
@@ -123,7 +143,7 @@ bool file_exists(const std::string& path) {
 
 void for_each_file(const Options& options, const FileVisitor& visit) {
     for (const std::string& path : options.paths) {
-        if (!path.empty() ? !visit_path(path, visit) : !visit(path, "the name is empty")) {
+        if (!path.empty() ? !visit_path(path, visit) : !visit({path, "the name is empty"})) {
             return;
         }
     }

@@ -8,8 +8,14 @@
 
 namespace host {
 
-// Called with each file, or with a path and the reason why it leads to none. False ends the walk.
-using FileVisitor = std::function<bool(const std::string& path, const std::string& error)>;
+struct ListedFile {
+    std::string path;
+    std::string error;     // why the path leads to no file; mostly empty
+    bool is_found = false; // below a directory, rather than named
+};
+
+// Called with each file. False ends the walk.
+using FileVisitor = std::function<bool(const ListedFile& file)>;
 
 // Visits the named files, those of the lists, and those below directories: in the order given,
 // within a directory by name. Links to directories found below one are not followed.

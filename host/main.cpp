@@ -31,18 +31,22 @@ std::string with_separator(std::string directory) {
 } // namespace
 
 int main(int argc, char** argv) {
+    Options options;
+    const int status = parse_options(program_arguments(argc, argv), &options);
+    if (status >= 0) {
+        return status;
+    }
     Library library;
     const std::string problem = load_library(&library);
     if (!problem.empty()) {
         write_message(problem);
         return exit_failures;
     }
-    Options options;
-    const std::string version =
-        "zat " ZAT_VERSION " (library build " + std::to_string(library.get_version()) + ")";
-    const int status = parse_options(program_arguments(argc, argv), version, &options);
-    if (status >= 0) {
-        return status;
+    if (options.version) {
+        write_output(
+            "zat " ZAT_VERSION " (library build " + std::to_string(library.get_version()) + ")\n",
+            true);
+        return exit_described;
     }
     const std::string catalogue =
         with_separator(options.catalogue.empty() ? default_catalogue() : options.catalogue);

@@ -3,6 +3,8 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <iostream>
+#include <memory>
+#include <sstream>
 
 namespace host {
 
@@ -16,17 +18,40 @@ constexpr char examples[] = R"(Examples:
   zat --format csv *.mp4 > movies.csv   one row a stream
   find . -size +1G -print0 | zat -0 --files-from -
 
-Exit status: 0 when every file was described, 1 when one could not be read or is of unknown type,
-2 for a wrong command line.)";
+Exit status: 0 when every file was described, 1 when one could not be read, or
+was named and is of unknown type, 2 for a wrong command line.)";
+
+constexpr size_t help_width = 80;
+constexpr size_t names_width = 30; // of the column that names the options
+
+// Descriptions in as many lines as it takes.
+class WrappingFormatter : public CLI::Formatter {
+public:
+    WrappingFormatter() { column_width(names_width); }
+
+    std::string make_option_desc(const CLI::Option* option) const override {
+        std::istringstream words(option->get_description());
+        std::string out;
+        size_t used = 0;
+        for (std::string word; words >> word; used += word.size() + 1) {
+            if (used != 0) {
+                const bool fits = used + word.size() < help_width - names_width;
+                out += fits ? ' ' : '\n';
+                used = fits ? used : 0;
+            }
+            out += word;
+        }
+        return out;
+    }
+};
 
 } // namespace
 
-int parse_options(
-    const std::vector<std::string>& arguments, const std::string& version, Options* options) {
+int parse_options(const std::vector<std::string>& arguments, Options* options) {
     CLI::App app(
         "Tells what media files hold, from their bytes and never from their names.", "zat");
     app.footer(examples);
-    app.get_formatter()->column_width(30);
+    app.formatter(std::make_shared<WrappingFormatter>());
     app.allow_windows_style_options(false); // a path may begin with a slash there too
     const std::map<std::string, Format> formats{{"text", Format::text}, {"table", Format::table},
         {"json", Format::json}, {"jsonl", Format::jsonl}, {"csv", Format::csv}};
@@ -47,6 +72,8 @@ int parse_options(
     app.add_flag("-0,--null", options->null_separated, "The list's paths end with a zero byte");
     app.add_flag("--detect-only", options->detect_only, "Only tell the type of each file");
     app.add_flag("--with-report", options->with_report, "JSON: add the text of the report");
+    app.add_flag("--strict", options->strict,
+        "Files of unknown type below a directory are failures, as named ones are");
     app.add_option("--catalogue", options->catalogue,
            "Directory of zat-codec.ini (default: beside the program, then the installed one)")
         ->type_name("DIR");
@@ -56,7 +83,7 @@ int parse_options(
     app.add_flag(
         "--raw", options->raw, "Write the report's bytes as they are, Shift-JIS and CR LF");
     app.add_flag("-q,--quiet", options->quiet, "No messages and no progress");
-    app.set_version_flag("--version", version, "Print the version");
+    app.add_flag("--version", options->version, "Print the version");
 
     std::vector<std::string> reversed(arguments.rbegin(), arguments.rend());
     try {
@@ -75,7 +102,7 @@ int parse_options(
             options->files_from = "-";
         }
     }
-    if (options->paths.empty() && options->files_from.empty()) {
+    if (options->paths.empty() && options->files_from.empty() && !options->version) {
         std::cerr << "zat: no file named\nTry 'zat --help'.\n";
         return exit_usage;
     }

@@ -16,6 +16,8 @@ struct Options {
     bool detect_only = false;
     bool raw = false;
     bool quiet = false;
+    bool version = false;     // only tell the version
+    bool strict = false;      // a file of unknown type is a failure even when nobody named it
     bool with_report = false; // JSON: the report's text too
     std::string catalogue;    // directory; empty for the default
     unsigned jobs = 0;        // 0: as many as processors
@@ -27,8 +29,7 @@ constexpr int exit_usage = 2;
 constexpr int exit_interrupted = 130;
 
 // Reads the arguments, the program's name left out. Returns -1 when the program is to go on, else
-// the exit status; help, version and usage errors have then been printed.
-int parse_options(
-    const std::vector<std::string>& arguments, const std::string& version, Options* options);
+// the exit status; help and usage errors have then been printed.
+int parse_options(const std::vector<std::string>& arguments, Options* options);
 
 } // namespace host

@@ -43,6 +43,10 @@ Query query_of(const Options& options) {
     return options.format == Format::text ? Query::record : Query::details;
 }
 
+bool shows_unknown_files(const Options& options) {
+    return options.format != Format::text && options.format != Format::table;
+}
+
 std::string output_head(const Options& options) {
     switch (options.format) {
     case Format::json:

@@ -12,6 +12,9 @@ namespace host {
 // What the output needs to know of each file.
 Query query_of(const Options& options);
 
+// Whether a file of unknown type that nobody named has its place in the output.
+bool shows_unknown_files(const Options& options);
+
 std::string output_head(const Options& options);
 std::string output_separator(const Options& options);
 std::string output_tail(const Options& options);

@@ -5,6 +5,7 @@
 #include "file_list.h"
 #include "output.h"
 #include "terminal.h"
+#include "text_width.h"
 
 #include <algorithm>
 #include <atomic>
@@ -33,14 +34,17 @@ void on_interrupt(int /*signal*/) {
 
 struct Job {
     size_t index;
-    std::string path;
-    std::string error;
+    ListedFile file;
 };
+
+enum class Outcome { described, not_media, unreadable };
+constexpr size_t outcome_count = 3;
 
 struct Result {
     bool ready = false;
+    Outcome outcome = Outcome::described;
     std::string text;
-    std::string message;
+    std::string message; // one that makes the program's status a failure
 };
 
 bool means_several_files(const Options& options) {
@@ -54,12 +58,14 @@ struct Work {
         : library(the_library), options(the_options), several(means_several_files(the_options)),
           as_text(the_options.format == Format::table ||
                   (the_options.format == Format::text && !the_options.raw)),
+          is_made_printable(output_is_terminal() && !the_options.raw),
           shows_progress(!the_options.quiet && error_is_terminal() && !output_is_terminal()) {}
 
     const Library& library;
     const Options& options;
     const bool several;
     const bool as_text;
+    const bool is_made_printable; // control characters from files must not reach a terminal
     const bool shows_progress;
 
     std::mutex mutex;
@@ -72,6 +78,8 @@ struct Work {
     bool is_complete = false; // no more jobs will come
     bool is_stopped = false;  // the output can take no more
     bool has_written = false; // something stands in the output behind the head
+    bool has_walked = false;  // a directory's files were found
+    size_t counts[outcome_count] = {};
     int status = exit_described;
     std::chrono::steady_clock::time_point progress_shown{};
 };
@@ -80,7 +88,8 @@ void write_or_stop(Work* work, const std::string& text) {
     if (text.empty()) {
         return;
     }
-    const WriteResult result = write_output(text, work->as_text);
+    const WriteResult result =
+        write_output(work->is_made_printable ? printable_lines(text) : text, work->as_text);
     if (result == WriteResult::written) {
         return;
     }
@@ -117,19 +126,26 @@ void show(Work* work, const Result& result, size_t count) {
 
 Result examine(const Work& work, const Job& job) {
     Description description;
-    description.path = job.path;
-    description.error = job.error;
+    description.path = job.file.path;
+    description.error = job.file.error;
     if (description.error.empty()) {
         describe(work.library, query_of(work.options), &description);
     }
     Result result;
     result.ready = true;
-    result.text = output_of(work.library, work.options, description, work.several);
+    // Among media lie covers, texts and the like: found in a walk, they are no failures.
+    const bool is_expected = description.unknown && job.file.is_found && !work.options.strict;
+    if (!is_expected || shows_unknown_files(work.options)) {
+        result.text = output_of(work.library, work.options, description, work.several);
+    }
     if (!description.error.empty()) {
+        result.outcome = Outcome::unreadable;
         result.message = repaired_utf8(description.path) + ": " + repaired_utf8(description.error);
     } else if (description.unknown) {
-        result.message = repaired_utf8(description.path) +
-                         ": unknown type: " + utf8_of_shift_jis(description.record.general[0]);
+        result.outcome = Outcome::not_media;
+        result.message = is_expected ? ""
+                                     : repaired_utf8(description.path) + ": unknown type: " +
+                                           utf8_of_shift_jis(description.record.general[0]);
     }
     return result;
 }
@@ -155,18 +171,16 @@ void write_ready(Work* work, std::unique_lock<std::mutex>* lock) {
     work->is_writing = false;
 }
 
-void work_on(Work* work) {
-    std::unique_lock lock(work->mutex);
-    for (;;) {
-        work->has_jobs.wait(lock, [&] { return !work->jobs.empty() || work->is_complete; });
-        if (work->jobs.empty()) {
-            return;
-        }
+// Examines the files that wait, with the lock held between them.
+void examine_jobs(Work* work, std::unique_lock<std::mutex>* lock) {
+    while (!work->jobs.empty()) {
         const Job job = std::move(work->jobs.front());
         work->jobs.pop_front();
-        lock.unlock();
+        lock->unlock();
         Result result = examine(*work, job);
-        lock.lock();
+        lock->lock();
+        ++work->counts[static_cast<size_t>(result.outcome)];
+        work->has_walked = work->has_walked || job.file.is_found;
         if (!result.message.empty()) {
             work->status = exit_failures;
         }
@@ -174,23 +188,68 @@ void work_on(Work* work) {
             result.message.clear();
         }
         work->results[job.index % work->results.size()] = std::move(result);
-        write_ready(work, &lock);
+        write_ready(work, lock);
     }
 }
 
-// Hands the files out and starts threads as they are needed.
+void work_on(Work* work) {
+    std::unique_lock lock(work->mutex);
+    do {
+        examine_jobs(work, &lock);
+        work->has_jobs.wait(lock, [&] { return !work->jobs.empty() || work->is_complete; });
+    } while (!work->jobs.empty());
+}
+
+// False when the system has no thread to give.
+bool start_thread(Work* work, std::vector<std::thread>* threads) {
+    try {
+        threads->emplace_back(work_on, work);
+    } catch (const std::system_error&) {
+        return false;
+    }
+    return true;
+}
+
+// "10,000"
+std::string grouped(size_t number) {
+    std::string out = std::to_string(number);
+    for (size_t at = out.size(); at > 3;) {
+        at -= 3;
+        out.insert(at, 1, ',');
+    }
+    return out;
+}
+
+std::string summary(const size_t (&counts)[outcome_count]) {
+    constexpr const char* words[] = {" described", " not media", " unreadable"};
+    size_t total = 0;
+    std::string parts;
+    for (size_t i = 0; i < outcome_count; ++i) {
+        total += counts[i];
+        if (counts[i] != 0) {
+            parts += (parts.empty() ? ": " : ", ") + grouped(counts[i]) + words[i];
+        }
+    }
+    return grouped(total) + (total == 1 ? " file" : " files") + parts;
+}
+
+// Hands the files out and starts threads as they are needed; without any, examines them itself.
 void hand_out(Work* work, size_t thread_limit) {
     std::vector<std::thread> threads;
     size_t next = 0;
-    for_each_file(work->options, [&](const std::string& path, const std::string& error) {
+    for_each_file(work->options, [&](const ListedFile& file) {
         std::unique_lock lock(work->mutex);
         work->has_room.wait(lock, [&] { return next - work->next_output < work->results.size(); });
         if (interrupted != 0 || work->is_stopped) {
             return false;
         }
-        work->jobs.push_back({next++, path, error});
-        if (threads.size() < thread_limit && work->jobs.size() > threads.size()) {
-            threads.emplace_back(work_on, work);
+        work->jobs.push_back({next++, file});
+        if (threads.size() < thread_limit && work->jobs.size() > threads.size() &&
+            !start_thread(work, &threads)) {
+            thread_limit = threads.size();
+        }
+        if (threads.empty()) {
+            examine_jobs(work, &lock);
         }
         work->has_jobs.notify_one();
         return true;
@@ -223,6 +282,9 @@ int run(const Library& library, const Options& options) {
     }
     if (!work.is_stopped) {
         write_or_stop(&work, output_tail(options));
+    }
+    if (work.has_walked && !options.quiet) {
+        write_message(summary(work.counts));
     }
     return interrupted != 0 ? exit_interrupted : work.status;
 }

@@ -11,13 +11,15 @@ namespace host {
 
 namespace {
 
-constexpr size_t type_width = 10;
+constexpr size_t narrow_type_width = 10;
+constexpr size_t wide_type_width = 14; // "Monkey's Audio"
 constexpr size_t duration_width = 8;
 constexpr size_t narrow_video_width = 21; // "H.264 1920x1080 29.97"
-constexpr size_t wide_video_width = 30;
-constexpr size_t audio_width = 11;
+constexpr size_t wide_video_width = 28;   // "MPEG-2 Video 1920x1080 29.97"
+constexpr size_t narrow_audio_width = 11;
+constexpr size_t wide_audio_width = 14; // "E-AC-3 6ch +2"
 constexpr size_t bit_rate_width = 6;
-constexpr size_t wide_columns = 100; // a terminal with room for the wider column
+constexpr size_t wide_columns = 100; // a terminal with room for the wider columns
 
 template <class... Arguments>
 std::string formatted(const char* format, Arguments... arguments) {
@@ -109,8 +111,10 @@ std::string table_line(const Description& description, size_t columns) {
         return "";
     }
     const ZatDetails* details = description.details.get();
-    const size_t video_width =
-        columns != 0 && columns < wide_columns ? narrow_video_width : wide_video_width;
+    const bool is_wide = columns == 0 || columns >= wide_columns;
+    const size_t type_width = is_wide ? wide_type_width : narrow_type_width;
+    const size_t video_width = is_wide ? wide_video_width : narrow_video_width;
+    const size_t audio_width = is_wide ? wide_audio_width : narrow_audio_width;
     std::string line =
         left(type_text(description), type_width) + " " +
         right(duration_text(details != nullptr ? details->duration : 0), duration_width) + "  " +

@@ -1,5 +1,6 @@
 #include "encoding.h"
 #include "terminal.h"
+#include "text_width.h"
 
 #include <cerrno>
 #include <clocale>
@@ -88,7 +89,8 @@ std::string last_write_error() {
 }
 
 void write_message(const std::string& utf8) {
-    std::fprintf(stderr, "zat: %s\n", utf8.c_str());
+    const std::string text = error_is_terminal() ? printable(utf8) : utf8;
+    std::fprintf(stderr, "zat: %s\n", text.c_str());
 }
 
 bool output_is_terminal() {

@@ -1,5 +1,6 @@
 #include "encoding.h"
 #include "terminal.h"
+#include "text_width.h"
 
 #include <algorithm>
 #include <csignal>
@@ -139,7 +140,7 @@ std::string last_write_error() {
 }
 
 void write_message(const std::string& utf8) {
-    write_text(STD_ERROR_HANDLE, "zat: " + utf8 + "\n");
+    write_text(STD_ERROR_HANDLE, "zat: " + (error_is_terminal() ? printable(utf8) : utf8) + "\n");
 }
 
 bool output_is_terminal() {

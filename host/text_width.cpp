@@ -65,20 +65,35 @@ std::string cut_to_width(const std::string& utf8, size_t columns) {
     return utf8.substr(0, length) + (columns != 0 ? ellipsis : "");
 }
 
-std::string printable(std::string_view utf8, std::string_view kept) {
+std::string printable(std::string_view utf8) {
     constexpr char digits[] = "0123456789ABCDEF";
     std::string out;
     while (!utf8.empty()) {
         std::string_view rest = utf8;
         const uint32_t character = zat::take_utf8(&rest);
-        const std::string_view bytes = utf8.substr(0, utf8.size() - rest.size());
-        const bool is_control = character < 0x20 || (character >= 0x7F && character < 0xA0);
-        if (is_control && kept.find(bytes) == std::string_view::npos) {
+        if (character < 0x20 || (character >= 0x7F && character < 0xA0)) {
             out += {'\\', 'x', digits[character >> 4], digits[character & 15]};
         } else {
-            out += bytes;
+            out += utf8.substr(0, utf8.size() - rest.size());
         }
         utf8 = rest;
+    }
+    return out;
+}
+
+std::string printable_lines(std::string_view utf8) {
+    std::string out;
+    while (!utf8.empty()) {
+        const size_t length = std::min(utf8.find_first_of("\t\r\n"), utf8.size());
+        out += printable(utf8.substr(0, length));
+        utf8.remove_prefix(length);
+        // A carriage return alone would let what follows overwrite the line.
+        if (utf8.starts_with('\r') && !utf8.starts_with("\r\n")) {
+            out += printable("\r");
+        } else {
+            out += utf8.substr(0, 1);
+        }
+        utf8.remove_prefix(std::min<size_t>(1, utf8.size()));
     }
     return out;
 }

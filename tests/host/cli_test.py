@@ -76,6 +76,7 @@ class Cli(unittest.TestCase):
     def test_options(self):
         line = "MPEG1-LayerIII 44100Hz [VBR Xing"
         (self.folder / "list.txt").write_text(f"\n{SAMPLE}\n\n")
+        (self.folder / "marked.txt").write_text(f"\ufeff{SAMPLE}\n", encoding="utf-8")
         rows = [
             # arguments, status, standard output, standard error
             ([SAMPLE], OK, [line, "Byte 0:00:"], ""),
@@ -92,12 +93,21 @@ class Cli(unittest.TestCase):
             (["--detect-only", SAMPLE], OK, "[106:0.0.0]", ""),
             (["--format", "table", "missing.mp3", SAMPLE], FAILURES, ["6.0s  ", f" 52k  {SAMPLE}\n"], "missing.mp3: "),
             (["--files-from", "list.txt"], OK, [f"==> {SAMPLE} <==", line], ""),
+            (["--files-from", "marked.txt"], OK, f"==> {SAMPLE} <==", ""),
+            (["--files-from", "."], FAILURES, "", "zat: .: "),
             (["--files-from", "missing.txt"], FAILURES, "", "missing.txt: "),
             (["--jobs", "3", SAMPLE, SAMPLE], OK, line, ""),
         ]
         for arguments, status, out, err in rows:
             with self.subTest(arguments=arguments):
                 self.check(arguments, status, out, err)
+
+    @unittest.skipIf(WINDOWS, "the same code")
+    def test_help_is_for_every_terminal_and_needs_no_library(self):
+        alone = shutil.copy(PROGRAM[0], self.folder)
+        done = subprocess.run([alone, "--help"], capture_output=True)
+        self.assertEqual(done.returncode, OK)
+        self.assertLessEqual(max(map(len, done.stdout.decode().splitlines())), 80)
 
     def test_list_on_standard_input(self):
         for arguments, listed in [
@@ -118,8 +128,27 @@ class Cli(unittest.TestCase):
             os.symlink("..", self.folder / "tree/b/loop")
         expected = ["tree/a/z/1.mp3", "tree/b/10.mp3", "tree/b/2.mp3", "tree/c.mp3"]
         for jobs in ["1", "4"]:
-            out, _ = self.check(["--jobs", jobs, "--format", "jsonl", "tree"], OK, "{")
+            out, _ = self.check(["--jobs", jobs, "--format", "jsonl", "tree"], OK, "{", "4 files: 4 described")
             self.assertEqual([json.loads(line)["path"] for line in out.splitlines()], expected)
+
+    def test_files_found_that_are_no_media_are_counted(self):
+        (self.folder / "tree").mkdir()
+        for name in ["cover.jpg", "notes.txt", "song.mp3"]:
+            shutil.copy(SAMPLE if name == "song.mp3" else "unknown.bin", self.folder / "tree" / name)
+        counted = "zat: 3 files: 1 described, 2 not media\n"
+        complaints = ["tree/cover.jpg: unknown type", "tree/notes.txt: unknown type"]
+        for arguments, status, files, err in [
+            (["tree"], OK, 1, counted),
+            (["--quiet", "tree"], OK, 1, ""),
+            (["--format", "table", "tree"], OK, 1, counted),
+            (["--format", "jsonl", "tree"], OK, 3, counted),
+            (["--strict", "tree"], FAILURES, 3, [counted, *complaints]),
+            (["tree", "tree/notes.txt"], FAILURES, 2, ["4 files: 1 described, 3 not media", complaints[1]]),
+            (["tree", "missing.mp3"], FAILURES, 1, ["4 files: 1 described, 2 not media, 1 unreadable"]),
+        ]:
+            with self.subTest(arguments=arguments):
+                out, _ = self.check(arguments, status, "tree/", err)
+                self.assertEqual(out.count("tree/"), files)
 
     def test_raw_report(self):
         status, out, _ = zat("--raw", "unknown.bin", "-q")
@@ -202,6 +231,16 @@ class Cli(unittest.TestCase):
             self.assertIn(b"standard output cannot be written", done.stderr)
 
     @unittest.skipIf(WINDOWS, "made with POSIX calls")
+    def test_without_threads_the_files_are_described_all_the_same(self):
+        import resource
+
+        def no_room_for_stacks():  # of threads, that are as large as this
+            resource.setrlimit(resource.RLIMIT_STACK, (1 << 46, resource.RLIM_INFINITY))
+
+        out, _ = self.check(["--jobs", "3", *[SAMPLE] * 500], OK, "==> ", preexec_fn=no_room_for_stacks)
+        self.assertEqual(out.count("MPEG1-LayerIII"), 500)
+
+    @unittest.skipIf(WINDOWS, "made with POSIX calls")
     def test_a_closed_pipe_is_no_error(self):
         process = subprocess.Popen([*PROGRAM, *[SAMPLE] * 2000], stdout=subprocess.PIPE, stderr=subprocess.PIPE)
         process.stdout.read(10)
@@ -232,6 +271,17 @@ class Cli(unittest.TestCase):
         self.assertEqual(done.returncode, OK)
         self.assertEqual(done.stdout.count(b"\n"), 100000)
         self.assertLess(time.monotonic() - start, 100)
+
+    @unittest.skipIf(WINDOWS, "no such names there")
+    def test_control_characters_do_not_reach_a_terminal(self):
+        shutil.copy("unknown.bin", "a\x1b[2J\n\x9b.bin")
+        status, shown = in_terminal([*PROGRAM, "a\x1b[2J\n\x9b.bin", "unknown.bin"])
+        self.assertEqual(status, FAILURES)
+        shown = shown.decode()
+        self.assertIn("==> a\\x1B[2J\n\\x9B.bin <==".replace("\n", "\r\n"), shown)
+        self.assertIn("zat: a\\x1B[2J\\x0A\\x9B.bin: unknown type", shown)
+        self.assertNotIn("\x1b", shown)
+        self.check(["a\x1b[2J\n\x9b.bin", "unknown.bin"], FAILURES, "==> a\x1b[2J", "zat: a\x1b[2J")
 
     @unittest.skipUnless(WINDOWS, "shells expand them elsewhere")
     def test_wildcards(self):
