@@ -19,10 +19,17 @@ struct Descriptor {
     }
 };
 
+void set_error(Description* description) {
+    description->error = std::strerror(errno);
+    description->reason = reason::of_error({errno, std::generic_category()});
+}
+
 // Opened here as well, which tells the reason that the library's type code does not.
-std::string open_error(const std::string& path, Descriptor* descriptor) {
+void try_open(const std::string& path, Descriptor* descriptor, Description* description) {
     descriptor->value = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
-    return descriptor->value < 0 ? std::strerror(errno) : "";
+    if (descriptor->value < 0) {
+        set_error(description);
+    }
 }
 
 } // namespace
@@ -34,11 +41,12 @@ std::string path_for_library(const std::string& path) {
 void describe(const Library& library, Query query, Description* description) {
     struct stat status {};
     if (stat(description->path.c_str(), &status) != 0) {
-        description->error = std::strerror(errno);
+        set_error(description);
         return;
     }
     if (!S_ISREG(status.st_mode)) {
         description->error = S_ISDIR(status.st_mode) ? "is a directory" : "is no regular file";
+        description->reason = reason::not_a_file;
         return;
     }
     InfoRecord* record = &description->record;
@@ -46,7 +54,7 @@ void describe(const Library& library, Query query, Description* description) {
     Descriptor descriptor;
     if (path.size() >= sizeof record->path) {
         // Too long for the record; the open file has a short name as well.
-        description->error = open_error(path, &descriptor);
+        try_open(path, &descriptor, description);
         if (!description->error.empty()) {
             return;
         }
@@ -55,11 +63,12 @@ void describe(const Library& library, Query query, Description* description) {
     std::memcpy(record->path, path.c_str(), path.size() + 1);
     ask_library(library, query, description);
     if (record->type_code == FILETYPE_OPENFAILED && descriptor.value < 0) {
-        description->error = open_error(path, &descriptor);
+        try_open(path, &descriptor, description);
     }
     if (record->type_code != FILETYPE_UNKNOWN && record->type_code < FILETYPE_MEDIA &&
         description->error.empty()) {
         description->error = "cannot be read";
+        description->reason = reason::read_error;
     }
 }
 

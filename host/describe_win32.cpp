@@ -41,6 +41,11 @@ std::string openable_name(const std::wstring& name) {
     return result.size() < MAX_PATH ? result : "";
 }
 
+void set_error(DWORD error, Description* description) {
+    description->error = error_text(error);
+    description->reason = reason::of_error({static_cast<int>(error), std::system_category()});
+}
+
 } // namespace
 
 std::string path_for_library(const std::string& path) {
@@ -51,11 +56,12 @@ void describe(const Library& library, Query query, Description* description) {
     const std::wstring name = wide_of_utf8(description->path);
     const DWORD attributes = GetFileAttributesW(name.c_str());
     if (attributes == INVALID_FILE_ATTRIBUTES) {
-        description->error = error_text(GetLastError());
+        set_error(GetLastError(), description);
         return;
     }
     if ((attributes & FILE_ATTRIBUTE_DIRECTORY) != 0) {
         description->error = "is a directory";
+        description->reason = reason::not_a_file;
         return;
     }
     const std::string path = openable_name(name);
@@ -63,6 +69,7 @@ void describe(const Library& library, Query query, Description* description) {
     if (path.empty() || path.size() >= sizeof record->path) {
         description->error =
             "its name is too long or outside the system's code page, and it has no short form";
+        description->reason = reason::path_too_long;
         return;
     }
     std::memcpy(record->path, path.c_str(), path.size() + 1);
@@ -71,13 +78,16 @@ void describe(const Library& library, Query query, Description* description) {
         const HANDLE handle =
             CreateFileW(name.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
                 OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
-        description->error =
-            handle == INVALID_HANDLE_VALUE ? error_text(GetLastError()) : "is no regular file";
-        if (handle != INVALID_HANDLE_VALUE) {
+        if (handle == INVALID_HANDLE_VALUE) {
+            set_error(GetLastError(), description);
+        } else {
+            description->error = "is no regular file";
+            description->reason = reason::not_a_file;
             CloseHandle(handle);
         }
     } else if (record->type_code != FILETYPE_UNKNOWN && record->type_code < FILETYPE_MEDIA) {
         description->error = "cannot be read";
+        description->reason = reason::read_error;
     }
 }
 

@@ -5,8 +5,19 @@
 
 #include <memory>
 #include <string>
+#include <system_error>
 
 namespace host {
+
+// Words for programs: "not-found", "permission", "not-a-file", "path-too-long", "read-error" of a
+// file that could not be examined, "empty", "text", "executable", "archive", "unsupported" of one
+// that is of no known type.
+namespace reason {
+inline constexpr char not_a_file[] = "not-a-file";
+inline constexpr char path_too_long[] = "path-too-long";
+inline constexpr char read_error[] = "read-error";
+const char* of_error(const std::error_code& error);
+} // namespace reason
 
 // What is asked of the library: the more, the more it reads.
 enum class Query { type, record, details };
@@ -14,9 +25,11 @@ enum class Query { type, record, details };
 struct Description {
     std::string path;     // as given; bytes on Linux, UTF-8 on Windows
     std::string error;    // why the file could not be examined; empty when it was
+    std::string reason;   // the same, and why a file is refused, as one of the fixed words below
     bool unknown = false; // examined, but of no known type
     InfoRecord record{};
     std::string type_name;               // of the record's type code, such as "MATROSKA"
+    std::string format;                  // such as "Matroska"; empty for a file of unknown type
     std::unique_ptr<ZatDetails> details; // null unless they were asked for and the type is known
 };
 

@@ -1,5 +1,6 @@
 #include "file_list.h"
 
+#include "description.h"
 #include "encoding.h"
 
 #include <algorithm>
@@ -62,7 +63,7 @@ bool walk_directory(const std::string& directory, const FileVisitor& visit) {
             entries.push_back({name_of(iterator->path()), is_directory});
         }
     }
-    if (error && !visit({directory, error.message(), true})) {
+    if (error && !visit({directory, true, error.message(), reason::of_error(error)})) {
         return false;
     }
     std::sort(entries.begin(), entries.end(),
@@ -70,7 +71,7 @@ bool walk_directory(const std::string& directory, const FileVisitor& visit) {
     const bool separated = std::strchr(separators, directory.back()) != nullptr;
     for (const Entry& entry : entries) {
         const std::string path = directory + (separated ? "" : "/") + entry.name;
-        if (entry.is_directory ? !walk_directory(path, visit) : !visit({path, "", true})) {
+        if (entry.is_directory ? !walk_directory(path, visit) : !visit({path, true})) {
             return false;
         }
     }
@@ -82,6 +83,10 @@ bool visit_path(const std::string& path, const FileVisitor& visit) {
         return walk_directory(path, visit);
     }
     return visit({path});
+}
+
+const char* reason_of(int error) {
+    return reason::of_error({error, std::generic_category()});
 }
 
 // Visits the paths of an open list; `error` is why it could not be read to its end, else 0. A byte
@@ -119,13 +124,13 @@ void visit_list(const Options& options, const FileVisitor& visit) {
         standard_input ? stdin : open_list(options.files_from),
         [](FILE* file) { return file == stdin ? 0 : std::fclose(file); });
     if (list == nullptr) {
-        visit({name, std::strerror(errno)});
+        visit({name, false, std::strerror(errno), reason_of(errno)});
         return;
     }
     int error = 0;
     if (visit_paths(list.get(), options.null_separated, visit, &error) && error != 0 &&
         error != EINTR) { // an interrupt ends the program in good order
-        visit({name, std::strerror(error)});
+        visit({name, false, std::strerror(error), reason_of(error)});
     }
 }
 
@@ -143,7 +148,8 @@ bool file_exists(const std::string& path) {
 
 void for_each_file(const Options& options, const FileVisitor& visit) {
     for (const std::string& path : options.paths) {
-        if (!path.empty() ? !visit_path(path, visit) : !visit({path, "the name is empty"})) {
+        if (!path.empty() ? !visit_path(path, visit)
+                          : !visit({path, false, "the name is empty", reason_of(ENOENT)})) {
             return;
         }
     }

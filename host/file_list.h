@@ -10,8 +10,9 @@ namespace host {
 
 struct ListedFile {
     std::string path;
-    std::string error;     // why the path leads to no file; mostly empty
     bool is_found = false; // below a directory, rather than named
+    std::string error{};   // why the path leads to no file; mostly empty
+    std::string reason{};  // the same for programs, see description.h
 };
 
 // Called with each file. False ends the walk.

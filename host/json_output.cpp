@@ -52,6 +52,9 @@ std::string json_of(const Library& library, const Description& description, bool
     if (!is_utf8(description.path)) {
         out["path_percent"] = percent_encoded(description.path);
     }
+    if (!description.reason.empty()) {
+        out["error_code"] = description.reason;
+    }
     if (!description.error.empty()) {
         out["error"] = repaired_utf8(description.error);
         return out.dump();
@@ -70,6 +73,8 @@ std::string json_of(const Library& library, const Description& description, bool
     out["file_size"] = record.file_size;
     if (description.details != nullptr) {
         add_details(*description.details, &out);
+    } else if (!description.format.empty()) {
+        out["format"] = description.format;
     }
     if (with_report) {
         out["report"] = utf8_of_shift_jis(report_of(library, record));

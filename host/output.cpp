@@ -30,6 +30,13 @@ std::string text_output(
         out =
             "==> " + (options.raw ? description.path : repaired_utf8(description.path)) + " <==\n";
     }
+    const InfoRecord& record = description.record;
+    // A record without lines, as detection alone leaves it, would show the type as a number only.
+    if (!options.raw &&
+        record.general_count + record.video_count + record.audio_count + record.extra_count == 0 &&
+        !description.format.empty()) {
+        out += description.format + "\n";
+    }
     const std::string report = report_of(library, description.record);
     return out + (options.raw ? report : without_carriage_returns(utf8_of_shift_jis(report)));
 }

@@ -128,6 +128,7 @@ Result examine(const Work& work, const Job& job) {
     Description description;
     description.path = job.file.path;
     description.error = job.file.error;
+    description.reason = job.file.reason;
     if (description.error.empty()) {
         describe(work.library, query_of(work.options), &description);
     }

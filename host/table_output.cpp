@@ -28,13 +28,6 @@ std::string formatted(const char* format, Arguments... arguments) {
     return out;
 }
 
-std::string type_text(const Description& description) {
-    if (description.details != nullptr && description.details->format[0] != '\0') {
-        return repaired_utf8(description.details->format);
-    }
-    return description.unknown || description.type_name.empty() ? "-" : description.type_name;
-}
-
 std::string duration_text(double seconds) {
     if (!std::isfinite(seconds) || seconds <= 0 || seconds >= 1e9) {
         return "";
@@ -116,9 +109,9 @@ std::string table_line(const Description& description, size_t columns) {
     const size_t video_width = is_wide ? wide_video_width : narrow_video_width;
     const size_t audio_width = is_wide ? wide_audio_width : narrow_audio_width;
     std::string line =
-        left(type_text(description), type_width) + " " +
-        right(duration_text(details != nullptr ? details->duration : 0), duration_width) + "  " +
-        left(streams_text(description, ZAT_STREAM_VIDEO, video_text), video_width) + " " +
+        left(description.format.empty() ? "-" : repaired_utf8(description.format), type_width) +
+        " " + right(duration_text(details != nullptr ? details->duration : 0), duration_width) +
+        "  " + left(streams_text(description, ZAT_STREAM_VIDEO, video_text), video_width) + " " +
         left(streams_text(description, ZAT_STREAM_AUDIO, audio_text), audio_width) + " " +
         right(bit_rate_text(details != nullptr ? details->bit_rate : 0), bit_rate_width) + "  " +
         printable(repaired_utf8(description.path));

@@ -4,12 +4,15 @@
 #include "audio/dts_file.h"
 #include "audio/mp3_file.h"
 #include "audio/wav_file.h"
+#include "common/details.h"
 #include "common/messages.h"
 #include "common/record_lines.h"
+#include "container/avi.h"
 #include "container/flv.h"
 #include "container/mp4.h"
 #include "container/ogg.h"
 #include "container/realmedia.h"
+#include "detect/file_type.h"
 
 #include <cstddef>
 #include <iterator>
@@ -32,6 +35,7 @@ struct Row {
 // A code without a row has no analyser: its record holds what detection wrote. Most results are not
 // looked at; what an analyser could not read is missing in the record, and that says it.
 constexpr Row rows[] = {
+    {FILETYPE_AVI, AnalyzeAviFile},
     {FILETYPE_QUICKTIME, AnalyzeMp4File},
     {FILETYPE_3GPP2, AnalyzeMp4File},
     {FILETYPE_MPEG4, AnalyzeMp4File},
@@ -69,6 +73,9 @@ void DispatchAnalyser(FileRecord* file, const Output& out) {
     for (const Row& row : rows) {
         if (row.type_code == out.record->type_code) {
             const int result = row.analyser(file, out);
+            if (out.details != nullptr && out.details->format[0] == '\0') {
+                copy_utf8(out.details->format, type_format(row.type_code));
+            }
             if (row.result == Result::error_count && result != 0) {
                 set_general_line(out.record, message::errors_found, result);
             }

@@ -159,6 +159,10 @@ bool read_audio_specific_config(BitReader* reader, size_t end, AudioSpecificConf
             skip_bits(reader, 4); // extensionChannelConfiguration
         }
     }
+    if (reader->failed) {
+        *config = {};
+        return false;
+    }
     bool passed = true;
     if (is_general_audio(config->object_type)) {
         read_general_audio(reader, start, config);

@@ -1,5 +1,7 @@
 #include "audio/first_frame.h"
 
+#include "audio/eac3.h"
+#include "audio/latm.h"
 #include "audio/stream_facts.h"
 #include "audio/wave_format.h"
 
@@ -19,6 +21,7 @@ constexpr TaggedDescriber tagged_describers[] = {
     {wave_tag_mpeg_layer3, describe_mpeg_audio_frame},
     {0x00FF, describe_adts_frame}, // AAC
     {0x1600, describe_adts_frame}, // MPEG_ADTS_AAC
+    {0x1602, describe_loas_frame}, // MPEG_LOAS
     {0x2000, describe_ac3_frame},
     {0x2001, describe_dts_frame},
 };
@@ -38,6 +41,20 @@ bool describe_mpeg_audio_frame(Bytes start, ZatStream* stream, char (&line)[line
     return true;
 }
 
+void describe_mpeg_audio_at_rate(
+    Bytes start, uint64_t bit_rate, ZatStream* stream, char (&line)[line_size]) {
+    MpegAudioInfo info;
+    if (read_mpeg_audio_header(start, &info) != 0) {
+        return;
+    }
+    (void)ParseVbrHeader(start.first(std::min<size_t>(start.size(), info.frame_size)), &info);
+    info.rate_mode = rate_mode_variable;
+    info.average_bitrate = static_cast<double>(bit_rate) / 1000;
+    FormatMpegAudioLine(&info, line);
+    stream->bit_rate = bit_rate;
+    stream->bit_rate_mode = ZAT_BIT_RATE_VARIABLE;
+}
+
 bool describe_ac3_frame(Bytes start, ZatStream* stream, char (&line)[line_size]) {
     Ac3Info info;
     if (ac3_info(start, &info) != 0) {
@@ -45,6 +62,16 @@ bool describe_ac3_frame(Bytes start, ZatStream* stream, char (&line)[line_size])
     }
     ac3_facts(info, stream);
     ac3_line(&info, line);
+    return true;
+}
+
+bool describe_eac3_frame(Bytes start, ZatStream* stream, char (&line)[line_size]) {
+    Eac3Info info;
+    if (!eac3_info(start, &info)) {
+        return false;
+    }
+    eac3_facts(info, stream);
+    eac3_line(&info, line);
     return true;
 }
 
@@ -66,6 +93,16 @@ bool describe_adts_frame(Bytes start, ZatStream* stream, char (&line)[line_size]
     }
     adts_facts(header, stream);
     FormatAdtsLine(&header, line);
+    return true;
+}
+
+bool describe_loas_frame(Bytes start, ZatStream* stream, char (&line)[line_size]) {
+    LatmInfo info;
+    if (!latm_info(start, &info)) {
+        return false;
+    }
+    latm_facts(info, stream);
+    latm_line(&info, line);
     return true;
 }
 

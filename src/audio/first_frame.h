@@ -11,7 +11,8 @@
 
 namespace zat {
 
-// Bytes of a stream's start that the describers look at.
+// Bytes of a stream's start that the describers look at; of E-AC-3 and LOAS all that is given
+// counts for channels and the mean bit rate.
 constexpr uint32_t frame_start_size = vbr_header_reach;
 
 // Writes the stream's line and sets its facts by the frame at its start; what is missing of the
@@ -20,8 +21,15 @@ using FrameDescriber = bool (*)(Bytes start, ZatStream* stream, char (&line)[lin
 
 bool describe_mpeg_audio_frame(Bytes start, ZatStream* stream, char (&line)[line_size]);
 bool describe_ac3_frame(Bytes start, ZatStream* stream, char (&line)[line_size]);
+bool describe_eac3_frame(Bytes start, ZatStream* stream, char (&line)[line_size]);
 bool describe_dts_frame(Bytes start, ZatStream* stream, char (&line)[line_size]);
 bool describe_adts_frame(Bytes start, ZatStream* stream, char (&line)[line_size]);
+bool describe_loas_frame(Bytes start, ZatStream* stream, char (&line)[line_size]);
+
+// MPEG audio whose container counted another bit rate, in bit/s, than its first frame tells: a line
+// of variable rate.
+void describe_mpeg_audio_at_rate(
+    Bytes start, uint64_t bit_rate, ZatStream* stream, char (&line)[line_size]);
 
 // The describer of a WAVE format tag; null for the others.
 FrameDescriber frame_describer(uint16_t format_tag);

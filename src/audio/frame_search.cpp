@@ -13,9 +13,9 @@ namespace {
 constexpr size_t header_size = 8; // enough for every kind
 
 bool read_mpeg_header(Bytes bytes, MpegAudioInfo* info) {
-    const uint8_t sync[2] = {bytes[0], bytes[1]};
     *info = {};
-    return IsMpegAudioSync(sync) && read_mpeg_audio_header(bytes, info) == 0 && info->bitrate > 0;
+    return IsMpegAudioSync(bytes.data()) && read_mpeg_audio_header(bytes, info) == 0 &&
+           info->bitrate > 0;
 }
 
 // ISO/IEC 11172-3, 2.4.3.1, by slots; the frame size of the info is one that lines show.
@@ -110,7 +110,7 @@ uint32_t audio_frame_samples(FrameKind kind, Bytes bytes) {
     switch (kind) {
     case FrameKind::mpeg_audio:
         read_mpeg_header(bytes, &info);
-        return info.layer == 1 ? 384 : info.layer == 3 && info.version_code != 10 ? 576 : 1152;
+        return mpeg_audio_frame_samples(&info);
     case FrameKind::adts:
         return 1024;
     case FrameKind::ac3:

@@ -1,29 +1,14 @@
 #include "audio/sync_search.h"
 
-#include "audio/adts.h"
-#include "audio/mpeg_audio.h"
-
 namespace zat {
 
-namespace {
-
-int64_t find_first(Bytes buf, bool (*is_sync)(const uint8_t* two_bytes)) {
+int64_t find_mpeg_audio_sync(Bytes buf) {
     for (size_t i = 0; i + 1 < buf.size(); ++i) {
-        if (is_sync(buf.data() + i)) {
+        if (buf[i] == 0xFF && (buf[i + 1] & 0xE0) == 0xE0) {
             return static_cast<int64_t>(i);
         }
     }
     return -1;
-}
-
-} // namespace
-
-int64_t find_mpeg_audio_sync(Bytes buf) {
-    return find_first(buf, IsMpegAudioSync);
-}
-
-int64_t find_adts_sync(Bytes buf) {
-    return find_first(buf, IsAdtsSync);
 }
 
 int64_t find_ac3_sync(Bytes buf) {

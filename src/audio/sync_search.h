@@ -15,9 +15,6 @@ int64_t find_mpeg_audio_sync(Bytes buf);
 // ATSC A/52, 5.4.1.1. A sync word with fewer than 8 bytes left from it on counts as none.
 int64_t find_ac3_sync(Bytes buf);
 
-// ISO/IEC 13818-7, 6.2.1: an ADTS header, whose layer is 0.
-int64_t find_adts_sync(Bytes buf);
-
 // ETSI TS 102 114, 5.3.1: a core frame in big-endian words of 16 bits.
 int64_t find_dts_sync(Bytes buf);
 

@@ -5,6 +5,7 @@
 #pragma once
 
 #include "common/bytes.h"
+#include "common/text.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -89,5 +90,8 @@ void mpeg_video_line(const SequenceHeader* header, const SequenceExtension* exte
 // The line of a Matroska track: finds the headers in its codec-private data. Returns 0, or 1 with
 // an empty line when no whole sequence header is there. `out` has line_size bytes.
 int mpeg2_video_line(Bytes codec_private, char* out);
+
+// The same form for MPEG-1 video, by its sequence header.
+void mpeg1_video_line(const SequenceHeader& header, char (&out)[line_size]);
 
 } // namespace zat

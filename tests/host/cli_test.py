@@ -90,7 +90,7 @@ class Cli(unittest.TestCase):
             (["missing.mp3", SAMPLE], FAILURES, line, "missing.mp3: "),
             (["--quiet", "missing.mp3", SAMPLE], FAILURES, line, ""),
             (["unknown.bin"], FAILURES, "[1:0.0.0]", ["unknown.bin: unknown type", "未対応の形式"]),
-            (["--detect-only", SAMPLE], OK, "[106:0.0.0]", ""),
+            (["--detect-only", SAMPLE], OK, ["MPEG audio\n", "[106:0.0.0]"], ""),
             (["--format", "table", "missing.mp3", SAMPLE], FAILURES, ["6.0s  ", f" 52k  {SAMPLE}\n"], "missing.mp3: "),
             (["--files-from", "list.txt"], OK, [f"==> {SAMPLE} <==", line], ""),
             (["--files-from", "marked.txt"], OK, f"==> {SAMPLE} <==", ""),
@@ -179,6 +179,25 @@ class Cli(unittest.TestCase):
         jsonschema.validate(json.loads(out.decode("utf-8")), strict)
         records[0]["later"] = records[0]["type"]["later"] = 1
         jsonschema.validate(records, schema)
+
+    def test_reasons_have_fixed_words(self):
+        long = "x" * 300
+        for name, code, content in [
+            ("missing.mp3", "not-found", None), (long, "path-too-long", None), (".", "not-a-file", None),
+            ("empty", "empty", b""), ("text", "text", b"text" * 99), ("exe", "executable", b"MZ" + bytes(99)),
+            ("zip", "archive", b"PK" + bytes(99)), ("unknown.bin", "unsupported", None),
+        ]:
+            with self.subTest(name=name):
+                if content is not None:
+                    (self.folder / name).write_bytes(content)
+                # A list's name, unlike a path, is not walked when it is a directory.
+                arguments = ["--files-from", "."] if name == "." else [name]
+                _, out, _ = zat("--format", "jsonl", "-q", *arguments)
+                record = json.loads(out)
+                if not (WINDOWS and name in (long, ".")):  # other errors there
+                    self.assertEqual(record["error_code"], code, record)
+        _, out, _ = zat("--format", "jsonl", "--detect-only", SAMPLE)
+        self.assertEqual(json.loads(out)["format"], "MPEG audio")
 
     def test_csv_has_a_row_a_stream(self):
         _, out, _ = zat("--format", "csv", SAMPLE, "missing.mp3", "-q")

@@ -23,6 +23,7 @@ Description film() {
     film.path = "\xE6\x98\xA0\xE7\x94\xBB\x1B.mkv"; // two wide characters and an escape
     film.record.type_code = FILETYPE_MATROSKA;
     film.type_name = "MATROSKA";
+    film.format = "Matroska";
     std::strcpy(film.record.video[0], "line, quoted");
     film.record.video_count = 1;
     std::strcpy(film.record.audio[0], "[AAC]");

@@ -1,0 +1,53 @@
+// Enhanced AC-3 (ATSC A/52, annex E): the frames of a stream's substreams, and its line.
+#pragma once
+
+#include "common/bytes.h"
+#include "common/details.h"
+#include "common/text.h"
+
+#include <cstdint>
+
+namespace zat {
+
+// One frame of a substream.
+struct Eac3Frame {
+    uint32_t size = 0; // bytes
+    bool dependent = false;
+    uint8_t substream = 0;
+    uint32_t sample_rate = 0; // Hz
+    uint32_t samples = 0;     // per channel
+    uint8_t acmod = 0;        // audio coding mode
+    bool has_lfe = false;
+    uint16_t locations = 0; // speakers, as the channel map has them: the left one in the top bit
+};
+
+// A stream: its first programme, with the channels that dependent substreams add.
+struct Eac3Info {
+    Eac3Frame first;
+    uint16_t locations = 0;
+    uint32_t channels = 0; // LFE counted
+    uint32_t bitrate = 0;  // bit/s, the mean of the frames at hand
+};
+
+// Decodes the header of a frame with a bsid of 11 to 16, or the AC-3 frame that can stand in the
+// independent substream's place; missing bytes count as zero. False for anything else.
+bool read_eac3_frame(Bytes bytes, Eac3Frame* frame);
+
+// Decodes the frames that follow each other from the start of the bytes on; the last one may be
+// cut. False when no E-AC-3 frame is among them, or the first one is not independent.
+bool eac3_info(Bytes bytes, Eac3Info* info);
+
+// "[E-AC-3 3/2.1] 48000Hz 6ch 640.000kbps".
+void eac3_line(const Eac3Info* info, char (&out)[line_size]);
+
+void eac3_facts(const Eac3Info& info, ZatStream* stream);
+
+// The channels of speakers given as a channel map, and the bits of the channel mask; 0 for a map
+// with speakers that the mask does not know.
+uint32_t eac3_channels(uint16_t locations);
+uint32_t eac3_channel_mask(uint16_t locations);
+
+// The speakers of an audio coding mode.
+uint16_t eac3_locations(uint8_t acmod, bool has_lfe);
+
+} // namespace zat

@@ -1,0 +1,12 @@
+// Advanced Systems Format: Windows Media files (ASF specification, revision 01.20.06).
+#pragma once
+
+#include "common/file_access.h"
+#include "common/output.h"
+
+namespace zat {
+
+// Describes an open ASF file. Returns 0, or 1 when nothing can be read.
+int AnalyzeAsfFile(FileRecord* file, const Output& out);
+
+} // namespace zat

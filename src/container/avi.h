@@ -1,0 +1,13 @@
+// Audio Video Interleave: Microsoft's AVI RIFF file and its OpenDML extensions (OpenDML AVI File
+// Format Extensions 1.02).
+#pragma once
+
+#include "common/file_access.h"
+#include "common/output.h"
+
+namespace zat {
+
+// Describes an open AVI file. Returns 0, or 1 when nothing can be read.
+int AnalyzeAviFile(FileRecord* file, const Output& out);
+
+} // namespace zat

@@ -1,0 +1,29 @@
+#include "audio/first_frame.h"
+#include "audio/wave_stream.h"
+#include "container/avi/stream_facts.h"
+
+namespace zat::avi {
+
+namespace {
+
+constexpr uint32_t format_size = 256; // bytes: the longest formats hold coefficients and books
+
+} // namespace
+
+void add_audio(const Source& source, uint32_t number) {
+    const Stream& stream = source.movie->streams[number];
+    ZatStream facts = stream_facts(source, number, ZAT_STREAM_AUDIO);
+    uint8_t format[format_size];
+    const uint32_t size = read_some(source.reader, stream.format, 0, format, sizeof format);
+    WaveStream wave;
+    wave.format = {format, size};
+    wave.start = read_view(source.reader, stream.first_data, 0, frame_start_size);
+    // Samples of one size have one rate, which the format tells.
+    if (stream.sample_size == 0) {
+        wave.rate = counted_rate(source, stream);
+        wave.rate_is_counted = true;
+    }
+    add_wave_stream(source.out, wave, &facts);
+}
+
+} // namespace zat::avi

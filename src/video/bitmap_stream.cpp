@@ -1,0 +1,303 @@
+#include "video/bitmap_stream.h"
+
+#include "common/codec_names.h"
+#include "common/stream_lines.h"
+#include "video/av1_config.h"
+#include "video/avc_config.h"
+#include "video/container_aspect.h"
+#include "video/dv.h"
+#include "video/hevc_sps.h"
+#include "video/mjpeg.h"
+#include "video/mpeg4_encoder.h"
+#include "video/stream_facts.h"
+#include "video/vp8.h"
+#include "video/vp9.h"
+
+#include <algorithm>
+
+namespace zat {
+
+namespace {
+
+constexpr size_t codec_text_size = 256;
+
+struct Description {
+    char codec[codec_text_size] = {};
+    char line[line_size] = {}; // of formats whose line is a form of its own
+    uint32_t bits = 0;
+    bool shows_aspect = false; // the codec text does
+    bool hides_scan = false;   // from the line, which shows those of some codecs only
+};
+
+// What the codec's headers say in the place of the container where that says nothing.
+using Describer = void (*)(const BitmapStream& source, ZatStream* stream, Description* text);
+
+// The container's figures over the codec's.
+void keep(const ZatStream& told, ZatStream* stream) {
+    if (told.width != 0 && told.height != 0) {
+        stream->width = told.width;
+        stream->height = told.height;
+    }
+    if (told.frame_rate != 0) {
+        stream->frame_rate = told.frame_rate;
+        stream->frame_rate_numerator = told.frame_rate_numerator;
+        stream->frame_rate_denominator = told.frame_rate_denominator;
+    }
+    if (told.bit_rate != 0) {
+        stream->bit_rate = told.bit_rate;
+        stream->bit_rate_mode = told.bit_rate_mode;
+    }
+    if (told.scan != 0) {
+        stream->scan = told.scan;
+    }
+    // The display aspect follows the size.
+    set_pixel_aspect(stream, stream->pixel_aspect_width, stream->pixel_aspect_height);
+}
+
+bool find_avc(const BitmapStream& source, AvcSequenceInfo* info) {
+    constexpr uint8_t record_version = 1;
+    AvcConfig config;
+    if (byte_at(source.info.codec_data, 0) == record_version &&
+        read_avc_config(source.info.codec_data, &config)) {
+        AvcParseState state;
+        ParseAvcSequenceParameterSet(config.first_sps.data(),
+            static_cast<uint32_t>(config.first_sps.size()), info, &state, AvcRules::standard);
+    }
+    return info->width != 0 || find_avc_sps(source.info.codec_data, info) == 0 ||
+           find_avc_sps(source.start, info) == 0;
+}
+
+void describe_avc(const BitmapStream& source, ZatStream* stream, Description* text) {
+    AvcSequenceInfo info;
+    if (!find_avc(source, &info)) {
+        return;
+    }
+    const ZatStream told = *stream;
+    avc_facts(info, stream);
+    keep(told, stream);
+    set_container_aspect(stream, source.display_width, source.display_height);
+    if (source.display_width != 0) {
+        set_aspect_text(*stream, &info);
+    }
+    char codec[video_codec_size];
+    avc_codec_text(info, codec);
+    copy_text(text->codec, bounded_text(codec));
+    text->bits = info.bit_depth;
+    text->shows_aspect = info.aspect[0] != '\0';
+}
+
+void describe_hevc(const BitmapStream& source, ZatStream* stream, Description* text) {
+    HevcSequence sequence;
+    if (!parse_hevc_config(source.info.codec_data, &sequence) &&
+        !find_hevc_sps(source.info.codec_data, &sequence) &&
+        !find_hevc_sps(source.start, &sequence)) {
+        return;
+    }
+    set_hevc_facts(stream, sequence);
+    char codec[hevc_text_size];
+    hevc_codec_text(sequence, codec);
+    copy_text(text->codec, bounded_text(codec));
+    text->bits = stream->bit_depth;
+}
+
+void describe_av1(const BitmapStream& source, ZatStream* stream, Description* text) {
+    Av1Sequence sequence;
+    if (!parse_av1_config(source.info.codec_data, &sequence) &&
+        !parse_av1_units(source.start, &sequence)) {
+        return;
+    }
+    set_av1_facts(stream, sequence);
+    char codec[av1_text_size];
+    av1_codec_text(sequence, codec);
+    copy_text(text->codec, bounded_text(codec));
+    text->bits = stream->bit_depth;
+}
+
+void describe_vp8(const BitmapStream& source, ZatStream* stream, Description* text) {
+    Vp8Frame frame;
+    if (parse_vp8_frame(source.start, &frame)) {
+        set_vp8_facts(stream, frame);
+        text->bits = stream->bit_depth;
+    }
+}
+
+void describe_vp9(const BitmapStream& source, ZatStream* stream, Description* text) {
+    Vp9Sequence sequence;
+    if (!parse_vp9_frame(source.start, &sequence)) {
+        return;
+    }
+    set_vp9_facts(stream, sequence);
+    char codec[vp9_text_size];
+    vp9_codec_text(sequence, codec);
+    copy_text(text->codec, bounded_text(codec));
+    text->bits = stream->bit_depth;
+}
+
+void describe_mpeg4(const BitmapStream& source, ZatStream* stream, Description* text) {
+    const Bytes media = source.media.empty() ? source.start : source.media;
+    Mpeg4Headers headers;
+    if (find_mpeg4_headers(source.info.codec_data, &headers) == 0 ||
+        find_mpeg4_headers(media, &headers) == 0) {
+        const ZatStream told = *stream;
+        mpeg4_facts(headers, stream);
+        keep(told, stream);
+        text->shows_aspect = stream->pixel_aspect_width != 0;
+    }
+    char name[mpeg4_encoder_size];
+    name_mpeg4_encode(source.info.codec_data, media, source.info.compression, name, stream);
+    copy_text(text->codec, bounded_text(name));
+}
+
+void describe_mpeg_video(const BitmapStream& source, ZatStream* stream, Description* text) {
+    MpegVideoHeaders headers;
+    const bool in_data = find_mpeg_video_headers(source.info.codec_data, &headers) == 0;
+    const Bytes bytes = in_data ? source.info.codec_data : source.start;
+    if (!in_data && find_mpeg_video_headers(source.start, &headers) != 0) {
+        return;
+    }
+    const ZatStream told = *stream;
+    mpeg_video_facts(headers, stream);
+    keep(told, stream);
+    if (headers.extension_found) {
+        mpeg2_video_line(bytes, text->line);
+    } else {
+        mpeg1_video_line(headers.header, text->line);
+    }
+}
+
+void describe_vc1(const BitmapStream& source, ZatStream* stream, Description* text) {
+    Vc1Sequence sequence;
+    if (find_vc1_sequence(source.info.codec_data, &sequence) != 0 &&
+        find_vc1_sequence(source.start, &sequence) != 0) {
+        return;
+    }
+    const ZatStream told = *stream;
+    vc1_facts(sequence, stream);
+    keep(told, stream);
+    char codec[video_codec_size];
+    vc1_codec_text(sequence, codec);
+    copy_text(text->codec, bounded_text(codec));
+}
+
+// STRUCT_C (SMPTE 421M, annex J) tells the profile of WMV3.
+void describe_wmv3(const BitmapStream& source, ZatStream* stream, Description* text) {
+    Vc1Sequence sequence;
+    if (read_vc1_struct_c(&sequence, source.info.codec_data) == 0) {
+        const char* profile = vc1_profile_name(sequence.profile);
+        copy_utf8(stream->profile, profile);
+        stream->bit_depth = 8;
+        copy_utf8(stream->chroma, "4:2:0");
+        video_code_name(source.info.compression, text->codec, sizeof text->codec);
+        if (source.shows_wmv3_profile) {
+            AppendWithSeparator(text->codec, profile, separator_space);
+        }
+    }
+}
+
+void describe_mjpeg(const BitmapStream& source, ZatStream* stream, Description* text) {
+    MjpegInfo info;
+    const bool found = read_mjpeg_info(source.start, &info);
+    const bool has_fields = info.polarity == 1 || info.polarity == 2;
+    if (has_fields && stream->scan == 0) {
+        stream->scan = ZAT_SCAN_INTERLACED;
+        stream->field_order = info.polarity == 1 ? ZAT_FIELD_TOP : ZAT_FIELD_BOTTOM;
+    }
+    if (!found) {
+        return;
+    }
+    if (stream->width == 0 || stream->height == 0) {
+        stream->width = info.width;
+        stream->height = has_fields ? info.height * 2 : info.height;
+    }
+    stream->bit_depth = info.bit_depth;
+    copy_utf8(stream->chroma, info.chroma);
+    text->bits = info.bit_depth;
+}
+
+void describe_dv(const BitmapStream& source, ZatStream* stream, Description* text) {
+    DvInfo info;
+    if (!read_dv_info(source.start, &info)) {
+        return;
+    }
+    set_dv_facts(info, stream);
+    text->hides_scan = true;
+}
+
+void describe_raw(const BitmapStream& source, ZatStream* stream, Description* text) {
+    text->bits = raw_pixel_bits(source.info);
+    const bool is_rgb = source.info.compression[0] <= 3;
+    if (is_rgb && text->bits >= 24) {
+        stream->bit_depth = 8;
+    }
+}
+
+struct Row {
+    VideoFamily family;
+    Describer describe;
+};
+
+constexpr Row rows[] = {
+    {VideoFamily::raw, describe_raw},
+    {VideoFamily::mpeg4, describe_mpeg4},
+    {VideoFamily::avc, describe_avc},
+    {VideoFamily::hevc, describe_hevc},
+    {VideoFamily::av1, describe_av1},
+    {VideoFamily::vp8, describe_vp8},
+    {VideoFamily::vp9, describe_vp9},
+    {VideoFamily::mpeg12, describe_mpeg_video},
+    {VideoFamily::vc1, describe_vc1},
+    {VideoFamily::wmv3, describe_wmv3},
+    {VideoFamily::mjpeg, describe_mjpeg},
+    {VideoFamily::dv, describe_dv},
+};
+
+void describe(const BitmapStream& source, ZatStream* stream, Description* text) {
+    const VideoFamily family = video_family(source.info.compression);
+    for (const Row& row : rows) {
+        if (row.family == family) {
+            row.describe(source, stream, text);
+        }
+    }
+    if (text->codec[0] == '\0') {
+        video_code_name(source.info.compression, text->codec, sizeof text->codec);
+    }
+}
+
+} // namespace
+
+void add_bitmap_stream(const Output& out, const BitmapStream& source, ZatStream* stream) {
+    set_fourcc_codec(stream, ReadBE32(source.info.compression));
+    if (stream->width == 0 || stream->height == 0) {
+        stream->width = source.info.width;
+        stream->height = source.info.height;
+    }
+    const uint32_t told_scan = stream->scan;
+    Description text;
+    describe(source, stream, &text);
+    set_container_aspect(stream, source.display_width, source.display_height);
+    drop_nonsense(stream, source.highest_frame_rate);
+    if (text.line[0] != '\0') {
+        add_stream_line(out, *stream, bounded_text(text.line));
+        return;
+    }
+    LineText line;
+    line.codec = bounded_text(text.codec);
+    line.bits = text.bits;
+    line.highest_frame_rate = source.highest_frame_rate;
+    if (!text.shows_aspect && source.display_width != 0 && is_stretched(*stream)) {
+        const DisplaySize size = square_size(*stream);
+        line.display_width = size.width;
+        line.display_height = size.height;
+    }
+    if (text.hides_scan && told_scan == 0) {
+        ZatStream shown = *stream;
+        shown.scan = 0;
+        char generic[line_size];
+        format_video_line(shown, line, generic);
+        add_stream_line(out, *stream, bounded_text(generic));
+        return;
+    }
+    add_video_stream(out, *stream, line);
+}
+
+} // namespace zat

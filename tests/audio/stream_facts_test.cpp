@@ -1,0 +1,146 @@
+#include "audio/stream_facts.h"
+
+#include "audio/dts_hd.h"
+#include "audio/first_frame.h"
+#include "support/byte_builder.h"
+#include "support/details_text.h"
+
+#include <gtest/gtest.h>
+
+namespace zat::test {
+
+namespace {
+
+using Buffer = std::vector<uint8_t>;
+
+std::string described(FrameDescriber describe, const Buffer& bytes) {
+    ZatStream stream = new_stream(ZAT_STREAM_AUDIO);
+    char line[line_size];
+    return describe(bytes, &stream, line) ? std::string(line) + " | " + stream_text(stream) : "refused";
+}
+
+// An E-AC-3 frame at 48 kHz: of 1536 samples, or of 256 with a block count of 0.
+Buffer eac3(uint32_t type, uint32_t substream, uint32_t size, uint32_t acmod, uint32_t lfe, int map = -1, uint32_t blocks = 3) {
+    BitBuilder out;
+    out.bits(0x0B77, 16).bits(type, 2).bits(substream, 3).bits(size / 2 - 1, 11).bits(0, 2).bits(blocks, 2);
+    out.bits(acmod, 3).bits(lfe, 1).bits(16, 5).bits(31, 5).bits(0, 1);
+    out.bits(0, acmod == 0 ? 6 : 0);
+    if (type == 1) {
+        out.bits(map >= 0 ? 1 : 0, 1).bits(static_cast<uint64_t>(map), map >= 0 ? 16 : 0);
+    }
+    return ByteBuilder().append(out.bytes).pad_to(size).bytes;
+}
+
+Buffer joined(std::initializer_list<Buffer> parts) {
+    ByteBuilder all;
+    for (const Buffer& part : parts) {
+        all.append(part);
+    }
+    return all.bytes;
+}
+
+TEST(StreamFacts, TellsEac3BySubstreams) {
+    const Buffer core = eac3(0, 0, 800, 7, 1);
+    const Buffer rear = eac3(1, 0, 400, 6, 0, 0x1A00); // Ls, Rs once more, and Lrs/Rrs
+    EXPECT_EQ(described(describe_eac3_frame, joined({core, rear, core, rear, core})),
+        "[E-AC-3 3/2.1] 48000Hz 8ch 300.000kbps | audio estimated=2 bit_rate=300000 sample_rate=48000 channels=8 codec=E-AC-3 "
+        "layout=L R C LFE Lb Rb Ls Rs");
+    // Another programme is none of its channels, but of its bytes.
+    EXPECT_EQ(described(describe_eac3_frame, joined({eac3(0, 0, 400, 0, 0, -1, 0), eac3(0, 1, 400, 7, 1)})),
+        "[E-AC-3 1+1] 48000Hz 2ch 1200.000kbps | audio estimated=2 bit_rate=1200000 sample_rate=48000 channels=2 codec=E-AC-3");
+    EXPECT_EQ(described(describe_eac3_frame, {core.begin(), core.begin() + 20}).substr(0, 42),
+        "[E-AC-3 3/2.1] 48000Hz 6ch 200.000kbps | a");
+    EXPECT_EQ(described(describe_eac3_frame, rear), "refused");
+    EXPECT_EQ(
+        described(describe_eac3_frame, ByteBuilder().be32(0x0B770000).be32(0x14400000).pad_to(40).bytes), "refused"); // AC-3
+}
+
+std::string dts_hd_text(uint32_t coding_mode, uint32_t extensions) {
+    BitBuilder out;
+    out.bits(dts_hd_sync, 32).bits(0, 8).bits(0, 2).bits(0, 1).bits(40, 8).bits(139, 16);
+    out.bits(1, 1).bits(0, 5).bits(1, 1).bits(0, 36).bits(0, 6).bits(1, 1).bits(3, 8); // time stamp, one asset
+    out.bits(1, 1).bits(0, 2).bits(3, 2).bits(0, 2).bits(3, 16);                       // mixed into C, L and R
+    out.bits(99, 16).bits(30, 9).bits(0, 3).bits(0, 2).bits(1, 1).bits(0, 10).bits('x', 8);
+    out.bits(23, 5).bits(13, 4).bits(7, 8).bits(1, 1).bits(0, 2).bits(1, 1).bits(3, 2).bits(0x84B, 16).bits(0, 3);
+    out.bits(1, 1).bits(0, 8).bits(0, 1);                       // dynamic range, dialogue
+    out.bits(1, 1).bits(0, 7).bits(0, 5).bits(0, 1).bits(0, 6); // mixing: gain, compression, scale
+    out.bits(0, 21).bits(7, 3).bits(0, 18);                     // three coefficients of the last channel
+    out.bits(coding_mode, 2).bits(extensions, 12).bits(0, 8);
+    DtsHdInfo info;
+    ZatStream stream = new_stream(ZAT_STREAM_AUDIO);
+    stream.bit_rate = 1536000; // the core's
+    EXPECT_TRUE(dts_hd_info(out.bytes, &info));
+    EXPECT_EQ(info.size, 140U);
+    EXPECT_FALSE(dts_hd_info(Bytes(out.bytes).first(30), &info));
+    dts_hd_facts(info, &stream);
+    return dts_hd_name(info.kind) + (" | " + stream_text(stream));
+}
+
+TEST(StreamFacts, TellsDtsHdByItsExtensionSubstream) {
+    const std::string rest = " layout=L R C LFE Lb Rb Ls Rs";
+    const std::string master = " | audio flags=128 mode=2 sample_rate=96000 channels=8 bit_depth=24 codec=DTS profile=HD MA";
+    EXPECT_EQ(dts_hd_text(1, 0), "DTS-HD MA" + master + rest);
+    EXPECT_EQ(dts_hd_text(0, 0x210), "DTS-HD MA" + master + rest);
+    EXPECT_EQ(dts_hd_text(0, 0x020), "DTS-HD HRA | audio sample_rate=96000 channels=8 codec=DTS profile=HD HRA" + rest);
+    EXPECT_EQ(dts_hd_text(2, 0), "DTS Express | audio sample_rate=96000 channels=8 codec=DTS profile=Express" + rest);
+    EXPECT_EQ(dts_hd_text(3, 0), " | audio bit_rate=1536000 sample_rate=96000 channels=8 codec=DTS" + rest);
+}
+
+// A LOAS frame of 200 bytes around the bits of an AudioMuxElement.
+Buffer loas(const BitBuilder& element) {
+    return ByteBuilder().be24(0x2B7 << 13 | 197).append(element.bytes).pad_to(200).bytes;
+}
+
+TEST(StreamFacts, TellsLoasByItsConfiguration) {
+    BitBuilder without;
+    without.bits(1, 1); // useSameStreamMux
+    BitBuilder sbr;     // version 0, explicit SBR from 24 to 48 kHz, stereo
+    sbr.bits(0, 1).bits(0, 1).bits(1, 1).bits(1, 6).bits(0, 7).bits(5, 5).bits(6, 4).bits(2, 4).bits(3, 4).bits(2, 5);
+    EXPECT_EQ(described(describe_loas_frame, joined({{0x56}, loas(without), loas(sbr), loas(without)})),
+        "[AAC HE+SBR] 48000Hz stereo(L,R) 18.750kbps | audio estimated=2 bit_rate=18750 sample_rate=48000 channels=2 codec=AAC "
+        "profile=HE-AAC layout=L R");
+    BitBuilder sized; // version 1: LC at 44.1 kHz in 16 bits
+    sized.bits(0, 1).bits(1, 1).bits(0, 1).bits(0, 10).bits(1, 1).bits(0, 13).bits(0, 2).bits(16, 8).bits(0x1210, 16);
+    EXPECT_EQ(described(describe_loas_frame, loas(sized)).substr(0, 39), "[AAC LC] 44100Hz stereo(L,R) 68.906kbps");
+    EXPECT_EQ(described(describe_loas_frame, joined({loas(without), loas(without)})), "refused");
+}
+
+TEST(StreamFacts, TellsAacByItsWholeConfiguration) {
+    const auto facts = [](const Buffer& bytes) {
+        AudioSpecificConfig config;
+        read_audio_specific_config(bytes, &config);
+        ZatStream stream = new_stream(ZAT_STREAM_AUDIO);
+        aac_facts(config, &stream);
+        return stream_text(stream);
+    };
+    BitBuilder elements; // LC, channels by a program_config_element: a pair, one side pair, LFE
+    elements.bits(2, 5)
+        .bits(3, 4)
+        .bits(0, 4)
+        .bits(0, 3)
+        .bits(0, 4 + 2 + 4)
+        .bits(1, 4)
+        .bits(1, 4)
+        .bits(0, 4)
+        .bits(1, 2)
+        .bits(0, 7);
+    elements.bits(0, 3).bits(0x10, 5).bits(0x10, 5).bits(0, 4).bits(0, 5).bits(0, 8);
+    BitBuilder usac; // object type 42 by escape, 48 kHz stereo
+    usac.bits(31, 5).bits(10, 6).bits(3, 4).bits(0, 4).bits(3, 5).bits(1, 3).bits(2, 5);
+    const std::pair<Buffer, const char*> rows[] = {
+        {{0x12, 0x10}, "audio sample_rate=44100 channels=2 codec=AAC profile=LC layout=L R"},
+        {{0x13, 0x10, 0x56, 0xE5, 0x98}, "audio sample_rate=48000 channels=2 codec=AAC profile=HE-AAC layout=L R"},
+        {{0x13, 0x88, 0x56, 0xE5, 0xA5, 0x48, 0x80}, "audio sample_rate=44100 channels=2 codec=AAC profile=HE-AACv2 layout=L R"},
+        {{0xEB, 0x8A, 0x08, 0x00}, "audio sample_rate=44100 channels=2 codec=AAC profile=HE-AACv2 layout=L R"}, // object type 29
+        {elements.bytes, "audio sample_rate=48000 channels=5 codec=AAC profile=LC"},
+        {usac.bytes, "audio sample_rate=48000 channels=2 codec=AAC profile=xHE-AAC layout=L R"},
+        {{0x12}, "audio codec=AAC"}, // cut: nothing of it is known
+    };
+    for (const auto& [bytes, expected] : rows) {
+        EXPECT_EQ(facts(bytes), expected);
+    }
+}
+
+} // namespace
+
+} // namespace zat::test
