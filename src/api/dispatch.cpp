@@ -10,8 +10,10 @@
 #include "container/avi.h"
 #include "container/flv.h"
 #include "container/mp4.h"
+#include "container/mpeg_ps.h"
 #include "container/ogg.h"
 #include "container/realmedia.h"
+#include "container/video_cd.h"
 #include "detect/file_type.h"
 
 #include <cstddef>
@@ -52,6 +54,10 @@ constexpr Row rows[] = {
     {FILETYPE_AC3, ac3_file},
     {FILETYPE_DTS16BE, dts_file},
     {FILETYPE_FLV, AnalyzeFlvFile},
+    {FILETYPE_MPEG1, AnalyzeProgramStreamFile, Result::error_count},
+    {FILETYPE_MPEG2, AnalyzeProgramStreamFile, Result::error_count},
+    {FILETYPE_MPEG1VCD, AnalyzeVideoCdFile, Result::error_count},
+    {FILETYPE_MPEG, AnalyzeProgramStreamFile, Result::error_count},
     {FILETYPE_REALMEDIA, AnalyzeRealMediaFile},
 };
 
