@@ -110,7 +110,7 @@ TEST(Mp4Details, TellsTheTruthOfSound) {
             "qt  ");
     };
     const auto line = [](const Data& bytes, const std::string& facts) {
-        return head(bytes, "", "QuickTime profile=qt") + "\naudio flags=1" + facts;
+        return head(bytes, "", "QuickTime profile=qt") + "\naudio flags=" + facts;
     };
     const Data he = es_descriptor(0x40, {0x2B, 0x92, 0x08, 0x00}, 64000); // SBR of 22050 Hz, stereo
     const Data flac = atom("dfLa", full().be32(0x80000022).fill(10).be64(0x0BB802F000000000).fill(16).bytes);
@@ -124,26 +124,26 @@ TEST(Mp4Details, TellsTheTruthOfSound) {
     const Data opus_file = sound(audio_entry("Opus", {opus}), sizes({100}), 48000);
     expect_rows({
         {"SBR that is announced", he_file,
-            line(he_file, " id=1 duration=2.000 bit_rate=64000 bytes=16000 samples=88200 sample_rate=44100 channels=2 codec=AAC "
+            line(he_file, "1 id=1 duration=2.000 bit_rate=64000 bytes=16000 samples=88200 sample_rate=44100 channels=2 codec=AAC "
                           "codec_id=mp4a"
                           " profile=HE-AAC layout=L R")},
         {"PCM by samples of one byte", pcm,
-            line(pcm, " mode=1 id=1 duration=2.000 bit_rate=1411200 bytes=352800 samples=88200 sample_rate=44100 channels=2 "
+            line(pcm, "1 mode=1 id=1 duration=2.000 bit_rate=1411200 bytes=352800 samples=88200 sample_rate=44100 channels=2 "
                       "bit_depth=16"
                       " codec=PCM codec_id=sowt profile=signed 16 LE")},
         {"packets of a format", mace,
-            line(mace, " mode=1 id=1 duration=2.000 bit_rate=117600 bytes=29400 samples=88200 sample_rate=44100 channels=2"
+            line(mace, "1 mode=1 id=1 duration=2.000 bit_rate=117600 bytes=29400 samples=88200 sample_rate=44100 channels=2"
                        " codec=MACE 6:1 codec_id=MAC6")},
         {"FLAC", flac_file,
-            line(flac_file,
-                " id=1 duration=2.000 bit_rate=400 bytes=100 samples=96000 sample_rate=48000 channels=2 bit_depth=16 codec=FLAC"
-                " codec_id=fLaC")},
+            line(flac_file, "129 id=1 duration=2.000 bit_rate=400 bytes=100 samples=96000 sample_rate=48000 channels=2 "
+                            "bit_depth=16 codec=FLAC"
+                            " codec_id=fLaC")},
         {"E-AC-3", dolby_file,
-            line(dolby_file,
-                " mode=1 id=1 duration=2.000 bit_rate=444416 bytes=111104 samples=96000 sample_rate=48000 channels=6 codec=E-AC-3"
-                " codec_id=ec-3 layout=L R C LFE Ls Rs")},
+            line(dolby_file, "1 mode=1 id=1 duration=2.000 bit_rate=444416 bytes=111104 samples=96000 sample_rate=48000 "
+                             "channels=6 codec=E-AC-3"
+                             " codec_id=ec-3 layout=L R C LFE Ls Rs")},
         {"Opus", opus_file,
-            line(opus_file, " id=1 duration=2.000 bit_rate=400 bytes=100 samples=96000 sample_rate=48000 channels=6 codec=Opus "
+            line(opus_file, "1 id=1 duration=2.000 bit_rate=400 bytes=100 samples=96000 sample_rate=48000 channels=6 codec=Opus "
                             "codec_id=Opus")},
     });
 }
