@@ -12,7 +12,7 @@ namespace zat {
 namespace {
 
 constexpr uint32_t least_budget = 4 << 20; // bytes of the head
-constexpr int64_t layout_limit = 5 << 20;  // searched for packets
+constexpr int64_t layout_limit = 2 << 20;  // searched for packets
 constexpr uint32_t option_thorough = 1;
 
 // Looks for packets piece by piece, each overlapping the one before it by a few packets.

@@ -101,6 +101,7 @@ struct Analysis {
     bool whole_file = false;
 
     bool pat_seen = false;
+    SectionNumbers pat_sections;
     bool take_damaged = false; // sections with a wrong CRC, where there are no others
     bool hdmv = false;
     uint32_t program_count = 0;

@@ -116,7 +116,12 @@ bool describe_aac(const Stream& stream, Bytes captured, ZatStream* facts, Stream
 }
 
 bool describe_eac3(const Stream& /*stream*/, Bytes captured, ZatStream* facts, StreamText* text) {
-    for (int64_t at = find_ac3_sync(captured); at >= 0; at = find_ac3_sync(captured)) {
+    constexpr int most_syncs = 64; // that stand by chance in front of a frame
+    for (int i = 0; i < most_syncs; ++i) {
+        const int64_t at = find_ac3_sync(captured);
+        if (at < 0) {
+            return false;
+        }
         captured = captured.subspan(static_cast<size_t>(at));
         Eac3Info info;
         if (eac3_info(captured, &info)) {

@@ -84,7 +84,9 @@ void take_program_section(void* context, Bytes bytes) {
         return;
     }
     if (section.table_id == table_pat && pid == 0) {
-        read_pat(analysis, section);
+        if (take_number(&analysis->pat_sections, section.number)) {
+            read_pat(analysis, section);
+        }
     } else if (section.table_id == table_pmt && pid >= first_free_pid) {
         read_pmt(analysis, pid, section);
     }

@@ -34,6 +34,20 @@ struct Section {
 // Takes one section apart. False when its bytes are too few.
 bool read_section(Bytes bytes, Section* section);
 
+// The sections of a table that were read, by their numbers: the others of a number repeat the
+// first.
+struct SectionNumbers {
+    uint64_t bits[4];
+};
+
+inline bool take_number(SectionNumbers* numbers, uint8_t number) {
+    uint64_t* word = &numbers->bits[number / 64];
+    const uint64_t bit = uint64_t{1} << number % 64;
+    const bool is_new = (*word & bit) == 0;
+    *word |= bit;
+    return is_new;
+}
+
 // Receives each whole section; `context` is the caller's.
 using SectionHandler = void (*)(void* context, Bytes section);
 

@@ -321,7 +321,7 @@ void read_service_section(ServiceInfo* info, uint16_t pid, const Section& sectio
         }
         break;
     case table_sdt:
-        if (pid == pid_sdt) {
+        if (pid == pid_sdt && take_number(&info->sdt_sections, section.number)) {
             read_sdt(info, section.bytes);
         }
         break;
@@ -331,7 +331,7 @@ void read_service_section(ServiceInfo* info, uint16_t pid, const Section& sectio
         }
         break;
     case table_sit:
-        if (pid == pid_sit) {
+        if (pid == pid_sit && take_number(&info->sit_sections, section.number)) {
             read_sit(info, section.bytes);
         }
         break;

@@ -79,6 +79,8 @@ struct Service {
 
 struct ServiceInfo {
     uint32_t service_count = 0;
+    SectionNumbers sdt_sections;
+    SectionNumbers sit_sections;
     bool sdt_seen = false;
     bool eit_seen = false;
     bool has_arib_signs = false; // tables or network ids that only ARIB has

@@ -175,7 +175,11 @@ void add_played_stream(const StreamOutput& output, uint32_t index, const Output&
     if (described && is_video(stream)) {
         measure_stamps(analysis, unit, &facts);
     }
-    if (described && text.measures_rate) {
+    if (described && is_video(stream) && text.has_line) {
+        facts.nominal_bit_rate = facts.bit_rate; // a bound
+        facts.bit_rate = 0;
+        measure_bit_rate(output, unit, &facts);
+    } else if (described && text.measures_rate) {
         measure_bit_rate(output, unit, &facts);
     }
     set_common_facts(output, index, &facts);
