@@ -85,7 +85,7 @@ void add_shown_stream(const Program& program, const Output& out, bool numbered, 
             stream->facts.flags |= ZAT_FLAG_NO_DATA;
         }
     }
-    stream->facts.id = details_id(*stream);
+    stream->facts.id = program.bare ? 0 : details_id(*stream);
     if (stream->form == Form::generic_video) {
         drop_nonsense(&stream->facts);
         add_video_stream(out, stream->facts,
@@ -174,7 +174,9 @@ void write_program(Program* program, const Output& out, const char* format) {
     }
     for (size_t i = 0; i < program->table.count; ++i) {
         Stream* stream = &program->table.streams[i];
-        stream->facts.duration = time.joined ? 0 : stamped_seconds(*stream);
+        stream->facts.duration = program->bare ? time.seconds
+                                 : time.joined ? 0
+                                               : stamped_seconds(*stream);
         set_rate(
             *program, stream->facts.duration > 0 ? stream->facts.duration : time.seconds, stream);
     }
