@@ -30,7 +30,7 @@ struct Options {
 constexpr int exit_described = 0;
 constexpr int exit_failures = 1;
 constexpr int exit_usage = 2;
-constexpr int exit_interrupted = 130;
+constexpr int exit_signal = 128; // and the number of the signal that ended the program
 
 // Reads the arguments, the program's name left out. Returns -1 when the program is to go on, else
 // the exit status; help and usage errors have then been printed.

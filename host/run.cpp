@@ -26,10 +26,10 @@ namespace {
 // Files that may be waiting for their turn, per thread: what bounds the memory.
 constexpr size_t slots_per_job = 64;
 
-volatile std::sig_atomic_t interrupted = 0;
+volatile std::sig_atomic_t interrupted = 0; // the signal
 
-void on_interrupt(int /*signal*/) {
-    interrupted = 1;
+void on_interrupt(int signal) {
+    interrupted = signal;
 }
 
 struct Job {
@@ -287,7 +287,7 @@ int run(const Library& library, const Options& options) {
     if (work.has_walked && !options.quiet) {
         write_message(summary(work.counts));
     }
-    return interrupted != 0 ? exit_interrupted : work.status;
+    return interrupted != 0 ? exit_signal + interrupted : work.status;
 }
 
 } // namespace host
