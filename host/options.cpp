@@ -113,6 +113,9 @@ int parse_options(const std::vector<std::string>& arguments, Options* options) {
            "stream")
         ->type_name("FORMAT")
         ->default_str("");
+    app.add_option(
+           "-o,--output", options->output, "Write to FILE, which gets its name when it is complete")
+        ->type_name("FILE");
     app.add_option("--files-from", options->files_from,
            "Read paths from FILE, one a line; - is standard input")
         ->type_name("FILE");

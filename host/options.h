@@ -23,6 +23,7 @@ struct Options {
     std::vector<std::string> exclude; // and of files and folders that it passes over
     bool strict = false;      // a file of unknown type is a failure even when nobody named it
     bool with_report = false; // JSON: the report's text too
+    std::string output;       // a file in place of standard output; empty for none
     std::string catalogue;    // directory; empty for the default
     unsigned jobs = 0;        // 0: as many as processors
 };

@@ -135,6 +135,15 @@ class Cli(unittest.TestCase):
             out, _ = self.check(["--jobs", jobs, "--format", "jsonl", "tree"], OK, "{", "4 files: 4 described")
             self.assertEqual([json.loads(line)["path"] for line in out.splitlines()], expected)
 
+    def test_an_output_file_is_whole_or_none(self):
+        (self.folder / "out.txt").write_text("before")
+        self.check(["-o", "out.txt", SAMPLE, "missing.mp3"], FAILURES, "", "missing.mp3: ")
+        self.assertIn(b"MPEG1-LayerIII", (self.folder / "out.txt").read_bytes())
+        self.check(["-o", "nowhere/out.txt", SAMPLE], FAILURES, "", "zat: nowhere/out.txt: ")
+        (self.folder / "own").mkdir()
+        self.check(["-o", "own", SAMPLE], FAILURES, "", "zat: own: ")
+        self.assertEqual(sorted(os.listdir()), ["out.txt", "own", SAMPLE, "unknown.bin"])
+
     def test_walks_find_what_is_asked_for(self):
         for name in ["a.mp3", "B.MP3", "b.wav", ".hidden.mp3", "sub/a.mp3", "sub/deep/x.mp3", ".git/a.mp3", "日本.mp3"]:
             path = self.folder / "tree" / name
