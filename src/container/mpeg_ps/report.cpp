@@ -24,6 +24,7 @@ PlayTime play_time(const Program& program) {
     PlayTime time;
     const ClockTime clock = clock_time(program.clocks, program.source.size, program.byte_rate);
     bool has_end = program.whole;
+    bool stamped = false;
     for (size_t i = 0; i < program.table.count; ++i) {
         const Stream& stream = program.table.streams[i];
         if (!is_shown(stream)) {
@@ -32,9 +33,10 @@ PlayTime play_time(const Program& program) {
         time.joined = time.joined || stream.head.jumps > 0 || stream.tail.jumps > 0;
         time.seconds = std::max(time.seconds, stamped_seconds(stream));
         has_end = has_end || has_stamps(stream.tail);
+        stamped = stamped || has_stamps(stream.head);
     }
     time.joined = time.joined || clock.joined;
-    if (time.joined || (clock.known && (!has_end || time.seconds == 0))) {
+    if (time.joined || (clock.known && (!has_end || !stamped))) {
         time.seconds = clock.known ? clock.seconds : 0;
         time.estimated = time.joined && clock.known;
     }
