@@ -1,5 +1,6 @@
 #include "corpus.h"
 
+#include "common/crc.h"
 #include "support/byte_builder.h"
 #include "support/ebml_builder.h"
 #include "support/ogg_builder.h"
@@ -141,6 +142,41 @@ Bytes hour_of_opus() {
     return file.bytes;
 }
 
+Bytes random_bytes(size_t count) {
+    std::mt19937_64 random(1);
+    Bytes bytes(count);
+    for (uint8_t& byte : bytes) {
+        byte = static_cast<uint8_t>(random());
+    }
+    bytes[0] = 0x42; // matches no signature
+    return bytes;
+}
+
+Bytes seed_bytes(const char* seed) {
+    std::ifstream file(std::string(ZAT_SOURCE_DIR "fuzz/seeds/") + seed, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+// A seed with four mebibytes of noise behind it, as long sound looks from either end.
+Bytes stretched(const char* seed) {
+    return ByteBuilder().append(seed_bytes(seed)).append(random_bytes(4 << 20)).bytes;
+}
+
+// The seek table has an entry for each frame, and its checksum is held against it.
+Bytes hour_of_tta() {
+    const auto with_crc = [](ByteBuilder bytes) {
+        const uint32_t crc = zat::crc32(bytes.bytes);
+        return bytes.le32(crc).bytes;
+    };
+    ByteBuilder header;
+    header.text("TTA1").le16(1).le16(2).le16(16).le32(44100).le32(44100 * 3600);
+    ByteBuilder table;
+    for (int i = 0; i < 3446; ++i) {
+        table.le32(100000);
+    }
+    return ByteBuilder().append(with_crc(header)).append(with_crc(table)).bytes;
+}
+
 // The start of a two-hour film: clusters of two seconds, 4.5 MB of them, then one that fills the
 // rest. With statistics the tracks tell all that lines show.
 Bytes long_matroska(bool with_statistics, uint64_t size) {
@@ -184,16 +220,6 @@ Bytes long_matroska(bool with_statistics, uint64_t size) {
         sized_element(0x1F43B675, rest, number(0xE7, 100'000))});
 }
 
-Bytes random_bytes(size_t count) {
-    std::mt19937_64 random(1);
-    Bytes bytes(count);
-    for (uint8_t& byte : bytes) {
-        byte = static_cast<uint8_t>(random());
-    }
-    bytes[0] = 0x42; // matches no signature
-    return bytes;
-}
-
 } // namespace
 
 std::vector<BenchFile> make_corpus(const std::string& directory) {
@@ -208,10 +234,19 @@ std::vector<BenchFile> make_corpus(const std::string& directory) {
     add("mkv-2h", long_matroska(false, 1'000'000'000), 1'000'000'000);
     add("mkv-2h-statistics", long_matroska(true, 1'000'000'000), 1'000'000'000);
     add("mp4-2h", long_movie(), 2000000000U);
-    add("header-typed-5gb", ByteBuilder().text("fLaC").raw({0, 0, 0, 34}).fill(100000, 7).bytes,
-        5000000000U);
+    add("header-typed-5gb", seed_bytes("tone.flac"), 5000000000U);
     add("random-1mib", random_bytes(1 << 20));
     add("random-5mib", random_bytes(5 << 20));
+    add("tta-60min", hour_of_tta(), 344600000U);
+    for (const char* seed : {"tone.flac", "tone.wv", "dsd.wv", "monkey.ape", "monkey-old.ape",
+             "tone.tta", "sv7.mpc", "sv8.mpc", "preset.tak", "optimfrog.ofr", "tag.dsf",
+             "plain.dff", "packed.dff", "text.wsd"}) {
+        add(std::string("long-") + seed, stretched(seed));
+    }
+    for (const char* real : {"mp3-vbr.mp3", "pcm.wav", "surround.ac3", "surround.dts", "avc.mp4",
+             "fragmented.mp4", "asp.mov", "avc.flv", "video.rm", "opus.ogg", "theora.ogv"}) {
+    }
+
     for (const char* real :
         {"mp3-vbr.mp3", "pcm.wav", "surround.ac3", "surround.dts", "avc.mp4", "fragmented.mp4",
             "asp.mov", "avc.flv", "video.rm", "vp9.mkv", "avc.mkv", "opus.ogg", "theora.ogv"}) {
