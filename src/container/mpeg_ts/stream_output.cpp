@@ -1,6 +1,6 @@
 #include "container/mpeg_ts/stream_output.h"
 
-#include "common/frame_rate.h"
+#include "common/frame_timing.h"
 #include "common/numbers.h"
 #include "common/record_lines.h"
 #include "common/stream_lines.h"
@@ -73,15 +73,12 @@ void measure_stamps(const Analysis* analysis, const Unit& unit, ZatStream* facts
     if (facts->frame_rate > 0 || unit.stamps == 0) {
         return;
     }
-    const uint32_t count = std::min(unit.stamp_count, stamp_slots);
-    int64_t stamps[stamp_slots];
-    std::copy_n(analysis->stamps[unit.stamps - 1], count, stamps);
-    std::sort(stamps, stamps + count);
-    const MeasuredFrameRate measured = measure_frame_rate({stamps, count}, clock_rate);
-    if (measured.rate > 0) {
-        facts->frame_rate = measured.rate;
-        facts->estimated |= measured.usual ? 0 : uint32_t{ZAT_ESTIMATED_FRAME_RATE};
+    FrameTimes times;
+    const int64_t* stamps = analysis->stamps[unit.stamps - 1];
+    for (uint32_t i = 0; i < std::min(unit.stamp_count, stamp_slots); ++i) {
+        add_frame_time(&times, stamps[i]);
     }
+    measure_frame_rate(facts, &times, 1 / static_cast<double>(clock_rate));
 }
 
 void set_common_facts(const StreamOutput& output, uint32_t index, ZatStream* facts) {
