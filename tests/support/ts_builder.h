@@ -20,7 +20,11 @@ inline std::vector<uint8_t> descriptor(int tag, std::string_view data) {
 inline std::vector<uint8_t> section(
     int table_id, uint64_t extension, const std::vector<uint8_t>& body, int number = 0, uint32_t crc_error = 0) {
     ByteBuilder to;
-    to.raw({table_id}).be16(0xB000 | (body.size() + 9)).be16(extension).raw({0xC1, number, 1}).append(body);
+    to.raw({table_id})
+        .be16(0xB000 | (body.size() + 9))
+        .be16(extension)
+        .raw({0xC1, number, table_id == 0x4E ? 1 : 0})
+        .append(body);
     return to.be32(ts::section_crc(to.bytes) ^ crc_error).bytes;
 }
 

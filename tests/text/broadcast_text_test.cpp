@@ -50,7 +50,7 @@ TEST(AribText, follows_shifts_and_designations) {
             "A\x19\x22"
             "B\x1D\x22"
             "C",
-            "AいBイC"},
+            "AあBアC"},
         {"designation of one and two bytes",
             "\x1B\x28\x4A"
             "A\x1B\x24\x42\x46\x7C\x1B\x24\x29\x42\x0E\x4B\x5C",

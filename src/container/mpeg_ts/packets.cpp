@@ -10,6 +10,8 @@ namespace {
 constexpr uint8_t sync_byte = 0x47;
 constexpr uint32_t strides[] = {188, 192, 204};
 constexpr uint32_t longest_stride = 204;
+constexpr uint32_t timestamped_stride = 192;
+constexpr uint32_t time_stamp_size = 4;
 constexpr uint32_t shortest_run = 5;
 constexpr uint32_t counted_run = 64; // longer ones are equal
 
@@ -99,6 +101,15 @@ size_t find_sync(const PacketCursor* cursor) {
     return bytes.size();
 }
 
+// A file that begins with packets begins there, though bytes are lost before the longest run.
+void start_at_front(Bytes bytes, Layout* layout) {
+    const uint32_t front = layout->stride == timestamped_stride ? time_stamp_size : 0;
+    if (layout->stride != 0 && front + layout->stride < bytes.size() && bytes[front] == sync_byte &&
+        bytes[front + layout->stride] == sync_byte) {
+        layout->offset = front;
+    }
+}
+
 } // namespace
 
 Layout find_layout(Bytes bytes, bool whole) {
@@ -115,6 +126,7 @@ Layout find_layout(Bytes bytes, bool whole) {
         position = static_cast<size_t>(static_cast<const uint8_t*>(hit) - bytes.data());
         try_position(bytes, whole, position, &best, &longest);
     }
+    start_at_front(bytes, &best);
     return best;
 }
 

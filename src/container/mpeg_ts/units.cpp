@@ -37,7 +37,7 @@ void take_stamp(Analysis* analysis, const Stream& stream, Unit* unit, int64_t pt
     unit->latest += step;
     if (step > joint || step < -joint) {
         unit->stamps_jump = true;
-        unit->earlier += unit->highest - unit->lowest;
+        unit->earlier += unit->highest - unit->lowest + unit->step;
         unit->lowest = unit->latest;
         unit->highest = unit->latest;
     }
