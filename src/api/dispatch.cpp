@@ -10,6 +10,7 @@
 #include "container/asf.h"
 #include "container/avi.h"
 #include "container/flv.h"
+#include "container/matroska.h"
 #include "container/mp4.h"
 #include "container/ogg.h"
 #include "container/realmedia.h"
@@ -53,6 +54,7 @@ constexpr Row rows[] = {
     {FILETYPE_RMP3, AnalyzeRmp3File},
     {FILETYPE_AC3, ac3_file},
     {FILETYPE_DTS16BE, dts_file},
+    {FILETYPE_MATROSKA, AnalyzeMatroskaFile},
     {FILETYPE_FLV, AnalyzeFlvFile},
     {FILETYPE_REALMEDIA, AnalyzeRealMediaFile},
 };
