@@ -126,7 +126,9 @@ void finish_details(const InfoRecord& record, ZatDetails* details) {
     if (record.type_code < FILETYPE_MEDIA) {
         return;
     }
-    if (details->duration == 0 && std::isfinite(record.play_time) && record.play_time > 0) {
+    if (std::isnan(details->duration)) {
+        details->duration = 0; // the analyser knows better than the record
+    } else if (details->duration == 0 && std::isfinite(record.play_time) && record.play_time > 0) {
         details->duration = record.play_time;
     }
     if (details->bit_rate == 0 && details->duration > 0) {
