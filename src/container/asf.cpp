@@ -16,6 +16,8 @@ namespace {
 
 using namespace asf;
 
+constexpr int64_t ticks_per_second = 10'000'000;
+
 constexpr uint32_t smallest_budget = 10'485'760; // bytes of packets that may be scanned
 
 // Whether a stream has facts that its packets alone tell.
@@ -30,10 +32,16 @@ bool needs_packets(Reader* reader, const Header& header) {
         });
 }
 
+// In whole ticks, so that it is exact.
 double declared_time(const Header& header) {
-    const double seconds = static_cast<double>(header.play_duration) * 1e-7 -
-                           static_cast<double>(header.preroll) * 1e-3;
-    return header.broadcast ? 0 : std::max(seconds, 0.0);
+    constexpr uint64_t ticks_per_millisecond = 10'000;
+    const uint64_t preroll = header.preroll <= UINT64_MAX / ticks_per_millisecond
+                                 ? header.preroll * ticks_per_millisecond
+                                 : UINT64_MAX;
+    if (header.broadcast || header.play_duration <= preroll) {
+        return 0;
+    }
+    return static_cast<double>(header.play_duration - preroll) / double{ticks_per_second};
 }
 
 // Seconds from the first to the last object, of a recording whose header tells no time.
@@ -67,7 +75,6 @@ void write_texts(const Header& header, const Output& out) {
 }
 
 void write_created(const Header& header, ZatDetails* details) {
-    constexpr int64_t ticks_per_second = 10'000'000;
     const auto seconds = static_cast<int64_t>(header.created / ticks_per_second);
     const int64_t unix_seconds = seconds + unix_seconds_of_1601;
     if (seconds != 0 && unix_seconds != 0) { // both stand for a time that was not set

@@ -54,33 +54,23 @@ ZatStream container_facts(
     return facts;
 }
 
-uint64_t rate_of(uint64_t bytes, double seconds) {
-    return seconds > 0 ? clamp_to_integer<uint64_t>(static_cast<double>(bytes) * 8 / seconds + 0.5)
-                       : 0;
+// Bit/s over the time from the first to the last object; 0 when there is none between.
+uint64_t counted_rate(const StreamScan& scan) {
+    const double seconds = (scan.last_time - scan.first_time) * milliseconds;
+    return seconds > 0
+               ? clamp_to_integer<uint64_t>(static_cast<double>(scan.bytes) * 8 / seconds + 0.5)
+               : 0;
 }
 
-// Bit/s of all packets, or of those that were read, which is then marked as estimated.
-uint64_t counted_rate(const Source& source, const Described& described, ZatStream* facts) {
-    const StreamScan& scan = *described.scan;
-    if (source.scan->complete) {
-        return rate_of(scan.bytes, source.play_time);
-    }
-    facts->estimated |= ZAT_ESTIMATED_BIT_RATE;
-    return rate_of(scan.bytes, (scan.last_time - scan.first_time) * milliseconds);
-}
-
+// A claim counts, unless all packets show that it is far from true.
 void set_video_rate(const Source& source, const Described& described, ZatStream* facts) {
     const uint64_t told = described.extras->data_rate != 0 ? described.extras->data_rate
                                                            : described.extras->packet_rate;
-    const uint64_t counted =
-        source.scan->complete ? rate_of(described.scan->bytes, source.play_time) : 0;
-    facts->bit_rate = told;
-    if (told == 0) {
-        facts->bit_rate = counted_rate(source, described, facts);
-    } else if (counted != 0 && told > 2 * counted) {
-        facts->bit_rate = counted;
-        facts->nominal_bit_rate = told;
-    }
+    const uint64_t counted = counted_rate(*described.scan);
+    const bool is_wrong = source.scan->complete && counted != 0 && told / 2 > counted;
+    facts->bit_rate = told == 0 || is_wrong ? counted : told;
+    facts->nominal_bit_rate = is_wrong ? told : 0;
+    facts->estimated |= told == 0 && !source.scan->complete ? uint32_t{ZAT_ESTIMATED_BIT_RATE} : 0;
 }
 
 // The declared rate, or the measured one where that is another.
