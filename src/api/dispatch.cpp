@@ -12,8 +12,10 @@
 #include "container/flv.h"
 #include "container/matroska.h"
 #include "container/mp4.h"
+#include "container/mpeg_ps.h"
 #include "container/ogg.h"
 #include "container/realmedia.h"
+#include "container/video_cd.h"
 #include "detect/file_type.h"
 
 #include <cstddef>
@@ -56,6 +58,10 @@ constexpr Row rows[] = {
     {FILETYPE_DTS16BE, dts_file},
     {FILETYPE_MATROSKA, AnalyzeMatroskaFile},
     {FILETYPE_FLV, AnalyzeFlvFile},
+    {FILETYPE_MPEG1, AnalyzeProgramStreamFile, Result::error_count},
+    {FILETYPE_MPEG2, AnalyzeProgramStreamFile, Result::error_count},
+    {FILETYPE_MPEG1VCD, AnalyzeVideoCdFile, Result::error_count},
+    {FILETYPE_MPEG, AnalyzeProgramStreamFile, Result::error_count},
     {FILETYPE_REALMEDIA, AnalyzeRealMediaFile},
 };
 

@@ -55,10 +55,12 @@ int32_t byte_rate_of(const LpcmInfo* info) {
 
 int dvd_lpcm_info(uint8_t attribute, LpcmInfo* info) {
     static constexpr int8_t bits[] = {16, 20, 24, -1};
-    static_assert(std::size(bits) == 4);
+    static constexpr int32_t rates[] = {48000, 96000, 44100, 32000};
+    static_assert(std::size(bits) == 4 && std::size(rates) == 4);
     info->bits = bits[attribute >> 6];                           // quantization
     info->sample_rate = (attribute & 0x10) != 0 ? 96000 : 48000; // its other bit is not used
-    info->channels = static_cast<int8_t>((attribute & 7) + 1);   // number_of_channels
+    info->coded_rate = rates[attribute >> 4 & 3];
+    info->channels = static_cast<int8_t>((attribute & 7) + 1); // number_of_channels
     info->byte_rate = byte_rate_of(info);
     return 0;
 }
@@ -71,7 +73,8 @@ int bd_lpcm_info(Bytes header, LpcmInfo* info) {
     copy_text(info->layout, assignment.layout);
     info->channels = assignment.channels;
     info->sample_rate = bd_sample_rate(byte_at(header, 2) & 0x0FU); // sampling_frequency
-    info->bits = bits[byte_at(header, 3) >> 6];                     // bits_per_sample
+    info->coded_rate = info->sample_rate;
+    info->bits = bits[byte_at(header, 3) >> 6]; // bits_per_sample
     info->byte_rate = byte_rate_of(info);
     return 0;
 }

@@ -11,6 +11,7 @@ namespace zat {
 
 struct LpcmInfo {
     int32_t sample_rate = 0; // Hz; 0 when unknown
+    int32_t coded_rate = 0;  // Hz by all bits of the code, of which lines look at one on DVDs
     int8_t channels = 0;     // 0 when unknown
     int8_t bits = 0;         // per sample; when unknown -1 (DVD) or 0 (Blu-ray)
     int32_t byte_rate = 0;   // bytes per second, with whole bytes per sample: 20 bits count as 2

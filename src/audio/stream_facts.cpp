@@ -1,6 +1,7 @@
 #include "audio/stream_facts.h"
 
 #include "common/channel_layout.h"
+#include "common/codec_names.h"
 #include "common/numbers.h"
 #include "common/text.h"
 
@@ -38,6 +39,16 @@ void set_speakers(uint32_t mask, ZatStream* stream) {
 void set_rates(int64_t sample_rate, int64_t bit_rate, ZatStream* stream) {
     stream->sample_rate = sample_rate > 0 ? static_cast<uint32_t>(sample_rate) : 0;
     stream->bit_rate = bit_rate > 0 ? static_cast<uint64_t>(bit_rate) : 0;
+}
+
+// `stored_channels` and `stored_bits` are those that bytes are spent on.
+void set_lpcm(const LpcmInfo& info, uint32_t stored_channels, int stored_bits, ZatStream* stream) {
+    const bool known = info.bits > 0;
+    set_pcm(stream, PcmKind::signed_integer, known ? static_cast<uint32_t>(info.bits) : 0, true);
+    stream->bit_rate =
+        known ? uint64_t{stream->sample_rate} * stored_channels * static_cast<uint32_t>(stored_bits)
+              : 0;
+    stream->bit_rate_mode = ZAT_BIT_RATE_CONSTANT;
 }
 
 // What an encoder wrote of itself. LAME's name and version fill nine bytes; what stands behind them
@@ -245,6 +256,53 @@ void vorbis_facts(const VorbisInfo& info, ZatStream* stream) {
                                     info.bitrate_maximum == bit_rate && stream->bit_rate != 0
                                 ? ZAT_BIT_RATE_CONSTANT
                                 : ZAT_BIT_RATE_VARIABLE;
+}
+
+void dvd_lpcm_facts(const LpcmInfo& info, ZatStream* stream) {
+    stream->sample_rate = static_cast<uint32_t>(info.coded_rate);
+    stream->channels = static_cast<uint32_t>(info.channels);
+    set_layout(stream->channels <= 2 ? default_channel_mask(stream->channels) : 0, stream);
+    set_lpcm(info, stream->channels, info.bits, stream);
+}
+
+void bd_lpcm_facts(const LpcmInfo& info, ZatStream* stream) {
+    // By channel_assignment.
+    static constexpr uint32_t masks[] = {0, centre, 0, front, front | centre, front | back_centre,
+        front | centre | back_centre, front | side, front | centre | side,
+        front | centre | side | lfe, front | centre | side | back,
+        front | centre | side | back | lfe};
+    stream->sample_rate = static_cast<uint32_t>(info.coded_rate);
+    set_speakers(mask_of(masks, info.assignment), stream);
+    // Samples have whole bytes, and channels come in pairs.
+    set_lpcm(info, (stream->channels + 1) / 2 * 2, (info.bits + 7) / 8 * 8, stream);
+}
+
+void wave_facts(const WaveFormat& format, ZatStream* stream) {
+    const uint16_t tag = codec_tag(format);
+    const uint32_t channels = format.channels;
+    // The bytes that a sample takes; fewer of its bits may be used.
+    const uint32_t stored_bits = channels != 0 && format.block_align % channels == 0
+                                     ? format.block_align / channels * 8U
+                                     : format.bits_per_sample;
+    set_format_tag_codec(stream, tag, stored_bits);
+    if (tag == wave_tag_extensible) {
+        char guid[guid_text_size];
+        guid_text(format.guid, guid);
+        copy_utf8(stream->codec_id, guid);
+        copy_utf8(stream->codec, guid);
+    }
+    const uint32_t used_bits = format.tag == wave_tag_extensible && format.valid_bits != 0
+                                   ? format.valid_bits
+                                   : format.bits_per_sample;
+    if (stream->bit_depth > used_bits && used_bits != 0) {
+        stream->bit_depth = used_bits;
+    }
+    stream->channels = channels;
+    set_layout(format.tag == wave_tag_extensible ? format.channel_mask
+               : channels <= 2                   ? default_channel_mask(channels)
+                                                 : 0,
+        stream);
+    set_rates(format.sample_rate, int64_t{format.byte_rate} * 8, stream);
 }
 
 } // namespace zat

@@ -11,6 +11,7 @@
 #include "audio/mpeg_audio.h"
 #include "audio/truehd.h"
 #include "audio/vorbis.h"
+#include "audio/wave_format.h"
 #include "common/details.h"
 
 namespace zat {
@@ -34,6 +35,9 @@ void vorbis_facts(const VorbisInfo& info, ZatStream* stream);
 
 void dvd_lpcm_facts(const LpcmInfo& info, ZatStream* stream);
 void bd_lpcm_facts(const LpcmInfo& info, ZatStream* stream);
+
+// Codec, codec id, rate, channels and speakers of any format; bits of the PCM ones.
+void wave_facts(const WaveFormat& format, ZatStream* stream);
 
 // The speakers of a channel mask; none when their number is not that of the channels.
 void set_layout(uint32_t mask, ZatStream* stream);
