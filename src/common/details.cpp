@@ -132,8 +132,10 @@ void finish_details(const InfoRecord& record, ZatDetails* details) {
         details->duration = record.play_time;
     }
     if (details->bit_rate == 0 && details->duration > 0) {
-        details->bit_rate = clamp_to_integer<uint64_t>(
-            static_cast<double>(record.file_size) * 8 / details->duration + 0.5);
+        // The duration is the declared one, also of a file that was cut.
+        const double size =
+            static_cast<double>(record.file_size) + static_cast<double>(details->missing_bytes);
+        details->bit_rate = clamp_to_integer<uint64_t>(size * 8 / details->duration + 0.5);
         details->estimated |= (details->estimated & ZAT_ESTIMATED_DURATION) != 0
                                   ? uint32_t{ZAT_ESTIMATED_BIT_RATE}
                                   : 0;
