@@ -17,7 +17,7 @@ constexpr double ticks_per_second = 1e7; // of 100 ns
 constexpr uint32_t audio_format_size = 256;
 constexpr uint32_t video_format_size = 2048;
 constexpr uint32_t video_start_size = 4096;
-constexpr int64_t bitmap_info_at = 11; // in a video stream's type data
+constexpr uint32_t bitmap_info_at = 11; // in a video stream's type data
 constexpr double milliseconds = 0.001;
 
 enum SettingType : uint16_t { setting_of_video = 1, setting_of_audio = 2 };
