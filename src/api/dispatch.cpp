@@ -1,9 +1,19 @@
 #include "api/dispatch.h"
 
 #include "audio/ac3_file.h"
+#include "audio/dsdiff_file.h"
+#include "audio/dsf_file.h"
 #include "audio/dts_file.h"
+#include "audio/flac_file.h"
+#include "audio/monkey_file.h"
 #include "audio/mp3_file.h"
+#include "audio/musepack_file.h"
+#include "audio/optimfrog_file.h"
+#include "audio/tak_file.h"
+#include "audio/tta_file.h"
 #include "audio/wav_file.h"
+#include "audio/wavpack_file.h"
+#include "audio/wsd_file.h"
 #include "common/details.h"
 #include "common/messages.h"
 #include "common/record_lines.h"
@@ -57,6 +67,16 @@ constexpr Row rows[] = {
     {FILETYPE_AC3, ac3_file},
     {FILETYPE_DTS16BE, dts_file},
     {FILETYPE_MATROSKA, AnalyzeMatroskaFile},
+    {FILETYPE_FLAC, AnalyzeFlacFile},
+    {FILETYPE_MONKEY, AnalyzeMonkeyFile},
+    {FILETYPE_MUSEPACK, AnalyzeMusePackFile},
+    {FILETYPE_TTA, AnalyzeTtaFile},
+    {FILETYPE_OPTIMFROG, AnalyzeOptimFrogFile},
+    {FILETYPE_TAK, AnalyzeTakFile},
+    {FILETYPE_DSDIFF, AnalyzeDsdiffFile},
+    {FILETYPE_DSF, AnalyzeDsfFile},
+    {FILETYPE_WSD, AnalyzeWsdFile},
+    {FILETYPE_WAVPACK, AnalyzeWavPackFile},
     {FILETYPE_FLV, AnalyzeFlvFile},
     {FILETYPE_MPEG1, AnalyzeProgramStreamFile, Result::error_count},
     {FILETYPE_MPEG2, AnalyzeProgramStreamFile, Result::error_count},

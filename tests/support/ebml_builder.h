@@ -4,6 +4,7 @@
 #include "support/byte_builder.h"
 
 #include <bit>
+
 #include <initializer_list>
 #include <string_view>
 #include <vector>
@@ -15,7 +16,10 @@ using Data = std::vector<uint8_t>;
 // An identifier and a size of eight bytes, then the data.
 inline Data sized_element(uint64_t id, uint64_t size, const Data& data) {
     ByteBuilder to;
-    for (int shift = (std::bit_width(id) - 1) / 8 * 8; shift >= 0; shift -= 8) {
+    for (int shift = 24; shift >= 0; shift -= 8) {
+        if (id >> shift == 0) {
+            continue;
+        }
         to.u8(id >> shift);
     }
     return to.u8(1).u8(size >> 48).be16(size >> 32).be32(size).append(data).bytes;

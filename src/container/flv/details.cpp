@@ -104,6 +104,12 @@ FlvPictureSize picture_size(const FlvInfo& info, Bytes first) {
 
 void set_frames(const FlvInfo& info, ZatStream* stream) {
     const double declared = info.metadata.frame_rate;
+    constexpr double highest_rate = 240; // more in a parameter set is a clock, no rate
+    if (stream->frame_rate > highest_rate) {
+        stream->frame_rate = 0;
+        stream->frame_rate_numerator = 0;
+        stream->frame_rate_denominator = 0;
+    }
     const double own = stream->frame_rate;
     const FlvTags& tags = info.video;
     stream->frames = info.whole ? tags.frames : 0;

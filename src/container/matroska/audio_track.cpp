@@ -1,5 +1,6 @@
 #include "audio/aac.h"
 #include "audio/alac.h"
+#include "audio/dts_hd.h"
 #include "audio/first_frame.h"
 #include "audio/flac_streaminfo.h"
 #include "audio/opus.h"
@@ -21,6 +22,8 @@ namespace zat::matroska {
 namespace {
 
 constexpr uint32_t private_size = 1024; // bytes
+constexpr uint32_t frame_size = 4096;
+static_assert(frame_size >= frame_start_size);
 constexpr double rate_tolerance = 0.01;
 
 // What a track is described from and what its line is made of: a line of its parser, or the generic
@@ -29,7 +32,7 @@ struct Description {
     const Track* track = nullptr;
     Parser parser = Parser::plain;
     uint8_t private_bytes[private_size];
-    uint8_t frame_bytes[frame_start_size];
+    uint8_t frame_bytes[frame_size];
     Bytes codec_private;
     Bytes start;       // of the first frame
     uint64_t rate = 0; // bit/s by statistics or count; 0 when not known exactly
@@ -64,6 +67,33 @@ void describe_by_frame(FrameDescriber describer, Description* text, ZatStream* s
     keep_rate(text->rate, stream);
     stream->duration = told.duration;
     stream->samples = 0;
+}
+
+// A DTS core with the extension behind it in the frame: " DTS-HD MA 8ch 1597.061kbps".
+void describe_dts(Description* text, ZatStream* stream) {
+    describe_by_frame(describe_dts_frame, text, stream);
+    DtsInfo core;
+    DtsHdInfo extension;
+    const bool has_core = text->line[0] != '\0' && dts_info(text->start, &core) == 0;
+    const size_t at = has_core ? core.frame_size : 0;
+    if (at >= text->start.size() || !dts_hd_info(text->start.subspan(at), &extension)) {
+        return;
+    }
+    dts_hd_facts(extension, stream);
+    const char* name = dts_hd_name(extension.kind);
+    if (!has_core || name[0] == '\0') {
+        return;
+    }
+    append_word(text->line, name);
+    char piece[64];
+    if (text->track->audio.channels != 0) {
+        format_text(piece, sizeof piece, "%dch", static_cast<int32_t>(text->track->audio.channels));
+        append_word(text->line, piece);
+    }
+    if (text->rate != 0) {
+        format_text(piece, sizeof piece, "%.3fkbps", static_cast<double>(text->rate) * 0.001);
+        append_word(text->line, piece);
+    }
 }
 
 void describe_mpeg_audio(Description* text, ZatStream* stream) {
@@ -238,7 +268,10 @@ void describe(Parser parser, Description* text, ZatStream* stream) {
         describe_by_frame(describe_ac3_frame, text, stream);
         break;
     case Parser::dts:
-        describe_by_frame(describe_dts_frame, text, stream);
+        describe_dts(text, stream);
+        break;
+    case Parser::eac3:
+        describe_by_frame(describe_eac3_frame, text, stream);
         break;
     case Parser::truehd:
         describe_truehd(text, stream);

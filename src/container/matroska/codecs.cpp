@@ -43,7 +43,7 @@ constexpr Codec codecs[] = {
     {"A_MPEG/L3", "MP3", {"MP3"}, Parser::mpeg_audio},
     {"A_AAC", "AAC", {"AAC"}, Parser::aac},
     {"A_AC3", "AC-3", {"AC-3"}, Parser::ac3},
-    {"A_EAC3", "E-AC-3", {"E-AC-3"}},
+    {"A_EAC3", "E-AC-3", {"E-AC-3"}, Parser::eac3},
     {"A_AC4", "AC-4", {"AC-4"}},
     {"A_DTS/EXPRESS", "DTS Express", {"DTS", "Express"}, Parser::dts},
     {"A_DTS/LOSSLESS", "DTS-HD MA", {"DTS", "HD MA"}, Parser::dts},

@@ -20,6 +20,7 @@ enum class Parser : uint8_t {
     mpeg_audio,
     aac,
     ac3,
+    eac3,
     dts,
     truehd,
     vorbis,

@@ -117,6 +117,7 @@ bool wants_first_frame(const Track& track) {
     case Parser::acm:
     case Parser::mpeg_audio:
     case Parser::ac3:
+    case Parser::eac3:
     case Parser::dts:
     case Parser::truehd:
         return true;

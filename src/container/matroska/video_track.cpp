@@ -93,6 +93,8 @@ uint64_t rate_of_all_audio(const Source& source) {
 // The rate of what the segment holds besides the audio and attachments.
 void set_rest_rate(const Source& source, ZatStream* stream) {
     const Segment& segment = *source.segment;
+    stream->bit_rate = 0;
+    stream->estimated &= ~uint32_t{ZAT_ESTIMATED_BIT_RATE};
     constexpr double shortest = 0.01; // seconds; less says nothing of a rate
     if (segment.first_cluster < 0 || source.duration < shortest || !is_only_video(segment)) {
         return;
@@ -230,8 +232,8 @@ void add_video(const Source& source, uint32_t index) {
     stream.height = track.video.height;
     set_scan(track.video, &stream);
     set_told_rate(track, &stream);
-    if (stream.bit_rate == 0) {
-        set_rest_rate(source, &stream);
+    if (stream.bit_rate == 0 || (stream.estimated & ZAT_ESTIMATED_BIT_RATE) != 0) {
+        set_rest_rate(source, &stream); // a part says less: pictures differ more than sounds
     }
 
     uint8_t private_bytes[private_size];

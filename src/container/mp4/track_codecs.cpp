@@ -115,6 +115,9 @@ CodecName format_name(uint32_t format, uint32_t kind) {
 } // namespace
 
 void set_track_codec(const TrackFacts& facts, ZatStream* stream) {
+    if (!facts.entry.found) {
+        return;
+    }
     constexpr uint32_t wave_tag_prefix = 0x6D730000; // "ms", then a WAVE format tag
     CodecName name = object_name(facts.es.descriptor.object_type);
     if (name.codec.empty()) {

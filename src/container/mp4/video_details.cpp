@@ -145,7 +145,9 @@ void count_frames(const TrackFacts& facts, ZatStream* stream) {
             stream->frame_rate_denominator = 0;
         }
     }
-    if (declared > 0 && std::abs(declared - stream->frame_rate) > same_rate * declared) {
+    constexpr double highest_rate = 240; // more in a parameter set is a clock, no rate
+    if (declared > 0 && declared <= highest_rate &&
+        std::abs(declared - stream->frame_rate) > same_rate * declared) {
         stream->nominal_frame_rate = declared;
     }
 }
