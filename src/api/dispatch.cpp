@@ -19,6 +19,7 @@
 #include "common/record_lines.h"
 #include "container/avi.h"
 #include "container/flv.h"
+#include "container/matroska.h"
 #include "container/mp4.h"
 #include "container/mpeg_ps.h"
 #include "container/ogg.h"
@@ -63,6 +64,7 @@ constexpr Row rows[] = {
     {FILETYPE_RMP3, AnalyzeRmp3File},
     {FILETYPE_AC3, ac3_file},
     {FILETYPE_DTS16BE, dts_file},
+    {FILETYPE_MATROSKA, AnalyzeMatroskaFile},
     {FILETYPE_FLAC, AnalyzeFlacFile},
     {FILETYPE_MONKEY, AnalyzeMonkeyFile},
     {FILETYPE_MUSEPACK, AnalyzeMusePackFile},
