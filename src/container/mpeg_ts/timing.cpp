@@ -385,7 +385,7 @@ PlayTime probed_time(const Timeline* line) {
         return time;
     }
     time.seconds = clock_time(line, sum);
-    if (tail.has_stamp && tail.end < static_cast<double>(clock_modulus / 2)) {
+    if (tail.has_stamp && tail.end < static_cast<double>(clock_modulus) / 2) {
         const double stamped = tail.end / static_cast<double>(clock_rate);
         const bool agree = time.seconds == 0 ||
                            (stamped < time.seconds + farthest && stamped > time.seconds - farthest);
