@@ -23,6 +23,7 @@
 #include "container/matroska.h"
 #include "container/mp4.h"
 #include "container/mpeg_ps.h"
+#include "container/mpeg_ts.h"
 #include "container/ogg.h"
 #include "container/realmedia.h"
 #include "container/video_cd.h"
@@ -52,6 +53,8 @@ constexpr Row rows[] = {
     {FILETYPE_AVI, AnalyzeAviFile},
     {FILETYPE_WMV, AnalyzeAsfFile},
     {FILETYPE_QUICKTIME, AnalyzeMp4File},
+    {FILETYPE_MPEG2_TS, AnalyzeMpegTsFile},
+    {FILETYPE_MPEG2_M2TS, AnalyzeMpegTsFile},
     {FILETYPE_3GPP2, AnalyzeMp4File},
     {FILETYPE_MPEG4, AnalyzeMp4File},
     {FILETYPE_AAC, AnalyzeMp4File},
