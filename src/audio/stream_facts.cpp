@@ -148,9 +148,12 @@ void mpeg_audio_facts(const MpegAudioInfo& info, ZatStream* stream) {
     }
     const bool constant = info.rate_mode == rate_mode_constant;
     set_rates(static_cast<int32_t>(info.sample_rate), constant ? info.bitrate * 1000 : 0, stream);
-    stream->bit_rate_mode = constant                               ? ZAT_BIT_RATE_CONSTANT
-                            : info.rate_mode == rate_mode_variable ? ZAT_BIT_RATE_VARIABLE
-                                                                   : 0;
+    // Without a header that counts frames, one of Layer III says nothing of those behind it.
+    if (info.rate_mode == rate_mode_variable) {
+        stream->bit_rate_mode = ZAT_BIT_RATE_VARIABLE;
+    } else if (info.frame_count != 0 || info.layer < 3) {
+        stream->bit_rate_mode = ZAT_BIT_RATE_CONSTANT;
+    }
     set_encoder(info, stream);
     if (info.frame_count == 0 || stream->sample_rate == 0) {
         return;
@@ -158,7 +161,7 @@ void mpeg_audio_facts(const MpegAudioInfo& info, ZatStream* stream) {
     // What the VBR header counts; its own frame is not part of the stream.
     stream->samples = uint64_t{info.frame_count} * mpeg_audio_frame_samples(&info);
     stream->duration = static_cast<double>(stream->samples) / stream->sample_rate;
-    if (!constant) {
+    if (!constant && info.byte_count != 0) {
         stream->bit_rate =
             clamp_to_integer<uint64_t>(info.byte_count * 8.0 / stream->duration + 0.5);
     }
@@ -303,6 +306,21 @@ void wave_facts(const WaveFormat& format, ZatStream* stream) {
                                                  : 0,
         stream);
     set_rates(format.sample_rate, int64_t{format.byte_rate} * 8, stream);
+}
+
+void complete_by_bytes(int64_t bytes, ZatStream* stream) {
+    if (bytes <= 0) {
+        return;
+    }
+    stream->bytes = static_cast<uint64_t>(bytes);
+    const double bits = static_cast<double>(bytes) * 8;
+    if (stream->duration == 0 && stream->bit_rate != 0) {
+        stream->duration = bits / static_cast<double>(stream->bit_rate);
+        stream->estimated |=
+            stream->bit_rate_mode == ZAT_BIT_RATE_CONSTANT ? 0 : uint32_t{ZAT_ESTIMATED_DURATION};
+    } else if (stream->duration > 0 && stream->bit_rate == 0) {
+        stream->bit_rate = clamp_to_integer<uint64_t>(bits / stream->duration + 0.5);
+    }
 }
 
 } // namespace zat
