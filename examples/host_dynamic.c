@@ -1,4 +1,4 @@
-/* Prints the report of one file: host_dynamic zat.dll|libzat.so CATALOGUE_DIRECTORY FILE */
+/* Prints the report of one file: host_dynamic zat.dll|libzat.so CATALOGUE_DIRECTORY/ FILE */
 #include <stdio.h>
 #include <string.h>
 #include <zat/zat.h>

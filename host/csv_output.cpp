@@ -118,13 +118,18 @@ std::string csv_head() {
 
 std::string csv_of(const Description& description) {
     const InfoRecord& record = description.record;
-    const std::string time =
-        std::isfinite(record.play_time) ? nlohmann::json(record.play_time).dump() : std::string();
-    const std::string head = csv_field(repaired_utf8(description.path)) + "," +
-                             std::to_string(record.type_code) + "," + full_type_name(description) +
-                             "," + csv_field(utf8_of_shift_jis(record.label)) + ",";
-    const std::string tail = "," + time + "," + std::to_string(record.data_size) + "," +
-                             std::to_string(record.file_size);
+    const bool is_examined = description.error.empty();
+    const bool is_known = is_examined && !description.unknown;
+    const std::string time = is_known && std::isfinite(record.play_time)
+                                 ? nlohmann::json(record.play_time).dump()
+                                 : std::string();
+    const std::string type = is_examined ? std::to_string(record.type_code) : std::string();
+    const std::string head = csv_field(repaired_utf8(description.path)) + "," + type + "," +
+                             (is_examined ? full_type_name(description) : "") + "," +
+                             csv_field(utf8_of_shift_jis(record.label)) + ",";
+    const std::string tail = "," + time + "," +
+                             (is_known ? std::to_string(record.data_size) : std::string()) + "," +
+                             (is_examined ? std::to_string(record.file_size) : std::string());
     std::string out;
     for (const Row& row : rows_of(description)) {
         out += head;

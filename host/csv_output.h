@@ -9,6 +9,8 @@ namespace host {
 
 std::string csv_head();
 
+// What is not known of a file that was not examined, or is of no known type, stays empty.
+//
 // A row for each line of the record, those of streams with their typed details, and one for each
 // stream without a line.
 std::string csv_of(const Description& description);

@@ -72,6 +72,20 @@ int parse_options(const std::vector<std::string>& arguments, Options* options) {
     app.add_flag("-0,--null", options->null_separated, "The list's paths end with a zero byte");
     app.add_flag("--detect-only", options->detect_only, "Only tell the type of each file");
     app.add_flag("--with-report", options->with_report, "JSON: add the text of the report");
+    app.add_flag("--hidden", options->hidden, "Hidden files and folders below a directory too");
+    app.add_option("--only", options->only, "Only files below a directory that match, like '*.mkv'")
+        ->type_name("GLOB")
+        ->expected(1)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+    app.add_option("--exclude", options->exclude,
+           "No files and folders below a directory that match; like --only, as often as needed")
+        ->type_name("GLOB")
+        ->expected(1)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+    app.add_option(
+           "--max-depth", options->max_depth, "Folders to go down; 1 is only the directory itself")
+        ->type_name("N")
+        ->check(CLI::Range(1U, 10000U).description(""));
     app.add_flag("--strict", options->strict,
         "Files of unknown type below a directory are failures, as named ones are");
     app.add_option("--catalogue", options->catalogue,

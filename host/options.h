@@ -16,7 +16,11 @@ struct Options {
     bool detect_only = false;
     bool raw = false;
     bool quiet = false;
-    bool version = false;     // only tell the version
+    bool version = false;          // only tell the version
+    bool hidden = false;           // walks pass over no hidden files
+    unsigned max_depth = 0;        // folders that a walk goes down, the named one included; 0: all
+    std::vector<std::string> only; // name patterns of the files that a walk finds
+    std::vector<std::string> exclude; // and of files and folders that it passes over
     bool strict = false;      // a file of unknown type is a failure even when nobody named it
     bool with_report = false; // JSON: the report's text too
     std::string catalogue;    // directory; empty for the default

@@ -77,9 +77,14 @@ WriteResult write_text(DWORD which, std::string_view utf8) {
     return write_bytes(which, bytes);
 }
 
+// Their values are patterns themselves.
+bool takes_pattern(const std::wstring& argument) {
+    return argument == L"--only" || argument == L"--exclude";
+}
+
 bool has_wildcard(const std::wstring& argument) {
     return argument.find_first_of(L"*?") != std::wstring::npos &&
-           argument.rfind(L"\\\\?\\", 0) != 0;
+           argument.rfind(L"\\\\?\\", 0) != 0 && argument.rfind(L"--", 0) != 0;
 }
 
 // The names that match, in the directory's order; the argument itself when none does.
@@ -107,7 +112,7 @@ std::vector<std::string> program_arguments(int /*argc*/, char** /*argv*/) {
     LPWSTR* arguments = CommandLineToArgvW(GetCommandLineW(), &count);
     std::vector<std::string> out;
     for (int i = 1; i < count; ++i) {
-        if (has_wildcard(arguments[i])) {
+        if (has_wildcard(arguments[i]) && !takes_pattern(arguments[i - 1])) {
             expand(arguments[i], &out);
         } else {
             out.push_back(utf8_of_wide(arguments[i]));

@@ -1,18 +1,31 @@
 #include "api/dispatch.h"
 
 #include "audio/ac3_file.h"
+#include "audio/dsdiff_file.h"
+#include "audio/dsf_file.h"
 #include "audio/dts_file.h"
+#include "audio/flac_file.h"
+#include "audio/monkey_file.h"
 #include "audio/mp3_file.h"
+#include "audio/musepack_file.h"
+#include "audio/optimfrog_file.h"
+#include "audio/tak_file.h"
+#include "audio/tta_file.h"
 #include "audio/wav_file.h"
+#include "audio/wavpack_file.h"
+#include "audio/wsd_file.h"
 #include "common/details.h"
 #include "common/messages.h"
 #include "common/numbers.h"
 #include "common/record_lines.h"
 #include "container/avi.h"
 #include "container/flv.h"
+#include "container/matroska.h"
 #include "container/mp4.h"
+#include "container/mpeg_ps.h"
 #include "container/ogg.h"
 #include "container/realmedia.h"
+#include "container/video_cd.h"
 #include "detect/file_type.h"
 
 #include <cstddef>
@@ -52,7 +65,22 @@ constexpr Row rows[] = {
     {FILETYPE_RMP3, AnalyzeRmp3File},
     {FILETYPE_AC3, ac3_file},
     {FILETYPE_DTS16BE, dts_file},
+    {FILETYPE_MATROSKA, AnalyzeMatroskaFile},
+    {FILETYPE_FLAC, AnalyzeFlacFile},
+    {FILETYPE_MONKEY, AnalyzeMonkeyFile},
+    {FILETYPE_MUSEPACK, AnalyzeMusePackFile},
+    {FILETYPE_TTA, AnalyzeTtaFile},
+    {FILETYPE_OPTIMFROG, AnalyzeOptimFrogFile},
+    {FILETYPE_TAK, AnalyzeTakFile},
+    {FILETYPE_DSDIFF, AnalyzeDsdiffFile},
+    {FILETYPE_DSF, AnalyzeDsfFile},
+    {FILETYPE_WSD, AnalyzeWsdFile},
+    {FILETYPE_WAVPACK, AnalyzeWavPackFile},
     {FILETYPE_FLV, AnalyzeFlvFile},
+    {FILETYPE_MPEG1, AnalyzeProgramStreamFile, Result::error_count},
+    {FILETYPE_MPEG2, AnalyzeProgramStreamFile, Result::error_count},
+    {FILETYPE_MPEG1VCD, AnalyzeVideoCdFile, Result::error_count},
+    {FILETYPE_MPEG, AnalyzeProgramStreamFile, Result::error_count},
     {FILETYPE_REALMEDIA, AnalyzeRealMediaFile},
 };
 

@@ -29,7 +29,8 @@ bool read_ac3_config(Bytes record, Ac3Config* config) {
         32, 40, 48, 56, 64, 80, 96, 112, 128, 160, 192, 224, 256, 320, 384, 448, 512, 576, 640};
     BitReader bits{.bytes = record};
     const uint32_t fscod = read_bits(&bits, 2);
-    skip_bits(&bits, 5 + 3); // bsid, bsmod
+    const uint32_t bsid = read_bits(&bits, 5);
+    skip_bits(&bits, 3); // bsmod
     const uint32_t acmod = read_bits(&bits, 3);
     const uint32_t lfeon = read_bits(&bits, 1);
     const uint32_t rate = read_bits(&bits, 5);
@@ -39,6 +40,10 @@ bool read_ac3_config(Bytes record, Ac3Config* config) {
     *config = {};
     config->sample_rate = rate_of(fscod);
     config->bit_rate = rate < std::size(rates) ? uint32_t{rates[rate]} * 1000 : 0;
+    if (bsid == 9 || bsid == 10) { // half and quarter of the usual rates
+        config->sample_rate >>= bsid - 8;
+        config->bit_rate >>= bsid - 8;
+    }
     set_channels(acmod, lfeon, config);
     return true;
 }
@@ -75,12 +80,12 @@ bool read_eac3_config(Bytes record, Ac3Config* config) {
     return true;
 }
 
-const char* ac3_config_layout(const Ac3Config& config) {
-    // ETSI TS 102 366, table 4.3; the second column with LFE.
-    static constexpr const char* layouts[8][2] = {{"", ""}, {"C", "C LFE"}, {"L R", "L R LFE"},
-        {"L R C", "L R C LFE"}, {"L R Cs", "L R LFE Cs"}, {"L R C Cs", "L R C LFE Cs"},
-        {"L R Ls Rs", "L R LFE Ls Rs"}, {"L R C Ls Rs", "L R C LFE Ls Rs"}};
-    return config.locations != 0 ? "" : layouts[config.acmod & 7][config.lfe ? 1 : 0];
+uint32_t ac3_config_mask(const Ac3Config& config) {
+    // By acmod (ETSI TS 102 366, table 4.3), the surround channels at the sides.
+    constexpr uint32_t masks[] = {0, 0x4, 0x3, 0x7, 0x103, 0x107, 0x603, 0x607};
+    constexpr uint32_t lfe = 0x8;
+    const uint32_t mask = config.locations != 0 ? 0 : masks[config.acmod & 7];
+    return mask != 0 && config.lfe ? mask | lfe : mask;
 }
 
 } // namespace zat

@@ -22,7 +22,8 @@ struct Ac3Config {
 bool read_ac3_config(Bytes record, Ac3Config* config);
 bool read_eac3_config(Bytes record, Ac3Config* config);
 
-// Speakers, "L R C LFE Ls Rs"; empty for dual mono and where dependent substreams add channels.
-const char* ac3_config_layout(const Ac3Config& config);
+// The channels as a mask of WAVEFORMATEXTENSIBLE; 0 for dual mono and where dependent substreams
+// add channels.
+uint32_t ac3_config_mask(const Ac3Config& config);
 
 } // namespace zat

@@ -35,6 +35,8 @@ constexpr Speaker speakers[] = {
     {"TB-L", "Tbl"},
     {"TB-C", "Tbc"},
     {"TB-R", "Tbr"},
+    {"BL-C", "Lcb"}, // WSD's, not of WAVE
+    {"BR-C", "Rcb"},
 };
 
 constexpr uint32_t named_bits = (1U << std::size(speakers)) - 1;

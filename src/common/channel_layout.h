@@ -6,6 +6,10 @@
 
 namespace zat {
 
+// Two speakers that WSD has beside those of WAVE, in bits that WAVE reserves.
+constexpr uint32_t speaker_back_left_of_center = 1U << 18;
+constexpr uint32_t speaker_back_right_of_center = 1U << 19;
+
 constexpr size_t layout_size = 128; // bytes, terminator included
 
 // The usual mask for a number of channels, 0 for none or more than eight.

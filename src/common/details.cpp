@@ -126,12 +126,15 @@ void finish_details(const InfoRecord& record, ZatDetails* details) {
     if (record.type_code < FILETYPE_MEDIA) {
         return;
     }
-    if (details->duration == 0 && std::isfinite(record.play_time) && record.play_time > 0) {
+    if (std::isnan(details->duration)) {
+        details->duration = 0; // the analyser knows better than the record
+    } else if (details->duration == 0 && std::isfinite(record.play_time) && record.play_time > 0) {
         details->duration = record.play_time;
     }
-    if (details->bit_rate == 0 && details->duration > 0) {
-        details->bit_rate = clamp_to_integer<uint64_t>(
-            static_cast<double>(record.file_size) * 8 / details->duration + 0.5);
+    constexpr double bit_rate_limit = 1e10; // more is nonsense, of a duration that says nothing
+    const double bit_rate = divide(static_cast<double>(record.file_size) * 8, details->duration);
+    if (details->bit_rate == 0 && details->duration > 0 && bit_rate < bit_rate_limit) {
+        details->bit_rate = clamp_to_integer<uint64_t>(bit_rate + 0.5);
         details->estimated |= (details->estimated & ZAT_ESTIMATED_DURATION) != 0
                                   ? uint32_t{ZAT_ESTIMATED_BIT_RATE}
                                   : 0;

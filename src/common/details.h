@@ -46,7 +46,7 @@ void note_work_limit(const Output& out, const Reader& reader);
 void clear_details(ZatDetails* details);
 
 // Fills in, behind the analyser, what follows from the record: the play time where the analyser set
-// no duration, and the bit rate of the whole file.
+// no duration (NaN stands for one that is not known), and the bit rate of the whole file.
 void finish_details(const InfoRecord& record, ZatDetails* details);
 
 } // namespace zat

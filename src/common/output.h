@@ -3,7 +3,12 @@
 
 #include "zat/details.h"
 
+#include <cstdint>
+
 namespace zat {
+
+// Bits of InfoRecord.options.
+constexpr uint32_t option_thorough = 1; // walk the whole file where that makes the answer exact
 
 struct Output {
     InfoRecord* record = nullptr;

@@ -150,7 +150,7 @@ void format_video_line(const ZatStream& stream, const LineText& text, char (&lin
 void format_audio_line(const ZatStream& stream, const LineText& text, char (&line)[line_size]) {
     line[0] = '\0';
     append_codec(text.codec, line);
-    if (stream.sample_rate != 0 && stream.sample_rate < sample_rate_limit) {
+    if (stream.sample_rate != 0 && stream.sample_rate < text.sample_rate_limit) {
         append_format(line, "%dHz", static_cast<int32_t>(stream.sample_rate));
     }
     append_channels(stream, text.channel_mask, line);

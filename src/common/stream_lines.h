@@ -21,7 +21,8 @@ struct LineText {
     uint32_t display_width = 0;      // shown as "display 853x480" when set
     uint32_t display_height = 0;
     // Audio.
-    uint32_t channel_mask = 0; // 0: the usual one for three to eight channels
+    uint32_t channel_mask = 0;               // 0: the usual one for three to eight channels
+    uint32_t sample_rate_limit = 10'000'000; // Hz: this and more is nonsense
 };
 
 // "%dx%d [%s] %dBit %.3ffps %.3fkbps %df Progressive" and the remarks.

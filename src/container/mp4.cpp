@@ -11,9 +11,10 @@ int AnalyzeMp4File(FileRecord* file, const Output& out) {
     Reader reader;
     reader_open(&reader, file);
     mp4::Movie movie;
+    movie.detailed = out.details != nullptr;
     mp4::collect_movie(&reader, &movie);
     reader_allow(&reader, table_allowance);
-    mp4::write_movie(out.record, &reader, movie);
+    mp4::write_movie(out, &reader, &movie);
     return 0;
 }
 

@@ -15,7 +15,6 @@ namespace {
 
 using namespace ogg;
 
-constexpr uint32_t option_thorough = 1;
 
 void write_notes(const Walk& walk, const Output& out, ExtraLines* extra) {
     if (walk.missing != 0) {

@@ -2,9 +2,12 @@
 
 #include "common/bytes.h"
 #include "common/codec_catalogue.h"
+#include "common/details.h"
 #include "common/file_window.h"
 #include "common/fourcc.h"
 #include "common/record_lines.h"
+#include "common/text_codes.h"
+#include "container/realmedia_details.h"
 
 #include <algorithm>
 #include <array>
@@ -39,6 +42,7 @@ constexpr size_t stream_name_at = 40;
 struct Scan {
     FileWindow window;
     InfoRecord* record = nullptr;
+    ZatDetails* details = nullptr;
     uint32_t properties_time = 0; // milliseconds
     uint32_t stream_time = 0;     // milliseconds, the longest stream's
     // Type-specific data of the last "logical-fileinfo" stream.
@@ -90,9 +94,7 @@ void copy_padded(FileWindow* window, uint32_t position, uint8_t* out, uint32_t s
 }
 
 uint32_t read_be32(FileWindow* window, uint32_t position) {
-    uint8_t bytes[4];
-    copy_padded(window, position, bytes, sizeof bytes);
-    return ReadBE32(bytes);
+    return ReadBE32(window_at(window, position, 4));
 }
 
 // A text behind its length of one byte.
@@ -197,6 +199,9 @@ void read_stream(Scan* scan, uint32_t position) {
         scan->has_file_info = true;
         scan->file_info_at = position + static_cast<uint32_t>(data_at);
     }
+    if (scan->details != nullptr) {
+        describe_realmedia_stream({head, stream_name_at, mime_at, data_at}, scan->details);
+    }
     if (name.find("Video") != std::string_view::npos) {
         describe_video(scan->record, head + data_at, bit_rate);
     }
@@ -241,12 +246,39 @@ void write_encoder(Scan* scan) {
     copy_text(scan->record->extra_info, text);
 }
 
+// What the file's own structure says that its end cuts off.
+void note_missing_data(Scan* scan, uint32_t position) {
+    const int64_t end = int64_t{position} + read_be32(&scan->window, position + 4);
+    const int64_t missing = end - scan->window.file->size;
+    if (missing > 0) {
+        scan->details->missing_bytes = static_cast<uint64_t>(missing);
+        note_details(scan->details, "truncated");
+    }
+}
+
+// What only details tell.
+void describe_chunk(Scan* scan, uint32_t id, uint32_t position) {
+    constexpr uint32_t content_size = 1024;
+    uint8_t content[content_size];
+    if (id == chunk_data) {
+        note_missing_data(scan, position);
+    } else if (id == chunk_properties) {
+        scan->details->duration = read_be32(&scan->window, position + 30) * 0.001;
+    } else if (id == chunk_content) {
+        copy_padded(&scan->window, position, content, sizeof content);
+        describe_realmedia_content(content, scan->details);
+    }
+}
+
 void scan_chunks(Scan* scan) {
     FileWindow* window = &scan->window;
     uint64_t next = 0;
     uint32_t position = 0;
     while (find_chunk(window, next, &position)) {
         const uint32_t id = ReadBE32(window->bytes + position);
+        if (scan->details != nullptr) {
+            describe_chunk(scan, id, position);
+        }
         if (id == chunk_data) {
             return;
         }
@@ -270,6 +302,7 @@ int AnalyzeRealMediaFile(FileRecord* file, const Output& out) {
     InfoRecord* record = out.record;
     Scan scan;
     scan.record = record;
+    scan.details = out.details;
     window_open(&scan.window, file, 0, static_cast<uint32_t>(std::min(file->size, examined_size)));
     const bool readable = window_load(&scan.window, 1) != 0;
     if (readable) {
@@ -279,6 +312,11 @@ int AnalyzeRealMediaFile(FileRecord* file, const Output& out) {
         }
         const uint32_t time = scan.properties_time != 0 ? scan.properties_time : scan.stream_time;
         record->play_time = time * 0.001;
+        if (out.details != nullptr) {
+            copy_utf8(out.details->format, "RealMedia");
+            cp932_to_utf8(
+                bounded_text(record->extra_info), out.details->writer, sizeof out.details->writer);
+        }
         set_label(record, "%s", "[Real Media]");
     }
     return readable ? 0 : 1;

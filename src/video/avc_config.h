@@ -8,8 +8,8 @@
 
 namespace zat {
 
-// Bytes that hold every record's profile, level and first sequence parameter set.
-constexpr uint32_t avc_config_head_size = 8 + UINT16_MAX;
+// Bytes that hold the profile, the level and the first sequence parameter set of every real record.
+constexpr uint32_t avc_config_head_size = 16384;
 
 struct AvcConfig {
     uint8_t profile = 0; // AVCProfileIndication

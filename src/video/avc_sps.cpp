@@ -27,6 +27,7 @@ struct Sps {
     uint8_t level_idc = 0;
     uint32_t chroma_format_idc = 1; // inferred where it is absent
     bool separate_colour_planes = false;
+    uint32_t log2_max_frame_num_minus4 = 0;
     uint8_t bit_depth_luma_minus8 = 0;
     uint16_t pic_width_in_mbs_minus1 = 0;
     uint16_t pic_height_in_map_units_minus1 = 0;
@@ -137,7 +138,7 @@ bool parse_sps(
     if (high && !parse_high_profile_fields(reader, sps, state, rules)) {
         return false;
     }
-    if (!pass_ue(reader, state) || // log2_max_frame_num_minus4
+    if (!take_ue(reader, state, &sps->log2_max_frame_num_minus4) ||
         !pass_picture_order_count(reader, state) || !pass_ue(reader, state)) { // max_num_ref_frames
         return false;
     }
@@ -197,8 +198,10 @@ bool crop_by_standard(const Sps* sps, AvcSequenceInfo* info) {
 // Fields out of their range mark something that is no parameter set.
 bool is_plausible(const Sps* sps) {
     constexpr uint8_t deepest_minus8 = 6;
+    constexpr uint32_t longest_frame_num_minus4 = 12;
     return sps->chroma_format_idc <= chroma_format_444 &&
-           sps->bit_depth_luma_minus8 <= deepest_minus8;
+           sps->bit_depth_luma_minus8 <= deepest_minus8 &&
+           sps->log2_max_frame_num_minus4 <= longest_frame_num_minus4;
 }
 
 void store_picture(const Sps* sps, AvcSequenceInfo* info, AvcParseState* state, AvcRules rules) {
@@ -213,6 +216,8 @@ void store_picture(const Sps* sps, AvcSequenceInfo* info, AvcParseState* state, 
     info->constraint_flags = sps->constraint_flags;
     info->level_idc = sps->level_idc;
     info->chroma_format_idc = static_cast<uint8_t>(sps->chroma_format_idc);
+    info->separate_colour_planes = sps->separate_colour_planes;
+    info->frame_num_bits = static_cast<uint8_t>((sps->log2_max_frame_num_minus4 & 0xF) + 4);
     FormatAvcProfileLevel(info->profile_level, sizeof info->profile_level, sps->profile_idc,
         sps->level_idc, rules, sps->constraint_flags);
 }

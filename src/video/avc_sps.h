@@ -27,7 +27,9 @@ struct AvcSequenceInfo {
     uint8_t constraint_flags = 0; // constraint_set0_flag in the top bit
     uint8_t level_idc = 0;
     uint8_t chroma_format_idc = 1;
-    uint16_t sar_width = 0; // sample aspect ratio by the standard; 0 when unspecified
+    bool separate_colour_planes = false;
+    uint8_t frame_num_bits = 4; // of frame_num in slice headers
+    uint16_t sar_width = 0;     // sample aspect ratio by the standard; 0 when unspecified
     uint16_t sar_height = 0;
     uint32_t num_units_in_tick = 0; // both 0 without timing
     uint32_t time_scale = 0;

@@ -4,7 +4,6 @@
 #include "common/stream_lines.h"
 #include "video/av1_config.h"
 #include "video/avc_config.h"
-#include "video/container_aspect.h"
 #include "video/dv.h"
 #include "video/hevc_sps.h"
 #include "video/mjpeg.h"
@@ -19,18 +18,8 @@ namespace zat {
 
 namespace {
 
-constexpr size_t codec_text_size = 256;
-
-struct Description {
-    char codec[codec_text_size] = {};
-    char line[line_size] = {}; // of formats whose line is a form of its own
-    uint32_t bits = 0;
-    bool shows_aspect = false; // the codec text does
-    bool hides_scan = false;   // from the line, which shows those of some codecs only
-};
-
 // What the codec's headers say in the place of the container where that says nothing.
-using Describer = void (*)(const BitmapStream& source, ZatStream* stream, Description* text);
+using Describer = void (*)(const BitmapStream& source, ZatStream* stream, VideoDescription* text);
 
 // The container's figures over the codec's.
 void keep(const ZatStream& told, ZatStream* stream) {
@@ -67,7 +56,7 @@ bool find_avc(const BitmapStream& source, AvcSequenceInfo* info) {
            find_avc_sps(source.start, info) == 0;
 }
 
-void describe_avc(const BitmapStream& source, ZatStream* stream, Description* text) {
+void describe_avc(const BitmapStream& source, ZatStream* stream, VideoDescription* text) {
     AvcSequenceInfo info;
     if (!find_avc(source, &info)) {
         return;
@@ -86,7 +75,7 @@ void describe_avc(const BitmapStream& source, ZatStream* stream, Description* te
     text->shows_aspect = info.aspect[0] != '\0';
 }
 
-void describe_hevc(const BitmapStream& source, ZatStream* stream, Description* text) {
+void describe_hevc(const BitmapStream& source, ZatStream* stream, VideoDescription* text) {
     HevcSequence sequence;
     if (!parse_hevc_config(source.info.codec_data, &sequence) &&
         !find_hevc_sps(source.info.codec_data, &sequence) &&
@@ -100,7 +89,7 @@ void describe_hevc(const BitmapStream& source, ZatStream* stream, Description* t
     text->bits = stream->bit_depth;
 }
 
-void describe_av1(const BitmapStream& source, ZatStream* stream, Description* text) {
+void describe_av1(const BitmapStream& source, ZatStream* stream, VideoDescription* text) {
     Av1Sequence sequence;
     if (!parse_av1_config(source.info.codec_data, &sequence) &&
         !parse_av1_units(source.start, &sequence)) {
@@ -113,19 +102,17 @@ void describe_av1(const BitmapStream& source, ZatStream* stream, Description* te
     text->bits = stream->bit_depth;
 }
 
-void describe_vp8(const BitmapStream& source, ZatStream* stream, Description* text) {
+void describe_vp8(const BitmapStream& source, ZatStream* stream, VideoDescription* text) {
     Vp8Frame frame;
-    if (parse_vp8_frame(source.start, &frame)) {
-        set_vp8_facts(stream, frame);
-        text->bits = stream->bit_depth;
-    }
+    parse_vp8_frame(source.start, &frame); // all streams have one depth
+    set_vp8_facts(stream, frame);
+    text->bits = stream->bit_depth;
 }
 
-void describe_vp9(const BitmapStream& source, ZatStream* stream, Description* text) {
+void describe_vp9(const BitmapStream& source, ZatStream* stream, VideoDescription* text) {
     Vp9Sequence sequence;
-    if (!parse_vp9_frame(source.start, &sequence)) {
-        return;
-    }
+    parse_vp9_features(source.info.codec_data, &sequence);
+    parse_vp9_frame(source.start, &sequence);
     set_vp9_facts(stream, sequence);
     char codec[vp9_text_size];
     vp9_codec_text(sequence, codec);
@@ -133,7 +120,7 @@ void describe_vp9(const BitmapStream& source, ZatStream* stream, Description* te
     text->bits = stream->bit_depth;
 }
 
-void describe_mpeg4(const BitmapStream& source, ZatStream* stream, Description* text) {
+void describe_mpeg4(const BitmapStream& source, ZatStream* stream, VideoDescription* text) {
     const Bytes media = source.media.empty() ? source.start : source.media;
     Mpeg4Headers headers;
     if (find_mpeg4_headers(source.info.codec_data, &headers) == 0 ||
@@ -143,12 +130,18 @@ void describe_mpeg4(const BitmapStream& source, ZatStream* stream, Description* 
         keep(told, stream);
         text->shows_aspect = stream->pixel_aspect_width != 0;
     }
+    if (!source.name.empty()) {
+        char codec[video_codec_size];
+        mpeg4_codec_text(headers, codec);
+        copy_text(text->codec, headers.vol_found ? bounded_text(codec) : source.name);
+        return;
+    }
     char name[mpeg4_encoder_size];
     name_mpeg4_encode(source.info.codec_data, media, source.info.compression, name, stream);
     copy_text(text->codec, bounded_text(name));
 }
 
-void describe_mpeg_video(const BitmapStream& source, ZatStream* stream, Description* text) {
+void describe_mpeg_video(const BitmapStream& source, ZatStream* stream, VideoDescription* text) {
     MpegVideoHeaders headers;
     const bool in_data = find_mpeg_video_headers(source.info.codec_data, &headers) == 0;
     const Bytes bytes = in_data ? source.info.codec_data : source.start;
@@ -165,7 +158,7 @@ void describe_mpeg_video(const BitmapStream& source, ZatStream* stream, Descript
     }
 }
 
-void describe_vc1(const BitmapStream& source, ZatStream* stream, Description* text) {
+void describe_vc1(const BitmapStream& source, ZatStream* stream, VideoDescription* text) {
     Vc1Sequence sequence;
     if (find_vc1_sequence(source.info.codec_data, &sequence) != 0 &&
         find_vc1_sequence(source.start, &sequence) != 0) {
@@ -180,7 +173,7 @@ void describe_vc1(const BitmapStream& source, ZatStream* stream, Description* te
 }
 
 // STRUCT_C (SMPTE 421M, annex J) tells the profile of WMV3.
-void describe_wmv3(const BitmapStream& source, ZatStream* stream, Description* text) {
+void describe_wmv3(const BitmapStream& source, ZatStream* stream, VideoDescription* text) {
     Vc1Sequence sequence;
     if (read_vc1_struct_c(&sequence, source.info.codec_data) == 0) {
         const char* profile = vc1_profile_name(sequence.profile);
@@ -194,7 +187,7 @@ void describe_wmv3(const BitmapStream& source, ZatStream* stream, Description* t
     }
 }
 
-void describe_mjpeg(const BitmapStream& source, ZatStream* stream, Description* text) {
+void describe_mjpeg(const BitmapStream& source, ZatStream* stream, VideoDescription* text) {
     MjpegInfo info;
     const bool found = read_mjpeg_info(source.start, &info);
     const bool has_fields = info.polarity == 1 || info.polarity == 2;
@@ -214,16 +207,16 @@ void describe_mjpeg(const BitmapStream& source, ZatStream* stream, Description* 
     text->bits = info.bit_depth;
 }
 
-void describe_dv(const BitmapStream& source, ZatStream* stream, Description* text) {
+void describe_dv(const BitmapStream& source, ZatStream* stream, VideoDescription* text) {
     DvInfo info;
     if (!read_dv_info(source.start, &info)) {
         return;
     }
+    text->hides_scan = stream->scan == 0;
     set_dv_facts(info, stream);
-    text->hides_scan = true;
 }
 
-void describe_raw(const BitmapStream& source, ZatStream* stream, Description* text) {
+void describe_raw(const BitmapStream& source, ZatStream* stream, VideoDescription* text) {
     text->bits = raw_pixel_bits(source.info);
     const bool is_rgb = source.info.compression[0] <= 3;
     if (is_rgb && text->bits >= 24) {
@@ -251,45 +244,50 @@ constexpr Row rows[] = {
     {VideoFamily::dv, describe_dv},
 };
 
-void describe(const BitmapStream& source, ZatStream* stream, Description* text) {
-    const VideoFamily family = video_family(source.info.compression);
-    for (const Row& row : rows) {
-        if (row.family == family) {
-            row.describe(source, stream, text);
-        }
-    }
-    if (text->codec[0] == '\0') {
-        video_code_name(source.info.compression, text->codec, sizeof text->codec);
-    }
-}
-
 } // namespace
 
-void add_bitmap_stream(const Output& out, const BitmapStream& source, ZatStream* stream) {
-    set_fourcc_codec(stream, ReadBE32(source.info.compression));
+void describe_bitmap_stream(
+    const BitmapStream& source, ZatStream* stream, VideoDescription* description) {
+    if (stream->codec[0] == '\0') {
+        set_fourcc_codec(stream, ReadBE32(source.info.compression));
+    }
     if (stream->width == 0 || stream->height == 0) {
         stream->width = source.info.width;
         stream->height = source.info.height;
     }
-    const uint32_t told_scan = stream->scan;
-    Description text;
-    describe(source, stream, &text);
+    const VideoFamily family = video_family(source.info.compression);
+    for (const Row& row : rows) {
+        if (row.family == family) {
+            row.describe(source, stream, description);
+        }
+    }
+    if (description->codec[0] == '\0') {
+        copy_text(description->codec, source.name);
+    }
+    if (description->codec[0] == '\0') {
+        video_code_name(source.info.compression, description->codec, sizeof description->codec);
+    }
     set_container_aspect(stream, source.display_width, source.display_height);
+}
+
+void add_described_stream(const Output& out, const BitmapStream& source,
+    const VideoDescription& description, ZatStream* stream) {
     drop_nonsense(stream, source.highest_frame_rate);
-    if (text.line[0] != '\0') {
-        add_stream_line(out, *stream, bounded_text(text.line));
+    if (description.line[0] != '\0') {
+        add_stream_line(out, *stream, bounded_text(description.line));
         return;
     }
     LineText line;
-    line.codec = bounded_text(text.codec);
-    line.bits = text.bits;
+    line.codec = bounded_text(description.codec);
+    line.bits = description.bits;
     line.highest_frame_rate = source.highest_frame_rate;
-    if (!text.shows_aspect && source.display_width != 0 && is_stretched(*stream)) {
-        const DisplaySize size = square_size(*stream);
+    if (!description.shows_aspect && source.display_width != 0 && is_stretched(*stream)) {
+        const DisplaySize size =
+            description.display.width != 0 ? description.display : square_size(*stream);
         line.display_width = size.width;
         line.display_height = size.height;
     }
-    if (text.hides_scan && told_scan == 0) {
+    if (description.hides_scan) {
         ZatStream shown = *stream;
         shown.scan = 0;
         char generic[line_size];
@@ -298,6 +296,12 @@ void add_bitmap_stream(const Output& out, const BitmapStream& source, ZatStream*
         return;
     }
     add_video_stream(out, *stream, line);
+}
+
+void add_bitmap_stream(const Output& out, const BitmapStream& source, ZatStream* stream) {
+    VideoDescription description;
+    describe_bitmap_stream(source, stream, &description);
+    add_described_stream(out, source, description, stream);
 }
 
 } // namespace zat

@@ -82,6 +82,9 @@ void level_name(uint8_t level_idc, char* out, size_t size) {
 }
 
 void set_scan(ZatStream* stream, const HevcSequence& sequence) {
+    if (stream->scan != 0) {
+        return;
+    }
     if (sequence.field_sequence || (sequence.interlaced_source && !sequence.progressive_source)) {
         stream->scan = ZAT_SCAN_INTERLACED;
     } else if (sequence.progressive_source && !sequence.interlaced_source) {

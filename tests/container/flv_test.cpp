@@ -1,5 +1,6 @@
 #include "common/messages.h"
 #include "support/byte_builder.h"
+#include "support/details_text.h"
 #include "support/record_text.h"
 #include "support/temp_file.h"
 
@@ -191,6 +192,54 @@ TEST(Flv, walks_tags_to_the_end_of_the_first_mebibyte) {
         {"data within", next_header_ends_at(1048575), "V 0x0 [Screen video]" + no_rates + sound + "5.000"},
         {"header crossing", next_header_ends_at(1048577), nothing + sound + "0.000"},
     });
+}
+
+// Formats that a four-character code names behind the first byte.
+TEST(Flv, names_formats_by_four_character_codes) {
+    const auto tagged = [](int first, std::string_view code, const Data& data = {}) {
+        return ByteBuilder().u8(static_cast<uint64_t>(first)).text(code).append(data).bytes;
+    };
+    const Data avc_record = {1, 100, 0, 41, 0xFF};
+    const Data cut = {0x90, 'h', 'v'};
+    expect_rows({
+        {"AVC with its profile", FlvBuilder().tag(video, tagged(0x90, "avc1", avc_record)).bytes,
+            "V 0x0 [AVC/H264 High@4.1]" + no_rates + "0.000"},
+        {"AVC without one", FlvBuilder().tag(video, tagged(0x91, "avc1", avc_record)).bytes, "V 0x0 [AVC]" + no_rates + "0.000"},
+        {"HEVC and AAC",
+            FlvBuilder().tag(script, full_metadata()).tag(video, tagged(0x90, "hvc1")).tag(audio, tagged(0x90, "mp4a")).bytes,
+            "V 640x360 [HEVC/H265] 500.250kbps 29.970fps\nA AAC 128.000kbps\n12.500"},
+        {"unknown ones", FlvBuilder().tag(video, tagged(0x90, "abcd")).tag(audio, tagged(0x90, "abcd")).bytes,
+            nothing + "A format reserved 5.5kHz 8bit Mono\n0.000"},
+        {"cut", FlvBuilder().tag(video, cut).tag(audio, cut).bytes, nothing + "A format reserved 5.5kHz 8bit Mono\n0.000"},
+    });
+}
+
+TEST(Flv, fills_the_details) {
+    ByteBuilder named = metadata();
+    name(name(named, "encoder").u8(2), "Lavf1");
+    number(number(named, "duration", 2), "framerate", 25).raw({0, 0, 9});
+    const Data config = ByteBuilder()
+                            .raw({0x17, 0, 0, 0, 0, 1, 66, 0, 30, 0xFF, 0xE1})
+                            .be16(8)
+                            .raw({0x67, 0x42, 0, 0x1E, 0xDA, 0x05, 0x07, 0xE4})
+                            .bytes;
+    const Data bytes = FlvBuilder()
+                           .tag(script, named.bytes)
+                           .tag(video, config)
+                           .tag(video, {0x17, 1, 0, 0, 0, 9, 9})
+                           .tag(audio, {0xAF, 0, 0x2B, 0x92, 0x08, 0x00})
+                           .tag(audio, {0xAF, 1, 9, 9, 9, 9}, 40, 106)
+                           .bytes;
+    EXPECT_EQ(details_text(*details_of(bytes)),
+        "FLV writer=Lavf1 notes=truncated duration=2.000 bit_rate=" + std::to_string(bytes.size() * 4) +
+            " missing=96\nvideo id=9 duration=2.000 bit_rate=8 bytes=2 frame_rate=25.000 frames=1 size=320:240"
+            " scan=1 bit_depth=8 codec=H.264 codec_id=7 profile=Baseline level=3 chroma=4:2:0"
+            "\naudio id=8 duration=2.000 bit_rate=32 bytes=8 sample_rate=44100 channels=2 codec=AAC codec_id=10 profile=HE-AAC "
+            "layout=L R");
+    const Data others = FlvBuilder().tag(video, {0x14, 0x21, 0, 0, 0, 1, 8, 10, 8, 10}).tag(audio, {0x3E, 0, 0}).bytes;
+    EXPECT_EQ(details_text(*details_of(others)),
+        "FLV\nvideo id=9 bytes=9 frames=1 size=158:127 codec=VP6 codec_id=4"
+        "\naudio id=8 bytes=2 sample_rate=44100 channels=1 bit_depth=16 codec=PCM codec_id=3 profile=signed 16 LE");
 }
 
 TEST(Flv, survives_every_length) {

@@ -1,4 +1,5 @@
 #include "support/byte_builder.h"
+#include "support/details_text.h"
 #include "support/record_text.h"
 #include "support/temp_file.h"
 
@@ -187,6 +188,33 @@ TEST(RealMedia, survives_every_length) {
     RealBuilder whole;
     whole.chunk("PROP", properties(0, 1000)).chunk("MDPR", video_stream("RV30")).chunk("MDPR", audio_stream(audio_header(5)));
     expect_sound_at_every_length(whole.chunk("MDPR", file_info(70, generated_by("Real"))).bytes);
+}
+
+TEST(RealMedia, FillsTheDetails) {
+    const auto sound = [](int version) {
+        const Data header = audio_header(version);
+        return stream(
+            {.name = "Audio Stream", .start = 500, .duration = 3000}, ByteBuilder().be32(header.size()).append(header).bytes);
+    };
+    const Data content = ByteBuilder().be16(0).be16(4).text("Film").be16(2).text("Me").be32(0).bytes;
+    const Data bytes = RealBuilder()
+                           .chunk("PROP", properties(0, 4000))
+                           .chunk("CONT", content)
+                           .chunk("MDPR", video_stream("RV40"))
+                           .chunk("MDPR", sound(4))
+                           .chunk("MDPR", sound(5))
+                           .chunk("MDPR", stream({.mime = "logical-fileinfo"}, Data(12)))
+                           .chunk("DATA", Data(10), 118)
+                           .bytes;
+    const std::string rate = std::to_string(bytes.size() * 2);
+    EXPECT_EQ(details_text(*details_of(bytes)),
+        "RealMedia title=Film artist=Me notes=truncated duration=4.000 bit_rate=" + rate +
+            " missing=100"
+            "\nvideo id=1 bit_rate=64000 frame_rate=29.970 size=352:240 codec=RealVideo 40 codec_id=RV40"
+            "\naudio id=1 start=0.500 duration=3.000 bit_rate=64000 sample_rate=8000 channels=1 codec=RealAudio 28.8 "
+            "codec_id=28_8"
+            "\naudio id=1 start=0.500 duration=3.000 bit_rate=64000 sample_rate=44100 channels=2 codec=RealAudio Cook "
+            "codec_id=cook");
 }
 
 } // namespace

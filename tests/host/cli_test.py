@@ -131,6 +131,31 @@ class Cli(unittest.TestCase):
             out, _ = self.check(["--jobs", jobs, "--format", "jsonl", "tree"], OK, "{", "4 files: 4 described")
             self.assertEqual([json.loads(line)["path"] for line in out.splitlines()], expected)
 
+    def test_walks_find_what_is_asked_for(self):
+        for name in ["a.mp3", "B.MP3", "b.wav", ".hidden.mp3", "sub/a.mp3", "sub/deep/x.mp3", ".git/a.mp3", "日本.mp3"]:
+            path = self.folder / "tree" / name
+            path.parent.mkdir(parents=True, exist_ok=True)
+            shutil.copy(SAMPLE, path)
+        everything = {"a.mp3", "B.MP3", "b.wav", "sub/a.mp3", "sub/deep/x.mp3", "日本.mp3"}
+        for arguments, expected in [
+            ([], everything),
+            (["--hidden"], everything | {".hidden.mp3", ".git/a.mp3"}),
+            (["--only", "*.mp3"], everything - {"b.wav"}),
+            (["--only", "?.mp3", "--only", "*av"], everything - {"日本.mp3"}),
+            (["--only", "*本*"], {"日本.mp3"}),
+            (["--exclude", "SUB"], {"a.mp3", "B.MP3", "b.wav", "日本.mp3"}),
+            (["--exclude", "a*", "--exclude", "deep"], {"B.MP3", "b.wav", "日本.mp3"}),
+            (["--only", "*.mp3", "--exclude", "??.mp3"], {"a.mp3", "B.MP3", "sub/a.mp3", "sub/deep/x.mp3"}),
+            (["--max-depth", "1"], {"a.mp3", "B.MP3", "b.wav", "日本.mp3"}),
+            (["--max-depth", "2"], everything - {"sub/deep/x.mp3"}),
+        ]:
+            if WINDOWS and "*本*" in arguments:
+                continue  # Wine hands the arguments over in another code page
+            with self.subTest(arguments=arguments):
+                _, out, _ = zat("--format", "jsonl", "-q", *arguments, "--", "tree")
+                found = {json.loads(line)["path"].removeprefix("tree/") for line in text_of(out).splitlines()}
+                self.assertEqual(found, expected)
+
     def test_files_found_that_are_no_media_are_counted(self):
         (self.folder / "tree").mkdir()
         for name in ["cover.jpg", "notes.txt", "song.mp3"]:

@@ -74,6 +74,10 @@ TEST(TableOutput, AlignsAndCutsAtTheTerminalsWidth) {
 TEST(CsvOutput, HasARowForEachLineAndForStreamsWithoutOne) {
     const std::string head = "\xE6\x98\xA0\xE7\x94\xBB\x1B.mkv,26,FILETYPE_MATROSKA,,";
     const std::string tail = ",3723.5,0,1000,";
+    Description missing;
+    missing.path = "x";
+    missing.error = "gone";
+    EXPECT_EQ(host::csv_of(missing), "x,,,,error,1,gone,,," + std::string(18, ',') + "\r\n");
     EXPECT_EQ(host::csv_of(film()),
         head + "video,1,\"line, quoted\"" + tail + "H.264,,,,1920,1080,,23.976023976023978,,,,,,,,,,\r\n" + //
             head + "audio,1,[AAC]" + tail + "AAC,,,,,,,,,,,,6,,,,,\r\n" +                                   //

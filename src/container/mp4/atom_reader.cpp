@@ -36,6 +36,7 @@ bool read_atom(Reader* reader, Span space, Atom* atom) {
     }
     atom->payload.start = space.start + own_header;
     atom->payload.end = space.start + std::min(size, size_of(space));
+    atom->missing = std::max<int64_t>(size - size_of(space), 0);
     return true;
 }
 

@@ -9,10 +9,11 @@
 namespace zat::mp4 {
 
 struct Atom {
-    int64_t offset = 0; // of the size field
-    uint32_t type = 0;  // four characters, the first one in the top byte
-    uint32_t size = 0;  // the 32-bit field as it stands: 1 tells that 64 bits follow the type
-    Span payload;       // behind the header, cut at the end of the surrounding atom
+    int64_t offset = 0;  // of the size field
+    uint32_t type = 0;   // four characters, the first one in the top byte
+    uint32_t size = 0;   // the 32-bit field as it stands: 1 tells that 64 bits follow the type
+    Span payload;        // behind the header, cut at the end of the surrounding atom
+    int64_t missing = 0; // bytes that the surrounding atom, or the file, ended too early
 };
 
 // Reads the header at the start of `space`. False when the header is cut off or the size is less

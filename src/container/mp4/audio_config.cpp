@@ -65,12 +65,12 @@ void apply_sampling_rate(Reader* reader, SampleEntry* entry) {
 
 } // namespace
 
-uint32_t apply_audio_config(Reader* reader, bool one_size, SampleEntry* entry) {
+uint32_t apply_audio_config(Reader* reader, SampleEntry* entry) {
     apply_sampling_rate(reader, entry);
     apply_flac(reader, entry);
     const uint32_t eac3_rate = apply_eac3(reader, entry);
     const uint32_t alac_rate = apply_alac(reader, entry);
-    return one_size && eac3_rate != 0 ? eac3_rate : alac_rate;
+    return eac3_rate != 0 ? eac3_rate : alac_rate;
 }
 
 } // namespace zat::mp4

@@ -117,17 +117,17 @@ void name_codec(Reader* reader, const Track& track, const SampleEntry& entry, ch
 
 } // namespace
 
-void describe_audio(Reader* reader, const Track& track, AudioDescription* description) {
+void describe_audio(Reader* reader, Track* track, AudioDescription* description) {
     SampleEntry entry;
-    read_sample_entry(reader, track, &entry);
-    const SampleTotals totals = sum_sample_sizes(reader, track);
+    read_sample_entry(reader, *track, 0, &entry);
+    const SampleTotals& totals = sample_totals(reader, track);
     description->bytes = totals.bytes;
-    description->bitrate = apply_audio_config(reader, totals.one_size, &entry);
+    description->bitrate = apply_audio_config(reader, &entry);
     description->sample_rate = entry.sample_rate;
     description->channels = entry.channels;
     description->sample_size = entry.sample_size;
     if (entry.found) {
-        name_codec(reader, track, entry, description->codec);
+        name_codec(reader, *track, entry, description->codec);
     }
 }
 

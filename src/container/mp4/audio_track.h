@@ -15,6 +15,6 @@ struct AudioDescription {
     char codec[codec_text_size] = {};
 };
 
-void describe_audio(Reader* reader, const Track& track, AudioDescription* description);
+void describe_audio(Reader* reader, Track* track, AudioDescription* description);
 
 } // namespace zat::mp4

@@ -26,14 +26,10 @@ void take_track_defaults(Reader* reader, Span payload, Movie* movie) {
 }
 
 Track* find_track(Movie* movie, uint32_t id) {
-    for (int kind = 0; kind < static_cast<int>(TrackKind::count); ++kind) {
-        for (int i = 0; i < movie->track_count[kind]; ++i) {
-            if (movie->tracks[kind][i].id == id) {
-                return &movie->tracks[kind][i];
-            }
-        }
-    }
-    return nullptr;
+    Track* const end = movie->tracks + movie->track_count;
+    Track* const found =
+        std::find_if(movie->tracks, end, [id](const Track& track) { return track.id == id; });
+    return found != end ? found : nullptr;
 }
 
 // The durations and sizes of the samples that are there, of `width` bytes each.

@@ -10,13 +10,10 @@ namespace {
 
 double longest_track_seconds(const Movie& movie) {
     double longest = 0;
-    for (int kind = 0; kind < static_cast<int>(TrackKind::count); ++kind) {
-        for (int i = 0; i < movie.track_count[kind]; ++i) {
-            const Track& track = movie.tracks[kind][i];
-            if (track.time_scale != 0) {
-                const auto duration = static_cast<double>(track.fragment_duration);
-                longest = std::max(longest, duration / track.time_scale);
-            }
+    for (const Track& track : kept_tracks(movie)) {
+        if (track.time_scale != 0) {
+            const auto duration = static_cast<double>(track.fragment_duration);
+            longest = std::max(longest, duration / track.time_scale);
         }
     }
     return longest;
@@ -27,7 +24,7 @@ double longest_track_seconds(const Movie& movie) {
 double movie_seconds(const Movie& movie) {
     const bool fragmented = movie.fragments != 0 || movie.fragments_announced;
     if (fragmented && movie.duration == 0) {
-        if (movie.fragments_duration != 0) {
+        if (movie.fragments_duration != 0 && movie.header_seen) {
             return divide(
                 static_cast<double>(movie.fragments_duration), movie.fragments_time_scale);
         }
@@ -44,9 +41,11 @@ void close_track(Movie* movie) {
         return;
     }
     movie->track_is_open = false;
-    const auto kind = static_cast<int>(movie->open_track.kind);
-    if (movie->track_count[kind] < max_tracks) {
-        movie->tracks[kind][movie->track_count[kind]++] = movie->open_track;
+    const TrackKind kind = movie->open_track.kind;
+    const int of_kind = movie->kind_count[static_cast<int>(kind)]++;
+    const bool has_line = kind != TrackKind::other && of_kind < ZAT_LINE_COUNT;
+    if (movie->track_count < detailed_tracks || has_line) {
+        movie->tracks[movie->track_count++] = movie->open_track;
     }
 }
 

@@ -7,6 +7,7 @@
 #include "common/record_lines.h"
 #include "common/value_text.h"
 #include "container/mp4/audio_track.h"
+#include "container/mp4/movie_details.h"
 #include "container/mp4/video_track.h"
 
 #include <algorithm>
@@ -36,33 +37,38 @@ void note_sps(const AvcParseState& state, char* notes, size_t size) {
     }
 }
 
-// The first track with a remark decides `sps_notes` (line_size bytes).
+// `sps_notes` (line_size bytes) are those of the first track with a remark.
 void write_video(
-    InfoRecord* record, Reader* reader, const Movie& movie, double seconds, char* sps_notes) {
-    constexpr auto kind = static_cast<int>(TrackKind::video);
-    for (int i = 0; i < movie.track_count[kind]; ++i) {
-        VideoDescription video;
-        describe_video(reader, movie.tracks[kind][i], &video);
-        add_video_line(record, "%dx%d [%s] %dBit %.3ffps %.3fkbps %df %s", video.width,
-            video.height, video.codec, video.depth, divide(video.frames, seconds),
-            track_bitrate(video.bytes, seconds) * 0.001, static_cast<int32_t>(video.frames),
-            video.progressive ? "Progressive" : "interlace");
-        if (sps_notes[0] == '\0') {
-            note_sps(video.avc_state, sps_notes, line_size);
-        }
+    InfoRecord* record, Reader* reader, Track* track, double seconds, char* sps_notes) {
+    VideoDescription video;
+    describe_video(reader, track, &video);
+    add_video_line(record, "%dx%d [%s] %dBit %.3ffps %.3fkbps %df %s", video.width, video.height,
+        video.codec, video.depth, divide(video.frames, seconds),
+        track_bitrate(video.bytes, seconds) * 0.001, static_cast<int32_t>(video.frames),
+        video.progressive ? "Progressive" : "interlace");
+    if (sps_notes[0] == '\0') {
+        note_sps(video.avc_state, sps_notes, line_size);
     }
 }
 
-void write_audio(InfoRecord* record, Reader* reader, const Movie& movie, double seconds) {
-    constexpr auto kind = static_cast<int>(TrackKind::audio);
-    for (int i = 0; i < movie.track_count[kind]; ++i) {
-        AudioDescription audio;
-        describe_audio(reader, movie.tracks[kind][i], &audio);
-        const uint32_t bitrate =
-            audio.bitrate != 0 ? audio.bitrate : track_bitrate(audio.bytes, seconds);
-        add_audio_line(record, "[%s] %dHz %dch %dBit %.3fkbps", audio.codec,
-            static_cast<int32_t>(audio.sample_rate), static_cast<int32_t>(audio.channels),
-            static_cast<int32_t>(audio.sample_size), bitrate * 0.001);
+void write_audio(InfoRecord* record, Reader* reader, Track* track, double seconds) {
+    AudioDescription audio;
+    describe_audio(reader, track, &audio);
+    const uint32_t bitrate =
+        audio.bitrate != 0 ? audio.bitrate : track_bitrate(audio.bytes, seconds);
+    add_audio_line(record, "[%s] %dHz %dch %dBit %.3fkbps", audio.codec,
+        static_cast<int32_t>(audio.sample_rate), static_cast<int32_t>(audio.channels),
+        static_cast<int32_t>(audio.sample_size), bitrate * 0.001);
+}
+
+void write_tracks(
+    InfoRecord* record, Reader* reader, Movie* movie, double seconds, char* sps_notes) {
+    for (Track& track : kept_tracks(movie)) {
+        if (track.kind == TrackKind::video && record->video_count < ZAT_LINE_COUNT) {
+            write_video(record, reader, &track, seconds, sps_notes);
+        } else if (track.kind == TrackKind::audio && record->audio_count < ZAT_LINE_COUNT) {
+            write_audio(record, reader, &track, seconds);
+        }
     }
 }
 
@@ -109,15 +115,18 @@ void write_general(InfoRecord* record, const Movie& movie) {
 
 } // namespace
 
-void write_movie(InfoRecord* record, Reader* reader, const Movie& movie) {
-    const double seconds = movie_seconds(movie);
+void write_movie(const Output& out, Reader* reader, Movie* movie) {
+    InfoRecord* record = out.record;
+    const double seconds = movie_seconds(*movie);
     record->play_time = seconds;
     char sps_notes[line_size] = {};
-    write_video(record, reader, movie, seconds, sps_notes);
-    write_audio(record, reader, movie, seconds);
-    write_general(record, movie);
-    write_extra(record, movie, sps_notes);
-    set_label(record, movie.large_atom_seen ? "[Quick Time(64BitAtom)]" : "[Quick Time]");
+    write_tracks(record, reader, movie, seconds, sps_notes);
+    write_general(record, *movie);
+    write_extra(record, *movie, sps_notes);
+    set_label(record, movie->large_atom_seen ? "[Quick Time(64BitAtom)]" : "[Quick Time]");
+    if (out.details != nullptr) {
+        describe_movie(reader, movie, seconds, out.details);
+    }
 }
 
 } // namespace zat::mp4

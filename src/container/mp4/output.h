@@ -1,12 +1,12 @@
-// The host's record, from the movie's.
+// The host's record and details, from the movie's.
 #pragma once
 
+#include "common/output.h"
 #include "container/mp4/movie.h"
-#include "zat/zat.h"
 
 namespace zat::mp4 {
 
 // Describes the tracks and writes all that the analyser has to say.
-void write_movie(InfoRecord* record, Reader* reader, const Movie& movie);
+void write_movie(const Output& out, Reader* reader, Movie* movie);
 
 } // namespace zat::mp4

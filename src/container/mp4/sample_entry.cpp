@@ -2,6 +2,7 @@
 
 #include "common/numbers.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace zat::mp4 {
@@ -24,10 +25,37 @@ constexpr Located located[] = {
     {fourcc("dfLa"), &SampleEntry::flac_configuration},
     {fourcc("dec3"), &SampleEntry::eac3_configuration},
     {fourcc("srat"), &SampleEntry::sampling_rate},
+    {fourcc("hvcC"), &SampleEntry::video_configuration},
+    {fourcc("av1C"), &SampleEntry::video_configuration},
+    {fourcc("vpcC"), &SampleEntry::video_configuration},
+    {fourcc("dvc1"), &SampleEntry::video_configuration},
+    {fourcc("dac3"), &SampleEntry::audio_configuration},
+    {fourcc("dOps"), &SampleEntry::audio_configuration},
+    {fourcc("ddts"), &SampleEntry::audio_configuration},
+    {fourcc("dvcC"), &SampleEntry::dolby_vision},
+    {fourcc("dvvC"), &SampleEntry::dolby_vision},
+    {fourcc("dvwC"), &SampleEntry::dolby_vision},
+    {fourcc("fiel"), &SampleEntry::fields},
+    {fourcc("btrt"), &SampleEntry::bit_rates},
+    {fourcc("enda"), &SampleEntry::byte_order},
+    {fourcc("wfex"), &SampleEntry::audio_configuration},
+    {fourcc("pcmC"), &SampleEntry::pcm_configuration},
+    {fourcc("sinf"), &SampleEntry::protection},
 };
 
+bool has_colour_codes(Reader* reader, Span colour) {
+    const uint32_t type = read_be32(reader, colour, 0);
+    return type == fourcc("nclx") || type == fourcc("nclc");
+}
+
 // The first atom of a type counts.
-void locate_atom(const Atom& atom, SampleEntry* entry) {
+void locate_atom(Reader* reader, const Atom& atom, SampleEntry* entry) {
+    if (atom.type == fourcc("colr")) {
+        if (size_of(entry->colour) == 0 && has_colour_codes(reader, atom.payload)) {
+            entry->colour = atom.payload;
+        }
+        return;
+    }
     for (const Located& row : located) {
         if (row.type == atom.type && size_of(entry->*row.payload) == 0) {
             entry->*row.payload = atom.payload;
@@ -39,12 +67,12 @@ void locate_atom(const Atom& atom, SampleEntry* entry) {
 void locate_atoms(Reader* reader, Span space, SampleEntry* entry) {
     Atom atom;
     while (next_child(reader, &space, &atom)) {
-        locate_atom(atom, entry);
+        locate_atom(reader, atom, entry);
         if (atom.type == fourcc("wave")) {
             Span inner = atom.payload;
             Atom child;
             while (next_child(reader, &inner, &child)) {
-                locate_atom(child, entry);
+                locate_atom(reader, child, entry);
             }
         }
     }
@@ -72,12 +100,15 @@ int64_t read_audio_fields(Reader* reader, Span space, bool quicktime_versions, S
     entry->sample_rate = ReadBE16(fields + 16);
     const uint16_t version = quicktime_versions ? ReadBE16(fields) : uint16_t{0};
     if (version == 1) { // per packet: samples, bytes; bytes per frame, bytes per sample
+        entry->packet_samples = ReadBE32(fields + 20);
+        entry->frame_size = ReadBE32(fields + 28);
         return common_size + version_0_size + 16;
     }
     if (version == 2) { // structure size 4, rate as a double, channels 4, marker 4, bits 4, ...
         entry->sample_rate = clamp_to_integer<uint32_t>(ReadBEFloat64(fields + 24));
         entry->channels = ReadBE32(fields + 32);
         entry->sample_size = ReadBE32(fields + 40);
+        entry->pcm_flags = ReadBE32(fields + 44);
         return common_size + static_cast<int64_t>(sizeof fields);
     }
     if (std::memcmp(entry->format, "mlpa", 4) == 0) { // a TrueHD rate has all 32 bits
@@ -86,9 +117,10 @@ int64_t read_audio_fields(Reader* reader, Span space, bool quicktime_versions, S
     return common_size + version_0_size;
 }
 
-// Where the last entry stands; false without any.
-bool find_last_entry(Reader* reader, Span description, Span* last) {
+// Where the entry of a number, or the last one before it, stands; false without any.
+bool find_entry(Reader* reader, Span description, uint32_t number, Span* found_at) {
     uint32_t count = read_be32(reader, description, 4);
+    count = number != 0 ? std::min(count, number) : count;
     Span space = description;
     space.start += 8;
     bool found = false;
@@ -99,7 +131,7 @@ bool find_last_entry(Reader* reader, Span description, Span* last) {
         if (!next_child(reader, &space, &entry) || entry.payload.end - rest.start < common_size) {
             break;
         }
-        *last = {rest.start, entry.payload.end};
+        *found_at = {rest.start, entry.payload.end};
         found = true;
         --count;
     }
@@ -108,20 +140,24 @@ bool find_last_entry(Reader* reader, Span description, Span* last) {
 
 } // namespace
 
-void read_sample_entry(Reader* reader, const Track& track, SampleEntry* entry) {
+void read_sample_entry(Reader* reader, const Track& track, uint32_t number, SampleEntry* entry) {
     Span space;
     uint8_t description[4];
     if (!read_all(reader, track.sample_description, 0, description, sizeof description) ||
-        !find_last_entry(reader, track.sample_description, &space)) {
+        !find_entry(reader, track.sample_description, number, &space)) {
         return;
     }
     entry->found = read_all(reader, space, 4, entry->format, sizeof entry->format);
     // A description of version 1 announces ISO/IEC 14496-12's own entry of version 1, which has the
     // fields of version 0.
     const bool quicktime_versions = description[0] == 0;
-    const int64_t fixed_size = track.kind == TrackKind::video
-                                   ? read_video_fields(reader, space, entry)
-                                   : read_audio_fields(reader, space, quicktime_versions, entry);
+    entry->fixed = sub_span(space, common_size);
+    int64_t fixed_size = common_size;
+    if (track.kind == TrackKind::video) {
+        fixed_size = read_video_fields(reader, space, entry);
+    } else if (track.kind == TrackKind::audio) {
+        fixed_size = read_audio_fields(reader, space, quicktime_versions, entry);
+    }
     locate_atoms(reader, {space.start + fixed_size, space.end}, entry);
 }
 

@@ -20,6 +20,10 @@ struct SampleEntry {
     uint32_t channels = 0;
     uint32_t sample_size = 0; // bits
     uint32_t sample_rate = 0; // Hz
+    uint32_t packet_samples =
+        0;                   // of QuickTime's sound of version 1: samples per channel in a packet
+    uint32_t frame_size = 0; // and bytes of a packet, all channels together
+    uint32_t pcm_flags = 0;  // of version 2
 
     // Payloads of atoms behind the fixed fields; empty where there is none.
     Span es_descriptor;      // "esds"
@@ -29,10 +33,22 @@ struct SampleEntry {
     Span flac_configuration; // "dfLa"
     Span eac3_configuration; // "dec3"
     Span sampling_rate;      // "srat"
+    // Of details only.
+    Span video_configuration; // "hvcC", "av1C", "vpcC", "dvc1" and the like: by the format
+    Span audio_configuration; // "dac3", "dOps", "ddts"
+    Span dolby_vision;        // "dvcC", "dvvC", "dvwC"
+    Span colour;              // "colr", one with codes
+    Span fields;              // "fiel"
+    Span bit_rates;           // "btrt"
+    Span byte_order;          // "enda"
+    Span pcm_configuration;   // "pcmC"
+    Span protection;          // "sinf"
+    Span fixed;               // behind the common fields
 };
 
-// Reads the last entry of a video or audio track. Without one, all fields stay cleared.
-void read_sample_entry(Reader* reader, const Track& track, SampleEntry* entry);
+// Reads an entry of a track, counted from 1; 0 is the last one. Without one, all fields stay
+// cleared.
+void read_sample_entry(Reader* reader, const Track& track, uint32_t number, SampleEntry* entry);
 
 // An entry's elementary stream descriptor, with the bytes that it points into: encoders' headers
 // are some dozen bytes long.

@@ -55,8 +55,6 @@ bool is_entry_width(uint32_t bits) {
     return bits == 4 || bits == 8 || bits == 16;
 }
 
-} // namespace
-
 SampleTotals sum_sample_sizes(Reader* reader, const Track& track) {
     SampleTotals totals;
     uint8_t fields[12]; // version and flags, the common size or the entries' width, the count
@@ -69,11 +67,22 @@ SampleTotals sum_sample_sizes(Reader* reader, const Track& track) {
         } else if (!track.compact_sizes) {
             totals.bytes = totals.samples;
             totals.one_size = true;
+            totals.sample_size = common;
         }
     }
     totals.samples += track.fragment_samples;
     totals.bytes += track.fragment_bytes;
     return totals;
+}
+
+} // namespace
+
+const SampleTotals& sample_totals(Reader* reader, Track* track) {
+    if (!track->summed) {
+        track->summed = true;
+        track->totals = sum_sample_sizes(reader, *track);
+    }
+    return track->totals;
 }
 
 uint32_t read_first_chunk(

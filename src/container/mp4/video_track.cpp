@@ -70,10 +70,10 @@ void describe_mpeg4_visual(Bytes headers, VideoDescription* description) {
 
 } // namespace
 
-void describe_video(Reader* reader, const Track& track, VideoDescription* description) {
+void describe_video(Reader* reader, Track* track, VideoDescription* description) {
     SampleEntry entry;
-    read_sample_entry(reader, track, &entry);
-    const SampleTotals totals = sum_sample_sizes(reader, track);
+    read_sample_entry(reader, *track, 0, &entry);
+    const SampleTotals& totals = sample_totals(reader, track);
     description->frames = totals.samples;
     description->bytes = totals.bytes;
     description->width = entry.width;

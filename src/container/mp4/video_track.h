@@ -19,6 +19,6 @@ struct VideoDescription {
     AvcParseState avc_state;
 };
 
-void describe_video(Reader* reader, const Track& track, VideoDescription* description);
+void describe_video(Reader* reader, Track* track, VideoDescription* description);
 
 } // namespace zat::mp4

@@ -3,6 +3,9 @@
 #include "container/mp4/atom_walk.h"
 #include "container/mp4/fragments.h"
 
+#include <algorithm>
+#include <iterator>
+
 namespace zat::mp4 {
 
 namespace {
@@ -35,6 +38,7 @@ void visit_movie_header(Reader* reader, const Atom& atom, Movie* movie) {
         return;
     }
     movie->header_seen = true;
+    movie->header = atom.payload;
     movie->time_scale = ReadBE32(fields + 12);
     movie->duration = ReadBE32(fields + 16);
     movie->fragments_time_scale = fields[0] == 1 ? ReadBE32(fields + 20) : movie->time_scale;
@@ -51,17 +55,21 @@ void visit_track(Reader* /*reader*/, const Atom& /*atom*/, Movie* movie) {
 void visit_track_header(Reader* reader, const Atom& atom, Movie* movie) {
     const bool version_1 = read_be32(reader, atom.payload, 0) >> 24 == 1;
     movie->open_track.id = read_be32(reader, atom.payload, version_1 ? 20 : 12);
+    movie->open_track.header = atom.payload;
 }
 
 // ISO/IEC 14496-12, 8.4.2.
 void visit_media_header(Reader* reader, const Atom& atom, Movie* movie) {
     const bool version_1 = read_be32(reader, atom.payload, 0) >> 24 == 1;
     movie->open_track.time_scale = read_be32(reader, atom.payload, version_1 ? 20 : 12);
+    movie->open_track.media_header = atom.payload;
 }
 
 // ISO/IEC 14496-12, 8.4.3.
 void visit_handler(Reader* reader, const Atom& atom, Movie* movie) {
     const uint32_t handler = read_be32(reader, atom.payload, 8);
+    movie->open_track.handler = handler;
+    movie->open_track.handler_atom = atom.payload;
     movie->open_track.kind = handler == fourcc("vide")   ? TrackKind::video
                              : handler == fourcc("soun") ? TrackKind::audio
                                                          : TrackKind::other;
@@ -86,6 +94,17 @@ void visit_chapter_list(Reader* reader, const Atom& atom, Movie* movie) {
     uint8_t fields[9] = {};
     read_some(reader, atom.payload, 0, fields, sizeof fields);
     movie->chapters = fields[0] == 0 ? fields[4] : fields[8];
+}
+
+// Places the payload of a track's atom that only details need.
+template <Span Track::*field>
+void visit_track_detail(Reader* /*reader*/, const Atom& atom, Movie* movie) {
+    movie->open_track.*field = atom.payload;
+}
+
+template <Span Movie::*field>
+void visit_movie_detail(Reader* /*reader*/, const Atom& atom, Movie* movie) {
+    movie->*field = atom.payload;
 }
 
 // Types from the file's level down to the atom, each behind a "/".
@@ -134,6 +153,17 @@ constexpr Rule rules[] = {
     {"/moov/trak/mdia/minf/stbl/co64", visit_chunk_offsets},
 };
 
+constexpr Rule detail_rules[] = {
+    {"/moov/udta", visit_movie_detail<&Movie::user_data>},
+    {"/moov/meta", visit_movie_detail<&Movie::metadata>},
+    {"/moov/trak/udta", visit_track_detail<&Track::user_data>},
+    {"/moov/trak/edts/elst", visit_track_detail<&Track::edit_list>},
+    {"/moov/trak/tref/chap", visit_track_detail<&Track::chapter_reference>},
+    {"/moov/trak/mdia/elng", visit_track_detail<&Track::extended_language>},
+    {"/moov/trak/mdia/minf/stbl/stts", visit_track_detail<&Track::time_to_sample>},
+    {"/moov/trak/mdia/minf/stbl/stsc", visit_track_detail<&Track::sample_to_chunk>},
+};
+
 // From the last type on, which most rules differ in.
 bool matches(const Path& rule, std::span<const uint32_t> path) {
     size_t i = path.size();
@@ -146,6 +176,26 @@ bool matches(const Path& rule, std::span<const uint32_t> path) {
     return i == 0;
 }
 
+template <size_t N>
+void apply_rules(const Rule (&table)[N], Reader* reader, const Atom& atom,
+    std::span<const uint32_t> path, Movie* movie) {
+    for (const Rule& rule : table) {
+        if (matches(rule.path, path)) {
+            rule.visit(reader, atom, movie);
+            return;
+        }
+    }
+}
+
+// What the file's end cuts off, as far as its own structure tells: media data and movie are atoms
+// of the file's level.
+void note_missing_bytes(const Atom& atom, Movie* movie) {
+    constexpr uint32_t cut_types[] = {fourcc("mdat"), fourcc("moov"), fourcc("moof")};
+    if (std::find(std::begin(cut_types), std::end(cut_types), atom.type) != std::end(cut_types)) {
+        movie->missing_bytes = atom.missing;
+    }
+}
+
 } // namespace
 
 void collect_movie(Reader* reader, Movie* movie) {
@@ -154,11 +204,12 @@ void collect_movie(Reader* reader, Movie* movie) {
     Atom atom;
     std::span<const uint32_t> path;
     while (next_atom(&walk, &atom, &path)) {
-        for (const Rule& rule : rules) {
-            if (matches(rule.path, path)) {
-                rule.visit(reader, atom, movie);
-                break;
-            }
+        apply_rules(rules, reader, atom, path, movie);
+        if (movie->detailed) {
+            apply_rules(detail_rules, reader, atom, path, movie);
+        }
+        if (path.size() == 1 && atom.missing != 0) {
+            note_missing_bytes(atom, movie);
         }
     }
     close_track(movie);

@@ -1,4 +1,6 @@
-#include "container/flv_script.h"
+#include "container/flv/script.h"
+
+#include "common/text.h"
 
 #include <iterator>
 #include <string_view>
@@ -174,6 +176,30 @@ constexpr KnownNumber known_numbers[] = {
     {"audiodatarate", &FlvMetadata::audio_rate},
 };
 
+using TextField = char (FlvMetadata::*)[256];
+
+struct KnownText {
+    std::string_view name;
+    TextField field;
+};
+
+// As encoders and the programs that inject metadata write them.
+constexpr KnownText known_texts[] = {
+    {"title", &FlvMetadata::title},
+    {"artist", &FlvMetadata::artist},
+    {"encoder", &FlvMetadata::encoder},
+    {"creator", &FlvMetadata::creator},
+    {"metadatacreator", &FlvMetadata::metadata_creator},
+};
+
+void store_text(std::string_view name, std::string_view value, FlvMetadata* metadata) {
+    for (const KnownText& known : known_texts) {
+        if (name == known.name && (metadata->*known.field)[0] == '\0') {
+            copy_text(metadata->*known.field, value);
+        }
+    }
+}
+
 void store_number(std::string_view name, double value, FlvMetadata* metadata) {
     for (const KnownNumber& known : known_numbers) {
         if (name == known.name) {
@@ -203,6 +229,12 @@ void ParseFlvScript(Bytes data, FlvMetadata* metadata) {
                 return;
             }
             store_number(text, ReadBEFloat64(number), metadata);
+        } else if (value_type == amf_string) {
+            std::string_view value;
+            if (!take_text(&cursor, 2, &value)) {
+                return;
+            }
+            store_text(text, value, metadata);
         } else if (!skip_value(&cursor, value_type)) {
             return;
         }

@@ -1,0 +1,12 @@
+// DSDIFF files (DSDIFF File Format Specification, version 1.5).
+#pragma once
+
+#include "common/file_access.h"
+#include "common/output.h"
+
+namespace zat {
+
+// Describes an open file. Returns 0.
+int AnalyzeDsdiffFile(FileRecord* file, const Output& out);
+
+} // namespace zat

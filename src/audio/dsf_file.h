@@ -1,0 +1,12 @@
+// DSF files (DSF File Format Specification, version 1.01).
+#pragma once
+
+#include "common/file_access.h"
+#include "common/output.h"
+
+namespace zat {
+
+// Describes an open file. Returns 0.
+int AnalyzeDsfFile(FileRecord* file, const Output& out);
+
+} // namespace zat

@@ -1,0 +1,13 @@
+// MusePack files: stream versions 7 and 8 (musepack.net's stream specifications), and the ones
+// before, which have no signature of their own.
+#pragma once
+
+#include "common/file_access.h"
+#include "common/output.h"
+
+namespace zat {
+
+// Describes an open file. Returns 0.
+int AnalyzeMusePackFile(FileRecord* file, const Output& out);
+
+} // namespace zat

@@ -1,0 +1,13 @@
+// The analyser of MPEG program streams and of bare MPEG elementary streams.
+#pragma once
+
+#include "common/file_access.h"
+#include "common/output.h"
+
+namespace zat {
+
+// Fills record and details. Returns the number of damaged packets in the bytes that were walked; of
+// a file in which nothing is understood nothing is written.
+int AnalyzeProgramStreamFile(FileRecord* file, const Output& out);
+
+} // namespace zat

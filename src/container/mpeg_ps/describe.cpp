@@ -1,0 +1,263 @@
+#include "container/mpeg_ps/describe.h"
+
+#include "audio/first_frame.h"
+#include "audio/frame_search.h"
+#include "audio/stream_facts.h"
+#include "common/details.h"
+#include "common/start_code.h"
+#include "container/mpeg_ps/video_kind.h"
+#include "video/hevc_sps.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace zat::ps {
+
+namespace {
+
+Bytes collected(const Stream& stream) {
+    return {stream.collect, stream.collected};
+}
+
+bool describe_mpeg_video(Stream* stream, bool last) {
+    MpegVideoHeaders headers;
+    if (find_mpeg_video_headers(collected(*stream), &headers) != 0) {
+        return false;
+    }
+    const bool full = stream->collected == Stream::collect_size;
+    if (!headers.complete && !last && !full) {
+        return false; // extensions may follow
+    }
+    stream->sequence = headers;
+    stream->form = Form::mpeg_sequence;
+    mpeg_video_facts(headers, &stream->facts);
+    // A lone sequence header of MPEG-1 has no progressive bit.
+    SequenceExtension extension = headers.extension;
+    extension.progressive = headers.extension_found ? extension.progressive : 1;
+    mpeg_video_line(&headers.header, &extension,
+        headers.extension_found ? MpegVideoVersion::mpeg2 : MpegVideoVersion::mpeg1, stream->line);
+    return true;
+}
+
+bool describe_avc(Stream* stream) {
+    AvcSequenceInfo info;
+    if (find_avc_sps(collected(*stream), &info) != 0) {
+        return false;
+    }
+    stream->avc = info;
+    avc_facts(info, &stream->facts);
+    avc_codec_text(info, stream->codec);
+    return true;
+}
+
+bool describe_mpeg4(Stream* stream) {
+    Mpeg4Headers headers;
+    if (find_mpeg4_headers(collected(*stream), &headers) != 0) {
+        return false;
+    }
+    mpeg4_facts(headers, &stream->facts);
+    mpeg4_codec_text(headers, stream->codec);
+    return true;
+}
+
+bool describe_vc1(Stream* stream) {
+    Vc1Sequence sequence;
+    if (find_vc1_sequence(collected(*stream), &sequence) != 0) {
+        return false;
+    }
+    vc1_facts(sequence, &stream->facts);
+    vc1_codec_text(sequence, stream->codec);
+    return true;
+}
+
+bool describe_hevc(Stream* stream) {
+    HevcSequence sequence;
+    if (!find_hevc_sps(collected(*stream), &sequence)) {
+        return false;
+    }
+    char text[hevc_text_size];
+    set_hevc_facts(&stream->facts, sequence);
+    hevc_codec_text(sequence, text);
+    copy_text(stream->codec, bounded_text(text));
+    return true;
+}
+
+bool describe_video(Stream* stream, bool last) {
+    VideoKind kind = video_kind_of_type(stream->stream_type);
+    if (kind == VideoKind::unknown) {
+        kind =
+            id_of(*stream) == id_extended ? VideoKind::vc1 : guess_video_kind(collected(*stream));
+    }
+    bool found = false;
+    switch (kind) {
+    case VideoKind::mpeg:
+        return describe_mpeg_video(stream, last);
+    case VideoKind::avc:
+        found = describe_avc(stream);
+        break;
+    case VideoKind::mpeg4:
+        found = describe_mpeg4(stream);
+        break;
+    case VideoKind::vc1:
+        found = describe_vc1(stream);
+        break;
+    case VideoKind::hevc:
+        found = describe_hevc(stream);
+        break;
+    case VideoKind::unknown:
+        break;
+    }
+    stream->form = found ? Form::generic_video : stream->form;
+    return found;
+}
+
+// Kinds of frames in a stream, the likeliest first.
+struct Candidate {
+    FrameKind kind;
+    FrameDescriber describe;
+};
+
+constexpr Candidate mpeg_candidate = {FrameKind::mpeg_audio, describe_mpeg_audio_frame};
+constexpr Candidate adts_candidate = {FrameKind::adts, describe_adts_frame};
+constexpr Candidate ac3_candidate = {FrameKind::ac3, describe_ac3_frame};
+constexpr Candidate dts_candidate = {FrameKind::dts, describe_dts_frame};
+
+bool describe_frame(Stream* stream, const Candidate& candidate) {
+    const Bytes data = collected(*stream);
+    const int64_t at = find_audio_frame(candidate.kind, data);
+    if (at < 0) {
+        return false;
+    }
+    const Bytes frame = data.subspan(static_cast<size_t>(at));
+    if (!candidate.describe(frame, &stream->facts, stream->line)) {
+        return false;
+    }
+    stream->form = Form::audio_line;
+    if (stream->facts.sample_rate != 0) {
+        stream->frame_seconds = static_cast<double>(audio_frame_samples(candidate.kind, frame)) /
+                                stream->facts.sample_rate;
+    }
+    return true;
+}
+
+// Of the bytes behind the substream header the second one tells everything.
+bool describe_lpcm(Stream* stream) {
+    if (stream->collected < 3) {
+        return false;
+    }
+    LpcmInfo info;
+    dvd_lpcm_info(stream->collect[1], &info);
+    dvd_lpcm_line(&info, stream->line);
+    // The line knows two of the four rates.
+    static constexpr int32_t rates[] = {48000, 96000, 44100, 32000};
+    info.sample_rate = rates[stream->collect[1] >> 4 & 3]; // audio_sampling_frequency
+    dvd_lpcm_facts(info, &stream->facts);
+    stream->form = Form::audio_line;
+    return true;
+}
+
+bool describe_truehd(Bytes access_unit, Stream* stream) {
+    TrueHdInfo info;
+    if (truehd_info(access_unit, &info) != 0) {
+        return false;
+    }
+    char channels[channel_name_size] = "";
+    truehd_channel_name(info.channels, channels);
+    format_text(stream->line, sizeof stream->line, "Dolby_TrueHD %dHz [%s %s] %.3fkbps",
+        static_cast<int32_t>(info.sample_rate), channels, info.vbr != 0 ? "VBR" : "CBR",
+        info.peak_bitrate * 0.001);
+    truehd_facts(info, &stream->facts);
+    return true;
+}
+
+bool describe_mlp(Stream* stream) {
+    const Bytes data = collected(*stream);
+    for (int64_t at = find_byte_pair(data, 0, 0xF8, 0x72); at >= 0;
+         at = find_byte_pair(data, static_cast<size_t>(at) + 1, 0xF8, 0x72)) {
+        constexpr size_t sync_at = 4; // in an access unit
+        const size_t unit = static_cast<size_t>(std::max<int64_t>(at - int64_t{sync_at}, 0));
+        if (has_at(data, static_cast<size_t>(at), "\xF8\x72\x6F\xBB")) {
+            copy_utf8(stream->facts.codec, "MLP");
+            copy_text(stream->line, "[MLP]");
+            stream->facts.flags |= ZAT_FLAG_LOSSLESS;
+            stream->form = Form::audio_line;
+            return true;
+        }
+        if (describe_truehd(data.subspan(unit), stream)) {
+            stream->form = Form::audio_line;
+            return true;
+        }
+    }
+    return false;
+}
+
+bool describe_audio(Stream* stream) {
+    switch (stream->kind) {
+    case Kind::mpeg_audio:
+        return describe_frame(stream, mpeg_candidate) || describe_frame(stream, adts_candidate) ||
+               describe_frame(stream, ac3_candidate);
+    case Kind::aac:
+        return describe_frame(stream, adts_candidate);
+    case Kind::ac3:
+        return describe_frame(stream, ac3_candidate);
+    case Kind::dts:
+        return describe_frame(stream, dts_candidate);
+    case Kind::lpcm:
+        return describe_lpcm(stream);
+    case Kind::mlp:
+        return describe_mlp(stream);
+    case Kind::extension_audio:
+        return describe_frame(stream, ac3_candidate) || describe_frame(stream, dts_candidate) ||
+               describe_mlp(stream);
+    default:
+        return false;
+    }
+}
+
+struct KindName {
+    Kind kind;
+    const char* line;
+    const char* codec;
+};
+
+constexpr KindName kind_names[] = {
+    {Kind::mpeg_audio, "[MPEG audio]", "MP2"},
+    {Kind::aac, "[AAC]", "AAC"},
+    {Kind::ac3, "[AC-3]", "AC-3"},
+    {Kind::dts, "[DTS]", "DTS"},
+    {Kind::lpcm, "[LPCM]", "PCM"},
+    {Kind::mlp, "[MLP]", "MLP"},
+    {Kind::extension_audio, "[audio]", ""},
+};
+
+} // namespace
+
+bool describe_stream(Stream* stream, bool last) {
+    if (stream->kind != Kind::video) {
+        return describe_audio(stream);
+    }
+    if (!describe_video(stream, last)) {
+        return false;
+    }
+    stream->frame_seconds = stream->facts.frame_rate > 0 ? 1 / stream->facts.frame_rate : 0;
+    return true;
+}
+
+void name_stream(Stream* stream, bool mpeg2) {
+    stream->form = Form::name_only;
+    if (stream->kind == Kind::video) {
+        const VideoKindName name = video_kind_name(video_kind_of_type(stream->stream_type),
+            stream->stream_type == 0 ? mpeg2 : stream->stream_type == 0x02);
+        copy_text(stream->line, name.line);
+        copy_utf8(stream->facts.codec, name.codec);
+        return;
+    }
+    for (const KindName& row : kind_names) {
+        if (row.kind == stream->kind) {
+            copy_text(stream->line, row.line);
+            copy_utf8(stream->facts.codec, row.codec);
+        }
+    }
+}
+
+} // namespace zat::ps

@@ -1,0 +1,151 @@
+#include "container/mpeg_ps/picture_count.h"
+
+#include "common/start_code.h"
+#include "video/rbsp_reader.h"
+
+#include <algorithm>
+#include <string_view>
+
+namespace zat::ps {
+
+namespace {
+
+constexpr uint32_t block_size = 32768;
+constexpr uint32_t header_size = 64; // enough for every header that is looked at
+
+struct Counter {
+    PictureCount* count = nullptr;
+    bool progressive = false; // progressive_sequence
+    AvcSequenceInfo avc;
+    bool open_picture = false; // one whose coding extension is still to come
+};
+
+void add_fields(Counter* counter, int64_t fields) {
+    PictureCount* count = counter->count;
+    count->fields += fields;
+    if (!count->first_group.found) {
+        count->fields_before_group += fields;
+    }
+    count->fields_behind_group += fields;
+}
+
+// Fields that a picture is displayed for (ISO/IEC 13818-2, 6.3.10).
+int64_t displayed_fields(const PictureCoding& picture, bool progressive) {
+    if (picture.structure != structure_frame) {
+        return 1;
+    }
+    if (picture.repeat_first_field == 0) {
+        return 2;
+    }
+    return !progressive ? 3 : picture.top_field_first != 0 ? 6 : 4;
+}
+
+void count_mpeg(Counter* counter, uint8_t code, Bytes behind) {
+    PictureCount* count = counter->count;
+    PictureCoding picture;
+    GopTime gop;
+    if (code == picture_start_code) {
+        add_fields(counter, 2);
+        counter->open_picture = true;
+    } else if (code == extension_start_code && counter->open_picture &&
+               read_picture_coding(&picture, behind) == 0) {
+        add_fields(counter, displayed_fields(picture, counter->progressive) - 2);
+        counter->open_picture = false;
+    } else if (code == group_start_code && read_gop_time(&gop, behind) == 0) {
+        count->first_group = count->first_group.found ? count->first_group : gop;
+        count->last_group = gop;
+        count->fields_behind_group = 0;
+    }
+}
+
+// The first slice of a picture (ITU-T H.264, 7.3.3).
+void count_avc(Counter* counter, uint8_t code, Bytes behind) {
+    const uint8_t type = code & 0x9F;
+    if (type != 1 && type != 5) {
+        return;
+    }
+    RbspReader reader = rbsp_reader(behind);
+    if (read_ue(&reader) != 0) { // first_mb_in_slice
+        return;
+    }
+    read_ue(&reader); // slice_type
+    read_ue(&reader); // pic_parameter_set_id
+    if (counter->avc.separate_colour_planes) {
+        read_u(&reader, 2); // colour_plane_id
+    }
+    read_u(&reader, counter->avc.frame_num_bits); // frame_num
+    const bool field =
+        counter->avc.frame_mbs_only == 0 && read_u(&reader, 1) != 0; // field_pic_flag
+    add_fields(counter, field ? 1 : 2);
+}
+
+void count_mpeg4(Counter* counter, uint8_t code, Bytes) {
+    constexpr uint8_t vop = 0xB6;
+    add_fields(counter, code == vop ? 2 : 0);
+}
+
+void count_vc1(Counter* counter, uint8_t code, Bytes) {
+    constexpr uint8_t frame = 0x0D;
+    add_fields(counter, code == frame ? 2 : 0);
+}
+
+// Of HEVC the first slice segments of pictures (ITU-T H.265, 7.3.6.1).
+void count_hevc(Counter* counter, uint8_t code, Bytes behind) {
+    constexpr uint8_t last_picture_type = 31;
+    const bool is_slice = code < 0x80 && code >> 1 <= last_picture_type;
+    const bool is_first = behind.size() > 1 && (behind[1] & 0x80) != 0;
+    add_fields(counter, is_slice && is_first ? 2 : 0);
+}
+
+using CountUnit = void (*)(Counter*, uint8_t code, Bytes behind);
+
+struct Row {
+    std::string_view codec;
+    CountUnit count;
+};
+
+constexpr Row rows[] = {
+    {"MPEG-1 Video", count_mpeg},
+    {"MPEG-2 Video", count_mpeg},
+    {"H.264", count_avc},
+    {"HEVC", count_hevc},
+    {"MPEG-4 Visual", count_mpeg4},
+    {"VC-1", count_vc1},
+};
+
+} // namespace
+
+void count_pictures(
+    Source* source, const Stream& stream, int64_t from, int64_t to, PictureCount* count) {
+    CountUnit count_unit = nullptr;
+    for (const Row& row : rows) {
+        count_unit = row.codec == bounded_text(stream.facts.codec) ? row.count : count_unit;
+    }
+    if (count_unit == nullptr) {
+        return;
+    }
+    Counter counter;
+    counter.count = count;
+    counter.progressive = stream.sequence.extension.progressive != 0;
+    counter.avc = stream.avc;
+    uint8_t block[block_size];
+    while (from < to) {
+        const auto wanted = static_cast<uint32_t>(std::min<int64_t>(block_size, to - from));
+        const Bytes bytes = {block, source_read(source, from, block, wanted)};
+        // Codes near the end are left to the next block, which has what follows them.
+        const bool is_last = bytes.size() < block_size || from + block_size >= to;
+        const size_t limit = is_last ? bytes.size() : bytes.size() - header_size;
+        int64_t at = find_start_code(bytes, 0);
+        for (; at >= 0 && static_cast<size_t>(at) < limit;
+             at = find_start_code(bytes, static_cast<size_t>(at) + 3)) {
+            const auto place = static_cast<size_t>(at);
+            count_unit(&counter, bytes[place + 3], bytes.subspan(place + start_code_size));
+        }
+        if (is_last) {
+            return;
+        }
+        from += static_cast<int64_t>(at >= 0 ? static_cast<size_t>(at) : limit);
+    }
+}
+
+} // namespace zat::ps

@@ -1,0 +1,245 @@
+#include "container/mpeg_ps/program.h"
+
+#include "common/file_access.h"
+#include "container/mpeg_ps/describe.h"
+#include "container/mpeg_ps/walk.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace zat::ps {
+
+namespace {
+
+constexpr uint32_t option_thorough = 1; // walk all for exact answers
+constexpr uint32_t option_check = 2;    // walk all for damage
+
+// Steps of the search for the clocks at the end, and the longest look for some between.
+constexpr int64_t tail_sizes[] = {262'144, 1'048'576, 2'097'152};
+constexpr int64_t probe_size = 262'144;
+constexpr int32_t probes_between = 14;
+
+// Bytes of a stream that are searched for its headers. A video that was cut may be far from the
+// next one; audio has a header in every frame.
+constexpr uint64_t video_search_limit = 1'048'576;
+constexpr uint64_t audio_search_limit = 262'144;
+
+bool wants_payload(const Stream& stream) {
+    return is_shown(stream) && stream.form == Form::unknown &&
+           stream.searched < (stream.kind == Kind::video ? video_search_limit : audio_search_limit);
+}
+
+// Describes the stream once enough is collected: what little has come since the last attempt is
+// waited for.
+void attempt(Stream* stream) {
+    constexpr uint32_t patience = 1024;
+    const bool full = stream->collected == Stream::collect_size;
+    if (stream->collected < stream->next_attempt && !full) {
+        return;
+    }
+    stream->next_attempt = stream->collected + std::max(patience, stream->collected / 2);
+    if (!describe_stream(stream, false) && full) {
+        constexpr uint32_t kept = 2048; // headers that the buffer's end cut
+        std::memmove(stream->collect, stream->collect + Stream::collect_size - kept, kept);
+        stream->collected = kept;
+        stream->next_attempt = Stream::collect_size;
+    }
+}
+
+void take_pack(Program* program, const Unit& unit, ClockTrack* clocks) {
+    if (!unit.in_order) {
+        return; // a start code in other data may look like one
+    }
+    if (!program->any_pack) {
+        program->any_pack = true;
+        program->mpeg2 = unit.pack.mpeg2;
+        program->byte_rate = unit.pack.byte_rate;
+    }
+    add_clock(clocks, {unit.position, unit.pack.clock});
+}
+
+void take_head_packet(Program* program, const Unit& unit) {
+    if (unit.code == id_program_stream_map) {
+        StreamMap map;
+        if (read_stream_map(&map, unit.head) == 0) {
+            declare_streams(&program->table, map);
+        }
+        return;
+    }
+    Payload payload;
+    if (!find_payload(&program->table, unit, &payload)) {
+        return;
+    }
+    Stream* stream = stream_of(&program->table, payload);
+    if (stream == nullptr) {
+        return;
+    }
+    payload.end = std::min(payload.end, program->source.size);
+    ++stream->packets;
+    stream->bytes += static_cast<uint64_t>(std::max<int64_t>(payload.end - payload.start, 0));
+    if (unit.packet.pts != no_clock) {
+        add_stamp(&stream->head, unit.packet.pts);
+    }
+    if (unit.packet.scrambling != 0) {
+        stream->facts.flags |= ZAT_FLAG_ENCRYPTED;
+    } else {
+        collect_payload(&program->source, stream, payload);
+    }
+}
+
+void walk_head(Program* program, int64_t from, int64_t to, bool in_order) {
+    Walk walk;
+    walk_start(&walk, &program->source, from, to, in_order);
+    ClockTrack clocks;
+    Unit unit;
+    while (next_unit(&walk, &unit)) {
+        program->stream_at = program->stream_at < 0 ? unit.position : program->stream_at;
+        if (unit.code == id_pack) {
+            take_pack(program, unit, &clocks);
+        } else if (unit.code > id_system_header) {
+            take_head_packet(program, unit);
+        }
+    }
+    program->damaged = walk.damaged;
+    if (has_clock(clocks)) {
+        program->clocks.tracks[program->clocks.count++] = clocks;
+    }
+    for (size_t i = 0; i < program->table.count; ++i) {
+        Stream* stream = &program->table.streams[i];
+        if (wants_payload(*stream) && stream->collected > 0) {
+            describe_stream(stream, true);
+        }
+    }
+}
+
+// Walks a stretch at the end for its clocks and the last time stamps. Returns whether both were
+// found.
+bool walk_tail(Program* program, int64_t from, ClockTrack* clocks) {
+    for (size_t i = 0; i < program->table.count; ++i) {
+        program->table.streams[i].tail = {};
+    }
+    *clocks = {};
+    bool any_stamp = false;
+    bool video_stamp = false;
+    bool any_video = false;
+    Walk walk;
+    walk_start(&walk, &program->source, from, program->source.size, false);
+    Unit unit;
+    while (next_unit(&walk, &unit)) {
+        if (unit.code == id_pack) {
+            take_pack(program, unit, clocks);
+            continue;
+        }
+        Payload payload;
+        if (unit.code < id_system_header || unit.packet.pts == no_clock ||
+            !find_payload(&program->table, unit, &payload)) {
+            continue;
+        }
+        Stream* stream = known_stream(&program->table, payload);
+        if (stream != nullptr && is_shown(*stream)) {
+            add_stamp(&stream->tail, unit.packet.pts);
+            any_stamp = true;
+        }
+    }
+    for (size_t i = 0; i < program->table.count; ++i) {
+        const Stream& stream = program->table.streams[i];
+        any_video = any_video || stream.kind == Kind::video;
+        video_stamp = video_stamp || (stream.kind == Kind::video && has_stamps(stream.tail));
+    }
+    return (has_clock(*clocks) || !program->any_pack) && (any_video ? video_stamp : any_stamp);
+}
+
+// The first clocks that agree in a stretch between head and tail.
+void probe(Program* program, int64_t from) {
+    Walk walk;
+    walk_start(&walk, &program->source, from, from + probe_size, false);
+    ClockTrack clocks;
+    Unit unit;
+    while (clocks.steps == 0 && next_unit(&walk, &unit)) {
+        if (unit.code == id_pack) {
+            take_pack(program, unit, &clocks);
+        }
+    }
+    if (clocks.steps > 0) {
+        program->clocks.tracks[program->clocks.count++] = clocks;
+    }
+}
+
+void read_rest(Program* program, int64_t head_end) {
+    const int64_t size = program->source.size;
+    ClockTrack tail;
+    int64_t tail_start = size;
+    for (const int64_t tail_size : tail_sizes) {
+        tail_start = std::max(head_end, size - tail_size);
+        if (walk_tail(program, tail_start, &tail) || tail_start == head_end) {
+            break;
+        }
+    }
+    if (program->any_pack) {
+        const int64_t step = (tail_start - head_end) / (probes_between + 1);
+        for (int32_t i = 1; i <= probes_between && step >= probe_size; ++i) {
+            probe(program, head_end + i * step);
+        }
+    }
+    if (has_clock(tail)) {
+        program->clocks.tracks[program->clocks.count++] = tail;
+    }
+}
+
+} // namespace
+
+ProgramMemory::ProgramMemory(FileRecord* file) {
+    uint8_t* memory = reserve_memory(sizeof(Program));
+    if (memory != nullptr) {
+        program = reinterpret_cast<Program*>(memory);
+        program->stream_at = -1;
+        reader_open(&program->reader, file);
+    }
+}
+
+ProgramMemory::~ProgramMemory() {
+    if (program != nullptr) {
+        release_memory(reinterpret_cast<uint8_t*>(program), sizeof(Program));
+    }
+}
+
+void collect_payload(Source* source, Stream* stream, const Payload& payload) {
+    int64_t position = payload.start;
+    while (position < payload.end && wants_payload(*stream)) {
+        const auto count = static_cast<uint32_t>(
+            std::min<int64_t>(Stream::collect_size - stream->collected, payload.end - position));
+        const uint32_t read =
+            source_read(source, position, stream->collect + stream->collected, count);
+        if (read == 0) {
+            return;
+        }
+        position += read;
+        stream->collected += read;
+        stream->searched += read;
+        attempt(stream);
+    }
+}
+
+uint32_t read_program(Program* program, const InfoRecord& record, int64_t from) {
+    const int64_t size = program->source.size;
+    const int64_t rest = std::max<int64_t>(size - from, 0);
+    const auto budget = static_cast<uint32_t>(
+        std::min<int64_t>(std::max(record.scan_budget, least_scan_budget), rest));
+    const bool all = (record.options & (option_thorough | option_check)) != 0;
+    const int64_t head_end = all ? size : from + budget;
+    // Headers of a dozen bytes behind one another are more than any true stream has.
+    reader_allow(
+        &program->reader, {400'000 + (all ? size / 2 : 0), (24LL << 20) + (all ? size * 2 : 0)});
+    PackHeader pack;
+    const Bytes start = source_view(&program->source, from, pack_header_limit);
+    walk_head(program, from, head_end, read_pack_header(&pack, start) == 0);
+    program->walked = head_end - from;
+    program->whole = head_end >= size;
+    if (!program->whole && program->stream_at >= 0) {
+        read_rest(program, head_end);
+    }
+    sort_streams(&program->table);
+    return budget;
+}
+
+} // namespace zat::ps

@@ -1,0 +1,207 @@
+#include "common/details.h"
+#include "common/extra_lines.h"
+#include "common/numbers.h"
+#include "common/record_lines.h"
+#include "common/stream_lines.h"
+#include "container/mpeg_ps/describe.h"
+#include "container/mpeg_ps/program.h"
+
+#include <algorithm>
+
+namespace zat::ps {
+
+namespace {
+
+double stamped_seconds(const Stream& stream) {
+    return has_stamps(stream.head)
+               ? clock_seconds(stamp_span(stream.head, stream.tail)) + stream.frame_seconds
+               : 0;
+}
+
+// The longest stream by its time stamps, which is what players show; by the clocks where stamps of
+// the end are missing or another recording was joined.
+PlayTime play_time(const Program& program) {
+    PlayTime time;
+    const ClockTime clock = clock_time(program.clocks, program.source.size, program.byte_rate);
+    bool has_end = program.whole;
+    for (size_t i = 0; i < program.table.count; ++i) {
+        const Stream& stream = program.table.streams[i];
+        if (!is_shown(stream)) {
+            continue;
+        }
+        time.joined = time.joined || stream.head.jumps > 0 || stream.tail.jumps > 0;
+        time.seconds = std::max(time.seconds, stamped_seconds(stream));
+        has_end = has_end || has_stamps(stream.tail);
+    }
+    time.joined = time.joined || clock.joined;
+    if (time.joined || (clock.known && (!has_end || time.seconds == 0))) {
+        time.seconds = clock.known ? clock.seconds : 0;
+        time.estimated = time.joined && clock.known;
+    }
+    return time.seconds > 0 ? time : program.told;
+}
+
+// Bit rates by the payload that was seen.
+void set_rate(const Program& program, double seconds, Stream* stream) {
+    ZatStream* facts = &stream->facts;
+    if (program.whole) {
+        facts->bytes = stream->bytes;
+    }
+    if (stream->kind != Kind::video || seconds <= 0 || program.walked <= 0 ||
+        stream->packets == 0) {
+        return;
+    }
+    double bytes = static_cast<double>(stream->bytes);
+    if (!program.whole) {
+        bytes *= static_cast<double>(program.source.size) / static_cast<double>(program.walked);
+        if (facts->bit_rate != 0) {
+            return; // the header's own is no worse
+        }
+        facts->estimated |= ZAT_ESTIMATED_BIT_RATE;
+    }
+    facts->nominal_bit_rate = facts->bit_rate;
+    facts->bit_rate = clamp_to_integer<uint64_t>(bytes * 8 / seconds + 0.5);
+}
+
+// "0xE1 ": the PES id, or the substream within its id.
+void format_prefix(const Stream& stream, char (&prefix)[8]) {
+    const uint8_t id = substream_of(stream) != 0 ? substream_of(stream) : id_of(stream);
+    format_text(prefix, sizeof prefix, "0x%02X ", id);
+}
+
+uint64_t details_id(const Stream& stream) {
+    return substream_of(stream) != 0 || id_of(stream) == id_private_1 ? stream.key : id_of(stream);
+}
+
+void add_shown_stream(const Program& program, const Output& out, bool numbered, Stream* stream) {
+    char prefix[8] = "";
+    if (numbered) {
+        format_prefix(*stream, prefix);
+    }
+    if (stream->form == Form::unknown) {
+        name_stream(stream, program.mpeg2);
+        if (stream->packets == 0 && program.whole) {
+            append_text(stream->line, " no data");
+            stream->facts.flags |= ZAT_FLAG_NO_DATA;
+        }
+    }
+    stream->facts.id = details_id(*stream);
+    if (stream->form == Form::generic_video) {
+        drop_nonsense(&stream->facts);
+        add_video_stream(out, stream->facts,
+            {.codec = bounded_text(stream->codec),
+                .prefix = bounded_text(prefix),
+                .bits = stream->facts.bit_depth});
+    } else {
+        add_stream_line(out, stream->facts, bounded_text(stream->line), bounded_text(prefix));
+    }
+}
+
+void add_kind(Program* program, const Output& out, bool video) {
+    const auto wanted = [video](const Stream& stream) {
+        return is_shown(stream) && (stream.kind == Kind::video) == video &&
+               (stream.packets > 0 || stream.declared);
+    };
+    int count = 0;
+    for (size_t i = 0; i < program->table.count; ++i) {
+        count += wanted(program->table.streams[i]) ? 1 : 0;
+    }
+    for (size_t i = 0; i < program->table.count; ++i) {
+        Stream* stream = &program->table.streams[program->table.order[i]];
+        if (wanted(*stream)) {
+            add_shown_stream(*program, out, count > 1, stream);
+        }
+    }
+}
+
+struct OtherName {
+    Kind kind;
+    const char* line;
+    bool numbered;
+    const char* codec;
+};
+
+constexpr OtherName other_names[] = {
+    {Kind::dvd_subtitle, "[DVD subtitle]", true, "VobSub"},
+    {Kind::svcd_subtitle, "[SVCD subtitle]", false, "SVCD subtitle"},
+    {Kind::cvd_subtitle, "[CVD subtitle]", false, "CVD subtitle"},
+    {Kind::navigation, "[DVD navigation]", false, "DVD navigation"},
+};
+
+void add_other(const Output& out, Stream* stream, ExtraLines* extra) {
+    for (const OtherName& row : other_names) {
+        if (row.kind != stream->kind || stream->packets == 0) {
+            continue;
+        }
+        if (row.numbered) {
+            add_stream_fact(extra, "%s 0x%02X", row.line, substream_of(*stream));
+        } else {
+            add_stream_fact(extra, "%s", row.line);
+        }
+        copy_utf8(stream->facts.codec, row.codec);
+        stream->facts.id = details_id(*stream);
+        add_stream(out.details, stream->facts);
+    }
+}
+
+// What the sequence line has no room for.
+void add_sequence_facts(const MpegVideoHeaders& sequence, ExtraLines* extra) {
+    const char* fraction = frame_rate_fraction(sequence.header.frame_rate_code);
+    if (fraction[0] != '\0') {
+        add_fact(extra, "%s", fraction);
+    }
+    const SequenceDisplayExtension& display = sequence.display;
+    if (sequence.display_found && (display.display_horizontal_size != sequence.header.width ||
+                                      display.display_vertical_size != sequence.header.height)) {
+        add_fact(extra, "display %dx%d", static_cast<int32_t>(display.display_horizontal_size),
+            static_cast<int32_t>(display.display_vertical_size));
+    }
+    const GopTime& gop = sequence.gop;
+    if (gop.found && (gop.hours | gop.minutes | gop.seconds | gop.pictures) != 0) {
+        add_fact(
+            extra, "GOP %.2d:%.2d:%.2d:%.2d", gop.hours, gop.minutes, gop.seconds, gop.pictures);
+    }
+}
+
+} // namespace
+
+void write_program(Program* program, const Output& out, const char* format) {
+    const PlayTime time = play_time(*program);
+    out.record->play_time = time.seconds;
+    if (out.details != nullptr) {
+        copy_utf8(out.details->format, format);
+        out.details->estimated |= time.estimated ? uint32_t{ZAT_ESTIMATED_DURATION} : 0;
+    }
+    for (size_t i = 0; i < program->table.count; ++i) {
+        Stream* stream = &program->table.streams[i];
+        stream->facts.duration = time.joined ? 0 : stamped_seconds(*stream);
+        set_rate(
+            *program, stream->facts.duration > 0 ? stream->facts.duration : time.seconds, stream);
+    }
+    add_kind(program, out, true);
+    add_kind(program, out, false);
+    ExtraLines extra;
+    const Stream* first_sequence = nullptr;
+    for (size_t i = 0; i < program->table.count; ++i) {
+        Stream* stream = &program->table.streams[program->table.order[i]];
+        add_other(out, stream, &extra);
+        if (first_sequence == nullptr && stream->form == Form::mpeg_sequence) {
+            first_sequence = stream;
+        }
+    }
+    if (first_sequence != nullptr) {
+        add_sequence_facts(first_sequence->sequence, &extra);
+    }
+    if (time.joined) {
+        add_note(out, &extra, "joined");
+    }
+    if (time.estimated) {
+        add_note(out, &extra, "time estimated");
+    }
+    if (program->reader.limited) {
+        add_note(out, &extra, "work limit");
+    }
+    write_extra_lines(extra, out.record);
+}
+
+} // namespace zat::ps

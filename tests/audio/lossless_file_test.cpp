@@ -1,0 +1,500 @@
+// Files of one stream of lossless audio, MusePack or DSD: what record and details say of them.
+#include "audio/dsdiff_file.h"
+#include "audio/dsf_file.h"
+#include "audio/flac_file.h"
+#include "audio/monkey_file.h"
+#include "audio/musepack_file.h"
+#include "audio/optimfrog_file.h"
+#include "audio/tak_file.h"
+#include "audio/tta_file.h"
+#include "audio/wavpack_file.h"
+#include "audio/wsd_file.h"
+#include "common/crc.h"
+#include "support/analysed.h"
+#include "support/byte_builder.h"
+#include "support/details_text.h"
+#include "support/record_text.h"
+
+namespace zat::test {
+
+namespace {
+
+using namespace std::string_view_literals;
+using Data = std::vector<uint8_t>;
+
+struct Row {
+    const char* what;
+    Data file;
+    std::string record; // behind the play time the data size
+    std::string details = {};
+};
+
+// Holds every row against record and details.
+void expect_rows(Analyser analyser, const std::vector<Row>& rows) {
+    for (const Row& row : rows) {
+        const TempFile temporary(row.file);
+        FileRecord file;
+        ASSERT_EQ(FileOpen(&file, temporary.path.c_str()), 0);
+        InfoRecord record{};
+        const auto details = std::make_unique<ZatDetails>();
+        analyser(&file, {&record, details.get()});
+        FileClose(&file);
+        expect_sound(record);
+        EXPECT_EQ(record_text(record) + " " + std::to_string(record.data_size), row.record) << row.what;
+        if (!row.details.empty()) {
+            EXPECT_EQ(details_text(*details), row.details) << row.what;
+        }
+    }
+    for (const Row& row : rows) {
+        if (row.file.size() < 2000) {
+            expect_sound_when_cut(analyser, row.file);
+        }
+    }
+}
+
+Data join(std::initializer_list<Data> parts) {
+    ByteBuilder all;
+    for (const Data& part : parts) {
+        all.append(part);
+    }
+    return all.bytes;
+}
+
+Data text(std::string_view value) {
+    return ByteBuilder().text(value).bytes;
+}
+
+Data id3v1(std::string_view title) {
+    return ByteBuilder().text("TAG").text(title).pad_to(128).bytes;
+}
+
+Data ape_tag(uint64_t version, std::string_view key, std::string_view value) {
+    const Data items = ByteBuilder().le32(value.size()).le32(0).text(key).u8(0).text(value).bytes;
+    return ByteBuilder().append(items).text("APETAGEX").le32(version).le32(items.size() + 32).le32(1).le32(0).fill(8).bytes;
+}
+
+// FLAC.
+
+Data flac_block(uint64_t type, const Data& content, int64_t size = -1) {
+    return ByteBuilder().u8(type).be24(size < 0 ? content.size() : static_cast<uint64_t>(size)).append(content).bytes;
+}
+
+Data streaminfo(uint64_t rate, uint64_t channels, uint64_t bits, uint64_t samples, uint64_t largest_frame = 0) {
+    BitBuilder form;
+    form.bits(4096, 16).bits(4096, 16).bits(0, 24).bits(largest_frame, 24);
+    form.bits(rate, 20).bits(channels - 1, 3).bits(bits - 1, 5).bits(samples, 36);
+    return ByteBuilder().append(form.bytes).fill(16).bytes;
+}
+
+constexpr uint64_t last = 0x80;
+
+// 4,096 samples of 44,100 Hz in two channels of 16 bits; the first one and the second.
+const Data frame_0 = ByteBuilder().raw({0xFF, 0xF8, 0xC9, 0x18, 0x00, 0xC2}).fill(94, 1).bytes;
+const Data frame_1 = ByteBuilder().raw({0xFF, 0xF8, 0xC9, 0x18, 0x01, 0xC5}).fill(94, 1).bytes;
+
+Data comment_block(std::string_view vendor, std::initializer_list<std::string_view> items) {
+    ByteBuilder block;
+    block.le32(vendor.size()).text(vendor).le32(items.size());
+    for (const std::string_view item : items) {
+        block.le32(item.size()).text(item);
+    }
+    return block.bytes;
+}
+
+// WavPack.
+
+Data wavpack_block(uint64_t version, uint64_t total, uint64_t index, uint64_t samples, uint64_t flags, const Data& content) {
+    return ByteBuilder()
+        .text("wvpk")
+        .le32(24 + content.size())
+        .le16(version)
+        .u8(0)
+        .u8(0)
+        .le32(total)
+        .le32(index)
+        .le32(samples)
+        .le32(flags)
+        .le32(0)
+        .append(content)
+        .bytes;
+}
+
+constexpr uint64_t rate_44100 = 9 << 23;
+constexpr uint64_t only_block = 0x1800; // first and final
+
+// DSD.
+
+Data dsf(uint64_t type, uint64_t channels, uint64_t rate, uint64_t samples, const Data& sound, const Data& tag = {}) {
+    const uint64_t pointer = tag.empty() ? 0 : 92 + sound.size();
+    ByteBuilder file;
+    file.text("DSD ").le64(28).le64(0).le64(pointer).text("fmt ").le64(52).le32(1).le32(0).le32(type).le32(channels);
+    file.le32(rate).le32(1).le64(samples).le32(4096).le32(0).text("data").le64(12 + sound.size());
+    return file.append(sound).append(tag).bytes;
+}
+
+Data chunk(std::string_view id, const Data& content, int64_t size = -1) {
+    return ByteBuilder().text(id).be64(size < 0 ? content.size() : static_cast<uint64_t>(size)).append(content).bytes;
+}
+
+Data dsdiff(std::initializer_list<Data> chunks) {
+    return ByteBuilder().text("FRM8").be64(12345).text("DSD ").append(join(chunks)).bytes;
+}
+
+Data sound_properties(std::string_view compression) {
+    return chunk("PROP", join({text("SND "), chunk("FS  ", ByteBuilder().be32(2822400).bytes),
+                             chunk("CHNL", ByteBuilder().be16(2).text("SLFTSRGT").bytes), chunk("CMPR", text(compression))}));
+}
+
+} // namespace
+
+TEST(Crc, KnowsTheCheckValues) {
+    EXPECT_EQ(crc32(text("123456789")), 0xCBF43926U);
+    EXPECT_EQ(crc24(text("123456789")), 0x21CF02U);
+}
+
+TEST(FlacFile, Rows) {
+    const Data info = flac_block(0, streaminfo(44100, 2, 16, 8192, 100));
+    const Data picture = ByteBuilder().be32(3).be32(9).text("image/png").be32(0).fill(16).be32(20).fill(20, 2).bytes;
+    expect_rows(AnalyzeFlacFile,
+        {
+            {"comments, picture, cue sheet",
+                join({text("fLaC"), info,
+                    flac_block(4, comment_block("enc 1", {"ARTIST=A", "TITLE=T", "replaygain_track_gain=-1,5 dB"})),
+                    flac_block(6, picture), flac_block(5, Data(8)), flac_block(last | 1, Data(3)), frame_0, frame_1, id3v1("U")}),
+                "A [FLAC] 44100Hz 2ch 8.61kbps 16Bit 0.61%\nX VorbisComment(3),picture(1),cuesheet,ID3v1\nX encoder enc 1\nX "
+                "ReplayGain track -1.50dB\nI A - T\n0.186 200",
+                "FLAC title=T artist=A pictures=1\naudio flags=128 duration=0.186 bit_rate=8613 bytes=200 samples=8192 "
+                "sample_rate=44100 channels=2 bit_depth=16 codec=FLAC encoder=enc 1 layout=L R"},
+            {"mask, junk in front, a picture too large for its size",
+                join({text("junk"), text("fLaC"), flac_block(0, streaminfo(44100, 2, 16, 8192)), flac_block(6, picture, 1),
+                    flac_block(last | 4, comment_block("", {"WAVEFORMATEXTENSIBLE_CHANNEL_MASK=0x600"})), frame_0, frame_1}),
+                "A [FLAC] 44100Hz 2ch(SL+SR) 8.61kbps 16Bit 0.61%\nX VorbisComment(1),picture(1)\n0.186 200"},
+            {"unknown total", join({text("fLaC"), flac_block(last, streaminfo(44100, 2, 16, 0)), frame_0, frame_1}),
+                "A [FLAC] 44100Hz 2ch 8.61kbps 16Bit 0.61%\n0.186 200"},
+            {"no stream information", join({text("fLaC"), flac_block(last | 1, Data(2)), frame_0}),
+                "A [FLAC] 44100Hz 2ch 8.61kbps 16Bit 0.61%\nX no STREAMINFO\n0.093 100"},
+            {"frames differ", join({text("fLaC"), flac_block(last, streaminfo(48000, 6, 24, 4096)), frame_0, frame_1}),
+                "A [FLAC] 44100Hz 2ch 8.61kbps 16Bit 0.61%\nX header and frames "
+                "differ(48000Hz/44100Hz,6ch/2ch,24Bit/16Bit)\n0.186 200"},
+            {"more frames than told", join({text("fLaC"), flac_block(last, streaminfo(44100, 2, 16, 4096)), frame_0, frame_1}),
+                "A [FLAC] 44100Hz 2ch 8.61kbps 16Bit 0.61%\nX header and frames differ(4096/8192 samples)\n0.186 200"},
+            {"cut off", join({text("fLaC"), flac_block(last, streaminfo(44100, 2, 16, 0xFFFFFFFFF)), frame_0}),
+                "A [FLAC] 44100Hz 2ch 16Bit\nX truncated\n1558264.779 100"},
+            {"rate 0, no frame", join({text("fLaC"), flac_block(last, streaminfo(0, 1, 16, 5))}),
+                "A [FLAC] 1ch 16Bit\nX damaged header\n0.000 0"},
+        });
+}
+
+TEST(WavPackFile, Rows) {
+    const Data audio = ByteBuilder().raw({0x0A, 2, 1, 2, 3, 4}).bytes;
+    const Data config = ByteBuilder().raw({0x65, 2, 0x08, 0x00, 0x02, 3}).bytes; // high, extra level 3
+    const Data dsd = ByteBuilder().raw({0x0D, 1, 2, 3, 0x0E, 1, 4, 3}).bytes;
+    expect_rows(AnalyzeWavPackFile,
+        {
+            {"high, extra", wavpack_block(0x406, 44100, 0, 44100, rate_44100 | only_block | 1, join({config, audio})),
+                "A [WavPack 4 lossless high] 44100Hz 2ch 0.35kbps 16Bit 0.02%\n1.000 44"},
+            {"metadata first, hybrid with a correction file, tag",
+                join({wavpack_block(0x410, 0, 0, 0, 0, {}),
+                    wavpack_block(0x410, 44100, 0, 44100, rate_44100 | only_block | 9,
+                        join({ByteBuilder().raw({0x65, 2, 0x02, 0x08, 0, 0, 0x6A, 1, 0, 0}).bytes, audio})),
+                    ape_tag(2000, "Artist", "A")}),
+                "A [WavPack 5 hybrid lossy fast] 44100Hz 2ch 0.64kbps 16Bit 0.05%\nX APEv2(48Byte)\nX correction file\nI "
+                "A\n1.000 80"},
+            {"correction stream",
+                wavpack_block(0x410, 100, 0, 100, rate_44100 | only_block | 9, ByteBuilder().raw({0x0B, 1, 1, 2}).bytes),
+                "A [WavPack 4 correction] 44100Hz 2ch 127.01kbps 16Bit 9.00%\n0.002 36"},
+            {"DSD128", wavpack_block(0x410, 176400, 0, 176400, rate_44100 | only_block | 0x80000000U, dsd),
+                "A [WavPack 5 DSD128] 5644800Hz 2ch 1.28kbps 1Bit 0.01%\n0.250 40",
+                "WavPack\naudio flags=128 duration=0.250 bit_rate=1280 bytes=40 samples=1411200 sample_rate=5644800 channels=2 "
+                "bit_depth=1 codec=WavPack layout=L R"},
+            {"multichannel, rate of its own",
+                join({wavpack_block(0x410, 1000, 0, 1000, (15 << 23) | 0x800 | 1,
+                          join({ByteBuilder().raw({0x0D, 3, 5, 1, 0, 0x3F, 0, 0, 0x67, 2, 0xE8, 3, 0, 0}).bytes, audio})),
+                    wavpack_block(0x410, 1000, 0, 1000, (15 << 23) | 0x1000 | 5, audio)}),
+                "A [WavPack 4 lossless] 1000Hz 6ch(L+R+C+LFE+BL+BR) 0.72kbps 16Bit 0.75%\n1.000 90"},
+            {"unknown total, junk in front",
+                join({text("wvpk????"), wavpack_block(0x410, 0xFFFFFFFF, 100, 1000, rate_44100 | only_block, audio),
+                    wavpack_block(0x410, 0xFFFFFFFF, 1100, 500, rate_44100 | only_block, audio)}),
+                "A [WavPack 4 lossless] 44100Hz 2ch 17.88kbps 8Bit 2.53%\nX \x91\xBC\x82\xCCtag(8Byte)\n0.034 76"},
+            {"cut off, float", wavpack_block(0x410, 441000, 0, 4410, rate_44100 | only_block | 0x80, audio),
+                "A [WavPack 4 lossless float] 44100Hz 2ch 8Bit\nX truncated\n10.000 38"},
+            {"lossy integers",
+                wavpack_block(
+                    0x410, 100, 0, 100, rate_44100 | only_block | 3, join({ByteBuilder().raw({9, 2, 4, 0, 0, 0}).bytes, audio})),
+                "A [WavPack 4 lossy] 44100Hz 2ch 155.23kbps 32Bit 5.50%\n0.002 44"},
+            {"version 3", ByteBuilder().text("wvpk").le32(0).le16(3).le16(0).le16(0x11).le16(0).le32(44100).fill(12).bytes,
+                "A [WavPack 3 lossless high] 1ch 16Bit\n0.000 32"},
+            {"no block", text("wvpk and then text that is none of it"), "X damaged header\n0.000 0"},
+        });
+}
+
+TEST(MonkeyFile, Rows) {
+    const auto newer = [](const char* magic, uint64_t level, uint64_t frames, uint64_t final_blocks, uint64_t declared) {
+        return ByteBuilder()
+            .text(magic)
+            .le16(3990)
+            .le16(0)
+            .le32(52)
+            .le32(24)
+            .le32(4)
+            .le32(44)
+            .le64(declared)
+            .le32(0)
+            .fill(16)
+            .le16(level)
+            .le16(0)
+            .le32(73728)
+            .le32(final_blocks)
+            .le32(frames)
+            .le16(16)
+            .le16(2)
+            .le32(44100)
+            .fill(48)
+            .fill(100, 7)
+            .bytes;
+    };
+    const auto older = [](uint64_t version, uint64_t flags, uint64_t frames, uint64_t last_seek) {
+        return ByteBuilder()
+            .text("MAC ")
+            .le16(version)
+            .le16(4000)
+            .le16(flags)
+            .le16(1)
+            .le32(44100)
+            .le32(44)
+            .le32(3)
+            .le32(frames)
+            .le32(50)
+            .fill(44)
+            .le32(100)
+            .le32(last_seek)
+            .fill(200, 7)
+            .bytes;
+    };
+    expect_rows(AnalyzeMonkeyFile,
+        {
+            {"3.99 with a tag", join({newer("MAC ", 4000, 2, 1000, 100), ape_tag(1000, "Title", "T"), id3v1("U")}),
+                "A [Monkey's Audio 3.99 Extra High] 44100Hz 2ch 0.47kbps 16Bit 0.03%\nX APEv1(47Byte),ID3v1\nI T\n1.695 100"},
+            {"float, cut off", newer("MACF", 5000, 1, 1000, 1100),
+                "A [Monkey's Audio 3.99 Insane float] 44100Hz 2ch 388.08kbps 16Bit 27.50%\nX truncated(1,000 Byte "
+                "missing)\n0.023 100"},
+            {"not finalised", newer("MAC ", 2000, 0, 0, 100),
+                "A [Monkey's Audio 3.99 Normal] 44100Hz 2ch 16Bit\nX not finalised\n0.000 100"},
+            {"no such level", newer("MAC ", 2500, 1, 1000, 100),
+                "A [Monkey's Audio 3.99] 44100Hz 2ch 35.28kbps 16Bit 2.50%\nX damaged header\n0.023 100"},
+            {"3.80", older(3800, 0, 2, 150), "A [Monkey's Audio 3.80 Extra High] 44100Hz 1ch 0.93kbps 16Bit 0.13%\n1.673 195"},
+            {"3.95, 24 bits, cut off", older(3950, 8, 2, 1000),
+                "A [Monkey's Audio 3.95 Extra High] 44100Hz 1ch 24Bit\nX truncated\n6.688 197"},
+            {"no such version", older(3100, 0, 2, 1), "X damaged header\n0.000 0"},
+        });
+}
+
+TEST(TtaFile, Rows) {
+    const auto with_crc = [](ByteBuilder header) {
+        const uint32_t crc = crc32(header.bytes);
+        return header.le32(crc).bytes;
+    };
+    const auto tta1 = [&](uint64_t format, uint64_t rate, uint64_t samples) {
+        return with_crc(ByteBuilder().text("TTA1").le16(format).le16(2).le16(16).le32(rate).le32(samples));
+    };
+    const Data table = with_crc(ByteBuilder().le32(60).le32(40));
+    expect_rows(AnalyzeTtaFile,
+        {
+            {"seek table", join({tta1(1, 44100, 50000), table, Data(100, 1), id3v1("T")}),
+                "A [TTA1] 44100Hz 2ch 0.71kbps 16Bit 0.05%\nX ID3v1\nI T\n1.134 100"},
+            {"cut off by 30 bytes", join({tta1(3, 44100, 50000), table, Data(70, 1)}),
+                "A [TTA1 float] 44100Hz 2ch 0.71kbps 16Bit 0.05%\nX truncated(30 Byte missing)\n1.134 70"},
+            {"encrypted, wrong table", join({tta1(2, 44100, 50000), Data(12), Data(70, 1)}),
+                "A [TTA1 encrypted] 44100Hz 2ch 0.49kbps 16Bit 0.04%\n1.134 70"},
+            {"TTA2 with a mask",
+                join({with_crc(ByteBuilder().text("TTA2").le16(4).le16(24).le32(48000).le32(0x33).le64(48000).le64(90)),
+                    Data(100)}),
+                "A [TTA2] 48000Hz 4ch(L+R+BL+BR) 0.72kbps 24Bit 0.02%\n1.000 90"},
+            {"TTA2 without",
+                join({with_crc(ByteBuilder().text("TTA2").le16(2).le16(24).le32(48000).le64(48000).le64(0)), Data(100)}),
+                "A [TTA2] 48000Hz 2ch 0.80kbps 24Bit 0.03%\n1.000 100"},
+            {"TTA2 of the first encoder",
+                ByteBuilder().text("TTA2").le16(1).le16(1).le16(2).le16(16).le32(8000).le32(8000).fill(50).bytes,
+                "A [TTA2] 8000Hz 2ch 0.40kbps 16Bit 0.16%\n1.000 50"},
+            {"rate 0, wrong checksum", ByteBuilder().text("TTA1").le16(1).le16(2).le16(16).le32(0).le32(9).le32(0).fill(50).bytes,
+                "A [TTA1] 2ch 16Bit\nX damaged header\n0.000 46"},
+            {"text", text("TTA is not always sound"), "X damaged header\n0.000 0"},
+        });
+}
+
+TEST(MusePackFile, Rows) {
+    const auto sv7 = [](int version, uint64_t frames, uint64_t form, uint64_t gain, uint64_t ending, int encoder) {
+        return ByteBuilder()
+            .text("MP+")
+            .raw({version})
+            .le32(frames)
+            .le32(form)
+            .le32(gain)
+            .le32(gain)
+            .le32(ending)
+            .raw({0, 0, 0, encoder})
+            .fill(100, 1)
+            .bytes;
+    };
+    const auto packet = [](std::string_view key, const Data& content) {
+        return ByteBuilder().text(key).u8(content.size() + 3).append(content).bytes;
+    };
+    const auto sv8 = [&](const Data& fields, const Data& rest) {
+        return join({text("MPCK"), packet("SH", join({ByteBuilder().be32(crc32(fields)).bytes, fields})), rest});
+    };
+    const Data form = ByteBuilder().raw({8, 0x82, 0xD8, 0x44, 0x00, 0x1B, 0x1B}).bytes; // 44,100 samples
+    const Data end = join({packet("AP", Data(50)), packet("SE", {})});
+    expect_rows(AnalyzeMusePackFile,
+        {
+            {"SV7", sv7(7, 10, 10 << 20, 0xFC7C0000, 0x80000000U | 100U << 20, 116),
+                "A [MusePack SV7 Standard q5] 44100Hz 2ch 3.47kbps\nX encoder 1.16 beta\nX gapless\nX ReplayGain track -9.00dB "
+                "album -9.00dB\n0.237 103"},
+            {"SV7.1, not gapless", sv7(0x17, 10, (14U << 20) | (3 << 16), 0, 0, 140),
+                "A [MusePack SV7.1 q9] 32000Hz 2ch 2.39kbps\nX encoder 1.4\n0.345 103"},
+            {"SV7, no quality, cut off", sv7(7, 1000, 1 << 20, 0, 0, 115),
+                "A [MusePack SV7 Experimental] 44100Hz 2ch\nX encoder 1.15 alpha\nX truncated\n26.112 103"},
+            {"SV5", sv7(5, 10, 0, 0, 0, 0), "X damaged header\n0.000 0"},
+            {"SV8",
+                sv8(form, join({packet("RG", ByteBuilder().raw({1}).be16(0x4000).be16(0).be16(0).be16(0).bytes),
+                              packet("EI", ByteBuilder().raw({0xA4, 1, 29, 3}).bytes), end})),
+                "A [MusePack SV8 Standard q5.25] 44100Hz 2ch 0.45kbps\nX encoder 1.29.3 unstable\nX ReplayGain track "
+                "+0.82dB\n1.000 56",
+                "Musepack profile=SV8\naudio duration=1.000 bit_rate=448 bytes=56 samples=44100 sample_rate=44100 channels=2 "
+                "codec=Musepack profile=Standard encoder=1.29.3 unstable"},
+            {"SV8, old encoder, cut off",
+                sv8(form, join({packet("EI", ByteBuilder().raw({0xB0, 1, 15, 3}).bytes), packet("AP", Data(50))})),
+                "A [MusePack SV8 Extreme q6] 44100Hz 2ch\nX encoder 1.15 alpha\nX truncated\n1.000 53"},
+            {"SV8, rate that is none", sv8(ByteBuilder().raw({8, 0x44, 0x00, 0xFB, 0x1B}).bytes, end),
+                "A [MusePack SV8] 2ch\nX damaged header\n0.000 56"},
+        });
+}
+
+TEST(OptimFrogFile, Rows) {
+    const auto frog = [](int type, int channels, uint64_t algorithm) {
+        return ByteBuilder()
+            .text("OFR ")
+            .le32(15)
+            .le32(88200)
+            .le16(0)
+            .raw({type, channels})
+            .le32(44100)
+            .le16(600 << 4)
+            .raw({0x21})
+            .text("COMP")
+            .le32(100)
+            .fill(10)
+            .le16(algorithm)
+            .fill(88)
+            .text("COMP")
+            .le32(20)
+            .fill(20)
+            .bytes;
+    };
+    const Data tail = ByteBuilder().text("TAIL").le32(0).bytes;
+    expect_rows(AnalyzeOptimFrogFile,
+        {
+            {"stereo", join({frog(3, 1, 0), tail, ape_tag(2000, "Album", "L")}),
+                "A [OptimFROG 5.100 best 2x] 44100Hz 2ch 0.96kbps 16Bit 0.07%\nX APEv2(47Byte)\nI L\n1.000 120"},
+            {"DualStream, mono, cut off", frog(2, 0, 4 << 6),
+                "A [OptimFROG DualStream 5.100 best 2x] 44100Hz 1ch 16Bit\nX truncated\n2.000 120"},
+            {"float", join({frog(9, 1, 0), tail}),
+                "A [OptimFROG 5.100 best 2x float] 44100Hz 2ch 0.96kbps 32Bit 0.03%\n1.000 120"},
+            {"channels and type that are none", join({frog(11, 2, 0), tail}),
+                "A [OptimFROG 5.100 best 2x] 44100Hz\nX damaged header\n0.000 120"},
+        });
+}
+
+TEST(TakFile, Rows) {
+    const auto block = [](int type, const Data& content) {
+        const uint32_t crc = crc24(content);
+        return ByteBuilder().raw({type}).le16(content.size() + 3).u8(0).append(content).le16(crc & 0xFFFF).u8(crc >> 16).bytes;
+    };
+    // Lowest bits first: codec, profile, frame size, samples, data type, rate, bits, channels.
+    const auto info = [](uint64_t samples, uint64_t rate) {
+        const uint64_t low = 2 | 2ULL << 6 | 3ULL << 10 | samples << 14 | (rate - 6000) << 52;
+        const uint64_t high = (rate - 6000) >> 12 | 8ULL << 6 | 1ULL << 11;
+        return ByteBuilder().le64(low).le16(high).bytes;
+    };
+    const Data encoder = block(4, ByteBuilder().raw({1, 3, 2, 0x22}).bytes);
+    const Data last_frame = block(7, ByteBuilder().le32(60).u8(0).le16(40).u8(0).bytes);
+    const Data end(4);
+    Data wrong = block(1, info(44100, 44100));
+    wrong.back() ^= 1;
+    expect_rows(AnalyzeTakFile,
+        {
+            {"encoder and preset", join({text("tBaK"), block(1, info(44100, 44100)), encoder, last_frame, end, Data(100, 3)}),
+                "A [TAK 2.3.1 -p2m] 44100Hz 2ch 0.80kbps 16Bit 0.06%\n1.000 100"},
+            {"cut off by 90 bytes", join({text("tBaK"), block(1, info(44100, 44100)), encoder, last_frame, end, Data(10, 3)}),
+                "A [TAK 2.3.1 -p2m] 44100Hz 2ch 0.80kbps 16Bit 0.06%\nX truncated(90 Byte missing)\n1.000 10",
+                "TAK notes=truncated missing=90\naudio flags=128 duration=1.000 bit_rate=800 bytes=10 samples=44100 "
+                "sample_rate=44100 channels=2 bit_depth=16 codec=TAK profile=-p2m encoder=2.3.1"},
+            {"no preset",
+                join({text("tBaK"), block(1, info(44100, 44100)), block(4, ByteBuilder().raw({1, 0, 1}).bytes), end,
+                    Data(100, 3)}),
+                "A [TAK 1.0.1 -p2] 44100Hz 2ch 0.80kbps 16Bit 0.06%\n1.000 100"},
+            {"wrong checksum", join({text("tBaK"), wrong, encoder, end, Data(100, 3)}),
+                "A [TAK -p2] 44100Hz 2ch 0.92kbps 16Bit 0.07%\nX damaged header\n1.000 115"},
+        });
+}
+
+TEST(DsdFiles, Rows) {
+    const Data tag = ByteBuilder().text("ID3").raw({3, 0, 0, 0, 0, 0, 13}).text("TIT2").be32(3).be16(0).text("\0To"sv).bytes;
+    expect_rows(AnalyzeDsfFile,
+        {
+            {"tag behind", dsf(2, 2, 2822400, 2822400, Data(705600), tag),
+                "A [DSD64] 2822400Hz 2ch 5644.80kbps 1Bit\nX ID3v2(23Byte)\nI To\n1.000 705600"},
+            {"5.1, cut off", dsf(7, 6, 11289600, 8000, Data(5)),
+                "A [DSD256] 11289600Hz 6ch(L+R+C+LFE+BL+BR) 67737.60kbps 1Bit\nX truncated(5,995 Byte missing)\n0.001 5"},
+            {"no such rate, zeros behind the samples", dsf(9, 1, 1000, 8, Data(4096)),
+                "A [DSD] 1000Hz 1ch 1.00kbps 1Bit\n0.008 1"},
+            {"nothing known", dsf(0, 0, 0, 0xFFFFFFFFFFFFFFFF, {}), "X damaged header\n0.000 0"},
+        });
+    const Data information = chunk("DIIN", join({chunk("DIAR", ByteBuilder().be32(3).text("Ann").u8(0).bytes),
+                                               chunk("DITI", ByteBuilder().be32(9).text("T").bytes)}));
+    expect_rows(AnalyzeDsdiffFile,
+        {
+            {"plain", dsdiff({sound_properties("DSD "), chunk("DSD ", Data(705600)), information, chunk("ID3 ", tag)}),
+                "A [DSD64] 2822400Hz 2ch 5644.80kbps 1Bit\nX ID3v2(23Byte)\nI Ann - To\n1.000 705600",
+                "DSDIFF title=To artist=Ann\naudio flags=128 mode=1 duration=1.000 bit_rate=5644800 bytes=705600 samples=2822400 "
+                "sample_rate=2822400 channels=2 bit_depth=1 codec=DSD layout=L R"},
+            {"missing pad byte", dsdiff({chunk("COMT", Data(3)), sound_properties("DSD "), chunk("DSD ", Data(10), 100)}),
+                "A [DSD64] 2822400Hz 2ch 5644.80kbps 1Bit\nX truncated(90 Byte missing)\n0.000 10"},
+            {"DST",
+                dsdiff({sound_properties("DST "),
+                    chunk("DST ", join({chunk("FRTE", ByteBuilder().be32(75).be16(75).bytes), Data(999)}))}),
+                "A [DST DSD64] 2822400Hz 2ch 8.14kbps 1Bit 0.14%\n1.000 1017"},
+            {"DST without a rate", dsdiff({sound_properties("DST "), chunk("DST ", chunk("FRTE", Data(6)))}),
+                "A [DST DSD64] 2822400Hz 2ch 1Bit\nX damaged header\n0.000 18"},
+            {"a size of 2^63", dsdiff({chunk("PROP", Data(4), INT64_MIN)}), "X damaged header\n0.000 0"},
+        });
+    const auto wsd = [](int version, uint64_t rate, uint64_t mask) {
+        return ByteBuilder()
+            .text("1bit")
+            .fill(4)
+            .raw({version})
+            .fill(11)
+            .be32(0x80)
+            .be32(0x800)
+            .fill(8)
+            .be32(rate)
+            .be32(0)
+            .raw({2, 0, 0, 0})
+            .be32(mask)
+            .pad_to(0x80)
+            .text("Title")
+            .pad_to(0x80 + 384, ' ')
+            .text("Artist")
+            .pad_to(0x800, ' ')
+            .fill(705600)
+            .bytes;
+    };
+    expect_rows(AnalyzeWsdFile,
+        {
+            {"1.1", wsd(0x11, 2822400, 0x28),
+                "A [DSD64] 2822400Hz 2ch(BL-C+BR-C) 5644.80kbps 1Bit\nI Artist - Title\n1.000 705600"},
+            {"before 1.0", wsd(0x05, 3072000, 1), "A [DSD64] 3072000Hz 2ch 6144.00kbps 1Bit\nI Artist - Title\n0.919 705600"},
+            {"no rate", wsd(0x11, 0, 1), "A [DSD] 2ch 1Bit\nX damaged header\nI Artist - Title\n0.000 705600"},
+        });
+}
+
+} // namespace zat::test

@@ -1,0 +1,49 @@
+# The tests of the parts.
+
+# GoogleTest from Debian's source package: one way for the native and the Windows build.
+set(BUILD_GMOCK OFF)
+set(INSTALL_GTEST OFF)
+add_subdirectory(/usr/src/googletest ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL)
+
+file(GLOB_RECURSE unit_sources CONFIGURE_DEPENDS
+    api/*.cpp common/*.cpp detect/*.cpp audio/*.cpp video/*.cpp container/*.cpp host/*.cpp support/*.cpp)
+# The parts of the host that need neither a library nor a terminal.
+set(host_sources csv_output description details_json encoding table_output text_width)
+list(TRANSFORM host_sources REPLACE "(.+)" "${PROJECT_SOURCE_DIR}/host/\\1.cpp")
+add_executable(unit_tests ${unit_sources} ${host_sources}
+    $<TARGET_OBJECTS:zat_portable> $<TARGET_OBJECTS:zat_platform>)
+target_include_directories(unit_tests PRIVATE ${PROJECT_SOURCE_DIR}/tests ${PROJECT_SOURCE_DIR}/host)
+target_include_directories(unit_tests SYSTEM PRIVATE ${CMAKE_BINARY_DIR}/headers)
+target_link_libraries(unit_tests PRIVATE zat_options GTest::gtest_main)
+# Builds in half the time, and GCC warns of what it mistakes in the standard library's code at -O3.
+target_compile_options(unit_tests PRIVATE -O0)
+
+# The shipped catalogue as bytes: the Windows build of the tests runs where no source path holds.
+set(catalogue ${PROJECT_SOURCE_DIR}/catalogue/zat-codec.ini)
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${catalogue})
+file(READ ${catalogue} catalogue_hex HEX)
+string(REGEX REPLACE "(..)" "0x\\1," catalogue_bytes "${catalogue_hex}")
+set(catalogue_source ${CMAKE_CURRENT_BINARY_DIR}/shipped_catalogue.cpp)
+file(CONFIGURE OUTPUT ${catalogue_source} CONTENT
+    "#include \"support/shipped_catalogue.h\"\nconst std::vector<uint8_t> zat::test::shipped_catalogue{@catalogue_bytes@};\n"
+    @ONLY)
+target_sources(unit_tests PRIVATE ${catalogue_source})
+
+if(WIN32)
+    add_test(NAME windows_unit_tests
+        COMMAND ${PROJECT_SOURCE_DIR}/tools/wine-run $<TARGET_FILE:unit_tests> --gtest_brief=1)
+else()
+    include(GoogleTest)
+    gtest_discover_tests(unit_tests DISCOVERY_MODE PRE_TEST)
+
+    # The library over a file layer that fails.
+    add_executable(fault_tests faults/faults_test.cpp faults/faulty_file_access.cpp support/temp_file.cpp
+        $<TARGET_OBJECTS:zat_portable>)
+    target_include_directories(fault_tests PRIVATE ${PROJECT_SOURCE_DIR}/tests)
+    target_link_libraries(fault_tests PRIVATE zat_options GTest::gtest_main)
+    target_compile_definitions(fault_tests PRIVATE ZAT_SOURCE_DIR="${PROJECT_SOURCE_DIR}")
+    gtest_discover_tests(fault_tests DISCOVERY_MODE PRE_TEST)
+
+    add_test(NAME lint COMMAND ${PROJECT_SOURCE_DIR}/tools/lint)
+    add_test(NAME code_tables COMMAND ${PROJECT_SOURCE_DIR}/tools/make-code-tables --check)
+endif()
