@@ -34,6 +34,18 @@ ApeTag locate_ape_tag(Reader* reader, const TagSizes& tags) {
         size + ((flags & has_header) != 0 ? ape_header_size : 0)};
 }
 
+bool read_frame(Reader* reader, int64_t position, MpegAudioInfo* info) {
+    *info = {};
+    const Bytes frame =
+        read_view(reader, sub_span(whole_file(reader), position), 0, vbr_header_reach);
+    if (frame.size() < mpeg_audio_header_size || !IsMpegAudioSync(frame.data()) ||
+        read_mpeg_audio_header(frame, info) != 0) {
+        return false;
+    }
+    (void)ParseVbrHeader(frame.first(std::min<size_t>(frame.size(), info->frame_size)), info);
+    return true;
+}
+
 } // namespace
 
 void read_tag_details(Reader* reader, const TagSizes& tags, ZatDetails* details) {
@@ -56,16 +68,16 @@ void read_tag_details(Reader* reader, const TagSizes& tags, ZatDetails* details)
 }
 
 void read_mp3_facts(Reader* reader, const TagSizes& tags, int64_t start, ZatStream* stream) {
-    const Span file = whole_file(reader);
-    const Bytes frame = read_view(reader, sub_span(file, start), 0, vbr_header_reach);
     MpegAudioInfo info;
-    if (read_mpeg_audio_header(frame, &info) != 0) {
+    // A frame that counts the others is the first one, also when the search preferred a later pair.
+    if (read_frame(reader, tags.id3v2, &info) && info.frame_count != 0) {
+        start = tags.id3v2;
+    } else if (!read_frame(reader, start, &info)) {
         return;
     }
-    (void)ParseVbrHeader(frame.first(std::min<size_t>(frame.size(), info.frame_size)), &info);
     mpeg_audio_facts(info, stream);
     const int64_t ape = std::max<int64_t>(locate_ape_tag(reader, tags).size, tags.ape_footer);
-    complete_by_bytes(file.end - tags.id3v1 - tags.lyrics3 - ape - start, stream);
+    complete_by_bytes(whole_file(reader).end - tags.id3v1 - tags.lyrics3 - ape - start, stream);
 }
 
 } // namespace zat

@@ -16,11 +16,11 @@ constexpr uint32_t open_size = 0x7FFFFF00;
 constexpr uint16_t sample_tags[] = {
     wave_tag_pcm, 0x0003 /* float */, 0x0006, 0x0007 /* A-law, mu-law */};
 
-// Whether each block is one sample of every channel.
-bool has_sample_blocks(const WaveFormat& format) {
-    const uint16_t tag = codec_tag(format);
-    return format.block_align != 0 &&
-           std::find(std::begin(sample_tags), std::end(sample_tags), tag) != std::end(sample_tags);
+// Bytes of one sample of every channel; 0 in formats without such blocks.
+uint32_t sample_block(const WaveFormat& format) {
+    const bool has_blocks = std::find(std::begin(sample_tags), std::end(sample_tags),
+                                codec_tag(format)) != std::end(sample_tags);
+    return has_blocks ? sample_block_size(format) : 0;
 }
 
 // The data chunk's bytes, as announced, where that can be.
@@ -31,10 +31,10 @@ int64_t announced_bytes(const WavChunks& chunks, int64_t available) {
 
 void set_figures(const WavChunks& chunks, int64_t announced, int64_t available, ZatStream* stream) {
     const WaveFormat& format = chunks.format;
-    if (has_sample_blocks(format)) {
-        stream->samples = static_cast<uint64_t>(announced) / format.block_align;
+    if (const uint32_t block = sample_block(format); block != 0) {
+        stream->samples = static_cast<uint64_t>(announced) / block;
         stream->bit_rate_mode = ZAT_BIT_RATE_CONSTANT;
-        stream->bit_rate = uint64_t{format.block_align} * format.sample_rate * 8;
+        stream->bit_rate = uint64_t{block} * format.sample_rate * 8;
     } else if (stream->samples == 0) {
         stream->samples = chunks.samples;
     }
@@ -67,15 +67,18 @@ void write_wav_details(
 
     const int64_t available = whole_file(reader).end - chunks.data_position;
     const int64_t announced = announced_bytes(chunks, available);
+    if (chunks.fmt_size == 0) {
+        return;
+    }
     if (stream->codec[0] == '\0') {
         wave_facts(chunks.format, stream);
         set_figures(chunks, announced, available, stream);
     } else {
         format_text(stream->codec_id, sizeof stream->codec_id, "0x%04x", codec_tag(chunks.format));
-        if (has_sample_blocks(chunks.format) && chunks.format.sample_rate != 0) {
+        const uint32_t block = sample_block(chunks.format);
+        if (block != 0 && chunks.format.sample_rate != 0) {
             // A stream passed off as PCM plays at PCM's speed.
-            stream->duration = static_cast<double>(announced / chunks.format.block_align) /
-                               chunks.format.sample_rate;
+            stream->duration = static_cast<double>(announced / block) / chunks.format.sample_rate;
         }
         complete_by_bytes(announced, stream);
         stream->bytes = static_cast<uint64_t>(std::min(announced, available));
