@@ -1,6 +1,8 @@
 #include "corpus.h"
 
+#include "common/crc.h"
 #include "support/byte_builder.h"
+#include "support/ebml_builder.h"
 #include "support/ogg_builder.h"
 
 #include <filesystem>
@@ -150,6 +152,74 @@ Bytes random_bytes(size_t count) {
     return bytes;
 }
 
+Bytes seed_bytes(const char* seed) {
+    std::ifstream file(std::string(ZAT_SOURCE_DIR "fuzz/seeds/") + seed, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+// A seed with four mebibytes of noise behind it, as long sound looks from either end.
+Bytes stretched(const char* seed) {
+    return ByteBuilder().append(seed_bytes(seed)).append(random_bytes(4 << 20)).bytes;
+}
+
+// The seek table has an entry for each frame, and its checksum is held against it.
+Bytes hour_of_tta() {
+    const auto with_crc = [](ByteBuilder bytes) {
+        const uint32_t crc = zat::crc32(bytes.bytes);
+        return bytes.le32(crc).bytes;
+    };
+    ByteBuilder header;
+    header.text("TTA1").le16(1).le16(2).le16(16).le32(44100).le32(44100 * 3600);
+    ByteBuilder table;
+    for (int i = 0; i < 3446; ++i) {
+        table.le32(100000);
+    }
+    return ByteBuilder().append(with_crc(header)).append(with_crc(table)).bytes;
+}
+
+// The start of a two-hour film: clusters of two seconds, 4.5 MB of them, then one that fills the
+// rest. With statistics the tracks tell all that lines show.
+Bytes long_matroska(bool with_statistics, uint64_t size) {
+    using namespace zat::test;
+    const auto block = [](uint64_t track, uint64_t time, size_t payload) {
+        return element(
+            0xA3, ByteBuilder().u8(0x80 | track).be16(time).u8(0x80).fill(payload).bytes);
+    };
+    const auto track = [](uint64_t track_number, uint64_t type, const char* codec,
+                           const Bytes& settings) {
+        return element(0xAE, {number(0xD7, track_number), number(0x73C5, track_number),
+                                 number(0x83, type), words(0x86, codec), settings});
+    };
+    const auto statistics = [](uint64_t uid) {
+        return element(0x7373,
+            {element(0x63C0, {number(0x63C5, uid)}),
+                element(0x67C8, {words(0x45A3, "BPS"), words(0x4487, "900000")}),
+                element(0x67C8, {words(0x45A3, "NUMBER_OF_FRAMES"), words(0x4487, "172627")})});
+    };
+    ByteBuilder clusters;
+    for (uint64_t start = 0; clusters.bytes.size() < 4'500'000; start += 2000) {
+        ByteBuilder blocks;
+        for (uint64_t i = 0; i < 48; ++i) {
+            blocks.append(block(1, i * 125 / 3, 5000)).append(block(2, i * 125 / 3, 250));
+            blocks.append(block(2, i * 125 / 3 + 20, 250));
+        }
+        clusters.append(element(0x1F43B675, {number(0xE7, start), blocks.bytes}));
+    }
+    const Bytes front =
+        join_elements({element(0x1549A966, {real(0x4489, 7'200'000), words(0x5741, "bench")}),
+            element(0x1654AE6B,
+                {track(1, 1, "V_MPEG4/ISO/AVC",
+                     join_elements({number(0x23E383, 41'708'333),
+                         element(0xE0, {number(0xB0, 1920), number(0xBA, 1080)})})),
+                    track(2, 2, "A_OPUS", element(0xE1, {real(0xB5, 48000), number(0x9F, 2)}))}),
+            with_statistics ? element(0x1254C367, {statistics(1), statistics(2)}) : Bytes{},
+            clusters.bytes});
+    const Bytes head = element(0x1A45DFA3, {words(0x4282, "matroska")});
+    const uint64_t rest = size - head.size() - 12 - front.size() - 12;
+    return join_elements({head, sized_element(0x18538067, front.size() + 12 + rest, front),
+        sized_element(0x1F43B675, rest, number(0xE7, 100'000))});
+}
+
 } // namespace
 
 std::vector<BenchFile> make_corpus(const std::string& directory) {
@@ -161,13 +231,25 @@ std::vector<BenchFile> make_corpus(const std::string& directory) {
     add("mp3-60min", hour_of_mp3());
     add("wav-3gb-sparse", pcm_wav_head(3000000000U), 3000000000U);
     add("ogg-60min", hour_of_opus());
+    add("mkv-2h", long_matroska(false, 1'000'000'000), 1'000'000'000);
+    add("mkv-2h-statistics", long_matroska(true, 1'000'000'000), 1'000'000'000);
     add("mp4-2h", long_movie(), 2000000000U);
-    add("header-typed-5gb", ByteBuilder().text("fLaC").raw({0, 0, 0, 34}).fill(100000, 7).bytes,
-        5000000000U);
+    add("header-typed-5gb", seed_bytes("tone.flac"), 5000000000U);
     add("random-1mib", random_bytes(1 << 20));
     add("random-5mib", random_bytes(5 << 20));
+    add("tta-60min", hour_of_tta(), 344600000U);
+    for (const char* seed : {"tone.flac", "tone.wv", "dsd.wv", "monkey.ape", "monkey-old.ape",
+             "tone.tta", "sv7.mpc", "sv8.mpc", "preset.tak", "optimfrog.ofr", "tag.dsf",
+             "plain.dff", "packed.dff", "text.wsd"}) {
+        add(std::string("long-") + seed, stretched(seed));
+    }
     for (const char* real : {"mp3-vbr.mp3", "pcm.wav", "surround.ac3", "surround.dts", "avc.mp4",
              "fragmented.mp4", "asp.mov", "avc.flv", "video.rm", "opus.ogg", "theora.ogv"}) {
+    }
+
+    for (const char* real :
+        {"mp3-vbr.mp3", "pcm.wav", "surround.ac3", "surround.dts", "avc.mp4", "fragmented.mp4",
+            "asp.mov", "avc.flv", "video.rm", "vp9.mkv", "avc.mkv", "opus.ogg", "theora.ogv"}) {
         files.push_back({real, std::string(ZAT_SOURCE_DIR "fuzz/seeds/") + real});
     }
     return files;

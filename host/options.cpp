@@ -1,10 +1,16 @@
 #include "options.h"
 
+#include "encoding.h"
+#include "file_list.h"
+#include "terminal.h"
+
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <iostream>
+#include <iterator>
 #include <memory>
 #include <sstream>
+#include <string_view>
 
 namespace host {
 
@@ -45,6 +51,49 @@ public:
     }
 };
 
+struct NamedFormat {
+    std::string_view name;
+    Format format;
+};
+
+constexpr NamedFormat formats[] = {{"text", Format::text}, {"table", Format::table},
+    {"json", Format::json}, {"jsonl", Format::jsonl}, {"csv", Format::csv}};
+
+std::string format_names() {
+    std::string out;
+    for (const NamedFormat& row : formats) {
+        out += (out.empty() ? "" : ", ") + std::string(row.name);
+    }
+    return out;
+}
+
+int usage_error(const std::string& text) {
+    write_message(text);
+    std::cerr << "Try 'zat --help'.\n";
+    return exit_usage;
+}
+
+// What the options ask for that cannot be; empty when all is well.
+std::string contradiction_in(const Options& options) {
+    const bool is_json = options.format == Format::json || options.format == Format::jsonl;
+    if (options.paths.empty() && options.files_from.empty() && !options.version) {
+        return "no file named";
+    }
+    if (options.raw && options.format != Format::text) {
+        return "--raw goes with --format text only";
+    }
+    if (options.with_report && !is_json) {
+        return "--with-report goes with --format json and jsonl only";
+    }
+    if (options.null_separated && options.files_from.empty()) {
+        return "--null goes with a list of paths only";
+    }
+    if (!options.catalogue.empty() && !names_directory(options.catalogue)) {
+        return "--catalogue: " + repaired_utf8(options.catalogue) + " is no directory";
+    }
+    return "";
+}
+
 } // namespace
 
 int parse_options(const std::vector<std::string>& arguments, Options* options) {
@@ -53,19 +102,20 @@ int parse_options(const std::vector<std::string>& arguments, Options* options) {
     app.footer(examples);
     app.formatter(std::make_shared<WrappingFormatter>());
     app.allow_windows_style_options(false); // a path may begin with a slash there too
-    const std::map<std::string, Format> formats{{"text", Format::text}, {"table", Format::table},
-        {"json", Format::json}, {"jsonl", Format::jsonl}, {"csv", Format::csv}};
     std::vector<std::string> paths;
+    std::string format = "text";
     app.add_option(
            "PATH", paths, "Files and directories; - reads a list of paths from standard input")
         ->type_name("");
-    app.add_option("-f,--format", options->format,
+    app.add_option("-f,--format", format,
            "text: the report (default); table: one line a file; json: one array; jsonl: one object "
            "a line; csv: one row a "
            "stream")
-        ->transform(CLI::CheckedTransformer(formats).description(""))
         ->type_name("FORMAT")
         ->default_str("");
+    app.add_option(
+           "-o,--output", options->output, "Write to FILE, which gets its name when it is complete")
+        ->type_name("FILE");
     app.add_option("--files-from", options->files_from,
            "Read paths from FILE, one a line; - is standard input")
         ->type_name("FILE");
@@ -106,9 +156,14 @@ int parse_options(const std::vector<std::string>& arguments, Options* options) {
         app.exit(success);
         return exit_described;
     } catch (const CLI::ParseError& error) {
-        std::cerr << "zat: " << error.what() << "\nTry 'zat --help'.\n";
-        return exit_usage;
+        return usage_error(error.what());
     }
+    const NamedFormat* found = std::find_if(std::begin(formats), std::end(formats),
+        [&](const NamedFormat& row) { return row.name == format; });
+    if (found == std::end(formats)) {
+        return usage_error("--format: " + format + " is none of " + format_names());
+    }
+    options->format = found->format;
     for (const std::string& path : paths) {
         if (path != "-") {
             options->paths.push_back(path);
@@ -116,11 +171,8 @@ int parse_options(const std::vector<std::string>& arguments, Options* options) {
             options->files_from = "-";
         }
     }
-    if (options->paths.empty() && options->files_from.empty() && !options->version) {
-        std::cerr << "zat: no file named\nTry 'zat --help'.\n";
-        return exit_usage;
-    }
-    return -1;
+    const std::string contradiction = contradiction_in(*options);
+    return contradiction.empty() ? -1 : usage_error(contradiction);
 }
 
 } // namespace host

@@ -23,6 +23,7 @@ struct Options {
     std::vector<std::string> exclude; // and of files and folders that it passes over
     bool strict = false;      // a file of unknown type is a failure even when nobody named it
     bool with_report = false; // JSON: the report's text too
+    std::string output;       // a file in place of standard output; empty for none
     std::string catalogue;    // directory; empty for the default
     unsigned jobs = 0;        // 0: as many as processors
 };
@@ -30,7 +31,7 @@ struct Options {
 constexpr int exit_described = 0;
 constexpr int exit_failures = 1;
 constexpr int exit_usage = 2;
-constexpr int exit_interrupted = 130;
+constexpr int exit_signal = 128; // and the number of the signal that ended the program
 
 // Reads the arguments, the program's name left out. Returns -1 when the program is to go on, else
 // the exit status; help and usage errors have then been printed.

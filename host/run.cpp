@@ -26,10 +26,10 @@ namespace {
 // Files that may be waiting for their turn, per thread: what bounds the memory.
 constexpr size_t slots_per_job = 64;
 
-volatile std::sig_atomic_t interrupted = 0;
+volatile std::sig_atomic_t interrupted = 0; // the signal
 
-void on_interrupt(int /*signal*/) {
-    interrupted = 1;
+void on_interrupt(int signal) {
+    interrupted = signal;
 }
 
 struct Job {
@@ -268,26 +268,41 @@ void hand_out(Work* work, size_t thread_limit) {
     }
 }
 
+// The whole output, from its head to its tail.
+void write_all(Work* work, size_t jobs) {
+    write_or_stop(work, output_head(work->options));
+    hand_out(work, jobs);
+    if (work->shows_progress) {
+        write_progress("");
+    }
+    if (!work->is_stopped) {
+        write_or_stop(work, output_tail(work->options));
+    }
+    if (work->has_walked && !work->options.quiet) {
+        write_message(summary(work->counts));
+    }
+}
+
 } // namespace
 
 int run(const Library& library, const Options& options) {
     prepare_signals(on_interrupt);
-    const size_t jobs =
-        options.jobs != 0 ? options.jobs : std::max(1U, std::thread::hardware_concurrency());
-    Work work(library, options);
-    work.results.resize(jobs * slots_per_job);
-    write_or_stop(&work, output_head(options));
-    hand_out(&work, jobs);
-    if (work.shows_progress) {
-        write_progress("");
+    std::string problem = options.output.empty() ? "" : begin_output_file(options.output);
+    if (problem.empty()) {
+        const size_t jobs =
+            options.jobs != 0 ? options.jobs : std::max(1U, std::thread::hardware_concurrency());
+        Work work(library, options);
+        work.results.resize(jobs * slots_per_job);
+        write_all(&work, jobs);
+        if (!options.output.empty()) {
+            problem = finish_output_file(options.output, interrupted == 0 && !work.is_stopped);
+        }
+        if (problem.empty()) {
+            return interrupted != 0 ? exit_signal + interrupted : work.status;
+        }
     }
-    if (!work.is_stopped) {
-        write_or_stop(&work, output_tail(options));
-    }
-    if (work.has_walked && !options.quiet) {
-        write_message(summary(work.counts));
-    }
-    return interrupted != 0 ? exit_interrupted : work.status;
+    write_message(repaired_utf8(options.output) + ": " + repaired_utf8(problem));
+    return exit_failures;
 }
 
 } // namespace host

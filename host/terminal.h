@@ -24,6 +24,11 @@ WriteResult write_output(std::string_view utf8, bool as_text);
 // Why the last write of this thread failed.
 std::string last_write_error();
 
+// Sends standard output to a new file beside `path`, hidden until finish_output_file gives it that
+// name, or removes it when it is not complete. Both return an empty text, or why they failed.
+std::string begin_output_file(const std::string& path);
+std::string finish_output_file(const std::string& path, bool is_complete);
+
 // One line to standard error, "zat: " before it.
 void write_message(const std::string& utf8);
 

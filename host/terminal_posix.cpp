@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <fcntl.h>
 #include <iconv.h>
 #include <langinfo.h>
 #include <sys/ioctl.h>
@@ -52,6 +53,11 @@ std::string shift_jis_of_utf8(std::string_view text) {
     return out;
 }
 
+std::string partial_name(const std::string& path) {
+    const size_t name = path.rfind('/') + 1;
+    return path.substr(0, name) + "." + path.substr(name) + "." + std::to_string(getpid());
+}
+
 } // namespace
 
 std::vector<std::string> program_arguments(int argc, char** argv) {
@@ -65,6 +71,26 @@ void prepare_signals(void (*on_interrupt)(int)) {
     action.sa_flags = static_cast<int>(SA_RESETHAND); // and no restart: a waiting read is to end
     sigaction(SIGINT, &action, nullptr);
     sigaction(SIGTERM, &action, nullptr);
+}
+
+std::string begin_output_file(const std::string& path) {
+    const std::string partial = partial_name(path);
+    const int file = open(partial.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+    if (file < 0 || dup2(file, STDOUT_FILENO) < 0) {
+        return std::strerror(errno);
+    }
+    close(file);
+    return "";
+}
+
+std::string finish_output_file(const std::string& path, bool is_complete) {
+    const std::string partial = partial_name(path);
+    if (is_complete && close(STDOUT_FILENO) == 0 && rename(partial.c_str(), path.c_str()) == 0) {
+        return "";
+    }
+    const int error = errno;
+    unlink(partial.c_str());
+    return is_complete ? std::strerror(error) : "";
 }
 
 WriteResult write_output(std::string_view utf8, bool as_text) {

@@ -105,6 +105,13 @@ void expand(const std::wstring& argument, std::vector<std::string>* out) {
     FindClose(handle);
 }
 
+std::wstring partial_name(const std::string& path) {
+    const std::wstring wide = wide_of_utf8(path);
+    const size_t name = wide.find_last_of(L"\\/:") + 1;
+    return wide.substr(0, name) + L"." + wide.substr(name) + L"." +
+           std::to_wstring(GetCurrentProcessId());
+}
+
 } // namespace
 
 std::vector<std::string> program_arguments(int /*argc*/, char** /*argv*/) {
@@ -124,6 +131,27 @@ std::vector<std::string> program_arguments(int /*argc*/, char** /*argv*/) {
 
 void prepare_signals(void (*on_interrupt)(int)) {
     std::signal(SIGINT, on_interrupt); // back to its default after the first
+}
+
+std::string begin_output_file(const std::string& path) {
+    const HANDLE file = CreateFileW(partial_name(path).c_str(), GENERIC_WRITE, FILE_SHARE_READ,
+        nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file == INVALID_HANDLE_VALUE || SetStdHandle(STD_OUTPUT_HANDLE, file) == 0) {
+        return error_text(GetLastError());
+    }
+    return "";
+}
+
+std::string finish_output_file(const std::string& path, bool is_complete) {
+    const std::wstring partial = partial_name(path);
+    CloseHandle(standard(STD_OUTPUT_HANDLE));
+    if (is_complete &&
+        MoveFileExW(partial.c_str(), wide_of_utf8(path).c_str(), MOVEFILE_REPLACE_EXISTING) != 0) {
+        return "";
+    }
+    const DWORD error = GetLastError();
+    DeleteFileW(partial.c_str());
+    return is_complete ? error_text(error) : "";
 }
 
 WriteResult write_output(std::string_view utf8, bool as_text) {

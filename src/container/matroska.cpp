@@ -5,6 +5,7 @@
 #include "common/numbers.h"
 #include "common/record_lines.h"
 #include "common/tag_texts.h"
+#include "common/utc_time.h"
 #include "common/value_text.h"
 #include "container/matroska/ids.h"
 #include "container/matroska/levels.h"
@@ -131,6 +132,11 @@ void write_file_facts(const Source& source) {
     }
     copy_utf8(out.details->format, segment.is_webm ? "WebM" : "Matroska");
     out.details->duration = source.duration;
+    if (segment.date_told) {
+        constexpr int64_t second = 1'000'000'000; // ns
+        const int64_t past = segment.date % second < 0 ? 1 : 0;
+        format_utc(segment.date / second - past + unix_seconds_of_2001, out.details->created);
+    }
     out.details->chapters = segment.chapters;
     out.details->pictures = segment.pictures;
 }
@@ -146,7 +152,6 @@ int AnalyzeMatroskaFile(FileRecord* file, const Output& out) {
     }
     ClusterWalk walk;
     make_wishes(segment, &walk);
-    constexpr uint32_t option_thorough = 1; // of the record's options: count the whole file
     walk_clusters(&reader, (out.record->options & option_thorough) != 0, &segment, &walk);
     read_tags(&reader, segment.tags, &segment);
     ExtraLines extra;

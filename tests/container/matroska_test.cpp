@@ -179,7 +179,8 @@ TEST(Matroska, fills_the_details) {
         element(0x1254C367, {tag(109, {{"ENCODER", "Lavc"}, {"DURATION", "00:00:00.400000000"}})})});
     EXPECT_EQ(details_text(*details_of(bytes)),
         "Matroska title=A film writer=writer duration=0.400 bit_rate=217900\n"
-        "video flags=1 id=7 start=0.040 bit_rate=199149 bytes=10000 frame_rate=23.976 frames=10 size=320:240 pixel=1:1 "
+        "video flags=1 id=7 start=0.040 duration=0.402 bit_rate=199149 bytes=10000 frame_rate=23.976 frames=10 size=320:240 "
+        "pixel=1:1 "
         "display=4:3 fps_ratio=24000:1001 bit_depth=8 codec=VP8 codec_id=V_VP8 chroma=4:2:0 primaries=BT.2020 transfer=PQ "
         "matrix=BT.2020 range=limited hdr=HDR10\n"
         "audio flags=64 mode=1 id=9 duration=0.400 bit_rate=1536000 sample_rate=48000 channels=1 bit_depth=32 codec=PCM "

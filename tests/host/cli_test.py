@@ -84,7 +84,11 @@ class Cli(unittest.TestCase):
             (["--version"], OK, "zat 1.0.0 (library build 161225)", ""),
             ([], USAGE, "", "no file named"),
             (["--nonsense", SAMPLE], USAGE, "", "--nonsense"),
-            (["--format", "xml", SAMPLE], USAGE, "", "xml"),
+            (["--format", "xml", SAMPLE], USAGE, "", "zat: --format: xml is none of text, table, json, jsonl, csv\n"),
+            (["--raw", "--format", "json", SAMPLE], USAGE, "", "zat: --raw goes with --format text only"),
+            (["--with-report", SAMPLE], USAGE, "", "zat: --with-report goes with --format json and jsonl only"),
+            (["--null", SAMPLE], USAGE, "", "zat: --null goes with a list of paths only"),
+            (["--catalogue", "nowhere", SAMPLE], USAGE, "", "zat: --catalogue: nowhere is no directory"),
             (["--jobs", "0", SAMPLE], USAGE, "", "--jobs"),
             (["missing.mp3"], FAILURES, "", "missing.mp3: "),
             (["missing.mp3", SAMPLE], FAILURES, line, "missing.mp3: "),
@@ -130,6 +134,15 @@ class Cli(unittest.TestCase):
         for jobs in ["1", "4"]:
             out, _ = self.check(["--jobs", jobs, "--format", "jsonl", "tree"], OK, "{", "4 files: 4 described")
             self.assertEqual([json.loads(line)["path"] for line in out.splitlines()], expected)
+
+    def test_an_output_file_is_whole_or_none(self):
+        (self.folder / "out.txt").write_text("before")
+        self.check(["-o", "out.txt", SAMPLE, "missing.mp3"], FAILURES, "", "missing.mp3: ")
+        self.assertIn(b"MPEG1-LayerIII", (self.folder / "out.txt").read_bytes())
+        self.check(["-o", "nowhere/out.txt", SAMPLE], FAILURES, "", "zat: nowhere/out.txt: ")
+        (self.folder / "own").mkdir()
+        self.check(["-o", "own", SAMPLE], FAILURES, "", "zat: own: ")
+        self.assertEqual(sorted(os.listdir()), ["out.txt", "own", SAMPLE, "unknown.bin"])
 
     def test_walks_find_what_is_asked_for(self):
         for name in ["a.mp3", "B.MP3", "b.wav", ".hidden.mp3", "sub/a.mp3", "sub/deep/x.mp3", ".git/a.mp3", "日本.mp3"]:
@@ -239,7 +252,8 @@ class Cli(unittest.TestCase):
         (self.folder / "own" / "zat-codec.ini").write_text("[AVI-Audio]\n0001\tOwn name\n")
         self.check(["tone.wav"], OK, "[PCM")
         self.check(["--catalogue", "own", "tone.wav"], OK, "[Own name]")
-        self.check(["--catalogue", "nowhere", "tone.wav"], OK, "[C無0001]")
+        (self.folder / "empty").mkdir()
+        self.check(["--catalogue", "empty", "tone.wav"], OK, "[C無0001]")
 
     def test_names_outside_the_usual(self):
         names = ["日本 語.mp3", "-dash.mp3"]
@@ -295,17 +309,18 @@ class Cli(unittest.TestCase):
 
     @unittest.skipIf(WINDOWS, "made with POSIX calls")
     def test_an_interrupt_leaves_whole_output(self):
-        reader, writer = os.pipe()
-        process = subprocess.Popen([*PROGRAM, "--format", "json", "-"], stdin=reader, stdout=subprocess.PIPE)
-        os.close(reader)
-        os.write(writer, f"{SAMPLE}\n".encode())
-        head = process.stdout.read(20)
-        process.send_signal(signal.SIGINT)
-        out = head + process.stdout.read()
-        os.close(writer)
-        process.stdout.close()
-        self.assertEqual(process.wait(60), 130)
-        self.assertEqual(len(json.loads(out)), 1)
+        for ending in [signal.SIGINT, signal.SIGTERM]:
+            reader, writer = os.pipe()
+            process = subprocess.Popen([*PROGRAM, "--format", "json", "-"], stdin=reader, stdout=subprocess.PIPE)
+            os.close(reader)
+            os.write(writer, f"{SAMPLE}\n".encode())
+            head = process.stdout.read(20)
+            process.send_signal(ending)
+            out = head + process.stdout.read()
+            os.close(writer)
+            process.stdout.close()
+            self.assertEqual(process.wait(60), 128 + ending)
+            self.assertEqual(len(json.loads(out)), 1)
 
     @unittest.skipIf(WINDOWS, "the same code; slow to start")
     def test_a_hundred_thousand_paths(self):

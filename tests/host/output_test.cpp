@@ -49,7 +49,7 @@ Description film() {
 }
 
 TEST(TableOutput, AlignsAndCutsAtTheTerminalsWidth) {
-    constexpr char cells[] = "Matroska        1:02:03  H.264 1920x1080 23.976       AAC 6ch +1"
+    constexpr char cells[] = "Matroska        1:02:03  H.264 1920x1080 23.976         AAC 6ch +1"
                              "      12.3M  ";
     const std::string name = "\xE6\x98\xA0\xE7\x94\xBB\\x1B.mkv";
     EXPECT_EQ(host::table_line(film(), 0), cells + name + "\n");

@@ -51,6 +51,9 @@ ZatStream track_stream(const Source& source, const Track& track, ZatStreamKind k
     if (source.segment->counted) {
         stream.bytes = track.counts.bytes;
         stream.flags |= track.counts.blocks == 0 ? uint32_t{ZAT_FLAG_NO_DATA} : 0;
+        if (stream.duration == 0) {
+            stream.duration = counted_duration(*source.segment, track);
+        }
         if (track.counts.blocks != 0) {
             stream.start =
                 seconds_of(*source.segment, static_cast<double>(track.counts.first_time));

@@ -148,9 +148,6 @@ bool describe_lpcm(Stream* stream) {
     LpcmInfo info;
     dvd_lpcm_info(stream->collect[1], &info);
     dvd_lpcm_line(&info, stream->line);
-    // The line knows two of the four rates.
-    static constexpr int32_t rates[] = {48000, 96000, 44100, 32000};
-    info.sample_rate = rates[stream->collect[1] >> 4 & 3]; // audio_sampling_frequency
     dvd_lpcm_facts(info, &stream->facts);
     stream->form = Form::audio_line;
     return true;

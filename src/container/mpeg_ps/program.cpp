@@ -88,12 +88,18 @@ void take_head_packet(Program* program, const Unit& unit) {
 }
 
 void walk_head(Program* program, int64_t from, int64_t to, bool in_order) {
+    // No packet is longer than 64 KiB: where none begins in much more than that there are none.
+    constexpr int64_t start_limit = 262'144;
     Walk walk;
-    walk_start(&walk, &program->source, from, to, in_order);
+    walk_start(
+        &walk, &program->source, from, in_order ? to : std::min(to, from + start_limit), in_order);
     ClockTrack clocks;
     Unit unit;
     while (next_unit(&walk, &unit)) {
-        program->stream_at = program->stream_at < 0 ? unit.position : program->stream_at;
+        if (program->stream_at < 0) {
+            program->stream_at = unit.position;
+            walk.end = std::min(to, program->source.size);
+        }
         if (unit.code == id_pack) {
             take_pack(program, unit, &clocks);
         } else if (unit.code > id_system_header) {
@@ -149,13 +155,13 @@ bool walk_tail(Program* program, int64_t from, ClockTrack* clocks) {
     return (has_clock(*clocks) || !program->any_pack) && (any_video ? video_stamp : any_stamp);
 }
 
-// The first clocks that agree in a stretch between head and tail.
-void probe(Program* program, int64_t from) {
+// The clocks of a stretch between head and tail: all of them, or the first ones that agree.
+void probe(Program* program, int64_t from, bool all) {
     Walk walk;
     walk_start(&walk, &program->source, from, from + probe_size, false);
     ClockTrack clocks;
     Unit unit;
-    while (clocks.steps == 0 && next_unit(&walk, &unit)) {
+    while ((all || clocks.steps == 0) && next_unit(&walk, &unit)) {
         if (unit.code == id_pack) {
             take_pack(program, unit, &clocks);
         }
@@ -175,14 +181,21 @@ void read_rest(Program* program, int64_t head_end) {
             break;
         }
     }
-    if (program->any_pack) {
+    // Whether anything was joined shows soon; how long its parts are takes more.
+    ClockProbes* clocks = &program->clocks;
+    const int32_t head_count = clocks->count;
+    for (const bool all : {false, true}) {
+        clocks->count = head_count;
         const int64_t step = (tail_start - head_end) / (probes_between + 1);
         for (int32_t i = 1; i <= probes_between && step >= probe_size; ++i) {
-            probe(program, head_end + i * step);
+            probe(program, head_end + i * step, all);
         }
-    }
-    if (has_clock(tail)) {
-        program->clocks.tracks[program->clocks.count++] = tail;
+        if (has_clock(tail)) {
+            clocks->tracks[clocks->count++] = tail;
+        }
+        if (!clock_time(*clocks, size, program->byte_rate).joined) {
+            return;
+        }
     }
 }
 
@@ -229,7 +242,7 @@ uint32_t read_program(Program* program, const InfoRecord& record, int64_t from) 
     const int64_t head_end = all ? size : from + budget;
     // Headers of a dozen bytes behind one another are more than any true stream has.
     reader_allow(
-        &program->reader, {400'000 + (all ? size / 2 : 0), (24LL << 20) + (all ? size * 2 : 0)});
+        &program->reader, {400'000 + (all ? size / 2 : 0), (16LL << 20) + (all ? size * 8 : 0)});
     PackHeader pack;
     const Bytes start = source_view(&program->source, from, pack_header_limit);
     walk_head(program, from, head_end, read_pack_header(&pack, start) == 0);

@@ -25,45 +25,79 @@ void take_step(ClockTrack* track, ClockPoint point) {
 
 // The stretch from one track to the next.
 struct Step {
-    int64_t ticks = 0; // negative: backwards
-    int64_t bytes = 0;
+    double ticks = 0; // negative: backwards
+    double bytes = 0;
 };
 
-Step step_between(const ClockTrack& from, const ClockTrack& to) {
-    return {
-        clock_distance(from.last.clock, to.first.clock), to.first.position - from.last.position};
+Step step_behind(const ClockProbes& probes, int32_t i) {
+    const ClockPoint& from = probes.tracks[i].last;
+    const ClockPoint& to = probes.tracks[i + 1].first;
+    return {static_cast<double>(clock_distance(from.clock, to.clock)),
+        static_cast<double>(to.position - from.position)};
 }
 
-// Ticks per byte over all steps for which `good` holds; 0 when there is none.
-double average_pace(const ClockProbes& probes, const bool (&good)[probe_limit]) {
+// Ticks per byte within the tracks; 0 without a step.
+double inner_pace(const ClockProbes& probes) {
     double ticks = 0;
     double bytes = 0;
     for (int32_t i = 0; i < probes.count; ++i) {
-        const ClockTrack& track = probes.tracks[i];
-        ticks += static_cast<double>(track.ticks);
-        bytes += static_cast<double>(track.bytes);
-        if (i + 1 < probes.count && good[i]) {
-            const Step step = step_between(track, probes.tracks[i + 1]);
-            ticks += static_cast<double>(step.ticks);
-            bytes += static_cast<double>(step.bytes);
-        }
+        ticks += static_cast<double>(probes.tracks[i].ticks);
+        bytes += static_cast<double>(probes.tracks[i].bytes);
     }
     return bytes > 0 ? ticks / bytes : 0;
 }
 
-// A pace that the packs' own rate rules out, or that is far from the average, which a joint makes.
-bool is_off(const Step& step, double pace, uint32_t byte_rate) {
+// The middle one of the paces from track to track.
+double middle_pace(const ClockProbes& probes) {
+    double paces[probe_limit] = {};
+    int32_t count = 0;
+    for (int32_t i = 0; i + 1 < probes.count; ++i) {
+        const Step step = step_behind(probes, i);
+        if (step.ticks >= 0 && step.bytes > 0) {
+            paces[count++] = step.ticks / step.bytes;
+        }
+    }
+    std::sort(paces, paces + count);
+    return count > 0 ? paces[count / 2] : 0;
+}
+
+bool is_off(const Step& step, double pace, double tolerance) {
+    return step.ticks < 0 || step.ticks > step.bytes * pace * tolerance ||
+           step.ticks * tolerance < step.bytes * pace;
+}
+
+// What only another recording behind the first one can make: clocks that jump or go back, and more
+// bytes in a time than the packs' own rate lets through.
+bool has_joint(const ClockProbes& probes, double pace, uint32_t byte_rate) {
     constexpr double tolerance = 1.5;
-    const auto ticks = static_cast<double>(step.ticks);
-    const auto bytes = static_cast<double>(step.bytes);
-    if (step.ticks < 0) {
-        return true;
+    const double fastest = byte_rate == 0 ? 0 : static_cast<double>(clock_rate) / byte_rate;
+    const bool rate_is_true = fastest <= pace * tolerance; // and not that of something else
+    for (int32_t i = 0; i < probes.count; ++i) {
+        if (probes.tracks[i].jumps > 0) {
+            return true;
+        }
+        if (i + 1 < probes.count) {
+            const Step step = step_behind(probes, i);
+            if (step.ticks < 0 || (rate_is_true && step.ticks * tolerance < step.bytes * fastest)) {
+                return true;
+            }
+        }
     }
-    if (byte_rate != 0 && ticks * byte_rate * tolerance < bytes * static_cast<double>(clock_rate)) {
-        return true;
+    return false;
+}
+
+// The sum of all steps, those that are off the pace by their bytes.
+double sum_of_steps(const ClockProbes& probes, double pace, double tolerance) {
+    double ticks = 0;
+    for (int32_t i = 0; i < probes.count; ++i) {
+        const ClockTrack& track = probes.tracks[i];
+        ticks += static_cast<double>(track.ticks) + static_cast<double>(track.jump_bytes) * pace;
+        if (i + 1 < probes.count) {
+            const Step step = step_behind(probes, i);
+            ticks += is_off(step, pace, tolerance) ? step.bytes * pace : step.ticks;
+        }
     }
-    return pace > 0 &&
-           (ticks > bytes * pace * tolerance * 2 || ticks * tolerance * 2 < bytes * pace);
+    return ticks;
 }
 
 } // namespace
@@ -131,43 +165,29 @@ ClockTime clock_time(const ClockProbes& probes, int64_t size, uint32_t byte_rate
     if (probes.count == 0) {
         return time;
     }
-    const ClockTrack& first = probes.tracks[0];
-    const ClockTrack& last = probes.tracks[probes.count - 1];
-    const int64_t distance = last.last.position - first.first.position;
-    if (distance <= 0) {
+    const ClockPoint& first = probes.tracks[0].first;
+    const ClockPoint& last = probes.tracks[probes.count - 1].last;
+    const int64_t covered = last.position - first.position;
+    if (covered <= 0) {
         return time;
     }
-    bool good[probe_limit] = {};
-    for (int32_t i = 0; i + 1 < probes.count; ++i) {
-        good[i] = !is_off(step_between(probes.tracks[i], probes.tracks[i + 1]), 0, byte_rate);
-        time.joined = time.joined || step_between(probes.tracks[i], probes.tracks[i + 1]).ticks < 0;
-    }
-    double pace = average_pace(probes, good);
-    for (int32_t i = 0; i + 1 < probes.count; ++i) {
-        good[i] = good[i] && !is_off(step_between(probes.tracks[i], probes.tracks[i + 1]), pace, 0);
-    }
-    pace = average_pace(probes, good);
-    double ticks = 0;
-    for (int32_t i = 0; i < probes.count; ++i) {
-        const ClockTrack& track = probes.tracks[i];
-        time.joined = time.joined || track.jumps > 0;
-        ticks += static_cast<double>(track.ticks) + static_cast<double>(track.jump_bytes) * pace;
-        if (i + 1 < probes.count) {
-            const Step step = step_between(track, probes.tracks[i + 1]);
-            ticks +=
-                good[i] ? static_cast<double>(step.ticks) : static_cast<double>(step.bytes) * pace;
-        }
-    }
-    // Uneven rates put single steps off without a joint; those even out over the whole.
-    constexpr double difference = 0.25;
-    const auto direct = static_cast<double>(clock_elapsed(first.first.clock, last.last.clock));
-    if (!time.joined) {
-        time.joined = ticks < direct * (1 - difference) || ticks > direct * (1 + difference);
-        ticks = time.joined ? ticks : direct;
+    auto ticks = static_cast<double>(clock_elapsed(first.clock, last.clock));
+    const double pace = inner_pace(probes);
+    time.joined = has_joint(probes, pace, byte_rate);
+    if (time.joined) {
+        constexpr double tolerance = 1.5;
+        ticks = sum_of_steps(probes, pace, tolerance);
+    } else {
+        // A leap forward: one step that is far off all others.
+        constexpr double tolerance = 4;
+        constexpr double difference = 1.25;
+        const double middle = middle_pace(probes);
+        const double sum = middle > 0 ? sum_of_steps(probes, middle, tolerance) : ticks;
+        time.joined = ticks > sum * difference;
+        ticks = time.joined ? sum : ticks;
     }
     // What stands behind the last clock.
-    const auto covered = static_cast<double>(distance);
-    ticks *= static_cast<double>(size - first.first.position) / covered;
+    ticks *= static_cast<double>(size - first.position) / static_cast<double>(covered);
     time.known = ticks > 0;
     time.seconds = ticks / static_cast<double>(clock_rate);
     return time;

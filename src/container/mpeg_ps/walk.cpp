@@ -8,8 +8,10 @@ namespace zat::ps {
 
 namespace {
 
-// Enough for every header and for what stands at the front of a payload.
-constexpr uint32_t head_size = 512;
+// Enough for most headers and for what stands at the front of a payload, and for all.
+constexpr uint32_t head_size = 64;
+constexpr uint32_t largest_head_size = 1024;
+constexpr size_t payload_start_size = 16;
 // Bytes of one step of a search.
 constexpr uint32_t search_size = 2048;
 
@@ -46,6 +48,11 @@ bool read_unit(Source* source, int64_t position, Unit* unit) {
             unit->packet.packet_length = ReadBE16(&head[4]);
         }
         unit->end = position + static_cast<int64_t>(pes_start_size) + unit->packet.packet_length;
+        if (unit->code == id_program_stream_map ||
+            unit->packet.payload + payload_start_size > head_size) {
+            unit->head = source_view(source, position, largest_head_size);
+            (void)read_pes_header(&unit->packet, unit->head);
+        }
         return true;
     }
 }
