@@ -17,6 +17,7 @@
 #include "common/details.h"
 #include "common/messages.h"
 #include "common/record_lines.h"
+#include "container/asf.h"
 #include "container/avi.h"
 #include "container/flv.h"
 #include "container/matroska.h"
@@ -49,6 +50,7 @@ struct Row {
 // looked at; what an analyser could not read is missing in the record, and that says it.
 constexpr Row rows[] = {
     {FILETYPE_AVI, AnalyzeAviFile},
+    {FILETYPE_WMV, AnalyzeAsfFile},
     {FILETYPE_QUICKTIME, AnalyzeMp4File},
     {FILETYPE_3GPP2, AnalyzeMp4File},
     {FILETYPE_MPEG4, AnalyzeMp4File},
