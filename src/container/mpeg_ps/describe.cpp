@@ -212,19 +212,19 @@ bool describe_audio(Stream* stream) {
 }
 
 struct KindName {
-    Kind kind;
     const char* line;
     const char* codec;
+    Kind kind;
 };
 
 constexpr KindName kind_names[] = {
-    {Kind::mpeg_audio, "[MPEG audio]", "MP2"},
-    {Kind::aac, "[AAC]", "AAC"},
-    {Kind::ac3, "[AC-3]", "AC-3"},
-    {Kind::dts, "[DTS]", "DTS"},
-    {Kind::lpcm, "[LPCM]", "PCM"},
-    {Kind::mlp, "[MLP]", "MLP"},
-    {Kind::extension_audio, "[audio]", ""},
+    {"[MPEG audio]", "MP2", Kind::mpeg_audio},
+    {"[AAC]", "AAC", Kind::aac},
+    {"[AC-3]", "AC-3", Kind::ac3},
+    {"[DTS]", "DTS", Kind::dts},
+    {"[LPCM]", "PCM", Kind::lpcm},
+    {"[MLP]", "MLP", Kind::mlp},
+    {"[audio]", "", Kind::extension_audio},
 };
 
 } // namespace
