@@ -16,6 +16,7 @@
 #include "audio/wsd_file.h"
 #include "common/details.h"
 #include "common/messages.h"
+#include "common/numbers.h"
 #include "common/record_lines.h"
 #include "container/asf.h"
 #include "container/avi.h"
@@ -106,6 +107,7 @@ void DispatchAnalyser(FileRecord* file, const Output& out) {
     for (const Row& row : rows) {
         if (row.type_code == out.record->type_code) {
             const int result = row.analyser(file, out);
+            out.record->play_time = without_negative_zero(out.record->play_time);
             if (out.details != nullptr && out.details->format[0] == '\0') {
                 copy_utf8(out.details->format, type_format(row.type_code));
             }
