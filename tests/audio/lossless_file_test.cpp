@@ -11,7 +11,7 @@
 #include "audio/wsd_file.h"
 #include "common/crc.h"
 #include "support/analysed.h"
-#include "support/byte_builder.h"
+#include "support/atom_builder.h"
 #include "support/details_text.h"
 #include "support/ogg_builder.h"
 #include "support/record_text.h"

@@ -1,7 +1,7 @@
 #include "common/tag_texts.h"
 
 #include "common/tag_sizes.h"
-#include "support/byte_builder.h"
+#include "support/atom_builder.h"
 #include "support/temp_file.h"
 
 #include <gtest/gtest.h>

@@ -10,7 +10,17 @@
 
 namespace zat::test {
 
+using Data = std::vector<uint8_t>;
+
 constexpr int64_t own_size = -1;
+
+inline Data join(std::initializer_list<Data> parts) {
+    ByteBuilder all;
+    for (const Data& part : parts) {
+        all.append(part);
+    }
+    return all.bytes;
+}
 
 inline Data atom(std::string_view type, const Data& payload, int64_t size = own_size) {
     const auto whole = static_cast<int64_t>(payload.size()) + 8;

@@ -8,8 +8,6 @@
 
 namespace zat::test {
 
-using Data = std::vector<uint8_t>;
-
 // The functions that insert are kept out of line: inlined, GCC 12 takes the vector's own moves and
 // fills for overflows.
 struct ByteBuilder {
@@ -76,14 +74,6 @@ inline std::vector<uint8_t> bytes_of_hex(std::string_view digits) {
         }
     }
     return bytes;
-}
-
-inline Data join(std::initializer_list<Data> parts) {
-    ByteBuilder all;
-    for (const Data& part : parts) {
-        all.append(part);
-    }
-    return all.bytes;
 }
 
 // Fields of any width, most significant bit first.
