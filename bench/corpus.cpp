@@ -4,6 +4,7 @@
 #include "support/byte_builder.h"
 #include "support/ebml_builder.h"
 #include "support/ogg_builder.h"
+#include "support/program_builder.h"
 #include "support/riff_builder.h"
 
 #include <filesystem>
@@ -15,6 +16,7 @@ namespace {
 using zat::test::ByteBuilder;
 using zat::test::comment_block;
 using zat::test::OggBuilder;
+using zat::test::ProgramBuilder;
 using zat::test::riff_chunk;
 using zat::test::riff_list;
 using Bytes = std::vector<uint8_t>;
@@ -153,6 +155,55 @@ Bytes hour_of_opus() {
     return file.bytes;
 }
 
+// A pack with its packet: MPEG-2 video, every twelfth one AC-3, at a constant rate.
+Bytes dvd_pack(int64_t index) {
+    using namespace zat::test;
+    constexpr size_t size = 2048;
+    constexpr int64_t packs_per_second = 390;
+    const int64_t now = index * 90000 / packs_per_second;
+    ProgramBuilder pack;
+    pack.pack(now);
+    if (index % 12 == 5) {
+        const Bytes frames = ac3_frames(7);
+        pack.packet(0xBD, ByteBuilder().raw({0x80, 7, 0, 1}).append(frames).bytes, now + 18000);
+    } else {
+        ByteBuilder video;
+        if (index % 200 == 0) {
+            video.append(sequence_header({})).append(sequence_extension({})).append(picture(1));
+        }
+        pack.packet(0xE0, video.pad_to(2000, 0x55).bytes, now + 18000);
+    }
+    return pack.pad_to(size).bytes;
+}
+
+// A program stream of true packs, or, with `sectors`, one in the sectors of a VideoCD.
+void write_packs(const std::string& path, int64_t packs, bool sectors) {
+    std::ofstream file(path, std::ios::binary);
+    const auto put = [&file](const Bytes& bytes) {
+        file.write(reinterpret_cast<const char*>(bytes.data()),
+            static_cast<std::streamsize>(bytes.size()));
+    };
+    if (sectors) {
+        put(ByteBuilder()
+                .text("RIFF")
+                .le32(0)
+                .text("CDXAfmt ")
+                .le32(16)
+                .fill(16)
+                .text("data")
+                .le32(0)
+                .bytes);
+    }
+    for (int64_t i = 0; i < packs; ++i) {
+        const Bytes pack = dvd_pack(i);
+        if (!sectors) {
+            put(pack);
+            continue;
+        }
+        ByteBuilder sector;
+        sector.u8(0).fill(10, 0xFF).raw({0, 0, 2, 0, 2, 1, 1, 0x62, 0, 1, 1, 0x62, 0});
+        put(sector.append(pack).pad_to(2352).bytes);
+    }
 // Two hours of video with variable sound: 180,000 and 250,000 chunks, whose index is the file's
 // tail.
 struct Avi {
@@ -349,6 +400,13 @@ std::vector<BenchFile> make_corpus(const std::string& directory) {
     add("avi-2h", avi.head, avi_size, avi.index);
     add("wma-1h", long_wma(), 57600000);
     add("header-typed-5gb", seed_bytes("tone.flac"), 5000000000U);
+    const auto add_packs = [&](const std::string& name, int64_t packs, bool sectors) {
+        write_packs(directory + name, packs, sectors);
+        files.push_back({name, directory + name});
+    };
+    add_packs("vob-500mb", 244'000, false);
+    add_packs("vob-1.4mb", 700, false);
+    add_packs("videocd-700mb", 297'600, true);
     add("random-1mib", random_bytes(1 << 20));
     add("random-5mib", random_bytes(5 << 20));
     add("tta-60min", hour_of_tta(), 344600000U);
