@@ -1,8 +1,11 @@
 #include "corpus.h"
 
+#include "common/crc.h"
 #include "support/byte_builder.h"
 #include "support/ebml_builder.h"
 #include "support/ogg_builder.h"
+#include "support/program_builder.h"
+#include "support/riff_builder.h"
 
 #include <filesystem>
 #include <fstream>
@@ -13,14 +16,25 @@ namespace {
 using zat::test::ByteBuilder;
 using zat::test::comment_block;
 using zat::test::OggBuilder;
+using zat::test::ProgramBuilder;
+using zat::test::riff_chunk;
+using zat::test::riff_list;
 using Bytes = std::vector<uint8_t>;
 
-void write_file(const std::string& path, const Bytes& bytes, uint64_t size = 0) {
-    std::ofstream(path, std::ios::binary)
-        .write(reinterpret_cast<const char*>(bytes.data()),
-            static_cast<std::streamsize>(bytes.size()));
+// A file of `size` bytes ends with the tail; between it and the first bytes is a hole.
+void write_file(
+    const std::string& path, const Bytes& bytes, uint64_t size = 0, const Bytes& tail = {}) {
+    const auto write = [](std::ofstream& file, const Bytes& part) {
+        file.write(
+            reinterpret_cast<const char*>(part.data()), static_cast<std::streamsize>(part.size()));
+    };
+    std::ofstream file(path, std::ios::binary);
+    write(file, bytes);
     if (size > bytes.size()) {
-        std::filesystem::resize_file(path, size); // the rest is a hole
+        file.flush();
+        std::filesystem::resize_file(path, size);
+        file.seekp(static_cast<std::streamoff>(size - tail.size()));
+        write(file, tail);
     }
 }
 
@@ -141,6 +155,188 @@ Bytes hour_of_opus() {
     return file.bytes;
 }
 
+// A pack with its packet: MPEG-2 video, every twelfth one AC-3, at a constant rate.
+Bytes dvd_pack(int64_t index) {
+    using namespace zat::test;
+    constexpr size_t size = 2048;
+    constexpr int64_t packs_per_second = 390;
+    const int64_t now = index * 90000 / packs_per_second;
+    ProgramBuilder pack;
+    pack.pack(now);
+    if (index % 12 == 5) {
+        const Bytes frames = ac3_frames(7);
+        pack.packet(0xBD, ByteBuilder().raw({0x80, 7, 0, 1}).append(frames).bytes, now + 18000);
+    } else {
+        ByteBuilder video;
+        if (index % 200 == 0) {
+            video.append(sequence_header({})).append(sequence_extension({})).append(picture(1));
+        }
+        pack.packet(0xE0, video.pad_to(2000, 0x55).bytes, now + 18000);
+    }
+    return pack.pad_to(size).bytes;
+}
+
+// A program stream of true packs, or, with `sectors`, one in the sectors of a VideoCD.
+void write_packs(const std::string& path, int64_t packs, bool sectors) {
+    std::ofstream file(path, std::ios::binary);
+    const auto put = [&file](const Bytes& bytes) {
+        file.write(reinterpret_cast<const char*>(bytes.data()),
+            static_cast<std::streamsize>(bytes.size()));
+    };
+    if (sectors) {
+        put(ByteBuilder()
+                .text("RIFF")
+                .le32(0)
+                .text("CDXAfmt ")
+                .le32(16)
+                .fill(16)
+                .text("data")
+                .le32(0)
+                .bytes);
+    }
+    for (int64_t i = 0; i < packs; ++i) {
+        const Bytes pack = dvd_pack(i);
+        if (!sectors) {
+            put(pack);
+            continue;
+        }
+        ByteBuilder sector;
+        sector.u8(0).fill(10, 0xFF).raw({0, 0, 2, 0, 2, 1, 1, 0x62, 0, 1, 1, 0x62, 0});
+        put(sector.append(pack).pad_to(2352).bytes);
+    }
+// Two hours of video with variable sound: 180,000 and 250,000 chunks, whose index is the file's
+// tail.
+struct Avi {
+    Bytes head;
+    Bytes index;
+};
+Avi long_avi(uint64_t size) {
+    const auto stream = [](const char* type, uint64_t scale, uint64_t rate, uint64_t length,
+                            const Bytes& format) {
+        const Bytes header = ByteBuilder()
+                                 .text(type)
+                                 .fill(16)
+                                 .le32(scale)
+                                 .le32(rate)
+                                 .le32(0)
+                                 .le32(length)
+                                 .fill(20)
+                                 .bytes;
+        return riff_list("LIST", "strl", {riff_chunk("strh", header), riff_chunk("strf", format)});
+    };
+    const Bytes video =
+        ByteBuilder().le32(40).le32(640).le32(480).le16(1).le16(24).text("XVID").fill(20).bytes;
+    const Bytes audio =
+        ByteBuilder().le16(0x55).le16(2).le32(44100).le32(16000).le16(1152).le16(0).le16(0).bytes;
+    constexpr uint32_t pictures = 180000;
+    constexpr uint32_t frames = 250000;
+    ByteBuilder index;
+    for (uint32_t i = 0; i < pictures + frames; ++i) {
+        const bool is_video = i % 43 < 18;
+        index.text(is_video ? "00dc" : "01wb").le32(16).le32(4).le32(is_video ? 2000 : 417);
+    }
+    Avi avi;
+    avi.index = riff_chunk("idx1", index.bytes);
+    const Bytes headers = riff_list("LIST", "hdrl",
+        {riff_chunk("avih", Bytes(56)), stream("vids", 1, 25, pictures, video),
+            stream("auds", 1152, 44100, frames, audio)});
+    const auto movi_size = static_cast<int64_t>(size - 12 - headers.size() - 8 - avi.index.size());
+    const Bytes picture = ByteBuilder()
+                              .raw({0, 0, 1, 0xB0, 0xF5, 0, 0, 1, 0xB2})
+                              .text("XviD0046")
+                              .raw({0, 0, 1, 0xB6})
+                              .bytes;
+    avi.head = ByteBuilder()
+                   .text("RIFF")
+                   .le32(size - 8)
+                   .text("AVI ")
+                   .append(headers)
+                   .append(riff_list("LIST", "movi", {riff_chunk("00dc", picture)}, movi_size))
+                   .bytes;
+    return avi;
+}
+
+// The header of an audio file with a picture in its tags, and packets that nobody reads.
+Bytes long_wma() {
+    const auto object = [](uint64_t first, uint64_t second, uint64_t third, const Bytes& data) {
+        return ByteBuilder()
+            .le32(first)
+            .le32(second)
+            .be64(third)
+            .le64(data.size() + 24)
+            .append(data)
+            .bytes;
+    };
+    const Bytes properties = object(0x8CABDCA1, 0x11CFA947, 0x8EE400C00C205365,
+        ByteBuilder()
+            .fill(40)
+            .le64(36000000000)
+            .le64(0)
+            .le64(0)
+            .le32(2)
+            .le32(3000)
+            .le32(3000)
+            .le32(128000)
+            .bytes);
+    const Bytes stream = object(0xB7DC0791, 0x11CFA9B7, 0x8EE600C00C205365,
+        ByteBuilder()
+            .le32(0xF8699E40)
+            .le32(0x11CF5B4D)
+            .fill(32)
+            .le32(18)
+            .le32(0)
+            .le16(1)
+            .le32(0)
+            .le16(0x161)
+            .le16(2)
+            .le32(44100)
+            .le32(16000)
+            .le16(2230)
+            .le16(16)
+            .le16(0)
+            .bytes);
+    const Bytes picture = object(0xD2D0A440, 0x11D2E307, 0x97F000A0C95EA850,
+        ByteBuilder().le16(1).le16(4).raw({'a', 0, 0, 0}).le16(1).le16(60000).fill(60000).bytes);
+    const Bytes children = ByteBuilder().append(properties).append(picture).append(stream).bytes;
+    return object(0x75B22630, 0x11CF668E, 0xA6D900AA0062CE6C,
+        ByteBuilder().le32(3).raw({1, 2}).append(children).bytes);
+}
+
+Bytes random_bytes(size_t count) {
+    std::mt19937_64 random(1);
+    Bytes bytes(count);
+    for (uint8_t& byte : bytes) {
+        byte = static_cast<uint8_t>(random());
+    }
+    bytes[0] = 0x42; // matches no signature
+    return bytes;
+}
+
+Bytes seed_bytes(const char* seed) {
+    std::ifstream file(std::string(ZAT_SOURCE_DIR "fuzz/seeds/") + seed, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+// A seed with four mebibytes of noise behind it, as long sound looks from either end.
+Bytes stretched(const char* seed) {
+    return ByteBuilder().append(seed_bytes(seed)).append(random_bytes(4 << 20)).bytes;
+}
+
+// The seek table has an entry for each frame, and its checksum is held against it.
+Bytes hour_of_tta() {
+    const auto with_crc = [](ByteBuilder bytes) {
+        const uint32_t crc = zat::crc32(bytes.bytes);
+        return bytes.le32(crc).bytes;
+    };
+    ByteBuilder header;
+    header.text("TTA1").le16(1).le16(2).le16(16).le32(44100).le32(44100 * 3600);
+    ByteBuilder table;
+    for (int i = 0; i < 3446; ++i) {
+        table.le32(100000);
+    }
+    return ByteBuilder().append(with_crc(header)).append(with_crc(table)).bytes;
+}
+
 // The start of a two-hour film: clusters of two seconds, 4.5 MB of them, then one that fills the
 // rest. With statistics the tracks tell all that lines show.
 Bytes long_matroska(bool with_statistics, uint64_t size) {
@@ -184,22 +380,13 @@ Bytes long_matroska(bool with_statistics, uint64_t size) {
         sized_element(0x1F43B675, rest, number(0xE7, 100'000))});
 }
 
-Bytes random_bytes(size_t count) {
-    std::mt19937_64 random(1);
-    Bytes bytes(count);
-    for (uint8_t& byte : bytes) {
-        byte = static_cast<uint8_t>(random());
-    }
-    bytes[0] = 0x42; // matches no signature
-    return bytes;
-}
-
 } // namespace
 
 std::vector<BenchFile> make_corpus(const std::string& directory) {
     std::vector<BenchFile> files;
-    const auto add = [&](const std::string& name, const Bytes& bytes, uint64_t size = 0) {
-        write_file(directory + name, bytes, size);
+    const auto add = [&](const std::string& name, const Bytes& bytes, uint64_t size = 0,
+                         const Bytes& tail = {}) {
+        write_file(directory + name, bytes, size, tail);
         files.push_back({name, directory + name});
     };
     add("mp3-60min", hour_of_mp3());
@@ -208,13 +395,29 @@ std::vector<BenchFile> make_corpus(const std::string& directory) {
     add("mkv-2h", long_matroska(false, 1'000'000'000), 1'000'000'000);
     add("mkv-2h-statistics", long_matroska(true, 1'000'000'000), 1'000'000'000);
     add("mp4-2h", long_movie(), 2000000000U);
-    add("header-typed-5gb", ByteBuilder().text("fLaC").raw({0, 0, 0, 34}).fill(100000, 7).bytes,
-        5000000000U);
+    constexpr uint64_t avi_size = 500000000;
+    const Avi avi = long_avi(avi_size);
+    add("avi-2h", avi.head, avi_size, avi.index);
+    add("wma-1h", long_wma(), 57600000);
+    add("header-typed-5gb", seed_bytes("tone.flac"), 5000000000U);
+    const auto add_packs = [&](const std::string& name, int64_t packs, bool sectors) {
+        write_packs(directory + name, packs, sectors);
+        files.push_back({name, directory + name});
+    };
+    add_packs("vob-500mb", 244'000, false);
+    add_packs("vob-1.4mb", 700, false);
+    add_packs("videocd-700mb", 297'600, true);
     add("random-1mib", random_bytes(1 << 20));
     add("random-5mib", random_bytes(5 << 20));
-    for (const char* real :
-        {"mp3-vbr.mp3", "pcm.wav", "surround.ac3", "surround.dts", "avc.mp4", "fragmented.mp4",
-            "asp.mov", "avc.flv", "video.rm", "vp9.mkv", "avc.mkv", "opus.ogg", "theora.ogv"}) {
+    add("tta-60min", hour_of_tta(), 344600000U);
+    for (const char* seed : {"tone.flac", "tone.wv", "dsd.wv", "monkey.ape", "monkey-old.ape",
+             "tone.tta", "sv7.mpc", "sv8.mpc", "preset.tak", "optimfrog.ofr", "tag.dsf",
+             "plain.dff", "packed.dff", "text.wsd"}) {
+        add(std::string("long-") + seed, stretched(seed));
+    }
+    for (const char* real : {"mp3-vbr.mp3", "pcm.wav", "surround.ac3", "surround.dts", "avc.mp4",
+             "fragmented.mp4", "asp.mov", "avc.flv", "video.rm", "vp9.mkv", "avc.mkv", "opus.ogg",
+             "theora.ogv", "xvid.avi", "wmv.wmv"}) {
         files.push_back({real, std::string(ZAT_SOURCE_DIR "fuzz/seeds/") + real});
     }
     return files;

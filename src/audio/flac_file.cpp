@@ -26,6 +26,7 @@ enum BlockType : uint8_t {
 
 constexpr int64_t block_header_size = 4;
 constexpr uint8_t last_block = 0x80;
+constexpr int block_limit = 1024; // files have a handful
 
 // A first frame that metadata does not lead to is looked for in this much.
 constexpr int64_t frame_search = 1048576;
@@ -163,8 +164,8 @@ void take_block(FlacFile* flac, Block* block) {
 bool walk_blocks(FlacFile* flac) {
     Block block{};
     flac->audio = block_header_size; // behind "fLaC"
-    while (!block.last) {
-        if (!read_block_header(flac, flac->audio, &block)) {
+    for (int i = 0; !block.last; ++i) {
+        if (i == block_limit || !read_block_header(flac, flac->audio, &block)) {
             return false;
         }
         if (block.type == block_picture) {

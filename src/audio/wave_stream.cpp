@@ -107,9 +107,10 @@ bool describe_aac(
     return true;
 }
 
-// AC-3 and DTS also go as PCM, for players that hand it on to a decoder.
-bool describe_as_pcm(Bytes start, ZatStream* stream, char (&line)[line_size]) {
-    return describe_ac3_frame(start, stream, line) || describe_dts_frame(start, stream, line);
+// AC-3 and DTS also go as PCM, for players that hand it on to a decoder, and by GUIDs of their own.
+bool describe_by_sync(Bytes start, ZatStream* stream, char (&line)[line_size]) {
+    return describe_ac3_frame(start, stream, line) || describe_eac3_frame(start, stream, line) ||
+           describe_dts_frame(start, stream, line);
 }
 
 bool describe_frames(
@@ -120,8 +121,8 @@ bool describe_frames(
     if (parsed.tag == wave_tag_mpeg || parsed.tag == wave_tag_mpeg_layer3) {
         return describe_mpeg_audio(wave, stream, line);
     }
-    if (parsed.tag == wave_tag_pcm) {
-        return describe_as_pcm(wave.start, stream, line);
+    if (parsed.tag == wave_tag_pcm || parsed.tag == wave_tag_extensible) {
+        return describe_by_sync(wave.start, stream, line);
     }
     const FrameDescriber describe = frame_describer(parsed.tag);
     return describe != nullptr && describe(wave.start, stream, line);

@@ -40,14 +40,16 @@ constexpr Speaker speakers[] = {
 constexpr uint32_t mask_is_unset = 1;
 
 // The text area: fields of fixed sizes, filled up with blanks.
-constexpr uint32_t text_size = 128;
+constexpr int64_t text_size = 128;
 constexpr int64_t title_at = 0;
 constexpr int64_t artist_at = 3 * text_size;
 constexpr int64_t album_at = 4 * text_size;
 
 void take_text(LosslessFile* wsd, int64_t at, TagText& field) {
     TagText value;
-    unknown_to_utf8(text_of(read_view(&wsd->reader, wsd->tags.stream, at, text_size)), value);
+    unknown_to_utf8(
+        text_of(read_view(&wsd->reader, wsd->tags.stream, at, static_cast<uint32_t>(text_size))),
+        value);
     add_tag_value(field, value);
 }
 

@@ -132,7 +132,10 @@ void finish_details(const InfoRecord& record, ZatDetails* details) {
         details->duration = record.play_time;
     }
     constexpr double bit_rate_limit = 1e10; // more is nonsense, of a duration that says nothing
-    const double bit_rate = divide(static_cast<double>(record.file_size) * 8, details->duration);
+    // The duration is the declared one, also of a file that was cut.
+    const double size =
+        static_cast<double>(record.file_size) + static_cast<double>(details->missing_bytes);
+    const double bit_rate = divide(size * 8, details->duration);
     if (details->bit_rate == 0 && details->duration > 0 && bit_rate < bit_rate_limit) {
         details->bit_rate = clamp_to_integer<uint64_t>(bit_rate + 0.5);
         details->estimated |= (details->estimated & ZAT_ESTIMATED_DURATION) != 0

@@ -3,13 +3,11 @@
 #pragma once
 
 #include "common/bytes.h"
+#include "common/ts_packet.h"
 
 #include <cstdint>
 
 namespace zat {
-
-constexpr uint32_t ts_packet_size = 188;
-constexpr uint32_t timestamped_packet_size = 192;
 
 // TsFullCheck's result when `bytes` end before it could refuse: with more of them it might accept.
 constexpr int64_t ts_wants_more = -2;

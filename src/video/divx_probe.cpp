@@ -2,6 +2,7 @@
 
 #include "common/messages.h"
 #include "common/text.h"
+#include "video/mpeg4_visual.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -76,7 +77,26 @@ void write_fallback_name(char (&name)[N], const DivxProbe* probe, const char* te
     }
 }
 
+VolAspect aspect_of(const DivxProbe& probe) {
+    return {probe.vol_found != 0, probe.vol_done != 0, probe.aspect_ratio_info, probe.par_width,
+        probe.par_height};
+}
+
 } // namespace
+
+void Mpeg4AspectName(DivxProbe* probe) {
+    vol_aspect_name(aspect_of(*probe), probe->aspect_text);
+}
+
+void FindDivxVolAspect(Bytes buffer, DivxProbe* probe) {
+    VolAspect aspect = aspect_of(*probe);
+    find_vol_aspect(buffer, &aspect);
+    probe->vol_found = aspect.found ? 1 : 0;
+    probe->vol_done = aspect.complete ? 1 : 0;
+    probe->aspect_ratio_info = aspect.aspect_ratio_info;
+    probe->par_width = aspect.par_width;
+    probe->par_height = aspect.par_height;
+}
 
 int find_divx_strings(Bytes bytes, DivxProbe* probe) {
     const int result = find_marks(bytes, probe);

@@ -106,7 +106,7 @@ bool take(BitReader* reader, int n, uint32_t* value) {
 }
 
 // VideoObjectLayer() up to its aspect. False when the data ended.
-bool read_vol_aspect(Bytes header, DivxProbe* probe) {
+bool read_vol_aspect(Bytes header, VolAspect* aspect) {
     BitReader reader{header};
     uint32_t is_object_layer_identifier = 0;
     skip_bits(&reader, 1); // random_accessible_vol
@@ -122,18 +122,18 @@ bool read_vol_aspect(Bytes header, DivxProbe* probe) {
     if (!take(&reader, 4, &aspect_ratio_info)) {
         return false;
     }
-    probe->aspect_ratio_info = aspect_ratio_info;
+    aspect->aspect_ratio_info = aspect_ratio_info;
     if (aspect_ratio_info == extended_par) {
         uint32_t par_width = 0;
         uint32_t par_height = 0;
         if (!take(&reader, 8, &par_width)) {
             return false;
         }
-        probe->par_width = par_width;
+        aspect->par_width = par_width;
         if (!take(&reader, 8, &par_height)) {
             return false;
         }
-        probe->par_height = static_cast<uint8_t>(par_height);
+        aspect->par_height = static_cast<uint8_t>(par_height);
     }
     return true;
 }
@@ -151,28 +151,27 @@ void Mpeg4ProfileLevelName(char* out, size_t size, uint32_t value) {
 }
 
 // ISO/IEC 14496-2, table 6-12.
-void Mpeg4AspectName(DivxProbe* probe) {
+void vol_aspect_name(const VolAspect& aspect, char (&out)[vol_aspect_size]) {
     static constexpr std::array names{
         "unknown(0)", "1:1", "4:3 PAL", "4:3 NTSC", "16:9 PAL", "16:9 NTSC"};
-    const uint32_t value = probe->aspect_ratio_info;
+    const uint32_t value = aspect.aspect_ratio_info;
     if (value < names.size()) {
-        copy_text(probe->aspect_text, names[value]);
+        copy_text(out, names[value]);
     } else if (value < extended_par) {
-        format_text(probe->aspect_text, sizeof probe->aspect_text, "unknown(%d)", value);
+        format_text(out, sizeof out, "unknown(%d)", value);
     } else if (value == extended_par) {
-        format_text(probe->aspect_text, sizeof probe->aspect_text, "custom %d:%d", probe->par_width,
-            probe->par_height);
+        format_text(out, sizeof out, "custom %d:%d", aspect.par_width, aspect.par_height);
     }
 }
 
-void FindDivxVolAspect(Bytes buffer, DivxProbe* probe) {
+void find_vol_aspect(Bytes buffer, VolAspect* aspect) {
     const size_t at = last_vol_start_code(buffer);
     if (at == 0) {
         return;
     }
-    probe->vol_found = 1;
-    if (probe->vol_done == 0 && read_vol_aspect(buffer.subspan(at + start_code_size), probe)) {
-        probe->vol_done = 1;
+    aspect->found = true;
+    if (!aspect->complete && read_vol_aspect(buffer.subspan(at + start_code_size), aspect)) {
+        aspect->complete = true;
     }
 }
 

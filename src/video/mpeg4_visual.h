@@ -9,38 +9,24 @@
 
 namespace zat {
 
-// What is known of a stream's pixel aspect ratio and of the encoder that wrote it. The caller
-// clears it before use.
-struct DivxProbe {
-    uint32_t movi_pos = 0;      // file position where the search starts
-    uint32_t search_len = 0;    // bytes searched
-    uint32_t divx_pos = 0;      // of the last "DivX", in the bytes searched
-    uint32_t xvid_pos = 0;      // of the last "XviD"
-    uint32_t lookup_result = 0; // the caller's catalogue lookup: 0, 1 not listed, 2 no catalogue
-    char divx_string[16] = {};  // the user data from "DivX" on, without a final "p"
-    char xvid_string[16] = {};
-    char fourcc[5] = {};
-    char divx_name[64] = {};
-    char xvid_name[128] = {};
-    char codec_name[64] = {};
-    uint8_t divx_found = 0;
-    uint8_t xvid_found = 0;
-    uint8_t vol_found = 0; // a video object layer start code was found
-    uint8_t vol_done = 0;  // its header was read
-    uint32_t aspect_ratio_info = 0;
-    uint32_t par_width = 0;
+constexpr size_t vol_aspect_size = 16; // bytes of an aspect's text, terminator included
+
+struct VolAspect {
+    bool found = false;             // a video object layer start code
+    bool complete = false;          // its header was read
+    uint32_t aspect_ratio_info = 0; // table 6-12
+    uint32_t par_width = 0;         // of an aspect_ratio_info of 15
     uint8_t par_height = 0;
-    char aspect_text[16] = {};
 };
 
 // Text for a profile_and_level_indication, cut to `size` bytes, terminator included.
 void Mpeg4ProfileLevelName(char* out, size_t size, uint32_t value);
 
-// Writes aspect_text; leaves it as it is for an aspect_ratio_info above 15.
-void Mpeg4AspectName(DivxProbe* probe);
+// Writes the text of an aspect; leaves it as it is for an aspect_ratio_info above 15.
+void vol_aspect_name(const VolAspect& aspect, char (&out)[vol_aspect_size]);
 
-// Reads the aspect of the last video object layer in the bytes. Fields that the bytes cut off keep
-// their values, and vol_done is then not set.
-void FindDivxVolAspect(Bytes buffer, DivxProbe* probe);
+// Reads the aspect of the last video object layer in the bytes, unless one was read already. Fields
+// that the bytes cut off keep their values.
+void find_vol_aspect(Bytes buffer, VolAspect* aspect);
 
 } // namespace zat

@@ -212,12 +212,12 @@ void mpeg4_codec_text(const Mpeg4Headers& headers, char (&text)[video_codec_size
         AppendWithSeparator(text, profile, separator_space);
     }
     if (headers.vol_found) {
-        DivxProbe aspect{};
-        aspect.aspect_ratio_info = headers.vol.aspect_ratio_info;
-        aspect.par_width = headers.vol.par_width;
-        aspect.par_height = headers.vol.par_height;
-        Mpeg4AspectName(&aspect);
-        AppendWithSeparator(text, bounded_text(aspect.aspect_text), separator_space);
+        char aspect[vol_aspect_size] = "";
+        vol_aspect_name({.aspect_ratio_info = headers.vol.aspect_ratio_info,
+                            .par_width = headers.vol.par_width,
+                            .par_height = headers.vol.par_height},
+            aspect);
+        AppendWithSeparator(text, bounded_text(aspect), separator_space);
     }
 }
 

@@ -105,6 +105,8 @@ TEST_F(Mp4, NamesVideo) {
     expect_rows({
         {"pixel aspect wins", video(video_entry("avc1", {avc_configuration(sps), pixel_aspect(12, 11)})),
             line("AVC/H264 Baseline@3 12:11", "Progressive")},
+        {"MPEG-4 without configuration", video(video_entry("mp4v", {es_descriptor(0x20, {}, 0)})),
+            line("MPEG4 UnknownProfile(0) unknown(0)")},
         {"no parameter set", video(video_entry("avc1", {avc_configuration({}, 0)})), line("AVC/H264 Baseline@3 ")},
         {"parameter set longer than its atom", video(video_entry("avc1", {avc_configuration(sps, 1, 65535)})),
             line("AVC/H264 Baseline@3 Unspecified", "Progressive")},
@@ -147,6 +149,15 @@ TEST_F(Mp4, NamesAudio) {
         {"QuickTime's version 2", sound(atom("lpcm", version_2)), "A [LPCM] 96000Hz 6ch 24Bit 4.000kbps\n2.000"},
         {"unlisted WAVE format tag", sound(audio_entry({"ms\0\xAB", 4})),
             "A [" NOT_LISTED "6d7300ab] 44100Hz 2ch 16Bit 4.000kbps\n2.000"},
+        {"FLAC by its stream information",
+            sound(audio_entry(
+                "fLaC", {atom("dfLa", ByteBuilder().be32(0).be32(0x80000022).fill(10).be64(0x177002F000000000).fill(16).bytes)})),
+            "A [FLAC] 96000Hz 2ch 16Bit 4.000kbps\n2.000"},
+        {"a rate of 32 bits", sound(audio_entry("ipcm", {atom("srat", ByteBuilder().be32(0).be32(192000).bytes)})),
+            "A [" NOT_LISTED "ipcm] 192000Hz 2ch 16Bit 4.000kbps\n2.000"},
+        {"TrueHD's rate of 32 bits",
+            sound(atom("mlpa", ByteBuilder().be64(1).fill(8).be16(8).be16(16).be32(0).be32(96000).bytes)),
+            "A [TrueHD] 96000Hz 8ch 16Bit 4.000kbps\n2.000"},
         {"one size: knowingly the count of samples", sound(audio_entry("in24"), constant_sizes(6, 1000)),
             "A [PCM 24] 44100Hz 2ch 16Bit 4.000kbps\n2.000"},
     });
@@ -169,6 +180,11 @@ TEST_F(Mp4, NamesAudioByItsFirstFrame) {
         {"dtsc", sound(dts, audio_entry("dtsc")), line("DTS(16BitBE) 48000Hz 5.1Ch C+L+R+SL+SR+LFE 1536.000kbps 16Bit", 24)},
         {"MPEG-1 audio as object type", sound(mp3, audio_entry("mp4a", {es_descriptor(0x6B, {}, 0)})), line(mp3_text, 12)},
         {"no frame there", sound(mp3, audio_entry("ac-3")), line("AC-3", 12)},
+        {"64-bit offset",
+            join({atom("mdat", mp3), movie({track(1, "soun",
+                                         {descriptions({audio_entry(".mp3")}), constant_sizes(1, 1000),
+                                             atom("co64", ByteBuilder().be32(0).be32(1).be64(8).bytes)})})}),
+            line(mp3_text, 12)},
     });
 }
 
@@ -183,6 +199,7 @@ TEST_F(Mp4, SumsSampleTables) {
         {"more than a block", video(sizes(many)), line("10000.000fps 80000.000kbps 20000f")},
         {"a count of 2^32 - 1", video(sizes({1000, 250}, 0xFFFFFFFF)), line("2147483647.500fps 5.000kbps -1f")},
         {"4-bit sizes, padded", video(compact(4, 3, {0x12, 0x3F})), line("1.500fps 0.024kbps 3f")},
+        {"8-bit sizes", video(compact(8, 3, {1, 2, 3})), line("1.500fps 0.024kbps 3f")},
         {"16-bit sizes", video(compact(16, 2, {1, 0, 1, 0})), line("1.000fps 2.048kbps 2f")},
     });
 }
@@ -212,6 +229,11 @@ TEST_F(Mp4, AddsFragments) {
         {"track defaults", join({announced(0, defaults), plain}), line("2.000fps 4.000kbps 4f") + "2.000"},
         {"the announced duration wins", join({announced(0, join({whole, defaults})), plain}),
             line("1.000fps 2.000kbps 4f") + "4.000"},
+        {"an announced duration without a movie header has no scale",
+            join({atom("moov", {atom("mvex", join({whole, defaults})),
+                                   track(1, "vide", {descriptions({video_entry("hvc1")}), sizes({})})}),
+                plain}),
+            "V 320x240 [HEVC] 24Bit 2.000fps 4.000kbps 4f interlace\n2.000"},
         {"the fragment's own defaults",
             join({announced(0, defaults),
                 fragment(0x1B, ByteBuilder().be64(0).be32(1).be32(1000).be32(125).bytes, {run(0, 4, {})})}),
@@ -242,7 +264,11 @@ TEST_F(Mp4, TellsChaptersAndWhatIsMissing) {
     for (int i = 0; i < 12; ++i) {
         tracks.append(video_track({})).append(audio_track(audio_entry("ac-3")));
     }
-    const auto record = analyse(movie({tracks.bytes}));
+    // The longest track counts also beyond the ten.
+    const Data run_of_9 = atom("trun", ByteBuilder().be32(0x100).be32(1).be32(9000).bytes);
+    const Data late = atom("moof", {atom("traf", {atom("tfhd", ByteBuilder().be32(0).be32(77).bytes), run_of_9})});
+    const auto record = analyse(join({atom("moov", {movie_header(1000, 0), tracks.bytes, track(77, "soun", {})}), late}));
+    EXPECT_EQ(record->play_time, 9);
     expect_sound(*record);
     EXPECT_EQ(record->video_count, 10);
     EXPECT_EQ(record->audio_count, 10);

@@ -1,10 +1,10 @@
 #include "video/divx_probe.h"
 
 #include "common/fourcc.h"
-
 #include "common/text.h"
 #include "support/byte_builder.h"
 #include "support/temp_file.h"
+#include "video/mpeg4_visual.h"
 
 #include <gtest/gtest.h>
 

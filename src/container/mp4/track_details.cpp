@@ -2,6 +2,7 @@
 
 #include "common/details.h"
 #include "common/numbers.h"
+#include "common/stream_lines.h"
 #include "common/text.h"
 #include "common/text_codes.h"
 #include "container/mp4/language.h"
@@ -59,8 +60,9 @@ void read_language(TrackFacts* facts, ZatStream* stream) {
 }
 
 // Words of the names that programs give every track.
-constexpr std::string_view generic_words[] = {"handle", "iso media", "gpac", "l-smash",
-    "core media", "mainconcept", "bento4", "apple", "telestream", "time code", "timecode", "hndl"};
+constexpr std::string_view generic_words[] = {"handle", "iso media", "isomedia", "encoder", "gpac",
+    "l-smash", "core media", "mainconcept", "bento4", "apple", "telestream", "time code",
+    "timecode", "hndl"};
 constexpr std::string_view generic_names[] = {"video", "audio", "sound", "text", "data", "subtitle",
     "subtitles", "stereo", "mono", "vide", "soun", "track"};
 
@@ -324,6 +326,8 @@ ZatStreamKind stream_kind(const Track& track) {
     return is_text ? ZAT_STREAM_TEXT : ZAT_STREAM_DATA;
 }
 
+constexpr double highest_frame_rate = 1000;
+
 void describe_track(Reader* reader, const Movie& movie, Track* track, ZatDetails* details) {
     ZatStream stream = new_stream(stream_kind(*track));
     TrackFacts facts;
@@ -360,6 +364,7 @@ void describe_track(Reader* reader, const Movie& movie, Track* track, ZatDetails
     if (totals.samples == 0 && !movie.fragments_announced) {
         stream.flags |= ZAT_FLAG_NO_DATA;
     }
+    drop_nonsense(&stream, highest_frame_rate);
     add_stream(details, stream);
 }
 

@@ -61,11 +61,11 @@ uint32_t visual_profile_level(Bytes headers) {
 void describe_mpeg4_visual(Bytes headers, VideoDescription* description) {
     char profile_level[profile_level_size];
     Mpeg4ProfileLevelName(profile_level, sizeof profile_level, visual_profile_level(headers));
-    DivxProbe probe{};
-    FindDivxVolAspect(headers, &probe);
-    Mpeg4AspectName(&probe);
-    format_text(
-        description->codec, codec_text_size, "MPEG4 %s %s", profile_level, probe.aspect_text);
+    VolAspect aspect;
+    find_vol_aspect(headers, &aspect);
+    char aspect_text[vol_aspect_size] = "";
+    vol_aspect_name(aspect, aspect_text);
+    format_text(description->codec, codec_text_size, "MPEG4 %s %s", profile_level, aspect_text);
 }
 
 } // namespace

@@ -107,6 +107,7 @@ bool analyze_elementary_stream(Program* program, int64_t from, const Output& out
     const PlayTime length = measure(program, *stream, from);
     stream->packets = 1;
     stream->bytes = static_cast<uint64_t>(program->source.size - from);
+    program->bare = true;
     program->whole = true;
     program->told = length;
     write_label(*stream, out.record);

@@ -26,6 +26,7 @@ struct Program {
     Source source;
     StreamTable table;
     ClockProbes clocks;
+    bool bare = false; // one elementary stream, without packets
     bool any_pack = false;
     bool mpeg2 = false; // by the first pack
     uint32_t byte_rate = 0;

@@ -24,6 +24,7 @@ PlayTime play_time(const Program& program) {
     PlayTime time;
     const ClockTime clock = clock_time(program.clocks, program.source.size, program.byte_rate);
     bool has_end = program.whole;
+    bool stamped = false;
     for (size_t i = 0; i < program.table.count; ++i) {
         const Stream& stream = program.table.streams[i];
         if (!is_shown(stream)) {
@@ -32,9 +33,10 @@ PlayTime play_time(const Program& program) {
         time.joined = time.joined || stream.head.jumps > 0 || stream.tail.jumps > 0;
         time.seconds = std::max(time.seconds, stamped_seconds(stream));
         has_end = has_end || has_stamps(stream.tail);
+        stamped = stamped || has_stamps(stream.head);
     }
     time.joined = time.joined || clock.joined;
-    if (time.joined || (clock.known && (!has_end || time.seconds == 0))) {
+    if (time.joined || (clock.known && (!has_end || !stamped))) {
         time.seconds = clock.known ? clock.seconds : 0;
         time.estimated = time.joined && clock.known;
     }
@@ -85,7 +87,7 @@ void add_shown_stream(const Program& program, const Output& out, bool numbered, 
             stream->facts.flags |= ZAT_FLAG_NO_DATA;
         }
     }
-    stream->facts.id = details_id(*stream);
+    stream->facts.id = program.bare ? 0 : details_id(*stream);
     if (stream->form == Form::generic_video) {
         drop_nonsense(&stream->facts);
         add_video_stream(out, stream->facts,
@@ -115,17 +117,17 @@ void add_kind(Program* program, const Output& out, bool video) {
 }
 
 struct OtherName {
-    Kind kind;
     const char* line;
-    bool numbered;
     const char* codec;
+    Kind kind;
+    bool numbered;
 };
 
 constexpr OtherName other_names[] = {
-    {Kind::dvd_subtitle, "[DVD subtitle]", true, "VobSub"},
-    {Kind::svcd_subtitle, "[SVCD subtitle]", false, "SVCD subtitle"},
-    {Kind::cvd_subtitle, "[CVD subtitle]", false, "CVD subtitle"},
-    {Kind::navigation, "[DVD navigation]", false, "DVD navigation"},
+    {"[DVD subtitle]", "VobSub", Kind::dvd_subtitle, true},
+    {"[SVCD subtitle]", "SVCD subtitle", Kind::svcd_subtitle, false},
+    {"[CVD subtitle]", "CVD subtitle", Kind::cvd_subtitle, false},
+    {"[DVD navigation]", "DVD navigation", Kind::navigation, false},
 };
 
 void add_other(const Output& out, Stream* stream, ExtraLines* extra) {
@@ -174,7 +176,9 @@ void write_program(Program* program, const Output& out, const char* format) {
     }
     for (size_t i = 0; i < program->table.count; ++i) {
         Stream* stream = &program->table.streams[i];
-        stream->facts.duration = time.joined ? 0 : stamped_seconds(*stream);
+        stream->facts.duration = program->bare ? time.seconds
+                                 : time.joined ? 0
+                                               : stamped_seconds(*stream);
         set_rate(
             *program, stream->facts.duration > 0 ? stream->facts.duration : time.seconds, stream);
     }
