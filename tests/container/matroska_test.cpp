@@ -325,7 +325,7 @@ TEST(Matroska, bounds_the_work) {
     // The tracks are described all the same.
     const auto record =
         info_of(live_file({info(400), tracks({vp8}), unknown_element(0x1F43B675, {blocks(1, 1, 0, 10), empty.bytes})}));
-    EXPECT_EQ(record_text(*record), "V 320x240 [VP8] 8Bit 25.000fps ~480003.560kbps ~10f\nI writer\n0.400");
+    EXPECT_EQ(record_text(*record), "V 320x240 [VP8] 8Bit 25.000fps ~480000.700kbps ~10f\nI writer\n0.400");
 }
 
 } // namespace
