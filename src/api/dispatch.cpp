@@ -16,6 +16,7 @@
 #include "audio/wsd_file.h"
 #include "common/details.h"
 #include "common/messages.h"
+#include "common/numbers.h"
 #include "common/record_lines.h"
 #include "container/asf.h"
 #include "container/avi.h"
@@ -23,6 +24,7 @@
 #include "container/matroska.h"
 #include "container/mp4.h"
 #include "container/mpeg_ps.h"
+#include "container/mpeg_ts.h"
 #include "container/ogg.h"
 #include "container/realmedia.h"
 #include "container/video_cd.h"
@@ -52,6 +54,8 @@ constexpr Row rows[] = {
     {FILETYPE_AVI, AnalyzeAviFile},
     {FILETYPE_WMV, AnalyzeAsfFile},
     {FILETYPE_QUICKTIME, AnalyzeMp4File},
+    {FILETYPE_MPEG2_TS, AnalyzeMpegTsFile},
+    {FILETYPE_MPEG2_M2TS, AnalyzeMpegTsFile},
     {FILETYPE_3GPP2, AnalyzeMp4File},
     {FILETYPE_MPEG4, AnalyzeMp4File},
     {FILETYPE_AAC, AnalyzeMp4File},
@@ -103,6 +107,7 @@ void DispatchAnalyser(FileRecord* file, const Output& out) {
     for (const Row& row : rows) {
         if (row.type_code == out.record->type_code) {
             const int result = row.analyser(file, out);
+            out.record->play_time = without_negative_zero(out.record->play_time);
             if (out.details != nullptr && out.details->format[0] == '\0') {
                 copy_utf8(out.details->format, type_format(row.type_code));
             }

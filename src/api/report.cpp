@@ -1,5 +1,6 @@
 #include "api/report.h"
 
+#include "common/numbers.h"
 #include "common/text.h"
 #include "common/value_text.h"
 
@@ -57,7 +58,7 @@ void put_summary(Report* report, const InfoRecord* record) {
     FormatPlayTime(record->play_time, time_text);
     char summary[line_size];
     format_text(summary, sizeof summary, "%s %sByte %s(%.4fsec)", label, size_text, time_text,
-        record->play_time);
+        without_negative_zero(record->play_time));
     put(report, summary);
 }
 

@@ -1,6 +1,7 @@
 #include "audio/ac3_file.h"
 
 #include "audio/first_frame.h"
+#include "audio/stream_facts.h"
 #include "common/bytes.h"
 #include "common/stream_lines.h"
 
@@ -35,6 +36,10 @@ int ac3_file(FileRecord* file, const Output& out) {
     }
     const auto byte_rate = static_cast<double>(stream.bit_rate / 8); // the lowest is 32 kbit/s
     out.record->play_time = static_cast<double>(file->size) / byte_rate;
+    if (out.details != nullptr) {
+        complete_by_bytes(file->size, &stream);
+        copy_utf8(out.details->format, "AC-3");
+    }
     add_stream_line(out, stream, line);
     return 0;
 }

@@ -162,7 +162,7 @@ int dts_info(Bytes frame, DtsInfo* info) {
     skip_bits(&reader, 1); // FTYPE
     skip_bits(&reader, 5); // SHORT
     const bool cpf = read_bits(&reader, 1) != 0;
-    skip_bits(&reader, 7);                                     // NBLKS
+    info->samples = (read_bits(&reader, 7) + 1) * 32;          // NBLKS
     info->frame_size = read_bits(&reader, 14) + 1;             // FSIZE
     info->amode = static_cast<uint8_t>(read_bits(&reader, 6)); // AMODE
     const Arrangement arrangement = arrangement_of(info->amode);

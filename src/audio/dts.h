@@ -27,6 +27,7 @@ struct DtsInfo {
     char es[8] = {};          // "-ES" or empty
     int8_t bits = 0;          // source resolution; -1 for an invalid PCMR
     uint32_t frame_size = 0;  // bytes, by FSIZE
+    uint32_t samples = 0;     // of a frame, per channel, by NBLKS
     uint32_t sync_type = 0;   // a DtsSyncType
 };
 

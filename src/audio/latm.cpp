@@ -92,8 +92,9 @@ bool latm_info(Bytes bytes, LatmInfo* info) {
     if (!configured) {
         return false;
     }
-    info->bitrate = static_cast<uint32_t>(
-        size * 8 * info->config.sample_rate / (frames * info->sub_frames * frame_samples));
+    const uint64_t samples = frames * info->sub_frames * frame_samples;
+    info->bitrate =
+        static_cast<uint32_t>((size * 8 * info->config.sample_rate + samples / 2) / samples);
     return true;
 }
 

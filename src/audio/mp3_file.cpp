@@ -1,10 +1,10 @@
 #include "audio/mp3_file.h"
 
-#include "audio/mpeg_audio.h"
-#include "common/details.h"
+#include "audio/mp3_details.h"
 #include "common/file_window.h"
 #include "common/messages.h"
 #include "common/record_lines.h"
+#include "common/stream_lines.h"
 #include "common/tag_sizes.h"
 
 #include <algorithm>
@@ -21,6 +21,7 @@ constexpr uint32_t search_limit = 0x500000;
 struct Mp3Stream {
     TagSizes tags;
     int64_t zeros = 0; // bytes between ID3v2 and the stream, -1 when nothing else follows
+    int64_t start = 0; // file position of the first frame
     MpegAudioInfo info;
 };
 
@@ -79,8 +80,10 @@ int find_stream(Reader* reader, Mp3Stream* stream, uint8_t (&header)[mpeg_audio_
         return 1;
     }
     // Without a pair the bytes at the stream's start stay the best guess.
+    stream->start = start + stream->zeros;
     if (stream->tags.other <= window.loaded) {
-        read_at(file, start + stream->tags.other, header, mpeg_audio_header_size);
+        stream->start = start + stream->tags.other;
+        read_at(file, stream->start, header, mpeg_audio_header_size);
     }
     return 0;
 }
@@ -164,8 +167,17 @@ int AnalyzeMp3File(FileRecord* file, const Output& out) {
     if (result != 0) {
         return 1;
     }
-    FormatMpegAudioLine(&stream.info, record->audio[0]);
-    record->audio_count = 1;
+    ZatStream facts = new_stream(ZAT_STREAM_AUDIO);
+    if (out.details != nullptr) {
+        read_tag_details(&reader, stream.tags, out.details);
+        read_mp3_facts(&reader, stream.tags, stream.start, &facts);
+        copy_utf8(out.details->format, "MPEG audio");
+        out.details->duration = facts.duration;
+        out.details->estimated = facts.estimated & uint32_t{ZAT_ESTIMATED_DURATION};
+    }
+    char line[line_size];
+    FormatMpegAudioLine(&stream.info, line);
+    add_stream_line(out, facts, line);
     const double bitrate = stream.info.rate_mode == rate_mode_constant
                                ? stream.info.bitrate
                                : stream.info.average_bitrate;

@@ -6,6 +6,7 @@
 #include "common/text.h"
 
 #include <bit>
+#include <cmath>
 #include <cstring>
 #include <iterator>
 
@@ -39,6 +40,16 @@ void set_speakers(uint32_t mask, ZatStream* stream) {
 void set_rates(int64_t sample_rate, int64_t bit_rate, ZatStream* stream) {
     stream->sample_rate = sample_rate > 0 ? static_cast<uint32_t>(sample_rate) : 0;
     stream->bit_rate = bit_rate > 0 ? static_cast<uint64_t>(bit_rate) : 0;
+}
+
+// The rates of MPEG audio frames are multiples of 1000 bit/s; padding keeps a mean from being one.
+uint64_t whole_kilobits(double bit_rate) {
+    constexpr double tolerance = 0.005;
+    const auto kilobits = clamp_to_integer<uint64_t>(bit_rate / 1000 + 0.5);
+    const double rounded = static_cast<double>(kilobits) * 1000;
+    return std::abs(rounded - bit_rate) <= bit_rate * tolerance
+               ? kilobits * 1000
+               : clamp_to_integer<uint64_t>(bit_rate + 0.5);
 }
 
 // `stored_channels` and `stored_bits` are those that bytes are spent on.
@@ -148,19 +159,23 @@ void mpeg_audio_facts(const MpegAudioInfo& info, ZatStream* stream) {
     }
     const bool constant = info.rate_mode == rate_mode_constant;
     set_rates(static_cast<int32_t>(info.sample_rate), constant ? info.bitrate * 1000 : 0, stream);
-    stream->bit_rate_mode = constant                               ? ZAT_BIT_RATE_CONSTANT
-                            : info.rate_mode == rate_mode_variable ? ZAT_BIT_RATE_VARIABLE
-                                                                   : 0;
+    // Without a header that counts frames, one of Layer III says nothing of those behind it.
+    if (info.rate_mode == rate_mode_variable) {
+        stream->bit_rate_mode = ZAT_BIT_RATE_VARIABLE;
+    } else if (info.frame_count != 0 || info.layer < 3) {
+        stream->bit_rate_mode = ZAT_BIT_RATE_CONSTANT;
+    }
     set_encoder(info, stream);
     if (info.frame_count == 0 || stream->sample_rate == 0) {
         return;
     }
-    // What the VBR header counts; its own frame is not part of the stream.
+    // What the header counts; its own frame is among the bytes, but not part of the stream. Of a
+    // constant rate it tells that of the other frames, which may differ from its own.
     stream->samples = uint64_t{info.frame_count} * mpeg_audio_frame_samples(&info);
     stream->duration = static_cast<double>(stream->samples) / stream->sample_rate;
-    if (!constant) {
-        stream->bit_rate =
-            clamp_to_integer<uint64_t>(info.byte_count * 8.0 / stream->duration + 0.5);
+    if (info.byte_count > info.frame_size) {
+        const double rate = (info.byte_count - info.frame_size) * 8.0 / stream->duration;
+        stream->bit_rate = constant ? whole_kilobits(rate) : clamp_to_integer<uint64_t>(rate + 0.5);
     }
 }
 
@@ -281,9 +296,9 @@ void wave_facts(const WaveFormat& format, ZatStream* stream) {
     const uint16_t tag = codec_tag(format);
     const uint32_t channels = format.channels;
     // The bytes that a sample takes; fewer of its bits may be used.
-    const uint32_t stored_bits = channels != 0 && format.block_align % channels == 0
-                                     ? format.block_align / channels * 8U
-                                     : format.bits_per_sample;
+    const uint32_t block = sample_block_size(format);
+    const uint32_t stored_bits =
+        channels != 0 && block % channels == 0 ? block / channels * 8 : format.bits_per_sample;
     set_format_tag_codec(stream, tag, stored_bits);
     if (tag == wave_tag_extensible) {
         char guid[guid_text_size];
@@ -303,6 +318,21 @@ void wave_facts(const WaveFormat& format, ZatStream* stream) {
                                                  : 0,
         stream);
     set_rates(format.sample_rate, int64_t{format.byte_rate} * 8, stream);
+}
+
+void complete_by_bytes(int64_t bytes, ZatStream* stream) {
+    if (bytes <= 0) {
+        return;
+    }
+    stream->bytes = static_cast<uint64_t>(bytes);
+    const double bits = static_cast<double>(bytes) * 8;
+    if (stream->duration == 0 && stream->bit_rate != 0) {
+        stream->duration = bits / static_cast<double>(stream->bit_rate);
+        stream->estimated |=
+            stream->bit_rate_mode == ZAT_BIT_RATE_CONSTANT ? 0 : uint32_t{ZAT_ESTIMATED_DURATION};
+    } else if (stream->duration > 0 && stream->bit_rate == 0) {
+        stream->bit_rate = clamp_to_integer<uint64_t>(bits / stream->duration + 0.5);
+    }
 }
 
 } // namespace zat

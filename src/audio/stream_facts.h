@@ -39,6 +39,10 @@ void bd_lpcm_facts(const LpcmInfo& info, ZatStream* stream);
 // Codec, codec id, rate, channels and speakers of any format; bits of the PCM ones.
 void wave_facts(const WaveFormat& format, ZatStream* stream);
 
+// Sets the bytes of the payload and, by them, what the other facts leave open of duration and bit
+// rate. A duration by a rate that need not be constant is estimated.
+void complete_by_bytes(int64_t bytes, ZatStream* stream);
+
 // The speakers of a channel mask; none when their number is not that of the channels.
 void set_layout(uint32_t mask, ZatStream* stream);
 

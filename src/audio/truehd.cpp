@@ -74,4 +74,22 @@ void truehd_channel_name(uint32_t count, char (&out)[channel_name_size]) {
     }
 }
 
+void named_truehd_line(const TrueHdInfo& info, const char* name, char (&out)[line_size]) {
+    char channels[channel_name_size] = "";
+    truehd_channel_name(info.channels, channels);
+    copy_text(out, name);
+    char piece[64];
+    if (info.sample_rate != 0) {
+        format_text(piece, sizeof piece, " %uHz", info.sample_rate);
+        append_text(out, piece);
+    }
+    format_text(piece, sizeof piece, " [%s%s%s]", channels, channels[0] != '\0' ? " " : "",
+        info.vbr != 0 ? "VBR" : "CBR");
+    append_text(out, piece);
+    if (info.peak_bitrate != 0) {
+        format_text(piece, sizeof piece, " %.3fkbps", info.peak_bitrate * 0.001);
+        append_text(out, piece);
+    }
+}
+
 } // namespace zat

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "common/bytes.h"
+#include "common/text.h"
 
 #include <cstdint>
 
@@ -29,5 +30,9 @@ uint32_t TrueHDchannels(uint32_t mask);
 
 // Names a layout: 6 gives "5.1ch". A count of 0 or above 20 leaves `out` as it is.
 void truehd_channel_name(uint32_t count, char (&out)[channel_name_size]);
+
+// Describes the stream by its own sync: "TrueHD 48000Hz [5.1ch VBR] 4410.000kbps" behind the name
+// that it is given. What the sync does not tell is left out.
+void named_truehd_line(const TrueHdInfo& info, const char* name, char (&out)[line_size]);
 
 } // namespace zat

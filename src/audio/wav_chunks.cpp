@@ -56,6 +56,25 @@ void take_description(Walk* walk, const Chunk& chunk) {
     }
 }
 
+void take_broadcast(Walk* walk, const Chunk& /*chunk*/) {
+    walk->chunks->broadcast = true;
+}
+
+void take_fact(Walk* walk, const Chunk& chunk) {
+    walk->chunks->samples = read_le32(walk->reader, chunk.payload, 0);
+}
+
+void take_list(Walk* walk, const Chunk& chunk) {
+    constexpr int64_t list_type_size = 4;
+    if (read_be32(walk->reader, chunk.payload, 0) == fourcc("INFO")) {
+        walk->chunks->info_list = sub_span(chunk.payload, list_type_size);
+    }
+}
+
+void take_id3v2(Walk* walk, const Chunk& chunk) {
+    walk->chunks->id3v2 = chunk.payload;
+}
+
 struct Handler {
     uint32_t id;
     void (*take)(Walk* walk, const Chunk& chunk);
@@ -65,7 +84,12 @@ constexpr Handler handlers[] = {
     {fourcc("fmt "), take_fmt},
     {fourcc("data"), take_data},
     {fourcc("bext"), take_description},
+    {fourcc("bext"), take_broadcast},
     {fourcc("fact"), take_description},
+    {fourcc("fact"), take_fact},
+    {fourcc("LIST"), take_list},
+    {fourcc("id3 "), take_id3v2},
+    {fourcc("ID3 "), take_id3v2},
 };
 
 int walk_chunks(Walk* walk) {

@@ -22,6 +22,10 @@ struct WavChunks {
     // The first bytes of the first "bext" or "fact" chunk that does not begin with a zero byte;
     // without a terminator when all are used.
     char description[256] = {};
+    Span info_list;          // chunks of the last INFO list
+    Span id3v2;              // the last "id3 " chunk
+    uint32_t samples = 0;    // per channel, by the last "fact" chunk
+    bool broadcast = false;  // there is a "bext" chunk
     bool beyond_2gb = false; // the file goes on behind what the walk looks at
 };
 

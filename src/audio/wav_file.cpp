@@ -2,11 +2,11 @@
 
 #include "audio/first_frame.h"
 #include "audio/stream_facts.h"
-#include "audio/wav_chunks.h"
+#include "audio/wav_details.h"
 #include "audio/wav_names.h"
 #include "common/codec_catalogue.h"
-#include "common/details.h"
 #include "common/messages.h"
+#include "common/stream_lines.h"
 #include "common/text.h"
 #include "common/value_text.h"
 
@@ -142,7 +142,8 @@ void write_extra_lines(const WavChunks& chunks, InfoRecord* record) {
     }
 }
 
-int describe(Reader* reader, InfoRecord* record) {
+int describe(Reader* reader, const Output& out) {
+    InfoRecord* record = out.record;
     WavChunks chunks;
     WalkWaveChunks(reader, &chunks);
     set_play_time(chunks, record);
@@ -172,8 +173,10 @@ int describe(Reader* reader, InfoRecord* record) {
         format_speaker_line(chunks, name, speakers, line);
         copy_text(record->label, "[RIFF(WAVE-EXT)]");
     }
-    copy_text(record->audio[0], line);
-    record->audio_count = 1;
+    if (out.details != nullptr) {
+        write_wav_details(reader, chunks, &stream, out.details);
+    }
+    add_stream_line(out, stream, line);
     return 0;
 }
 
@@ -182,7 +185,7 @@ int describe(Reader* reader, InfoRecord* record) {
 int AnalyzeWavFile(FileRecord* file, const Output& out) {
     Reader reader;
     reader_open(&reader, file);
-    const int result = describe(&reader, out.record);
+    const int result = describe(&reader, out);
     note_work_limit(out, reader);
     return result;
 }

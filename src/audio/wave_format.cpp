@@ -47,6 +47,14 @@ uint16_t codec_tag(const WaveFormat& format) {
     return format.tag;
 }
 
+uint32_t sample_block_size(const WaveFormat& format) {
+    const uint32_t block = format.channels * ((format.bits_per_sample + 7U) / 8);
+    const bool contradicts =
+        uint64_t{format.block_align} * format.sample_rate != format.byte_rate &&
+        uint64_t{block} * format.sample_rate == format.byte_rate;
+    return format.block_align == 0 || contradicts ? block : format.block_align;
+}
+
 void tag_key(uint16_t tag, char (&out)[tag_key_size]) {
     format_text(out, sizeof out, "%.4X", tag);
 }

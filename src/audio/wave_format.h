@@ -42,6 +42,10 @@ WaveFormat read_wave_format(Bytes bytes);
 // of another kind.
 uint16_t codec_tag(const WaveFormat& format);
 
+// Bytes of one sample of every channel, in a format whose blocks are such. An alignment that
+// contradicts the other fields is taken for wrong.
+uint32_t sample_block_size(const WaveFormat& format);
+
 // The tag as catalogues have it: "0055".
 void tag_key(uint16_t tag, char (&out)[tag_key_size]);
 

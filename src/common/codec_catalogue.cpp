@@ -111,7 +111,59 @@ int search(LineReader* reader, CodecQuery* query) {
     return result;
 }
 
+// Takes an entry for every key that it matches.
+void match_keys(std::string_view line, std::span<CodecKey> keys) {
+    for (CodecKey& key : keys) {
+        std::string_view name;
+        if (entry_matches(line, bounded_text(key.key), &name)) {
+            copy_text(key.name, name);
+            key.found = true;
+        }
+    }
+}
+
+void search_all(LineReader* reader, std::string_view section, std::span<CodecKey> keys) {
+    bool in_section = false;
+    std::string_view line;
+    while (read_line(reader, &line)) {
+        if (line.starts_with('[')) {
+            if (in_section) { // as for a single key: what was found counts for nothing then
+                for (CodecKey& key : keys) {
+                    key.found = false;
+                }
+                return;
+            }
+            in_section = section.starts_with(line);
+        } else if (in_section && !line.starts_with('\'')) {
+            match_keys(line, keys);
+        }
+    }
+}
+
+// Writes the path of the library's own catalogue. False when it would not fit: cut, it might be
+// another file's.
+bool catalogue_path(char (&path)[512]) {
+    const std::string_view directory = catalogue_directory();
+    if (directory.size() + file_name.size() >= sizeof path) {
+        return false;
+    }
+    copy_text(path, directory);
+    append_text(path, file_name);
+    return true;
+}
+
 } // namespace
+
+void codec_names(std::string_view section, std::span<CodecKey> keys) {
+    char path[512];
+    FileRecord file;
+    if (!keys.empty() && catalogue_path(path) && FileOpen(&file, path) == 0) {
+        LineReader reader;
+        reader.file = &file;
+        search_all(&reader, section, keys);
+        FileClose(&file);
+    }
+}
 
 int CodecLookup(CodecQuery* query) {
     FileRecord file;
@@ -127,13 +179,9 @@ int CodecLookup(CodecQuery* query) {
 
 int codec_name(std::string_view section, std::string_view key, std::string_view shown, char* out,
     size_t size) {
-    const std::string_view directory = catalogue_directory();
     CodecQuery query{};
     int result = codec_no_catalogue;
-    // A path that would not fit is no file's; cut, it might be another file's.
-    if (directory.size() + file_name.size() < sizeof query.file_path) {
-        copy_text(query.file_path, directory);
-        append_text(query.file_path, file_name);
+    if (catalogue_path(query.file_path)) {
         copy_text(query.section, section);
         copy_text(query.key, key);
         result = CodecLookup(&query);

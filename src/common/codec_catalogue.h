@@ -6,6 +6,7 @@
 #pragma once
 
 #include <cstddef>
+#include <span>
 #include <string_view>
 
 namespace zat {
@@ -31,5 +32,16 @@ int CodecLookup(CodecQuery* query);
 // says why and shows the code as `shown`. Returns the lookup's result.
 int codec_name(
     std::string_view section, std::string_view key, std::string_view shown, char* out, size_t size);
+
+// One of several keys that are looked up at once.
+struct CodecKey {
+    char key[8];
+    bool found;
+    char name[64]; // cut to fit
+};
+
+// Looks all keys up in a section of the library's own catalogue where the last match wins, in one
+// reading of the file.
+void codec_names(std::string_view section, std::span<CodecKey> keys);
 
 } // namespace zat

@@ -22,6 +22,11 @@ Integer clamp_to_integer(double value) {
     return value <= low ? std::numeric_limits<Integer>::min() : static_cast<Integer>(value);
 }
 
+// -0.0 as 0.0: texts would show its sign.
+constexpr double without_negative_zero(double value) {
+    return value == 0 ? 0.0 : value;
+}
+
 // A division that has IEEE 754's results for a zero divisor, which the language leaves undefined.
 inline double divide(double dividend, double divisor) {
     if (divisor == 0) {

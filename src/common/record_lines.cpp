@@ -37,6 +37,13 @@ void add_extra_line(InfoRecord* record, const char* format, ...) {
     va_end(arguments);
 }
 
+void add_general_line(InfoRecord* record, const char* format, ...) {
+    va_list arguments;
+    va_start(arguments, format);
+    add_line(record->general, &record->general_count, format, arguments);
+    va_end(arguments);
+}
+
 void set_general_line(InfoRecord* record, const char* format, ...) {
     va_list arguments;
     va_start(arguments, format);

@@ -11,6 +11,9 @@ void add_video_line(InfoRecord* record, const char* format, ...) ZAT_PRINTF(2, 3
 void add_audio_line(InfoRecord* record, const char* format, ...) ZAT_PRINTF(2, 3);
 void add_extra_line(InfoRecord* record, const char* format, ...) ZAT_PRINTF(2, 3);
 
+// The same for the two general lines.
+void add_general_line(InfoRecord* record, const char* format, ...) ZAT_PRINTF(2, 3);
+
 // Makes this the only general line.
 void set_general_line(InfoRecord* record, const char* format, ...) ZAT_PRINTF(2, 3);
 

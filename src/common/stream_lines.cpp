@@ -32,13 +32,6 @@ const char* mark(const ZatStream& stream, uint32_t bit) {
     return (stream.estimated & bit) != 0 ? "~" : "";
 }
 
-void append_bit_rate(const ZatStream& stream, char (&line)[line_size]) {
-    if (stream.bit_rate != 0 && stream.bit_rate < bit_rate_limit) {
-        append_format(line, "%s%.3fkbps", mark(stream, ZAT_ESTIMATED_BIT_RATE),
-            static_cast<double>(stream.bit_rate) * 0.001);
-    }
-}
-
 void append_codec(std::string_view codec, char (&line)[line_size]) {
     append_word(line, "[");
     append_text(line, codec);
@@ -98,6 +91,13 @@ void append_hdr(const ZatStream& stream, char (&line)[line_size]) {
 }
 
 } // namespace
+
+void append_bit_rate(const ZatStream& stream, char (&line)[line_size]) {
+    if (stream.bit_rate != 0 && stream.bit_rate < bit_rate_limit) {
+        append_format(line, "%s%.3fkbps", mark(stream, ZAT_ESTIMATED_BIT_RATE),
+            static_cast<double>(stream.bit_rate) * 0.001);
+    }
+}
 
 void append_word(char (&line)[line_size], std::string_view piece) {
     const std::string_view text = bounded_text(line);

@@ -44,6 +44,9 @@ void format_audio_line(const ZatStream& stream, const LineText& text, char (&lin
 // line that ends with a blank gets no further one.
 void append_remarks(const ZatStream& stream, char (&line)[line_size]);
 
+// Appends "~812.000kbps", unless the rate is unknown or nonsense.
+void append_bit_rate(const ZatStream& stream, char (&line)[line_size]);
+
 // Appends the piece behind a blank, unless the line is empty or ends with one.
 void append_word(char (&line)[line_size], std::string_view piece);
 

@@ -15,7 +15,7 @@ namespace {
 constexpr uint32_t item_limit = 1024;
 constexpr size_t shown_size = 121; // bytes of artist and title in a line, terminator included
 
-// APE tag items (APEv2 specification): size of the value, flags, key with its terminator, value.
+// APE tag items (APEv2): size of the value, flags, key with its terminator, value.
 constexpr int64_t ape_item_header_size = 8;
 constexpr uint32_t ape_key_limit = 256;
 constexpr uint32_t ape_value_limit = 1024; // bytes read of one value
@@ -99,6 +99,10 @@ void complete_text(TagText& text, const TagText& further) {
     if (text[0] == '\0') {
         copy_utf8(text, bounded_text(further));
     }
+}
+
+std::string_view title_of(const TagTexts& texts) {
+    return bounded_text(texts.title[0] != '\0' ? texts.title : texts.album);
 }
 
 void add_id3v1_field(Bytes tag, uint32_t offset, TagText& field) {
@@ -227,9 +231,17 @@ void complete_texts(TagTexts* texts, const TagTexts& further) {
     texts->cuesheet = texts->cuesheet || further.cuesheet;
 }
 
+void tag_details(const TagTexts& texts, ZatDetails* details) {
+    if (details != nullptr) {
+        copy_utf8(details->artist, bounded_text(texts.artist));
+        copy_utf8(details->title, title_of(texts));
+        details->pictures += texts.pictures;
+    }
+}
+
 void write_artist_and_title(const TagTexts& texts, const Output& out) {
     const std::string_view artist = bounded_text(texts.artist);
-    const std::string_view title = bounded_text(texts.title[0] != '\0' ? texts.title : texts.album);
+    const std::string_view title = title_of(texts);
     char shown_artist[shown_size];
     char shown_title[shown_size];
     utf8_to_cp932(artist, shown_artist);
@@ -237,11 +249,7 @@ void write_artist_and_title(const TagTexts& texts, const Output& out) {
     const bool both = shown_artist[0] != '\0' && shown_title[0] != '\0';
     format_text(out.record->extra_info, sizeof out.record->extra_info, "%s%s%s", shown_artist,
         both ? " - " : "", shown_title);
-    if (out.details != nullptr) {
-        copy_utf8(out.details->artist, artist);
-        copy_utf8(out.details->title, title);
-        out.details->pictures += texts.pictures;
-    }
+    tag_details(texts, out.details);
 }
 
 } // namespace zat

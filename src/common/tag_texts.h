@@ -54,6 +54,9 @@ void complete_texts(TagTexts* texts, const TagTexts& further);
 // Adds a value, UTF-8, to a field unless it is empty or stands there already.
 void add_tag_value(TagText& field, std::string_view value);
 
+// Artist, title and pictures into the details, if any; the album where there is no title.
+void tag_details(const TagTexts& texts, ZatDetails* details);
+
 // "artist - title" into the record's extra-info text, each cut at 120 bytes, one alone without the
 // other, the album where there is no title; both into the details.
 void write_artist_and_title(const TagTexts& texts, const Output& out);

@@ -1,5 +1,6 @@
 #include "common/value_text.h"
 
+#include "common/numbers.h"
 #include "common/text.h"
 
 #include <cmath>
@@ -7,7 +8,7 @@
 
 namespace zat {
 
-void FormatGroupedSize(uint64_t value, char* out) {
+void FormatGroupedSize(uint64_t value, char (&out)[value_text_size]) {
     char digits[value_text_size];
     const size_t count = format_text(digits, sizeof digits, "%ju", static_cast<uintmax_t>(value));
     size_t at = 0;
@@ -20,10 +21,11 @@ void FormatGroupedSize(uint64_t value, char* out) {
     out[at] = '\0';
 }
 
-int FormatPlayTime(double seconds, char* out) {
+int FormatPlayTime(double seconds, char (&out)[value_text_size]) {
     if (!(seconds >= 0.0 && seconds < 2147483648.0)) {
         return 1;
     }
+    seconds = without_negative_zero(seconds);
     const auto whole = static_cast<int32_t>(seconds);
     const int32_t hours = whole / 3600;
     const int32_t minutes = (whole - hours * 3600) / 60;

@@ -183,6 +183,24 @@ void mpeg_video_line(const SequenceHeader* header, const SequenceExtension* exte
         out, extension->progressive != 0 ? "Progressive" : "interlace", extension);
 }
 
+void named_video_line(const SequenceHeader* header, const SequenceExtension* extension,
+    MpegVideoVersion version, bool names_variable, char* out) {
+    const bool is_mpeg1 = version == MpegVideoVersion::mpeg1;
+    const char* aspect =
+        is_mpeg1 ? mpeg1_aspect_name(header->aspect_code) : mpeg2_aspect_name(header->aspect_code);
+    const char* rate = frame_rate_name(header->frame_rate_code);
+    const char* name = is_mpeg1 ? "MPEG1" : "MPEG2";
+    if (names_variable && header->bit_rate_value == variable_bit_rate) {
+        format_text(out, line_size, "%s %dx%d %s VBR %sfps", name, header->width, header->height,
+            aspect, rate);
+    } else {
+        format_text(out, line_size, "%s %dx%d %s %dkbps %sfps %dByte", name, header->width,
+            header->height, aspect, header->bit_rate_value * 400 / 1000, rate, header->vbv_bytes);
+    }
+    append_scan_and_profile(
+        out, is_mpeg1 || extension->progressive != 0 ? "Progressive" : "Interlace", extension);
+}
+
 int mpeg2_video_line(Bytes codec_private, char* out) {
     out[0] = '\0';
     SequenceHeader header{};
@@ -205,11 +223,7 @@ int mpeg2_video_line(Bytes codec_private, char* out) {
     if (!header_found) {
         return 1;
     }
-    format_text(out, line_size, "MPEG2 %dx%d %s %dkbps %sfps %dByte", header.width, header.height,
-        mpeg2_aspect_name(header.aspect_code), header.bit_rate_value * 400 / 1000,
-        frame_rate_name(header.frame_rate_code), header.vbv_bytes);
-    append_scan_and_profile(
-        out, extension.progressive != 0 ? "Progressive" : "Interlace", &extension);
+    named_video_line(&header, &extension, MpegVideoVersion::mpeg2, false, out);
     return 0;
 }
 

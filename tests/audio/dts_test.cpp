@@ -3,6 +3,7 @@
 #include "audio/dts_file.h"
 #include "support/analysed.h"
 #include "support/byte_builder.h"
+#include "support/details_text.h"
 #include "support/record_text.h"
 
 namespace zat::test {
@@ -93,6 +94,21 @@ TEST(DtsFile, describes_a_file_that_begins_with_a_frame) {
     EXPECT_EQ(file_text(file(ByteBuilder().u8(0).append(header({})).bytes)), "7.000");
     // Without a rate the play time stays.
     EXPECT_EQ(file_text(file(header({.rate = 29}))), "A DTS(16BitBE) 48000Hz 5.1Ch C+L+R+SL+SR+LFE -0.001kbps 24Bit\n7.000");
+}
+
+// Two frames of a core of 96 bytes with 512 samples and an extension substream of 64.
+TEST(DtsFile, averages_the_rate_of_extended_frames) {
+    BitBuilder core;
+    core.bits(0x7FFE8001, 32).bits(0x3E, 7).bits(15, 7).bits(95, 14).bits(9, 6).bits(13, 4).bits(24, 5).bits(0, 10);
+    core.bits(2, 2).bits(0, 8).bits(6, 3);
+    BitBuilder extension; // 7.1 channels, lossless
+    extension.bits(0x64582025, 32).bits(0, 11).bits(30, 8).bits(63, 16).bits(1, 1).bits(0, 12).bits(1, 1).bits(0, 8).bits(0, 1);
+    extension.bits(63, 16).bits(0, 12).bits(0, 3).bits(23, 5).bits(12, 4).bits(7, 8).bits(0, 1).bits(0, 3).bits(0, 2).bits(1, 2);
+    const auto frame = ByteBuilder().append(core.bytes).pad_to(96).append(extension.bytes).pad_to(160).bytes;
+    EXPECT_EQ(details_text(*details_of(ByteBuilder().append(frame).append(frame).bytes)),
+        "DTS duration=0.021 bit_rate=120000 estimated=3\n"
+        "audio flags=128 estimated=1 mode=2 duration=0.021 bit_rate=120000 bytes=320 sample_rate=48000 channels=8 bit_depth=24 "
+        "codec=DTS profile=HD MA");
 }
 
 TEST(DtsFile, goes_on_with_zeros_behind_a_cut_header) {

@@ -1,33 +1,29 @@
 #include "audio/mp3_file.h"
 
 #include "support/analysed.h"
-#include "support/byte_builder.h"
+#include "support/details_text.h"
+#include "support/mpeg_audio_builder.h"
+#include "support/riff_builder.h"
 
 namespace {
 
 using namespace zat;
 using test::analysed;
 using test::ByteBuilder;
+using test::id3v1_tag;
+using test::id3v2_tag;
+using test::mpeg_frames;
 
 constexpr const char* cbr_line = "MPEG1-LayerIII 44100Hz [CBR Stereo] 128.00kbps [417bpf] "; // of frames()
 #define OTHER_TAG                                                                                                                \
     "\x91\xBC\x82\xCC"                                                                                                           \
     "tag"
 
-// Frames of 417 bytes.
 ByteBuilder frames(int count) {
-    ByteBuilder stream;
-    for (int i = 0; i < count; ++i) {
-        stream.be32(0xFFFB9000).fill(413, 0xAA);
-    }
-    return stream;
+    return mpeg_frames(count);
 }
 
-ByteBuilder id3v2(int body) {
-    return ByteBuilder().text("ID3").raw({3, 0, 0, 0, 0, 0, body}).fill(static_cast<size_t>(body));
-}
-
-const ByteBuilder id3v1 = ByteBuilder().text("TAG").pad_to(128);
+const ByteBuilder id3v1 = id3v1_tag();
 
 TEST(Mp3File, describes_stream_and_tags) {
     const auto file = [] { return ByteBuilder(); };
@@ -41,12 +37,12 @@ TEST(Mp3File, describes_stream_and_tags) {
         const char* extra;
         double time;
     } rows[] = {
-        {"padding behind ID3v2", id3v2(20).append(frames(4).bytes).append(id3v1.bytes), cbr_line, "ID3v2(30Byte),ID3v1",
+        {"padding behind ID3v2", id3v2_tag(30).append(frames(4).bytes).append(id3v1.bytes), cbr_line, "ID3v2(30Byte),ID3v1",
             1668 / 16000.0},
         {"tags of the end", frames(4).append(ape.bytes).append(ape.bytes).append(lyrics.bytes).append(id3v1.bytes), cbr_line,
             "ID3v1,ape,apetag,LYRICS3(35Byte)", (1668 + 32 + 35) / 16000.0},
-        {"zeros before the stream", id3v2(0).fill(5).append(frames(4).bytes), cbr_line, "ID3v2(10Byte)+," OTHER_TAG "(5Byte)",
-            1673 / 16000.0},
+        {"zeros before the stream", id3v2_tag(10).fill(5).append(frames(4).bytes), cbr_line,
+            "ID3v2(10Byte)+," OTHER_TAG "(5Byte)", 1673 / 16000.0},
         {"the VBR header stands behind ID3v2, not in the frame found", ByteBuilder(xing).append(frames(4).bytes),
             "MPEG1-LayerIII 44100Hz [VBR Xing Stereo] 160.00kbps [417bpf/101f] ", OTHER_TAG "(52Byte)",
             1720 / (52200 * 8 / 100.0 * 44100 / 1151 / 8)},
@@ -73,6 +69,30 @@ TEST(Mp3File, describes_stream_and_tags) {
     }
 }
 
+TEST(Mp3File, tells_typed_details_by_counts_and_tags) {
+    const ByteBuilder names = test::id3v2_text("TIT2", "Title").append(test::id3v2_text("TPE1", "Artist").bytes);
+    // Of 101 frames, the first ones are there: what the header counts holds.
+    const auto counted = [](const char* kind, uint32_t bytes) {
+        return test::xing_frame(test::xing_header(kind, 3, 100, bytes, "LAME3.99r\x04")).append(frames(1).bytes);
+    };
+    const std::pair<ByteBuilder, const char*> rows[] = {
+        {id3v2_tag(100, names).append(counted("Xing", 52667).bytes).append(id3v1_tag("Other").bytes),
+            "MPEG audio title=Title artist=Artist duration=2.612 bit_rate=3252\n"
+            "audio mode=2 duration=2.612 bit_rate=160016 bytes=834 samples=115200 sample_rate=44100 channels=2 codec=MP3 "
+            "encoder=LAME3.99r layout=L R"},
+        {counted("Info", 42217).append(id3v1_tag("Other").bytes), // the rate of the other frames
+            "MPEG audio title=Other duration=2.612 bit_rate=2946\n"
+            "audio mode=1 duration=2.612 bit_rate=128000 bytes=834 samples=115200 sample_rate=44100 channels=2 codec=MP3 "
+            "encoder=LAME3.99r layout=L R"},
+        {frames(4).text("APETAGEX").le32(2000).le32(32 + 16).le32(1).le32(0).fill(8), // an APE tag of 48 bytes
+            "MPEG audio duration=0.103 bit_rate=131719 estimated=3\n"
+            "audio estimated=1 duration=0.103 bit_rate=128000 bytes=1652 sample_rate=44100 channels=2 codec=MP3 layout=L R"},
+    };
+    for (const auto& [file, expected] : rows) {
+        EXPECT_EQ(test::details_text(*test::details_of(file.bytes)), expected);
+    }
+}
+
 TEST(Mp3File, notes_shockwave_behind_its_length_prefix) {
     const auto record = analysed(AnalyzeMp3File, ByteBuilder().be32(0x1234).append(frames(2).bytes).bytes, FILETYPE_SHOCKWAVEMP3);
     EXPECT_EQ(record->extra_count, 2);
@@ -81,7 +101,7 @@ TEST(Mp3File, notes_shockwave_behind_its_length_prefix) {
 }
 
 ByteBuilder chunk(const char* id, const ByteBuilder& content) {
-    return ByteBuilder().text(id).le32(content.bytes.size()).append(content.bytes);
+    return ByteBuilder().append(test::riff_chunk(id, content.bytes));
 }
 
 ByteBuilder riff(std::initializer_list<ByteBuilder> chunks) {
@@ -93,7 +113,7 @@ ByteBuilder riff(std::initializer_list<ByteBuilder> chunks) {
 }
 
 TEST(Rmp3File, walks_the_chunks) {
-    const ByteBuilder odd = chunk("odd ", ByteBuilder().fill(3)).fill(1);
+    const ByteBuilder odd = chunk("odd ", ByteBuilder().fill(3));
     const ByteBuilder list = chunk("LIST", ByteBuilder().text("INFO"));
     const ByteBuilder data = chunk("data", frames(2));
     const struct {
@@ -127,11 +147,19 @@ TEST(Rmp3File, walks_the_chunks) {
     }
 }
 
+TEST(Rmp3File, tells_typed_details) {
+    const ByteBuilder info = ByteBuilder().text("INFO").append(chunk("INAM", ByteBuilder().text("Name")).bytes);
+    EXPECT_EQ(
+        test::details_text(*test::details_of(riff({chunk("LIST", info), chunk("data", frames(4)), id3v1_tag("Other")}).bytes)),
+        "RMP3 title=Name duration=0.104 bit_rate=141199 estimated=3\n"
+        "audio estimated=1 duration=0.104 bit_rate=128000 bytes=1668 sample_rate=44100 channels=2 codec=MP3 layout=L R");
+}
+
 TEST(Mp3File, keeps_the_record_sound_at_every_length) {
     ByteBuilder stream; // two frames of 72 bytes, the first with the start of a Xing header
     stream.be32(0xFFE318C4).pad_to(13).text("Xing").be32(3).be32(9).be32(99).pad_to(72);
     stream.be32(0xFFE318C4).pad_to(144);
-    const auto mp3 = id3v2(20).append(stream.bytes).append(id3v1.bytes).bytes;
+    const auto mp3 = id3v2_tag(30).append(stream.bytes).append(id3v1.bytes).bytes;
     const auto rmp3 = riff({chunk("LIST", {}), chunk("data", stream), chunk("tag ", id3v1)}).bytes;
     test::expect_sound_when_cut(AnalyzeMp3File, mp3, FILETYPE_MP3);
     test::expect_sound_when_cut(AnalyzeRmp3File, rmp3, FILETYPE_RMP3);

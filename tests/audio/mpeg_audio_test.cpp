@@ -1,6 +1,6 @@
 #include "audio/mpeg_audio.h"
 #include "common/text.h"
-#include "support/byte_builder.h"
+#include "support/mpeg_audio_builder.h"
 
 #include <array>
 #include <gtest/gtest.h>
@@ -10,6 +10,7 @@ namespace {
 
 using namespace zat;
 using test::ByteBuilder;
+using test::xing_header;
 
 TEST(MpegAudioHeader, decodes_and_consumes_the_header) {
     const struct {
@@ -52,13 +53,6 @@ std::string line_of(uint32_t header, size_t offset, const ByteBuilder& content, 
     return line;
 }
 
-ByteBuilder xing(const char* name, uint32_t flags, uint32_t frames, uint32_t bytes, std::string_view encoder = {},
-    std::string_view gogo = {}) {
-    ByteBuilder header;
-    header.text(name).be32(flags).be32(frames).be32(bytes).pad_to(116).text(gogo).pad_to(120);
-    return header.text(encoder);
-}
-
 ByteBuilder vbri(uint32_t bytes, uint32_t frames) {
     return ByteBuilder().text("VBRI").pad_to(10).be32(bytes).be32(frames);
 }
@@ -77,30 +71,30 @@ TEST(MpegAudioLine, tells_what_the_vbr_header_says) {
         int result;
         std::string line;
     } rows[] = {
-        {"averages count 1151 samples, and one frame less", stereo, 36, xing("Xing", 3, 101, 52200, "LAME3.99r\x04"), 0,
+        {"averages count 1151 samples, and one frame less", stereo, 36, xing_header("Xing", 3, 101, 52200, "LAME3.99r\x04"), 0,
             "MPEG1-LayerIII 44100Hz [VBR Xing Joint Stereo /MS] 160.00kbps "
             "[LAME3.99r VBR-NEW/MTRH] [417bpf/101f] "},
-        {"Layer I counts 384 and stores one frame less", layer1, 36, xing("Xing", 3, 101, 52200), 0,
+        {"Layer I counts 384 and stores one frame less", layer1, 36, xing_header("Xing", 3, 101, 52200), 0,
             "MPEG1-LayerI 44100Hz [VBR Xing Stereo] 479.59kbps [417bpf/100f] "},
-        {"Info at its place hides VBRI", mono, 21, xing("Info", 0, 0, 0).put(15, "VBRI"), 0,
+        {"Info at its place hides VBRI", mono, 21, xing_header("Info", 0, 0, 0).put(15, "VBRI"), 0,
             "MPEG1-LayerIII 44100Hz [CBR Single Channel(mono)] 128.00kbps [417bpf] "},
-        {"another encoder stands twice", stereo, 36, xing("Info", 1, 7, 0, "Lavc58.91"), 0,
+        {"another encoder stands twice", stereo, 36, xing_header("Info", 1, 7, 0, "Lavc58.91"), 0,
             "MPEG1-LayerIII 44100Hz [CBR Joint Stereo /MS] 128.00kbps [Lavc58.91] [417bpf/7f] "
             "[Lavc58.91]"},
-        {"GOGO overrides it; a space at the end is not its text", stereo, 36, xing("Info", 1, 7, 0, "enc \x01z", "GOGO"), 0,
-            "MPEG1-LayerIII 44100Hz [CBR Joint Stereo /MS] 128.00kbps [enc] [417bpf/7f] [GOGO]"},
+        {"GOGO overrides it; a space at the end is not its text", stereo, 36, xing_header("Info", 1, 7, 0, "enc \x01z", "GOGO"),
+            0, "MPEG1-LayerIII 44100Hz [CBR Joint Stereo /MS] 128.00kbps [enc] [417bpf/7f] [GOGO]"},
         {"LAME's name in a silent frame", stereo, 36, ByteBuilder().text("LAME3.98.4"), 0,
             "MPEG1-LayerIII 44100Hz [CBR Joint Stereo /MS] 128.00kbps [LAME3.98] [417bpf] "},
-        {"no frame count: the encoder is read, the rest not stored", stereo, 36, xing("Xing", 2, 101, 52200, "Lavc58.91"), 1,
-            "MPEG1-LayerIII 44100Hz [VBR Xing Joint Stereo /MS] 0.00kbps [Lavc58.91] [417bpf] "},
-        {"a count of 0 ends before encoder and rate mode", stereo, 36, xing("Info", 3, 0, 52200, "Lavc58.91"), 1,
+        {"no frame count: the encoder is read, the rest not stored", stereo, 36, xing_header("Xing", 2, 101, 52200, "Lavc58.91"),
+            1, "MPEG1-LayerIII 44100Hz [VBR Xing Joint Stereo /MS] 0.00kbps [Lavc58.91] [417bpf] "},
+        {"a count of 0 ends before encoder and rate mode", stereo, 36, xing_header("Info", 3, 0, 52200, "Lavc58.91"), 1,
             "MPEG1-LayerIII 44100Hz [VBR Joint Stereo /MS] 0.00kbps [417bpf] "},
         {"a count that a signed number does not hold", mpeg2, 36, vbri(100, UINT32_MAX), 0,
             "MPEG2-LayerIII 22050Hz [VBR VBRI Single Channel(mono)] 0.00kbps [208bpf/-1f] "},
-        {"fields behind the frame's end are zero", smallest, 13, xing("Xing", 3, 101, 52200), 1,
+        {"fields behind the frame's end are zero", smallest, 13, xing_header("Xing", 3, 101, 52200), 1,
             "MPEG2-LayerIII 24000Hz [VBR Xing Single Channel(mono)] 0.00kbps [24bpf] "},
-        {"an endless encoder name is bounded, and so is the line", 0xFFFBE000, 36, xing("Info", 1, 7, 0, std::string(800, 'Q')),
-            0,
+        {"an endless encoder name is bounded, and so is the line", 0xFFFBE000, 36,
+            xing_header("Info", 1, 7, 0, std::string(800, 'Q')), 0,
             "MPEG1-LayerIII 44100Hz [CBR Stereo] 320.00kbps [" + std::string(255, 'Q') + "] [1044bpf/7f] [" +
                 std::string(192, 'Q')},
     };

@@ -3,6 +3,7 @@
 #include "common/catalogue_directory.h"
 #include "support/analysed.h"
 #include "support/byte_builder.h"
+#include "support/details_text.h"
 
 #include <fstream>
 
@@ -145,6 +146,46 @@ TEST(WavFile, DescribesWhatTheChunksSay) {
         EXPECT_EQ(record->extra_count, 1);
         EXPECT_EQ(record->play_time, row.play_time);
         EXPECT_STREQ(record->extra_info, "");
+    }
+}
+
+TEST(WavFile, TellsTypedDetails) {
+    const Buffer info =
+        chunk("LIST", ByteBuilder().text("INFO").append(chunk("INAM", "Name")).append(chunk("ISFT", "Tool")).bytes);
+    const Format valid_20_of_24 = {0xFFFE, 2, 48000, 288000, 6, 24};
+    Buffer valid_bits = extension(0x3);
+    valid_bits[2] = 20;
+    const struct {
+        const char* name;
+        Buffer bytes;
+        const char* expected;
+    } rows[] = {
+        {"Broadcast Wave of 20 bits in 24, cut",
+            wave({chunk("bext", "x"), {0}, fmt(valid_20_of_24, valid_bits), info, chunk("data", "cut", 288000)}),
+            "WAV profile=BWF title=Name writer=Tool notes=truncated duration=1.000 bit_rate=936 missing=287997\n"
+            "audio mode=1 duration=1.000 bit_rate=2304000 bytes=3 samples=48000 sample_rate=48000 channels=2 bit_depth=20 "
+            "codec=PCM codec_id=0x0001 profile=signed 24 LE layout=L R"},
+        {"a size that was never filled in, a wrong alignment",
+            wave({fmt({1, 1, 8000, 8000, 4, 8}), chunk("data", "12345678", 0xFFFFFFFF)}),
+            "WAV duration=0.001 bit_rate=416000\n"
+            "audio mode=1 duration=0.001 bit_rate=64000 bytes=8 samples=8 sample_rate=8000 channels=1 bit_depth=8 codec=PCM "
+            "codec_id=0x0001 profile=unsigned 8 layout=C"},
+        {"samples by the fact chunk",
+            wave({fmt({0x11, 2, 8000, 8110, 256, 4}), chunk("fact", Buffer{0x40, 0x1F, 0, 0}), data(8192)}),
+            "WAV duration=1.000 bit_rate=65984\n"
+            "audio duration=1.000 bit_rate=64880 bytes=8192 samples=8000 sample_rate=8000 channels=2 codec=ADPCM codec_id=0x0011 "
+            "profile=IMA layout=L R"},
+        {"MPEG audio", wave({fmt(mp3), chunk("data", mpeg_frame("Info", 1, 100))}),
+            "WAV duration=2.612 bit_rate=1412\n"
+            "audio mode=1 duration=2.612 bit_rate=128000 bytes=417 samples=115200 sample_rate=44100 channels=2 codec=MP3 "
+            "codec_id=0x0055 layout=L R"},
+        {"DTS at the speed of PCM", wave({fmt({}), chunk("data", dts_frame())}),
+            "WAV duration=0.002 bit_rate=1566432\n"
+            "audio mode=1 duration=0.002 bit_rate=1536000 bytes=400 sample_rate=48000 channels=6 codec=DTS codec_id=0x0001 "
+            "layout=L R C LFE Ls Rs"},
+    };
+    for (const auto& row : rows) {
+        EXPECT_EQ(details_text(*details_of(row.bytes)), row.expected) << row.name;
     }
 }
 

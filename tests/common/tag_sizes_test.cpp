@@ -1,5 +1,5 @@
 #include "common/tag_sizes.h"
-#include "support/byte_builder.h"
+#include "support/mpeg_audio_builder.h"
 #include "support/temp_file.h"
 
 #include <array>
@@ -9,15 +9,8 @@ namespace {
 
 using namespace zat;
 using test::ByteBuilder;
+using test::id3v2_tag;
 using test::TempFile;
-
-// An ID3v2 tag of `size` bytes, header included.
-ByteBuilder id3v2(uint32_t size) {
-    ByteBuilder tag;
-    const uint32_t body = size - 10;
-    tag.text("ID3").raw({3, 0, 0}).u8(body >> 21).u8(body >> 14 & 127).u8(body >> 7 & 127);
-    return tag.u8(body & 127).pad_to(size);
-}
 
 ByteBuilder ape_footer(const char* marker = "APETAGEX") {
     return ByteBuilder().text(marker).pad_to(32);
@@ -36,15 +29,15 @@ ByteBuilder joined(std::initializer_list<ByteBuilder> parts) {
 }
 
 TEST(TagSizes, measures_each_layout) {
-    const ByteBuilder id3v1 = ByteBuilder().text("TAG").pad_to(128);
+    const ByteBuilder id3v1 = test::id3v1_tag();
     const ByteBuilder audio = ByteBuilder().fill(300, 0x55);
     const struct {
         const char* name;
         ByteBuilder file;
         std::array<uint32_t, 5> sizes; // id3v2, ape, id3v1, ape footer, lyrics3
     } rows[] = {
-        {"stacked ID3v2 tags, an empty and a cut one", joined({id3v2(10), id3v2(10), id3v2(600), ByteBuilder().text("ID3")}),
-            {620}},
+        {"stacked ID3v2 tags, an empty and a cut one",
+            joined({id3v2_tag(10), id3v2_tag(10), id3v2_tag(600), ByteBuilder().text("ID3")}), {620}},
         {"size bytes with their top bits set", ByteBuilder().text("ID3").raw({3, 0, 0, 255, 255, 255, 255}), {538984585}},
         {"APEv2 with items: the footer alone, its header out of sight", joined({audio, ape_footer(), audio, ape_footer(), id3v1}),
             {0, 0, 128, 32}},

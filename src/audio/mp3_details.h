@@ -1,0 +1,17 @@
+// The typed details of a bare MPEG audio file.
+#pragma once
+
+#include "audio/mpeg_audio.h"
+#include "common/details.h"
+#include "common/tag_sizes.h"
+
+namespace zat {
+
+// Artist, title and pictures of the tags that were measured around the stream.
+void read_tag_details(Reader* reader, const TagSizes& tags, ZatDetails* details);
+
+// The stream's facts, by its first frame (`start` and what a VBR header in it counts) and the bytes
+// between the tags.
+void read_mp3_facts(Reader* reader, const TagSizes& tags, int64_t start, ZatStream* stream);
+
+} // namespace zat

@@ -1,0 +1,94 @@
+#include "audio/wav_details.h"
+
+#include "audio/stream_facts.h"
+#include "common/info_list.h"
+#include "common/text.h"
+
+#include <algorithm>
+
+namespace zat {
+
+namespace {
+
+// Writers that cannot go back announce this much and more.
+constexpr uint32_t open_size = 0x7FFFFF00;
+
+constexpr uint16_t sample_tags[] = {
+    wave_tag_pcm, 0x0003 /* float */, 0x0006, 0x0007 /* A-law, mu-law */};
+
+// Bytes of one sample of every channel; 0 in formats without such blocks.
+uint32_t sample_block(const WaveFormat& format) {
+    const bool has_blocks = std::find(std::begin(sample_tags), std::end(sample_tags),
+                                codec_tag(format)) != std::end(sample_tags);
+    return has_blocks ? sample_block_size(format) : 0;
+}
+
+// The data chunk's bytes, as announced, where that can be.
+int64_t announced_bytes(const WavChunks& chunks, int64_t available) {
+    return chunks.data_size >= open_size && chunks.data_size > available ? available
+                                                                         : chunks.data_size;
+}
+
+void set_figures(const WavChunks& chunks, int64_t announced, int64_t available, ZatStream* stream) {
+    const WaveFormat& format = chunks.format;
+    if (const uint32_t block = sample_block(format); block != 0) {
+        stream->samples = static_cast<uint64_t>(announced) / block;
+        stream->bit_rate_mode = ZAT_BIT_RATE_CONSTANT;
+        stream->bit_rate = uint64_t{block} * format.sample_rate * 8;
+    } else if (stream->samples == 0) {
+        stream->samples = chunks.samples;
+    }
+    if (stream->duration == 0 && stream->samples != 0 && format.sample_rate != 0) {
+        stream->duration = static_cast<double>(stream->samples) / format.sample_rate;
+    }
+    const int64_t present = std::min(announced, available);
+    complete_by_bytes(announced, stream);
+    stream->bytes = static_cast<uint64_t>(present);
+}
+
+void write_tags(Reader* reader, const WavChunks& chunks, ZatDetails* details) {
+    TagTexts texts;
+    TagText writer = {};
+    read_id3v2_texts(reader, chunks.id3v2, &texts);
+    TagTexts info;
+    read_info_list(reader, chunks.info_list, &info, writer);
+    complete_texts(&texts, info);
+    tag_details(texts, details);
+    copy_utf8(details->writer, bounded_text(writer));
+}
+
+} // namespace
+
+void write_wav_details(
+    Reader* reader, const WavChunks& chunks, ZatStream* stream, ZatDetails* details) {
+    copy_utf8(details->format, "WAV");
+    copy_utf8(details->format_profile, chunks.broadcast ? "BWF" : "");
+    write_tags(reader, chunks, details);
+
+    const int64_t available = whole_file(reader).end - chunks.data_position;
+    const int64_t announced = announced_bytes(chunks, available);
+    if (chunks.fmt_size == 0) {
+        return;
+    }
+    if (stream->codec[0] == '\0') {
+        wave_facts(chunks.format, stream);
+        set_figures(chunks, announced, available, stream);
+    } else {
+        format_text(stream->codec_id, sizeof stream->codec_id, "0x%04x", codec_tag(chunks.format));
+        const uint32_t block = sample_block(chunks.format);
+        if (block != 0 && chunks.format.sample_rate != 0) {
+            // A stream passed off as PCM plays at PCM's speed.
+            stream->duration = static_cast<double>(announced / block) / chunks.format.sample_rate;
+        }
+        complete_by_bytes(announced, stream);
+        stream->bytes = static_cast<uint64_t>(std::min(announced, available));
+    }
+    details->duration = stream->duration;
+    details->estimated = stream->estimated & uint32_t{ZAT_ESTIMATED_DURATION};
+    if (announced > available) {
+        details->missing_bytes = static_cast<uint64_t>(announced - available);
+        note_details(details, "truncated");
+    }
+}
+
+} // namespace zat

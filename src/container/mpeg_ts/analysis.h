@@ -1,0 +1,172 @@
+// What is known of a transport stream while its packets are read. All zero is the start: the record
+// lives in reserved memory, of which only the parts in use cost anything.
+#pragma once
+
+#include "common/file_access.h"
+#include "container/mpeg_pes.h"
+#include "container/mpeg_ts/packets.h"
+#include "container/mpeg_ts/sections.h"
+#include "container/mpeg_ts/service_info.h"
+#include "container/mpeg_ts/stream_types.h"
+
+#include <cstddef>
+#include <cstdint>
+
+namespace zat::ts {
+
+constexpr uint32_t program_slots = 256;
+constexpr uint32_t stream_slots = 256;
+constexpr uint32_t clock_slots = 64;
+constexpr uint32_t section_slots = 64; // sections under way at one time
+constexpr uint32_t stamp_slots = 256;  // time stamps that are kept of a video stream
+constexpr uint32_t stamped_units = 16; // video streams whose time stamps are kept
+constexpr uint32_t capture_pool = 768 << 10;
+constexpr uint32_t video_capture = 4096;  // from the first header on
+constexpr uint32_t audio_capture = 65536; // of the first streams whose frames are counted
+constexpr uint32_t small_capture = 8192;  // of all the others
+constexpr uint32_t first_captures = 8;
+constexpr uint32_t piece_size = 32 << 10; // of the file at a time: stays in the caches
+
+struct Program {
+    uint16_t number = 0;
+    uint16_t map_pid = 0;
+    uint16_t pcr_pid = 0;
+    bool listed = false; // in the program association table
+    bool has_map = false;
+};
+
+// The PCRs of an identifier within a stretch of the file.
+struct Clock {
+    uint16_t pid = 0;
+    bool jumps = false; // backward, or far off the pace before
+    uint32_t count = 0;
+    int64_t first = 0; // ticks of 27 MHz
+    int64_t last = 0;
+    int64_t first_position = 0; // of the packet in the file
+    int64_t last_position = 0;
+    int64_t steady = 0; // the first value a second behind `first`: muxers begin with a burst
+    int64_t steady_position = 0;
+    int64_t good_ticks = 0; // of the steps that are no jumps
+    int64_t good_bytes = 0;
+};
+
+// The payload of the PES packets of a stream.
+struct Unit {
+    bool in_packet = false; // behind a header that was read
+    bool was_read = false;  // PES packets began
+    bool encrypted = false;
+    bool capture_closed = false; // what is captured is all there will be
+    bool described = false;      // it tells what the stream is
+    bool stamps_jump = false;    // by more than a minute
+    bool has_stamps = false;
+    uint8_t stream_id = 0;
+    uint32_t header_left = 0;  // bytes of the header that the next packets bring
+    uint64_t payload = 0;      // bytes
+    uint64_t sampled = 0;      // bytes of it outside the head
+    uint32_t judged = 0;       // bytes captured when it was last looked at
+    bool wants_stamps = false; // they have to tell the frame rate
+
+    // Time stamps (PTS): ticks from the first one on.
+    int64_t first_stamp = 0;
+    int64_t lowest = 0;
+    int64_t highest = 0;
+    int64_t latest = 0;
+    int64_t earlier = 0;      // ticks of the parts before a jump
+    int64_t step = 0;         // the first one forward
+    double frame_seconds = 0; // of what a time stamp begins, where the stream tells it
+    uint32_t stamp_count = 0;
+    uint32_t stamps = 0; // number, from 1, of the place where they are kept; 0: nowhere
+
+    uint8_t edge[3] = {}; // the bytes before the next piece of payload
+    uint32_t capture = 0; // place in the pool
+    uint32_t capacity = 0;
+    uint32_t captured = 0;
+};
+
+struct Pid {
+    uint16_t stream = 0; // numbers from 1; 0: none
+    uint8_t section = 0;
+    uint8_t clock = 0;
+    uint8_t counter = 0;
+    bool has_counter = false;
+    bool carries_map = false;
+    bool scrambled = false;
+};
+
+struct Analysis {
+    Layout layout;
+    int64_t file_size = 0;
+    int64_t head_end = 0; // what was read from the file's start on
+    int64_t sampled = 0;  // bytes read outside of it
+    bool whole_file = false;
+
+    bool pat_seen = false;
+    SectionNumbers pat_sections;
+    bool take_damaged = false; // sections with a wrong CRC, where there are no others
+    bool hdmv = false;
+    uint32_t program_count = 0;
+    uint32_t stream_count = 0;
+    uint32_t section_count = 0;
+    uint32_t clock_count = 0;
+    uint32_t stamped_count = 0;
+    uint32_t capture_count = 0; // of audio
+    uint32_t pool_used = 0;
+    Program programs[program_slots];
+    Stream streams[stream_slots];
+    Unit units[stream_slots];
+    Clock clocks[clock_slots];
+    uint64_t seen[pid_count / 64]; // a bit for each identifier, apart: they are all looked at
+    Pid pids[pid_count];
+    ServiceInfo services;
+    SectionBuffer sections[section_slots];
+    uint8_t section_bytes[section_slots][section_limit];
+    int64_t stamps[stamped_units][stamp_slots];
+    uint8_t pool[capture_pool];
+
+    // What stands in the buffer.
+    FileRecord* file = nullptr;
+    int64_t buffer_start = 0;
+    uint32_t buffer_loaded = 0;
+    uint8_t* buffer = nullptr; // of piece_size bytes
+};
+
+static_assert(sizeof(Analysis) < 2 << 20);
+
+// The streams of programs that count: of those in the association table, or of all without one.
+inline bool is_active(const Analysis* analysis, const Program& program) {
+    return program.has_map && (program.listed || !analysis->pat_seen);
+}
+
+inline bool was_seen(const Analysis* analysis, uint32_t pid) {
+    return (analysis->seen[pid / 64] >> pid % 64 & 1) != 0;
+}
+
+// The `wanted` (at most piece_size) bytes of the file from a position on, fewer where it ends.
+// Valid until the next call.
+Bytes file_bytes(Analysis* analysis, int64_t position, uint32_t wanted);
+
+// Takes the sections of a packet's payload that belong to the program tables.
+void read_program_tables(Analysis* analysis, const Packet& packet);
+
+// Takes sections of service information.
+void read_service_tables(Analysis* analysis, const Packet& packet);
+
+// Takes the payload of a packet of a stream. `lost` says that packets before it are missing.
+void feed_unit(Analysis* analysis, uint32_t stream, const Packet& packet, bool lost);
+
+// Looks once more which streams are described by what was captured of them.
+void judge_units(Analysis* analysis);
+
+// What was captured of a stream: of video from its first header on, of audio from the first packet.
+inline Bytes captured_bytes(const Analysis* analysis, const Unit& unit) {
+    return {analysis->pool + unit.capture, unit.captured};
+}
+
+// Adds a PCR to those of a stretch.
+void add_pcr(Clock* clock, int64_t pcr, int64_t position);
+
+// Reads the head of the file, `limit` bytes at most: tables, then streams until they are all
+// described or, if `thorough`, to the limit.
+void read_head(Analysis* analysis, int64_t limit, bool thorough);
+
+} // namespace zat::ts

@@ -1,0 +1,437 @@
+#include "container/mpeg_ts/timing.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace zat::ts {
+
+namespace {
+
+constexpr uint32_t probe_count = 8;
+constexpr int64_t probe_size = 256 << 10;
+constexpr int64_t unprobed_size = 2 << 20; // gaps up to this size are not looked into
+
+// The end of the file is read in parts, from the last one on, until it shows the clock and time
+// stamps.
+constexpr int64_t tail_parts[] = {256 << 10, 768 << 10, 1 << 20};
+
+// What a stretch of the file shows of a program's time.
+struct Stretch {
+    Clock clock;
+    bool has_stamp = false;
+    double end = 0; // of the latest frame, in ticks of 90 kHz behind the first stamp of the head
+};
+
+struct Timeline {
+    Analysis* analysis = nullptr;
+    uint32_t program = 0;
+    uint16_t pcr_pid = null_pid;
+    bool has_stamps = false;
+    bool takes_all = false; // of subtitles and data too, where there are no others
+    int64_t base = 0;       // the stamp that the others are counted from
+    int64_t start = 0;      // the first one, in ticks behind the base
+    double end = 0;         // behind the last one's frame
+};
+
+bool counts(const Timeline* line, uint32_t stream) {
+    const Stream& each = line->analysis->streams[stream];
+    const ZatStreamKind kind = text_of(each.codec).kind;
+    return each.program == line->program && line->analysis->units[stream].has_stamps &&
+           (kind == ZAT_STREAM_VIDEO || kind == ZAT_STREAM_AUDIO || line->takes_all);
+}
+
+double frame_ticks(const Unit& unit) {
+    return unit.frame_seconds > 0 ? unit.frame_seconds * static_cast<double>(clock_rate)
+                                  : static_cast<double>(unit.step);
+}
+
+// The span of the head's time stamps.
+void gather_stamps(Timeline* line) {
+    const Analysis* analysis = line->analysis;
+    for (uint32_t i = 0; i < analysis->stream_count; ++i) {
+        if (!counts(line, i)) {
+            continue;
+        }
+        const Unit& unit = analysis->units[i];
+        if (!line->has_stamps) {
+            line->has_stamps = true;
+            line->base = unit.first_stamp;
+            line->start = unit.lowest;
+        }
+        const int64_t offset = clock_distance(line->base, unit.first_stamp);
+        line->start = std::min(line->start, offset + unit.lowest);
+        const double end = static_cast<double>(offset + unit.highest) + frame_ticks(unit);
+        line->end = std::max(line->end, end);
+    }
+}
+
+const Clock* head_clock(const Timeline* line) {
+    const uint16_t index = line->analysis->pids[line->pcr_pid].clock;
+    return index != 0 ? &line->analysis->clocks[index - 1] : nullptr;
+}
+
+// The program's clock, else the one with the most values.
+void choose_clock(Timeline* line) {
+    const Analysis* analysis = line->analysis;
+    if (line->program < analysis->program_count) {
+        line->pcr_pid = analysis->programs[line->program].pcr_pid;
+    }
+    if (head_clock(line) != nullptr) {
+        return;
+    }
+    uint32_t most = 1;
+    for (uint32_t i = 0; i < analysis->clock_count; ++i) {
+        if (analysis->clocks[i].count > most) {
+            most = analysis->clocks[i].count;
+            line->pcr_pid = analysis->clocks[i].pid;
+        }
+    }
+}
+
+void take_stamp(const Timeline* line, const Packet& packet, Stretch* stretch) {
+    const uint16_t stream = line->analysis->pids[packet.pid].stream;
+    PesHeader header;
+    if (stream == 0 || !packet.starts_unit || packet.scrambling != 0 ||
+        !counts(line, stream - 1U) || read_pes_header(&header, packet.payload) != 0 ||
+        header.pts == no_clock) {
+        return;
+    }
+    const int64_t from = line->base + line->start;
+    const int64_t ticks = clock_elapsed(from % clock_modulus, header.pts) + line->start;
+    const double frame = frame_ticks(line->analysis->units[stream - 1]);
+    stretch->end = std::max(stretch->end, static_cast<double>(ticks - line->start) + frame);
+    stretch->has_stamp = true;
+}
+
+// Counts the payload of a stream, for its rate.
+void sample_payload(Analysis* analysis, const Packet& packet) {
+    constexpr size_t header_size = 9; // of a PES packet, up to its own length
+    const uint16_t stream = analysis->pids[packet.pid].stream;
+    if (stream == 0) {
+        return;
+    }
+    size_t size = packet.payload.size();
+    if (packet.starts_unit && size >= header_size) {
+        size -= std::min(size, header_size + packet.payload[header_size - 1]);
+    }
+    analysis->units[stream - 1].sampled += size;
+}
+
+// Takes what the packets of a piece of the file tell. Returns the bytes used.
+int64_t scan(const Timeline* line, int64_t position, int64_t size, Stretch* stretch) {
+    Analysis* analysis = line->analysis;
+    const auto wanted = static_cast<uint32_t>(std::min<int64_t>(size, piece_size));
+    PacketCursor cursor{file_bytes(analysis, position, wanted), analysis->layout.stride, 0};
+    Packet packet;
+    while (next_packet(&cursor, &packet)) {
+        if (packet.damaged) {
+            continue;
+        }
+        if (packet.pcr != no_pcr && packet.pid == line->pcr_pid) {
+            add_pcr(&stretch->clock, packet.pcr,
+                position + static_cast<int64_t>(cursor.position - cursor.stride));
+        }
+        if (packet.starts_unit && line->has_stamps) {
+            take_stamp(line, packet, stretch);
+        }
+        sample_payload(analysis, packet);
+    }
+    analysis->sampled += static_cast<int64_t>(cursor.position);
+    return static_cast<int64_t>(cursor.position);
+}
+
+void scan_all(const Timeline* line, int64_t start, int64_t end, Stretch* stretch) {
+    while (start + packet_size <= end) {
+        const int64_t used = scan(line, start, end - start, stretch);
+        if (used == 0) {
+            return;
+        }
+        start += used;
+    }
+}
+
+// The last clock and the highest stamp of the file.
+void read_tail(const Timeline* line, Stretch* tail) {
+    Analysis* analysis = line->analysis;
+    int64_t end = analysis->file_size;
+    for (const int64_t size : tail_parts) {
+        const int64_t start = std::max(end - size, analysis->head_end);
+        if (start >= end) {
+            return;
+        }
+        Stretch part;
+        scan_all(line, start, end, &part);
+        if (part.has_stamp && !tail->has_stamp) {
+            tail->has_stamp = true;
+            tail->end = part.end;
+        }
+        if (tail->clock.count < 2 && part.clock.count > 0) {
+            tail->clock = part.clock;
+        }
+        const bool has_clock = tail->clock.count > 0 || head_clock(line) == nullptr;
+        if (has_clock && (tail->has_stamp || !line->has_stamps)) {
+            return;
+        }
+        end = start;
+    }
+}
+
+void read_probe(const Timeline* line, int64_t position, Stretch* probe) {
+    const int64_t end = position + probe_size;
+    while (position < end && probe->clock.count < 2) {
+        const int64_t used = scan(line, position, end - position, probe);
+        if (used == 0) {
+            return;
+        }
+        position += used;
+    }
+}
+
+// Ticks for each byte, 0 when a stretch does not tell.
+double pace_of(const Clock& clock) {
+    const bool steady = clock.steady_position > 0 && clock.steady_position < clock.last_position;
+    const int64_t from = steady ? clock.steady : clock.first;
+    const int64_t bytes =
+        clock.last_position - (steady ? clock.steady_position : clock.first_position);
+    const int64_t ticks = pcr_distance(from, clock.last);
+    return bytes > 0 && ticks > 0 && !clock.jumps
+               ? static_cast<double>(ticks) / static_cast<double>(bytes)
+               : 0;
+}
+
+// Stretches with a clock, from the head to the tail.
+struct Chain {
+    Clock links[probe_count + 2];
+    uint32_t count = 0;
+};
+
+void add_link(Chain* chain, const Clock& clock) {
+    if (clock.count > 0) {
+        chain->links[chain->count++] = clock;
+    }
+}
+
+struct Range {
+    double low = 0;
+    double high = 0;
+};
+
+void widen(Range* range, double pace) {
+    if (pace > 0) {
+        range->low = range->low > 0 ? std::min(range->low, pace) : pace;
+        range->high = std::max(range->high, pace);
+    }
+}
+
+struct Step {
+    int64_t ticks = 0;
+    int64_t bytes = 0;
+};
+
+Step step_behind(const Chain& chain, uint32_t link) {
+    const Clock& from = chain.links[link];
+    const Clock& to = chain.links[link + 1];
+    return {pcr_distance(from.last, to.first), to.first_position - from.last_position};
+}
+
+double pace_of(const Step& step) {
+    return step.bytes > 0 ? static_cast<double>(step.ticks) / static_cast<double>(step.bytes) : 0;
+}
+
+double median_step_pace(const Chain& chain) {
+    double paces[std::size(chain.links)];
+    uint32_t count = 0;
+    for (uint32_t i = 0; i + 1 < chain.count; ++i) {
+        const Step step = step_behind(chain, i);
+        if (step.ticks > 0 && step.bytes > 0) {
+            paces[count++] = pace_of(step);
+        }
+    }
+    std::sort(paces, paces + count);
+    return count > 0 ? paces[count / 2] : 0;
+}
+
+// How far a step may be off the pace around it: little where all of the file has one pace.
+double tolerance(const Chain& chain) {
+    constexpr double constant = 1.5;
+    constexpr double variable = 4;
+    Range all;
+    for (uint32_t i = 0; i < chain.count; ++i) {
+        widen(&all, pace_of(chain.links[i]));
+    }
+    return all.high <= all.low * 1.2 ? constant : variable;
+}
+
+struct Sum {
+    double ticks = 0; // of stretches and steps that hold together
+    double bytes = 0;
+    double loose_bytes = 0; // of the others
+};
+
+// Adds up the chain. False when a part of it does not hold together.
+bool add_up(const Chain& chain, Sum* sum) {
+    const double factor = tolerance(chain);
+    const double usual = median_step_pace(chain);
+    bool whole = true;
+    for (uint32_t i = 0; i < chain.count; ++i) {
+        const Clock& link = chain.links[i];
+        sum->ticks += static_cast<double>(link.good_ticks);
+        sum->bytes += static_cast<double>(link.good_bytes);
+        whole = whole && !link.jumps;
+        if (i + 1 == chain.count) {
+            break;
+        }
+        Range range;
+        widen(&range, pace_of(link));
+        widen(&range, pace_of(chain.links[i + 1]));
+        widen(&range, usual);
+        const Step step = step_behind(chain, i);
+        const double pace = pace_of(step);
+        if (step.ticks > 0 && pace * factor >= range.low && pace <= range.high * factor) {
+            sum->ticks += static_cast<double>(step.ticks);
+            sum->bytes += static_cast<double>(step.bytes);
+        } else {
+            sum->loose_bytes += static_cast<double>(step.bytes);
+            whole = false;
+        }
+    }
+    return whole;
+}
+
+// The clock's time for all of the file: its part behind the last value is taken to go on at the
+// mean pace.
+double clock_time(const Timeline* line, const Sum& sum) {
+    const Layout& layout = line->analysis->layout;
+    if (sum.bytes <= 0) {
+        return 0;
+    }
+    const double covered = sum.bytes + layout.stride;
+    const auto size = static_cast<double>(line->analysis->file_size - layout.offset);
+    return sum.ticks / static_cast<double>(pcr_rate) * std::max(size / covered, 1.0);
+}
+
+// A file that was read whole shows its joints itself.
+PlayTime whole_file_time(const Timeline* line) {
+    const Analysis* analysis = line->analysis;
+    PlayTime time;
+    for (uint32_t i = 0; i < analysis->stream_count; ++i) {
+        const Unit& unit = analysis->units[i];
+        if (counts(line, i) && unit.stamps_jump) {
+            const auto ticks = static_cast<double>(unit.earlier + unit.highest - unit.lowest);
+            time.joined = true;
+            time.seconds = std::max(
+                time.seconds, (ticks + frame_ticks(unit)) / static_cast<double>(clock_rate));
+        }
+    }
+    if (time.joined) {
+        return time;
+    }
+    if (line->has_stamps) {
+        time.seconds =
+            (line->end - static_cast<double>(line->start)) / static_cast<double>(clock_rate);
+        return time;
+    }
+    if (const Clock* clock = head_clock(line)) {
+        Sum sum;
+        Chain chain;
+        add_link(&chain, *clock);
+        time.joined = !add_up(chain, &sum);
+        time.seconds = clock_time(line, sum);
+    }
+    return time;
+}
+
+bool stamps_jump(const Timeline* line) {
+    for (uint32_t i = 0; i < line->analysis->stream_count; ++i) {
+        if (counts(line, i) && line->analysis->units[i].stamps_jump) {
+            return true;
+        }
+    }
+    return false;
+}
+
+void add_probes(const Timeline* line, int64_t end, Chain* chain) {
+    const int64_t start = line->analysis->head_end;
+    const int64_t gap = end - start;
+    if (gap <= unprobed_size) {
+        return;
+    }
+    for (uint32_t i = 1; i <= probe_count; ++i) {
+        Stretch probe;
+        read_probe(line, start + gap / (probe_count + 1) * i, &probe);
+        add_link(chain, probe.clock);
+    }
+}
+
+PlayTime probed_time(const Timeline* line) {
+    constexpr double farthest = 10; // seconds between the two ways
+    Stretch tail;
+    read_tail(line, &tail);
+    Chain chain;
+    bool holds = !stamps_jump(line);
+    Sum sum;
+    if (const Clock* clock = head_clock(line)) {
+        add_link(&chain, *clock);
+        add_probes(line, line->analysis->file_size - probe_size, &chain);
+        add_link(&chain, tail.clock);
+        holds = add_up(chain, &sum) && holds;
+    }
+    PlayTime time;
+    if (!holds) {
+        time.joined = true;
+        const double all = sum.bytes > 0 ? sum.ticks * (1 + sum.loose_bytes / sum.bytes) : 0;
+        sum = {all, sum.bytes + sum.loose_bytes, 0};
+        time.seconds = clock_time(line, sum);
+        return time;
+    }
+    time.seconds = clock_time(line, sum);
+    if (tail.has_stamp && tail.end < static_cast<double>(clock_modulus / 2)) {
+        const double stamped = tail.end / static_cast<double>(clock_rate);
+        const bool agree = time.seconds == 0 ||
+                           (stamped < time.seconds + farthest && stamped > time.seconds - farthest);
+        time.seconds = agree ? stamped : time.seconds;
+    }
+    return time;
+}
+
+} // namespace
+
+void add_pcr(Clock* clock, int64_t pcr, int64_t position) {
+    constexpr int64_t longest_gap = 10 * pcr_rate;
+    if (clock->count == 0) {
+        clock->first = pcr;
+        clock->first_position = position;
+    } else {
+        const int64_t distance = pcr_distance(clock->last, pcr);
+        if (distance < 0 || distance > longest_gap) {
+            clock->jumps = true;
+        } else {
+            clock->good_ticks += distance;
+            clock->good_bytes += position - clock->last_position;
+        }
+        if (clock->steady_position == 0 && pcr_distance(clock->first, pcr) > pcr_rate) {
+            clock->steady = pcr;
+            clock->steady_position = position;
+        }
+    }
+    clock->last = pcr;
+    clock->last_position = position;
+    ++clock->count;
+}
+
+PlayTime measure_play_time(Analysis* analysis, uint32_t program) {
+    Timeline line;
+    line.analysis = analysis;
+    line.program = program;
+    choose_clock(&line);
+    if (program < program_slots) {
+        gather_stamps(&line);
+        if (!line.has_stamps) {
+            line.takes_all = true;
+            gather_stamps(&line);
+        }
+    }
+    return analysis->whole_file ? whole_file_time(&line) : probed_time(&line);
+}
+
+} // namespace zat::ts
