@@ -261,7 +261,7 @@ TEST(Avi, describes_streams) {
             "A MPEG1-LayerIII 48000Hz [CBR Joint Stereo /MS] 128.00kbps [384bpf] \n"
             "0.072",
             "AVI duration=0.072 bit_rate=72222\n"
-            "audio mode=1 duration=0.072 bit_rate=128000 bytes=768 sample_rate=48000 channels=2 codec=MP3 codec_id=0x0055 "
+            "audio duration=0.072 bit_rate=128000 bytes=768 sample_rate=48000 channels=2 codec=MP3 codec_id=0x0055 "
             "layout=L R"},
         {"frames of another rate", mp3_file(192),
             "[AVI]\n"
