@@ -199,7 +199,8 @@ bool walk_packets(LosslessFile* musepack) {
         for (const PacketRow& row : packet_rows) {
             if (row.key == key) {
                 row.take(
-                    bytes.subspan(used, std::min<size_t>(bytes.size(), size) - used), musepack);
+                    bytes.subspan(used, std::min(bytes.size(), static_cast<size_t>(size)) - used),
+                    musepack);
             }
         }
         at += static_cast<int64_t>(size);

@@ -62,9 +62,10 @@ Data file(std::initializer_list<Data> children, std::string_view brand = "isom")
     return join({file_type(brand), atom("moov", {movie_header(1000, 2000), join(children)})});
 }
 
-std::string head(const Data& bytes, const std::string& between = "", const std::string& format = "MP4 profile=isom") {
+std::string head(
+    const Data& bytes, const std::string& between = "", const std::string& format = "MP4 profile=isom", size_t missing = 0) {
     char rate[32];
-    std::snprintf(rate, sizeof rate, "%zu", bytes.size() * 4);
+    std::snprintf(rate, sizeof rate, "%zu", (bytes.size() + missing) * 4);
     return format + between + " duration=2.000 bit_rate=" + rate;
 }
 
@@ -174,7 +175,7 @@ TEST(Mp4Details, TellsTextTracksChaptersAndMetadata) {
                   track({.id = 10, .type = "vide"})}),
             atom("mdat", {1, 2, 3}, 111)});
     expect_rows({{"all", bytes,
-        head(bytes, " title=Caf\xC3\xA9 artist=AB writer=Lavf1 notes=truncated") +
+        head(bytes, " title=Caf\xC3\xA9 artist=AB writer=Lavf1 notes=truncated", "MP4 profile=isom", 100) +
             " missing=100 chapters=3 pictures=1"
             "\ntext flags=3 id=7 duration=2.000 bit_rate=400 bytes=100 codec=timed text codec_id=tx3g"
             "\ndata flags=1 id=8 duration=2.000 bit_rate=16 bytes=4 codec=timecode codec_id=tmcd"

@@ -8,6 +8,7 @@
 #include "common/codec_names.h"
 #include "common/fourcc.h"
 #include "common/numbers.h"
+#include "common/stream_lines.h"
 #include "common/text.h"
 #include "common/text_codes.h"
 #include "video/av1_config.h"
@@ -150,6 +151,7 @@ void describe_video(Reader* reader, const FlvInfo& info, double seconds, ZatDeta
     }
     set_frames(info, &stream);
     set_rate(info, info.video, info.metadata.video_rate, &stream);
+    drop_nonsense(&stream, 1000);
     add_stream(details, stream);
 }
 
@@ -238,6 +240,7 @@ void describe_audio(Reader* reader, const FlvInfo& info, double seconds, ZatDeta
     const uint32_t length = read_some(reader, info.audio.first, 0, bytes, sizeof bytes);
     read_first_frame({bytes, length}, head_size, &stream);
     set_rate(info, info.audio, info.metadata.audio_rate, &stream);
+    drop_nonsense(&stream, 1000);
     add_stream(details, stream);
 }
 

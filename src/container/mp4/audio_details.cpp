@@ -27,23 +27,23 @@ constexpr uint32_t config_size = 256;
 // The formats of uncompressed sound: QuickTime's, and those of ISO/IEC 23003-5.
 struct PcmFormat {
     uint32_t format;
-    PcmKind kind;
     uint32_t bits; // 0: as the entry tells
+    PcmKind kind;
     bool big_endian;
 };
 
 constexpr PcmFormat pcm_formats[] = {
-    {fourcc("twos"), PcmKind::signed_integer, 0, true},
-    {fourcc("sowt"), PcmKind::signed_integer, 0, false},
-    {fourcc("in24"), PcmKind::signed_integer, 24, true},
-    {fourcc("in32"), PcmKind::signed_integer, 32, true},
-    {fourcc("fl32"), PcmKind::floating, 32, true},
-    {fourcc("fl64"), PcmKind::floating, 64, true},
-    {fourcc("raw "), PcmKind::unsigned_integer, 0, true},
-    {fourcc("NONE"), PcmKind::unsigned_integer, 0, true},
-    {fourcc("lpcm"), PcmKind::signed_integer, 0, false},
-    {fourcc("ipcm"), PcmKind::signed_integer, 0, true},
-    {fourcc("fpcm"), PcmKind::floating, 0, true},
+    {fourcc("twos"), 0, PcmKind::signed_integer, true},
+    {fourcc("sowt"), 0, PcmKind::signed_integer, false},
+    {fourcc("in24"), 24, PcmKind::signed_integer, true},
+    {fourcc("in32"), 32, PcmKind::signed_integer, true},
+    {fourcc("fl32"), 32, PcmKind::floating, true},
+    {fourcc("fl64"), 64, PcmKind::floating, true},
+    {fourcc("raw "), 0, PcmKind::unsigned_integer, true},
+    {fourcc("NONE"), 0, PcmKind::unsigned_integer, true},
+    {fourcc("lpcm"), 0, PcmKind::signed_integer, false},
+    {fourcc("ipcm"), 0, PcmKind::signed_integer, true},
+    {fourcc("fpcm"), 0, PcmKind::floating, true},
 };
 
 void read_pcm(const TrackFacts& facts, ZatStream* stream) {

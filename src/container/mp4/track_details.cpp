@@ -2,6 +2,7 @@
 
 #include "common/details.h"
 #include "common/numbers.h"
+#include "common/stream_lines.h"
 #include "common/text.h"
 #include "common/text_codes.h"
 #include "container/mp4/language.h"
@@ -324,6 +325,8 @@ ZatStreamKind stream_kind(const Track& track) {
     return is_text ? ZAT_STREAM_TEXT : ZAT_STREAM_DATA;
 }
 
+constexpr double highest_frame_rate = 1000;
+
 void describe_track(Reader* reader, const Movie& movie, Track* track, ZatDetails* details) {
     ZatStream stream = new_stream(stream_kind(*track));
     TrackFacts facts;
@@ -360,6 +363,7 @@ void describe_track(Reader* reader, const Movie& movie, Track* track, ZatDetails
     if (totals.samples == 0 && !movie.fragments_announced) {
         stream.flags |= ZAT_FLAG_NO_DATA;
     }
+    drop_nonsense(&stream, highest_frame_rate);
     add_stream(details, stream);
 }
 
