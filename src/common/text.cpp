@@ -65,6 +65,9 @@ int64_t FindText(std::string_view text, std::string_view pattern) {
 }
 
 std::string_view bounded_text(const char* text, size_t size) {
+    if (size == 0) { // an empty text may have no address
+        return {};
+    }
     const void* end = std::memchr(text, '\0', size);
     return {
         text, end == nullptr ? size : static_cast<size_t>(static_cast<const char*>(end) - text)};
