@@ -1,4 +1,4 @@
-// DSDIFF files (DSDIFF File Format Specification, version 1.5).
+// DSDIFF files (DSDIFF 1.5).
 #pragma once
 
 #include "common/file_access.h"

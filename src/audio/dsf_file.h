@@ -1,4 +1,4 @@
-// DSF files (DSF File Format Specification, version 1.01).
+// DSF files (DSF 1.01).
 #pragma once
 
 #include "common/file_access.h"

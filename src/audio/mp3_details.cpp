@@ -16,7 +16,7 @@ struct ApeTag {
     int64_t size = 0; // bytes, with header and footer
 };
 
-// The APE tag whose footer was found (Monkey's Audio tag specification, versions 1 and 2).
+// The APE tag whose footer was found (APE tags, versions 1 and 2).
 ApeTag locate_ape_tag(Reader* reader, const TagSizes& tags) {
     constexpr uint32_t has_header = 0x80000000;
     if (tags.ape_footer == 0) {

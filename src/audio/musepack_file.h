@@ -1,4 +1,4 @@
-// MusePack files: stream versions 7 and 8 (musepack.net's stream specifications), and the ones
+// MusePack files: stream versions 7 and 8, and the ones
 // before, which have no signature of their own.
 #pragma once
 

@@ -10,7 +10,7 @@ namespace {
 constexpr uint8_t has_footer = 0x10;
 constexpr int64_t id3v1_size = 128;
 
-// APE tag footer (APEv2 specification): "APETAGEX", version, size of items and footer, count,
+// APE tag footer (APEv2): "APETAGEX", version, size of items and footer, count,
 // flags.
 constexpr int64_t ape_footer_size = 32;
 constexpr uint32_t ape_has_header = 0x80000000;

@@ -15,7 +15,7 @@ namespace {
 constexpr uint32_t item_limit = 1024;
 constexpr size_t shown_size = 121; // bytes of artist and title in a line, terminator included
 
-// APE tag items (APEv2 specification): size of the value, flags, key with its terminator, value.
+// APE tag items (APEv2): size of the value, flags, key with its terminator, value.
 constexpr int64_t ape_item_header_size = 8;
 constexpr uint32_t ape_key_limit = 256;
 constexpr uint32_t ape_value_limit = 1024; // bytes read of one value

@@ -1,4 +1,4 @@
-// Vorbis comments (Vorbis I specification, section 5.2.1): the writer's name, then items
+// Vorbis comments (Vorbis I, 5.2.1): the writer's name, then items
 // "NAME=value" in UTF-8. Used by FLAC, Vorbis, Opus, Speex and Theora.
 #pragma once
 

@@ -1,4 +1,4 @@
-// Advanced Systems Format: Windows Media files (ASF specification, revision 01.20.06).
+// Advanced Systems Format: Windows Media files (ASF 01.20.06).
 #pragma once
 
 #include "common/file_access.h"

@@ -1,4 +1,4 @@
-// The identification header of a Theora stream (Theora specification, 6.2).
+// The identification header of a Theora stream (Theora I, 6.2).
 #pragma once
 
 #include "common/bytes.h"

@@ -1,4 +1,4 @@
-// What the header object of an ASF file says (ASF specification, 3 and 4).
+// What the header object of an ASF file says (ASF, 3 and 4).
 #pragma once
 
 #include "common/reader.h"

@@ -1,4 +1,4 @@
-// The objects that ASF files consist of (ASF specification, 2.1).
+// The objects that ASF files consist of (ASF, 2.1).
 #pragma once
 
 #include "common/reader.h"

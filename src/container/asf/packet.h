@@ -1,4 +1,4 @@
-// The data packets of ASF files (ASF specification, 5.2).
+// The data packets of ASF files (ASF, 5.2).
 #pragma once
 
 #include "common/reader.h"

@@ -1,4 +1,4 @@
-// The objects of ASF files that hold texts and attributes (ASF specification, 3.10, 3.11, 4.7 and
+// The objects of ASF files that hold texts and attributes (ASF, 3.10, 3.11, 4.7 and
 // 4.8).
 #pragma once
 
