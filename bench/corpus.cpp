@@ -4,7 +4,10 @@
 #include "support/byte_builder.h"
 #include "support/ebml_builder.h"
 #include "support/ogg_builder.h"
+#include "support/program_builder.h"
 #include "support/riff_builder.h"
+#include "support/ts_builder.h"
+#include "support/video_builder.h"
 
 #include <filesystem>
 #include <fstream>
@@ -15,6 +18,7 @@ namespace {
 using zat::test::ByteBuilder;
 using zat::test::comment_block;
 using zat::test::OggBuilder;
+using zat::test::ProgramBuilder;
 using zat::test::riff_chunk;
 using zat::test::riff_list;
 using Bytes = std::vector<uint8_t>;
@@ -153,6 +157,55 @@ Bytes hour_of_opus() {
     return file.bytes;
 }
 
+// A pack with its packet: MPEG-2 video, every twelfth one AC-3, at a constant rate.
+Bytes dvd_pack(int64_t index) {
+    using namespace zat::test;
+    constexpr size_t size = 2048;
+    constexpr int64_t packs_per_second = 390;
+    const int64_t now = index * 90000 / packs_per_second;
+    ProgramBuilder pack;
+    pack.pack(now);
+    if (index % 12 == 5) {
+        const Bytes frames = ac3_frames(7);
+        pack.packet(0xBD, ByteBuilder().raw({0x80, 7, 0, 1}).append(frames).bytes, now + 18000);
+    } else {
+        ByteBuilder video;
+        if (index % 200 == 0) {
+            video.append(sequence_header({})).append(sequence_extension({})).append(picture(1));
+        }
+        pack.packet(0xE0, video.pad_to(2000, 0x55).bytes, now + 18000);
+    }
+    return pack.pad_to(size).bytes;
+}
+
+// A program stream of true packs, or, with `sectors`, one in the sectors of a VideoCD.
+void write_packs(const std::string& path, int64_t packs, bool sectors) {
+    std::ofstream file(path, std::ios::binary);
+    const auto put = [&file](const Bytes& bytes) {
+        file.write(reinterpret_cast<const char*>(bytes.data()),
+            static_cast<std::streamsize>(bytes.size()));
+    };
+    if (sectors) {
+        put(ByteBuilder()
+                .text("RIFF")
+                .le32(0)
+                .text("CDXAfmt ")
+                .le32(16)
+                .fill(16)
+                .text("data")
+                .le32(0)
+                .bytes);
+    }
+    for (int64_t i = 0; i < packs; ++i) {
+        const Bytes pack = dvd_pack(i);
+        if (!sectors) {
+            put(pack);
+            continue;
+        }
+        ByteBuilder sector;
+        sector.u8(0).fill(10, 0xFF).raw({0, 0, 2, 0, 2, 1, 1, 0x62, 0, 1, 1, 0x62, 0});
+        put(sector.append(pack).pad_to(2352).bytes);
+    }
 // Two hours of video with variable sound: 180,000 and 250,000 chunks, whose index is the file's
 // tail.
 struct Avi {
@@ -329,6 +382,29 @@ Bytes long_matroska(bool with_statistics, uint64_t size) {
         sized_element(0x1F43B675, rest, number(0xE7, 100'000))});
 }
 
+// Twenty seconds of MPEG-2 video at 16 Mbit/s with MPEG audio. What is read of a transport stream
+// does not grow with it from here on.
+Bytes broadcast() {
+    using namespace zat::test;
+    const Bytes picture_start = ByteBuilder()
+                                    .append(sequence_header({}))
+                                    .append(sequence_extension({}))
+                                    .append(picture(1))
+                                    .pad_to(80000, 0x55)
+                                    .bytes;
+    const Bytes sound = ByteBuilder().raw({0xFF, 0xFD, 0xA4, 0x04}).pad_to(576, 0x22).bytes;
+    TsBuilder to;
+    for (int i = 0; i < 500; ++i) {
+        const int64_t pts = 90000 + i * 3600;
+        if (i % 10 == 0) {
+            to.table(0, pat({{1, 0x1000}})).table(0x1000, pmt(1, 0x100, {{2, 0x100}, {3, 0x101}}));
+        }
+        to.packet(0x100, {}, false, 0, pts * 300).pes(0x100, 0xE0, pts, picture_start);
+        to.pes(0x101, 0xC0, pts, sound);
+    }
+    return to.file.bytes;
+}
+
 } // namespace
 
 std::vector<BenchFile> make_corpus(const std::string& directory) {
@@ -349,8 +425,16 @@ std::vector<BenchFile> make_corpus(const std::string& directory) {
     add("avi-2h", avi.head, avi_size, avi.index);
     add("wma-1h", long_wma(), 57600000);
     add("header-typed-5gb", seed_bytes("tone.flac"), 5000000000U);
+    const auto add_packs = [&](const std::string& name, int64_t packs, bool sectors) {
+        write_packs(directory + name, packs, sectors);
+        files.push_back({name, directory + name});
+    };
+    add_packs("vob-500mb", 244'000, false);
+    add_packs("vob-1.4mb", 700, false);
+    add_packs("videocd-700mb", 297'600, true);
     add("random-1mib", random_bytes(1 << 20));
     add("random-5mib", random_bytes(5 << 20));
+    add("ts-20s", broadcast());
     add("tta-60min", hour_of_tta(), 344600000U);
     for (const char* seed : {"tone.flac", "tone.wv", "dsd.wv", "monkey.ape", "monkey-old.ape",
              "tone.tta", "sv7.mpc", "sv8.mpc", "preset.tak", "optimfrog.ofr", "tag.dsf",

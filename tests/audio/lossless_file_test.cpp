@@ -11,8 +11,9 @@
 #include "audio/wsd_file.h"
 #include "common/crc.h"
 #include "support/analysed.h"
-#include "support/byte_builder.h"
+#include "support/atom_builder.h"
 #include "support/details_text.h"
+#include "support/ogg_builder.h"
 #include "support/record_text.h"
 
 namespace zat::test {
@@ -20,7 +21,6 @@ namespace zat::test {
 namespace {
 
 using namespace std::string_view_literals;
-using Data = std::vector<uint8_t>;
 
 struct Row {
     const char* what;
@@ -50,14 +50,6 @@ void expect_rows(Analyser analyser, const std::vector<Row>& rows) {
             expect_sound_when_cut(analyser, row.file);
         }
     }
-}
-
-Data join(std::initializer_list<Data> parts) {
-    ByteBuilder all;
-    for (const Data& part : parts) {
-        all.append(part);
-    }
-    return all.bytes;
 }
 
 Data text(std::string_view value) {
@@ -91,15 +83,6 @@ constexpr uint64_t last = 0x80;
 // 4,096 samples of 44,100 Hz in two channels of 16 bits; the first one and the second.
 const Data frame_0 = ByteBuilder().raw({0xFF, 0xF8, 0xC9, 0x18, 0x00, 0xC2}).fill(94, 1).bytes;
 const Data frame_1 = ByteBuilder().raw({0xFF, 0xF8, 0xC9, 0x18, 0x01, 0xC5}).fill(94, 1).bytes;
-
-Data comment_block(std::string_view vendor, std::initializer_list<std::string_view> items) {
-    ByteBuilder block;
-    block.le32(vendor.size()).text(vendor).le32(items.size());
-    for (const std::string_view item : items) {
-        block.le32(item.size()).text(item);
-    }
-    return block.bytes;
-}
 
 // WavPack.
 

@@ -1,7 +1,7 @@
 #include "common/tag_texts.h"
 
 #include "common/tag_sizes.h"
-#include "support/byte_builder.h"
+#include "support/atom_builder.h"
 #include "support/temp_file.h"
 
 #include <gtest/gtest.h>
@@ -14,7 +14,6 @@ namespace zat::test {
 namespace {
 
 using namespace std::string_view_literals;
-using Data = std::vector<uint8_t>;
 
 Data data_of(std::string_view text) {
     return ByteBuilder().text(text).bytes;
@@ -54,14 +53,6 @@ Data id3v2(int version, int flags, const Data& frames) {
 // A frame of version 2.3 or 2.4.
 Data frame(std::string_view id, std::string_view body, uint64_t flags = 0) {
     return ByteBuilder().text(id).be32(body.size()).be16(flags).text(body).bytes;
-}
-
-Data join(std::initializer_list<Data> parts) {
-    ByteBuilder all;
-    for (const Data& part : parts) {
-        all.append(part);
-    }
-    return all.bytes;
 }
 
 Data ape_item(std::string_view key, std::string_view value, uint64_t flags = 0) {

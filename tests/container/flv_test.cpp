@@ -231,7 +231,7 @@ TEST(Flv, fills_the_details) {
                            .tag(audio, {0xAF, 1, 9, 9, 9, 9}, 40, 106)
                            .bytes;
     EXPECT_EQ(details_text(*details_of(bytes)),
-        "FLV writer=Lavf1 notes=truncated duration=2.000 bit_rate=" + std::to_string(bytes.size() * 4) +
+        "FLV writer=Lavf1 notes=truncated duration=2.000 bit_rate=" + std::to_string((bytes.size() + 96) * 4) +
             " missing=96\nvideo id=9 duration=2.000 bit_rate=8 bytes=2 frame_rate=25.000 frames=1 size=320:240"
             " scan=1 bit_depth=8 codec=H.264 codec_id=7 profile=Baseline level=3 chroma=4:2:0"
             "\naudio id=8 duration=2.000 bit_rate=32 bytes=8 sample_rate=44100 channels=2 codec=AAC codec_id=10 profile=HE-AAC "

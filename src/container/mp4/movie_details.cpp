@@ -1,7 +1,6 @@
 #include "container/mp4/movie_details.h"
 
 #include "common/details.h"
-#include "common/numbers.h"
 #include "common/text.h"
 #include "common/utc_time.h"
 #include "container/mp4/metadata.h"
@@ -116,11 +115,6 @@ void describe_movie(Reader* reader, Movie* movie, double seconds, ZatDetails* de
     describe_tracks(reader, movie, details);
     if (movie->missing_bytes != 0) {
         details->missing_bytes = static_cast<uint64_t>(movie->missing_bytes);
-        const double whole = static_cast<double>(reader->block.file->size) +
-                             static_cast<double>(movie->missing_bytes);
-        if (duration > 0) {
-            details->bit_rate = clamp_to_integer<uint64_t>(whole * 8 / duration + 0.5);
-        }
         note_details(details, "truncated");
     }
     if (reader->limited) {

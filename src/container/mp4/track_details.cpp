@@ -60,8 +60,9 @@ void read_language(TrackFacts* facts, ZatStream* stream) {
 }
 
 // Words of the names that programs give every track.
-constexpr std::string_view generic_words[] = {"handle", "iso media", "gpac", "l-smash",
-    "core media", "mainconcept", "bento4", "apple", "telestream", "time code", "timecode", "hndl"};
+constexpr std::string_view generic_words[] = {"handle", "iso media", "isomedia", "encoder", "gpac",
+    "l-smash", "core media", "mainconcept", "bento4", "apple", "telestream", "time code",
+    "timecode", "hndl"};
 constexpr std::string_view generic_names[] = {"video", "audio", "sound", "text", "data", "subtitle",
     "subtitles", "stereo", "mono", "vide", "soun", "track"};
 

@@ -1,6 +1,7 @@
 // The typed details of video tracks.
 #include "common/details.h"
 #include "common/text.h"
+#include "common/text_codes.h"
 #include "container/mp4/sample_tables.h"
 #include "container/mp4/track_details.h"
 #include "video/av1_config.h"
@@ -11,6 +12,7 @@
 #include "video/stream_facts.h"
 #include "video/vp9.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace zat::mp4 {
@@ -152,6 +154,22 @@ void count_frames(const TrackFacts& facts, ZatStream* stream) {
     }
 }
 
+// The compressor's name, counted in its first byte: some encoders tell themselves and their
+// version, others only what the codec is.
+void read_compressor(const TrackFacts& facts, ZatStream* stream) {
+    static constexpr std::string_view encoders[] = {"Lavc", "x264", "x265"};
+    constexpr int64_t name_at = 34; // behind the common fields
+    uint8_t field[32] = {};
+    read_some(facts.reader, facts.entry.fixed, name_at, field, sizeof field);
+    const size_t length = std::min<size_t>(field[0], sizeof field - 1);
+    const std::string_view name = bounded_text(reinterpret_cast<const char*>(field + 1), length);
+    for (const std::string_view encoder : encoders) {
+        if (name.starts_with(encoder)) {
+            claimed_utf8_to_utf8(name, stream->encoder, sizeof stream->encoder);
+        }
+    }
+}
+
 } // namespace
 
 void describe_video_track(TrackFacts* facts, ZatStream* stream) {
@@ -168,6 +186,7 @@ void describe_video_track(TrackFacts* facts, ZatStream* stream) {
     read_fields(*facts, stream);
     uint8_t record[32];
     set_dolby_vision(stream, read_box(facts->reader, facts->entry.dolby_vision, record));
+    read_compressor(*facts, stream);
     count_frames(*facts, stream);
 }
 

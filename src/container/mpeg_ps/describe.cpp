@@ -2,7 +2,9 @@
 
 #include "audio/first_frame.h"
 #include "audio/frame_search.h"
+#include "audio/latm.h"
 #include "audio/stream_facts.h"
+#include "audio/sync_search.h"
 #include "common/details.h"
 #include "common/start_code.h"
 #include "container/mpeg_ps/video_kind.h"
@@ -140,6 +142,29 @@ bool describe_frame(Stream* stream, const Candidate& candidate) {
     return true;
 }
 
+// Kinds whose frames tell their length only to their own parser: where a sync word stands.
+bool describe_at(Stream* stream, int64_t at, FrameDescriber describe, uint32_t samples) {
+    if (at < 0 || !describe(collected(*stream).subspan(static_cast<size_t>(at)), &stream->facts,
+                      stream->line)) {
+        return false;
+    }
+    stream->form = Form::audio_line;
+    if (stream->facts.sample_rate != 0) {
+        stream->frame_seconds = static_cast<double>(samples) / stream->facts.sample_rate;
+    }
+    return true;
+}
+
+bool describe_eac3(Stream* stream) {
+    constexpr uint32_t samples = 1536; // of six blocks
+    return describe_at(stream, find_ac3_sync(collected(*stream)), describe_eac3_frame, samples);
+}
+
+bool describe_loas(Stream* stream) {
+    constexpr uint32_t samples = 1024;
+    return describe_at(stream, find_loas_sync(collected(*stream)), describe_loas_frame, samples);
+}
+
 // Of the bytes behind the substream header the second one tells everything.
 bool describe_lpcm(Stream* stream) {
     if (stream->collected < 3) {
@@ -194,9 +219,9 @@ bool describe_audio(Stream* stream) {
         return describe_frame(stream, mpeg_candidate) || describe_frame(stream, adts_candidate) ||
                describe_frame(stream, ac3_candidate);
     case Kind::aac:
-        return describe_frame(stream, adts_candidate);
+        return describe_frame(stream, adts_candidate) || describe_loas(stream);
     case Kind::ac3:
-        return describe_frame(stream, ac3_candidate);
+        return describe_frame(stream, ac3_candidate) || describe_eac3(stream);
     case Kind::dts:
         return describe_frame(stream, dts_candidate);
     case Kind::lpcm:
@@ -205,26 +230,26 @@ bool describe_audio(Stream* stream) {
         return describe_mlp(stream);
     case Kind::extension_audio:
         return describe_frame(stream, ac3_candidate) || describe_frame(stream, dts_candidate) ||
-               describe_mlp(stream);
+               describe_mlp(stream) || describe_eac3(stream);
     default:
         return false;
     }
 }
 
 struct KindName {
-    Kind kind;
     const char* line;
     const char* codec;
+    Kind kind;
 };
 
 constexpr KindName kind_names[] = {
-    {Kind::mpeg_audio, "[MPEG audio]", "MP2"},
-    {Kind::aac, "[AAC]", "AAC"},
-    {Kind::ac3, "[AC-3]", "AC-3"},
-    {Kind::dts, "[DTS]", "DTS"},
-    {Kind::lpcm, "[LPCM]", "PCM"},
-    {Kind::mlp, "[MLP]", "MLP"},
-    {Kind::extension_audio, "[audio]", ""},
+    {"[MPEG audio]", "MP2", Kind::mpeg_audio},
+    {"[AAC]", "AAC", Kind::aac},
+    {"[AC-3]", "AC-3", Kind::ac3},
+    {"[DTS]", "DTS", Kind::dts},
+    {"[LPCM]", "PCM", Kind::lpcm},
+    {"[MLP]", "MLP", Kind::mlp},
+    {"[audio]", "", Kind::extension_audio},
 };
 
 } // namespace

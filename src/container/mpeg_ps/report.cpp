@@ -117,17 +117,17 @@ void add_kind(Program* program, const Output& out, bool video) {
 }
 
 struct OtherName {
-    Kind kind;
     const char* line;
-    bool numbered;
     const char* codec;
+    Kind kind;
+    bool numbered;
 };
 
 constexpr OtherName other_names[] = {
-    {Kind::dvd_subtitle, "[DVD subtitle]", true, "VobSub"},
-    {Kind::svcd_subtitle, "[SVCD subtitle]", false, "SVCD subtitle"},
-    {Kind::cvd_subtitle, "[CVD subtitle]", false, "CVD subtitle"},
-    {Kind::navigation, "[DVD navigation]", false, "DVD navigation"},
+    {"[DVD subtitle]", "VobSub", Kind::dvd_subtitle, true},
+    {"[SVCD subtitle]", "SVCD subtitle", Kind::svcd_subtitle, false},
+    {"[CVD subtitle]", "CVD subtitle", Kind::cvd_subtitle, false},
+    {"[DVD navigation]", "DVD navigation", Kind::navigation, false},
 };
 
 void add_other(const Output& out, Stream* stream, ExtraLines* extra) {
