@@ -70,6 +70,14 @@ TEST(ProgramStream, lists_its_streams) {
     cut_headers.packet(0xE0, {start.begin() + 9, start.end()}).packet(0xC0, mp2_frames(2), 0);
     ProgramBuilder mapped;
     mapped.pack(0).map({{0x1B, 0xE0}, {0x0F, 0xC0}, {0x02, 0xE1}}).packet(0xE0, slices(300), 0);
+    ProgramBuilder timed; // a video whose header has no rate, two packets for each frame
+    BitBuilder vol;
+    vol.bits(0x1B0, 32).bits(1, 8).bits(0x120, 32).bits(0, 1).bits(1, 8).bits(0, 1).bits(1, 4).bits(0, 1).bits(0, 2);
+    vol.bits(1, 1).bits(24, 16).bits(1, 1).bits(0, 1).bits(1, 1).bits(640, 13).bits(1, 1).bits(480, 13).bits(1, 1).bits(0, 8);
+    timed.pack(0).packet(0xE0, vol.bytes, 0).packet(0xE0, slices(99));
+    for (int frame = 1; frame < 12; ++frame) {
+        timed.packet(0xE0, slices(99), frame * 3750).packet(0xE0, slices(120));
+    }
     const struct {
         const char* name;
         Payload bytes;
@@ -88,6 +96,8 @@ TEST(ProgramStream, lists_its_streams) {
         {"AC-3 without a substream header",
             ProgramBuilder().pack(0).packet(0xBD, ac3_frames(2), 0).packet(0xBD, slices(40)).bytes,
             "[MPEG2]\nA " + ac3_line + "\n0.032"},
+        {"a frame rate by the time stamps", timed.bytes,
+            "[MPEG2]\nV 640x480 [MPEG4 Simple@L1 1:1] 8Bit 24.000fps 40.432kbps Progressive\n0.500"},
         {"packets without packs", ProgramBuilder().packet(0xE0, video_start(), 0).packet(0xE0, slices(20), 3003).bytes,
             "[MPEG2]\nV " + sequence_line + "\n" + tail + "0.067"},
         {"cut in the middle", ByteBuilder().be32(0x1B3).append(slices(90)).append(dvd.bytes).bytes,

@@ -76,15 +76,30 @@ void take_head_packet(Program* program, const Unit& unit) {
     }
     payload.end = std::min(payload.end, program->source.size);
     ++stream->packets;
+    stream->timed_packets += stream->times.count < FrameTimes::most ? 1 : 0;
     stream->bytes += static_cast<uint64_t>(std::max<int64_t>(payload.end - payload.start, 0));
     if (unit.packet.pts != no_clock) {
         add_stamp(&stream->head, unit.packet.pts);
+        if (stream->kind == Kind::video && stream->head.doubtful == no_clock) {
+            add_frame_time(&stream->times, stream->head.last);
+        }
     }
     if (unit.packet.scrambling != 0) {
         stream->facts.flags |= ZAT_FLAG_ENCRYPTED;
     } else {
         collect_payload(&program->source, stream, payload);
     }
+}
+
+// The frame rate of a video whose headers tell none. Of several frames that begin in one packet
+// only the first has a stamp: where most packets have one, they tell nothing.
+void measure_rate(Stream* stream) {
+    if (stream->form != Form::generic_video || stream->facts.frame_rate != 0 ||
+        stream->timed_packets * 2 < stream->times.count * 3) {
+        return;
+    }
+    measure_frame_rate(&stream->facts, &stream->times, 1.0 / static_cast<double>(clock_rate));
+    stream->frame_seconds = stream->facts.frame_rate > 0 ? 1 / stream->facts.frame_rate : 0;
 }
 
 void walk_head(Program* program, int64_t from, int64_t to, bool in_order) {
@@ -115,6 +130,7 @@ void walk_head(Program* program, int64_t from, int64_t to, bool in_order) {
         if (wants_payload(*stream) && stream->collected > 0) {
             describe_stream(stream, true);
         }
+        measure_rate(stream);
     }
 }
 

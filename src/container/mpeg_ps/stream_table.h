@@ -2,6 +2,7 @@
 // and enough of the start of each to describe it.
 #pragma once
 
+#include "common/frame_timing.h"
 #include "common/text.h"
 #include "container/mpeg_pes.h"
 #include "container/mpeg_ps/pack.h"
@@ -55,6 +56,8 @@ struct Stream {
     uint64_t bytes = 0; // of payload, substream headers not counted
     StampTrack head;
     StampTrack tail;
+    FrameTimes times;           // of a video's frames, in ticks
+    uint32_t timed_packets = 0; // in which they were found
     double frame_seconds = 0;
     ZatStream facts;
     MpegVideoHeaders sequence;
