@@ -6,6 +6,8 @@
 #include "support/ogg_builder.h"
 #include "support/program_builder.h"
 #include "support/riff_builder.h"
+#include "support/ts_builder.h"
+#include "support/video_builder.h"
 
 #include <filesystem>
 #include <fstream>
@@ -382,6 +384,29 @@ Bytes long_matroska(bool with_statistics, uint64_t size) {
         sized_element(0x1F43B675, rest, number(0xE7, 100'000))});
 }
 
+// Twenty seconds of MPEG-2 video at 16 Mbit/s with MPEG audio. What is read of a transport stream
+// does not grow with it from here on.
+Bytes broadcast() {
+    using namespace zat::test;
+    const Bytes picture_start = ByteBuilder()
+                                    .append(sequence_header({}))
+                                    .append(sequence_extension({}))
+                                    .append(picture(1))
+                                    .pad_to(80000, 0x55)
+                                    .bytes;
+    const Bytes sound = ByteBuilder().raw({0xFF, 0xFD, 0xA4, 0x04}).pad_to(576, 0x22).bytes;
+    TsBuilder to;
+    for (int i = 0; i < 500; ++i) {
+        const int64_t pts = 90000 + i * 3600;
+        if (i % 10 == 0) {
+            to.table(0, pat({{1, 0x1000}})).table(0x1000, pmt(1, 0x100, {{2, 0x100}, {3, 0x101}}));
+        }
+        to.packet(0x100, {}, false, 0, pts * 300).pes(0x100, 0xE0, pts, picture_start);
+        to.pes(0x101, 0xC0, pts, sound);
+    }
+    return to.file.bytes;
+}
+
 } // namespace
 
 std::vector<BenchFile> make_corpus(const std::string& directory) {
@@ -411,6 +436,7 @@ std::vector<BenchFile> make_corpus(const std::string& directory) {
     add_packs("videocd-700mb", 297'600, true);
     add("random-1mib", random_bytes(1 << 20));
     add("random-5mib", random_bytes(5 << 20));
+    add("ts-20s", broadcast());
     add("tta-60min", hour_of_tta(), 344600000U);
     for (const char* seed : {"tone.flac", "tone.wv", "dsd.wv", "monkey.ape", "monkey-old.ape",
              "tone.tta", "sv7.mpc", "sv8.mpc", "preset.tak", "optimfrog.ofr", "tag.dsf",

@@ -1,5 +1,6 @@
 #include "audio/aac.h"
 
+#include "audio/audio_specific_config.h"
 #include "common/bits.h"
 #include "common/text.h"
 
@@ -11,15 +12,11 @@ namespace zat {
 namespace {
 
 constexpr uint32_t sbr_sync_extension = 0x2B7;
-constexpr uint8_t object_type_lc = 2;
-constexpr uint8_t object_type_sbr = 5;
 
-// ISO/IEC 14496-3, table 1.18; -1 for reserved indices and the explicit rate.
+// -1 for reserved indices and the explicit rate.
 int32_t sample_rate_of(uint32_t index) {
-    static constexpr int32_t rates[] = {
-        96000, 88200, 64000, 48000, 44100, 32000, 24000, 22050, 16000, 12000, 11025, 8000, 7350};
-    static_assert(std::size(rates) == 13);
-    return index < std::size(rates) ? rates[index] : -1;
+    const uint32_t rate = aac_sample_rate(index);
+    return rate != 0 ? static_cast<int32_t>(rate) : -1;
 }
 
 // Whether the container's rate tells of SBR that the configuration does not announce, or confirms
@@ -33,13 +30,13 @@ bool container_tells_sbr(const AacConfig* cfg) {
     if (cfg->extension_object_type == object_type_sbr) {
         return is_double || cfg->sync_extension_type != sbr_sync_extension;
     }
-    return cfg->object_type == object_type_lc && is_double;
+    return cfg->object_type == object_type_aac_lc && is_double;
 }
 
 // The kind of AAC with its SBR and PS marks.
 void stream_name(const AacConfig* cfg, char (&name)[aac_name_size]) {
     copy_text(name, "AAC");
-    if (cfg->object_type == object_type_lc) {
+    if (cfg->object_type == object_type_aac_lc) {
         copy_text(name, cfg->extension_object_type == object_type_sbr ? "AAC HE(LC)" : "AAC LC");
     }
     if (cfg->sbr_flag == 1) {

@@ -47,6 +47,38 @@ constexpr bool has_bit(uint16_t locations, size_t index) {
     return (locations >> (15 - index) & 1) != 0;
 }
 
+// The speakers of an audio coding mode.
+uint16_t eac3_locations(uint8_t acmod, bool has_lfe) {
+    // ATSC A/52, table 5.8: L C R Ls Rs ... Cs
+    static constexpr uint16_t by_mode[] = {
+        0xA000, 0x4000, 0xA000, 0xE000, 0xA100, 0xE100, 0xB800, 0xF800};
+    const uint16_t speakers = acmod < std::size(by_mode) ? by_mode[acmod] : uint16_t{0};
+    return static_cast<uint16_t>(speakers | (has_lfe ? 1 : 0));
+}
+
+// The channels of the speakers of a channel map.
+uint32_t eac3_channels(uint16_t locations) {
+    uint32_t channels = 0;
+    for (size_t i = 0; i < std::size(locations_by_bit); ++i) {
+        channels += has_bit(locations, i) ? locations_by_bit[i].channels : 0;
+    }
+    return channels;
+}
+
+// The same as a channel mask; 0 for a map with speakers that it does not know.
+uint32_t eac3_channel_mask(uint16_t locations) {
+    uint32_t mask = 0;
+    for (size_t i = 0; i < std::size(locations_by_bit); ++i) {
+        if (has_bit(locations, i)) {
+            if (locations_by_bit[i].mask == 0) {
+                return 0;
+            }
+            mask |= locations_by_bit[i].mask;
+        }
+    }
+    return mask;
+}
+
 bool read_ac3_frame(Bytes bytes, Eac3Frame* frame) {
     Ac3Info info;
     if (ac3_info(bytes, &info) != 0) {
@@ -69,37 +101,8 @@ void skip_programme(BitReader* reader) {
     }
 }
 
-} // namespace
-
-uint16_t eac3_locations(uint8_t acmod, bool has_lfe) {
-    // ATSC A/52, table 5.8: L C R Ls Rs ... Cs
-    static constexpr uint16_t by_mode[] = {
-        0xA000, 0x4000, 0xA000, 0xE000, 0xA100, 0xE100, 0xB800, 0xF800};
-    const uint16_t speakers = acmod < std::size(by_mode) ? by_mode[acmod] : uint16_t{0};
-    return static_cast<uint16_t>(speakers | (has_lfe ? 1 : 0));
-}
-
-uint32_t eac3_channels(uint16_t locations) {
-    uint32_t channels = 0;
-    for (size_t i = 0; i < std::size(locations_by_bit); ++i) {
-        channels += has_bit(locations, i) ? locations_by_bit[i].channels : 0;
-    }
-    return channels;
-}
-
-uint32_t eac3_channel_mask(uint16_t locations) {
-    uint32_t mask = 0;
-    for (size_t i = 0; i < std::size(locations_by_bit); ++i) {
-        if (has_bit(locations, i)) {
-            if (locations_by_bit[i].mask == 0) {
-                return 0;
-            }
-            mask |= locations_by_bit[i].mask;
-        }
-    }
-    return mask;
-}
-
+// Decodes the header of a frame with a bsid of 11 to 16, or the AC-3 frame that can stand in the
+// independent substream's place. False for anything else.
 bool read_eac3_frame(Bytes bytes, Eac3Frame* frame) {
     static constexpr uint32_t rates[] = {48000, 44100, 32000};
     static constexpr uint8_t block_counts[] = {1, 2, 3, 6};
@@ -142,6 +145,8 @@ bool read_eac3_frame(Bytes bytes, Eac3Frame* frame) {
     }
     return stream_type != 3 && frame->sample_rate != 0;
 }
+
+} // namespace
 
 bool eac3_info(Bytes bytes, Eac3Info* info) {
     struct Units {

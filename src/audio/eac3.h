@@ -29,10 +29,6 @@ struct Eac3Info {
     uint32_t bitrate = 0;  // bit/s, the mean of the frames at hand
 };
 
-// Decodes the header of a frame with a bsid of 11 to 16, or the AC-3 frame that can stand in the
-// independent substream's place; missing bytes count as zero. False for anything else.
-bool read_eac3_frame(Bytes bytes, Eac3Frame* frame);
-
 // Decodes the frames that follow each other from the start of the bytes on; the last one may be
 // cut. False when no E-AC-3 frame is among them, or the first one is not independent.
 bool eac3_info(Bytes bytes, Eac3Info* info);
@@ -41,13 +37,5 @@ bool eac3_info(Bytes bytes, Eac3Info* info);
 void eac3_line(const Eac3Info* info, char (&out)[line_size]);
 
 void eac3_facts(const Eac3Info& info, ZatStream* stream);
-
-// The channels of speakers given as a channel map, and the bits of the channel mask; 0 for a map
-// with speakers that the mask does not know.
-uint32_t eac3_channels(uint16_t locations);
-uint32_t eac3_channel_mask(uint16_t locations);
-
-// The speakers of an audio coding mode.
-uint16_t eac3_locations(uint8_t acmod, bool has_lfe);
 
 } // namespace zat

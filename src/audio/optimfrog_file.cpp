@@ -13,7 +13,7 @@ namespace {
 
 constexpr LosslessKind kind = {"[OptimFROG]", "OptimFROG", "OptimFROG"};
 
-constexpr uint32_t chunk_limit = 65536;
+constexpr uint32_t chunk_limit = 16384;
 constexpr int64_t chunk_header_size = 8;
 constexpr uint32_t first_version = 4500;
 constexpr uint32_t dual_stream = 4; // the algorithm of DualStream files

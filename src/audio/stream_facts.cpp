@@ -169,12 +169,14 @@ void mpeg_audio_facts(const MpegAudioInfo& info, ZatStream* stream) {
     if (info.frame_count == 0 || stream->sample_rate == 0) {
         return;
     }
-    // What the header counts; its own frame is among the bytes, but not part of the stream. Of a
-    // constant rate it tells that of the other frames, which may differ from its own.
+    // What the header counts; a Xing header's own frame is among the bytes, but not part of the
+    // stream. Of a constant rate it tells that of the other frames, which may differ from its own.
     stream->samples = uint64_t{info.frame_count} * mpeg_audio_frame_samples(&info);
     stream->duration = static_cast<double>(stream->samples) / stream->sample_rate;
-    if (info.byte_count > info.frame_size) {
-        const double rate = (info.byte_count - info.frame_size) * 8.0 / stream->duration;
+    const uint32_t own_size =
+        std::string_view(info.vbr_header_kind) == "VBRI" ? 0 : info.frame_size;
+    if (info.byte_count > own_size) {
+        const double rate = (info.byte_count - own_size) * 8.0 / stream->duration;
         stream->bit_rate = constant ? whole_kilobits(rate) : clamp_to_integer<uint64_t>(rate + 0.5);
     }
 }

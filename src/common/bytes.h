@@ -71,23 +71,6 @@ constexpr int32_t ReadHex4(const char* text) {
     return value;
 }
 
-constexpr void SwapBytes32(uint32_t* value) {
-    *value = __builtin_bswap32(*value);
-}
-
-constexpr void SwapBytes64(uint64_t* value) {
-    *value = __builtin_bswap64(*value);
-}
-
-constexpr int64_t MakeInt64(uint32_t low, uint32_t high) {
-    return static_cast<int64_t>(static_cast<uint64_t>(high) << 32 | low);
-}
-
-constexpr void SplitInt64(int64_t value, uint32_t* low, uint32_t* high) {
-    *low = static_cast<uint32_t>(static_cast<uint64_t>(value));
-    *high = static_cast<uint32_t>(static_cast<uint64_t>(value) >> 32);
-}
-
 // True when `text` (its terminator aside) stands at p.
 template <size_t N>
 bool starts_with(const uint8_t* p, const char (&text)[N]) {

@@ -12,6 +12,7 @@ namespace zat {
 
 namespace {
 
+constexpr uint32_t tag_limit = 16; // of those that stand one behind the other
 constexpr uint32_t frame_limit = 1024;
 constexpr uint32_t body_size = 2048;              // bytes read of a text
 constexpr int64_t unsynchronised_limit = 1048576; // bytes of a tag that must be read in full
@@ -297,7 +298,7 @@ void read_tag(Reader* reader, Span body, const uint8_t* header, TagTexts* texts)
 
 void read_id3v2_texts(Reader* reader, Span tags, TagTexts* texts) {
     int64_t at = 0;
-    for (;;) {
+    for (uint32_t i = 0; i < tag_limit; ++i) {
         uint8_t header[id3v2_header_size];
         if (!read_all(reader, tags, at, header, sizeof header)) {
             return;

@@ -59,11 +59,6 @@ bool same_letters(std::string_view a, std::string_view b) {
         [](char x, char y) { return ascii_lower(x) == ascii_lower(y); });
 }
 
-int64_t FindText(std::string_view text, std::string_view pattern) {
-    const size_t at = text.find(pattern);
-    return at == std::string_view::npos ? -1 : static_cast<int64_t>(at) + 1;
-}
-
 std::string_view bounded_text(const char* text, size_t size) {
     if (size == 0) { // an empty text may have no address
         return {};

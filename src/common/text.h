@@ -47,9 +47,6 @@ constexpr int IsNotPrintable(char c) {
     return code < 32 || code >= 127 ? 1 : 0;
 }
 
-// The 1-based position of the first occurrence, or -1.
-int64_t FindText(std::string_view text, std::string_view pattern);
-
 // The text of a fixed array, up to its terminator or its end.
 std::string_view bounded_text(const char* text, size_t size);
 template <size_t N>

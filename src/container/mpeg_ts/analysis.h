@@ -151,8 +151,9 @@ void read_program_tables(Analysis* analysis, const Packet& packet);
 // Takes sections of service information.
 void read_service_tables(Analysis* analysis, const Packet& packet);
 
-// Takes the payload of a packet of a stream. `lost` says that packets before it are missing.
-void feed_unit(Analysis* analysis, uint32_t stream, const Packet& packet, bool lost);
+// Takes the payload of a packet of the stream of this index. `lost` says that packets before it are
+// missing.
+void feed_unit(Analysis* analysis, uint32_t index, const Packet& packet, bool lost);
 
 // Looks once more which streams are described by what was captured of them.
 void judge_units(Analysis* analysis);

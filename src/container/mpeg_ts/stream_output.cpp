@@ -108,6 +108,9 @@ void set_common_facts(const StreamOutput& output, uint32_t index, ZatStream* fac
         if (!was_seen(analysis, stream.pid)) {
             facts->flags |= ZAT_FLAG_NO_DATA;
         }
+    } else if (unit.has_stamps && (is_video(stream) || is_audio(stream))) {
+        facts->duration = output.time->seconds;
+        facts->estimated |= ZAT_ESTIMATED_DURATION;
     }
 }
 

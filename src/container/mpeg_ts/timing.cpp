@@ -9,7 +9,7 @@ namespace {
 
 constexpr uint32_t probe_count = 8;
 constexpr int64_t probe_size = 256 << 10;
-constexpr int64_t unprobed_size = 2 << 20; // gaps up to this size are not looked into
+constexpr int64_t probed_size = 1 << 20; // for each probe, in smaller files
 
 // The end of the file is read in parts, from the last one on, until it shows the clock and time
 // stamps.
@@ -353,12 +353,11 @@ bool stamps_jump(const Timeline* line) {
 void add_probes(const Timeline* line, int64_t end, Chain* chain) {
     const int64_t start = line->analysis->head_end;
     const int64_t gap = end - start;
-    if (gap <= unprobed_size) {
-        return;
-    }
-    for (uint32_t i = 1; i <= probe_count; ++i) {
+    const auto count =
+        static_cast<uint32_t>(std::clamp<int64_t>(gap / probed_size, 0, probe_count));
+    for (uint32_t i = 1; i <= count; ++i) {
         Stretch probe;
-        read_probe(line, start + gap / (probe_count + 1) * i, &probe);
+        read_probe(line, start + gap / (count + 1) * i, &probe);
         add_link(chain, probe.clock);
     }
 }
@@ -385,7 +384,7 @@ PlayTime probed_time(const Timeline* line) {
         return time;
     }
     time.seconds = clock_time(line, sum);
-    if (tail.has_stamp && tail.end < static_cast<double>(clock_modulus / 2)) {
+    if (tail.has_stamp && tail.end < static_cast<double>(clock_modulus) / 2) {
         const double stamped = tail.end / static_cast<double>(clock_rate);
         const bool agree = time.seconds == 0 ||
                            (stamped < time.seconds + farthest && stamped > time.seconds - farthest);

@@ -195,16 +195,16 @@ void begin_packet(Analysis* analysis, const Stream& stream, Unit* unit, Bytes pa
     take_stamp(analysis, stream, unit, header.pts);
 }
 
-// What follows a loss does not continue what came before it.
+// What follows a loss does not continue what came before it: enough of it stays, less is dropped.
 void lose_packet(Unit* unit, bool is_audio) {
     constexpr uint32_t enough = 4096;
     unit->in_packet = false;
-    if (is_audio && unit->captured >= enough) {
+    const bool keeps = unit->described || (is_audio && unit->captured >= enough);
+    if (keeps) {
         unit->capture_closed = true;
-    } else if (!unit->capture_closed && !unit->described) {
+    } else if (!unit->capture_closed) {
         unit->captured = 0;
-    } else {
-        unit->capture_closed = true;
+        unit->judged = 0;
     }
 }
 
