@@ -206,12 +206,15 @@ void write_packs(const std::string& path, int64_t packs, bool sectors) {
         sector.u8(0).fill(10, 0xFF).raw({0, 0, 2, 0, 2, 1, 1, 0x62, 0, 1, 1, 0x62, 0});
         put(sector.append(pack).pad_to(2352).bytes);
     }
+}
+
 // Two hours of video with variable sound: 180,000 and 250,000 chunks, whose index is the file's
 // tail.
 struct Avi {
     Bytes head;
     Bytes index;
 };
+
 Avi long_avi(uint64_t size) {
     const auto stream = [](const char* type, uint64_t scale, uint64_t rate, uint64_t length,
                             const Bytes& format) {

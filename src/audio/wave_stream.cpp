@@ -109,8 +109,15 @@ bool describe_aac(
 
 // AC-3 and DTS also go as PCM, for players that hand it on to a decoder, and by GUIDs of their own.
 bool describe_by_sync(Bytes start, ZatStream* stream, char (&line)[line_size]) {
-    return describe_ac3_frame(start, stream, line) || describe_eac3_frame(start, stream, line) ||
-           describe_dts_frame(start, stream, line);
+    const ZatStream told = *stream;
+    stream->profile[0] = '\0';
+    stream->bit_depth = 0;
+    if (describe_ac3_frame(start, stream, line) || describe_eac3_frame(start, stream, line) ||
+        describe_dts_frame(start, stream, line)) {
+        return true;
+    }
+    *stream = told;
+    return false;
 }
 
 bool describe_frames(

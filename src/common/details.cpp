@@ -30,7 +30,9 @@ void add_stream(ZatDetails* details, const ZatStream& stream) {
         return;
     }
     if (details->stream_count < ZAT_STREAM_SLOTS) {
-        details->streams[details->stream_count] = stream;
+        ZatStream* kept = &details->streams[details->stream_count];
+        *kept = stream;
+        kept->bit_rate = stream.bit_rate < bit_rate_limit ? stream.bit_rate : 0;
     }
     ++details->stream_count;
 }
@@ -131,12 +133,12 @@ void finish_details(const InfoRecord& record, ZatDetails* details) {
     } else if (details->duration == 0 && std::isfinite(record.play_time) && record.play_time > 0) {
         details->duration = record.play_time;
     }
-    constexpr double bit_rate_limit = 1e10; // more is nonsense, of a duration that says nothing
     // The duration is the declared one, also of a file that was cut.
     const double size =
         static_cast<double>(record.file_size) + static_cast<double>(details->missing_bytes);
     const double bit_rate = divide(size * 8, details->duration);
-    if (details->bit_rate == 0 && details->duration > 0 && bit_rate < bit_rate_limit) {
+    if (details->bit_rate == 0 && details->duration > 0 &&
+        bit_rate < static_cast<double>(bit_rate_limit)) {
         details->bit_rate = clamp_to_integer<uint64_t>(bit_rate + 0.5);
         details->estimated |= (details->estimated & ZAT_ESTIMATED_DURATION) != 0
                                   ? uint32_t{ZAT_ESTIMATED_BIT_RATE}

@@ -11,10 +11,14 @@
 
 namespace zat {
 
+// Bits a second that no stream has, whatever a damaged file claims.
+constexpr uint64_t bit_rate_limit = 10'000'000'000;
+
 // A stream of which nothing is known yet.
 ZatStream new_stream(ZatStreamKind kind);
 
-// Appends a stream; one beyond the slots is only counted. Does nothing without details.
+// Appends a stream, without a bit rate beyond the limit; one beyond the slots is only counted. Does
+// nothing without details.
 void add_stream(ZatDetails* details, const ZatStream& stream);
 
 // Copies UTF-8, cut to `size` bytes, terminator included, at a whole character.

@@ -12,7 +12,6 @@ namespace {
 
 constexpr uint32_t largest_side = 65535;
 constexpr double lowest_frame_rate = 0.05;
-constexpr uint64_t bit_rate_limit = 10'000'000'000;
 constexpr uint32_t sample_rate_limit = 10'000'000;
 constexpr uint32_t channel_limit = 255;
 constexpr uint32_t bits_limit = 64;

@@ -29,9 +29,10 @@ bool lacks_lengths(const Movie& movie) {
 
 // The lengths by what was counted, of a part of the media data or of all.
 void take_counted_lengths(const MediaWalk& walk, Movie* movie) {
-    const double part = walk.bytes > 0 && !walk.complete
-                            ? static_cast<double>(walk.bytes) / static_cast<double>(size_of(movie->movi))
-                            : 1;
+    const double part =
+        walk.bytes > 0 && !walk.complete
+            ? static_cast<double>(walk.bytes) / static_cast<double>(size_of(movie->movi))
+            : 1;
     for (uint32_t i = 0; i < movie->stream_count; ++i) {
         Stream* stream = &movie->streams[i];
         const bool in_bytes = stream->type == fourcc("auds") && stream->sample_size != 0;

@@ -14,6 +14,7 @@
 #include "container/matroska/track_stream.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace zat {
 
@@ -37,7 +38,7 @@ void make_wishes(const Segment& segment, ClusterWalk* walk) {
 
 double play_time(Reader* reader, const Segment& segment) {
     const double told = seconds_of(segment, segment.duration);
-    return segment.duration_told ? told : measured_duration(reader, segment);
+    return segment.duration_told && std::isfinite(told) ? told : measured_duration(reader, segment);
 }
 
 void add_tracks(const Source& source) {
@@ -153,6 +154,9 @@ int AnalyzeMatroskaFile(FileRecord* file, const Output& out) {
     ClusterWalk walk;
     make_wishes(segment, &walk);
     walk_clusters(&reader, (out.record->options & option_thorough) != 0, &segment, &walk);
+    // However long the walk was, the tracks' headers are read.
+    constexpr Allowance rest = {200'000, 8 << 20};
+    reader_allow(&reader, rest);
     read_tags(&reader, segment.tags, &segment);
     ExtraLines extra;
     Source source;

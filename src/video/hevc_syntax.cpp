@@ -103,8 +103,8 @@ uint32_t pass_reference_set(RbspReader* reader, uint32_t index, uint32_t previou
         read_ue(reader);                        // abs_delta_rps_minus1
         uint32_t pictures = 0;
         for (uint32_t i = 0; i <= previous; ++i) {
-            // used_by_curr_pic_flag, use_delta_flag
-            pictures += read_u(reader, 1) != 0 || read_u(reader, 1) != 0 ? 1 : 0;
+            const bool used_by_current = read_u(reader, 1) != 0;
+            pictures += used_by_current || read_u(reader, 1) != 0 ? 1 : 0; // use_delta_flag
         }
         return pictures;
     }
@@ -122,8 +122,9 @@ bool pass_coding_tools(RbspReader* reader, uint32_t sub_layers) {
     const uint32_t picture_order_bits = read_ue(reader) + 4;
     const bool each_layer = read_u(reader, 1) != 0; // sps_sub_layer_ordering_info_present_flag
     skip_ue(reader, static_cast<int>(each_layer ? sub_layers + 1 : 1) * 3);
-    skip_ue(reader, 6);                                     // block sizes and hierarchy depths
-    if (read_u(reader, 1) != 0 && read_u(reader, 1) != 0) { // scaling list enabled, present
+    skip_ue(reader, 6); // block sizes and hierarchy depths
+    const bool scaling_lists = read_u(reader, 1) != 0;
+    if (scaling_lists && read_u(reader, 1) != 0) { // sps_scaling_list_data_present_flag
         pass_scaling_list_data(reader);
     }
     skip(reader, 2);              // amp_enabled_flag, sample_adaptive_offset_enabled_flag

@@ -16,15 +16,14 @@ void choose_timed_streams(const Header& header, MediaScan* scan) {
     }
 }
 
-void take_time(const Payload& payload, MediaScan* scan) {
-    StreamScan* stream = &scan->streams[payload.stream];
-    stream->first_time =
-        stream->has_time ? std::min(stream->first_time, payload.time) : payload.time;
-    stream->last_time = stream->has_time ? std::max(stream->last_time, payload.time) : payload.time;
+void take_time(uint8_t number, uint32_t time, MediaScan* scan) {
+    StreamScan* stream = &scan->streams[number];
+    stream->first_time = stream->has_time ? std::min(stream->first_time, time) : time;
+    stream->last_time = stream->has_time ? std::max(stream->last_time, time) : time;
     stream->has_time = true;
     for (uint32_t i = 0; i < scan->timed_count; ++i) {
-        if (scan->timed[i].number == payload.stream) {
-            add_frame_time(&scan->timed[i].times, payload.time);
+        if (scan->timed[i].number == number) {
+            add_frame_time(&scan->timed[i].times, time);
         }
     }
 }
@@ -33,8 +32,8 @@ void take_payload(const Payload& payload, MediaScan* scan) {
     StreamScan* stream = &scan->streams[payload.stream];
     stream->bytes += payload.bytes;
     stream->objects += payload.objects;
-    if (payload.objects != 0 && payload.has_time) {
-        take_time(payload, scan);
+    for (uint32_t i = 0; payload.has_time && i < payload.objects; ++i) {
+        take_time(payload.stream, payload.time + i * payload.time_step, scan);
     }
     if (size_of(stream->first_data) == 0) {
         stream->first_data = payload.data;

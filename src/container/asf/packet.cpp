@@ -103,7 +103,7 @@ bool next_payload(PacketReader* packets, Payload* payload) {
     if (replicated == compressed_form) {
         payload->has_time = true;
         payload->time = offset;
-        read_field(packets, type_byte); // time from object to object
+        payload->time_step = read_field(packets, type_byte);
     } else {
         read_replicated(packets, replicated, payload);
     }

@@ -12,8 +12,9 @@ struct Payload {
     uint32_t objects = 0; // that start here; several in a payload of compressed form
     uint64_t bytes = 0;
     bool has_time = false;
-    uint32_t time = 0; // milliseconds, the preroll included
-    Span data = {};    // of the first object that starts here, as far as the payload has it
+    uint32_t time = 0;      // of the first object, in milliseconds, the preroll included
+    uint32_t time_step = 0; // from one object of the payload to the next
+    Span data = {};         // of the first object that starts here, as far as the payload has it
 };
 
 struct PacketReader {

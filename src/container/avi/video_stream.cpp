@@ -60,7 +60,7 @@ void set_rates(const Source& source, const Stream& stream, ZatStream* facts) {
     facts->bit_rate = counted_rate(source, stream);
     if (!source.counted) {
         facts->bit_rate = rest_rate(source, *facts);
-        facts->estimated |= ZAT_ESTIMATED_BIT_RATE;
+        facts->estimated |= facts->bit_rate != 0 ? uint32_t{ZAT_ESTIMATED_BIT_RATE} : 0;
     }
 }
 

@@ -1,5 +1,6 @@
 #include "container/matroska/clusters.h"
 
+#include "common/bits.h"
 #include "container/matroska/ids.h"
 #include "container/matroska/levels.h"
 
@@ -11,6 +12,8 @@ namespace zat::matroska {
 namespace {
 
 constexpr int64_t near_size = 4 << 20; // of the first cluster: the ones that begin in it are read
+// A part's blocks are near each other; laces make their heads long.
+constexpr Allowance part_allowance = {500'000, 8 << 20};
 constexpr Allowance thorough_allowance = {1 << 24, 1LL << 32};
 constexpr uint32_t clusters_searched = 4; // for first frames
 // Lacing bits of a block's flags.
@@ -34,12 +37,13 @@ uint64_t pass_xiph_sizes(Bytes* left, uint32_t count) {
 
 // The same of an EBML lace: all sizes but the first are differences.
 uint64_t pass_ebml_sizes(Bytes* left, uint32_t count) {
-    uint64_t first = 0;
-    for (uint32_t i = 0; i < count; ++i) {
-        const Vint size = parse_vint(*left);
-        first = i == 0 ? size.value : first;
-        *left = left->subspan(size.length);
+    const uint64_t first = count != 0 ? parse_vint(*left).value : 0;
+    size_t at = 0;
+    for (uint32_t i = 0; i < count && at < left->size(); ++i) {
+        const int length = VintLength((*left)[at]);
+        at += static_cast<size_t>(length != 0 ? length : 1);
     }
+    *left = left->subspan(std::min(at, left->size()));
     return first;
 }
 
@@ -198,7 +202,7 @@ void walk_clusters(Reader* reader, bool thorough, Segment* segment, ClusterWalk*
     if (segment->first_cluster < 0) {
         return;
     }
-    reader_allow(reader, thorough ? thorough_allowance : walk_allowance);
+    reader_allow(reader, thorough ? thorough_allowance : part_allowance);
     const int64_t limit = thorough ? segment->span.end : segment->first_cluster + near_size;
     const FileRecord* file = reader->block.file;
     const bool counts_all =

@@ -1,6 +1,7 @@
 #include "container/matroska/live.h"
 
 #include "common/file_window.h"
+#include "common/numbers.h"
 #include "container/matroska/clusters.h"
 #include "container/matroska/ids.h"
 #include "container/matroska/levels.h"
@@ -28,8 +29,8 @@ int64_t default_step(const Segment& segment, uint64_t track_number) {
     const Track* track = std::find_if(
         segment.tracks, end, [=](const Track& each) { return each.number == track_number; });
     const double step = track != end ? frame_duration(*track) : 0;
-    return static_cast<int64_t>(
-        step * 1e9 / static_cast<double>(segment.timestamp_scale) + 0.5); // below 100 s
+    return clamp_to_integer<int64_t>(
+        step * 1e9 / static_cast<double>(segment.timestamp_scale) + 0.5);
 }
 
 void add_cluster(Reader* reader, const Segment& segment, const Element& cluster, Times* times) {
