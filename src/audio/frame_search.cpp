@@ -25,7 +25,7 @@ uint32_t mpeg_audio_size(Bytes bytes) {
         return 0;
     }
     const auto rate = static_cast<uint32_t>(info.bitrate) * 1000;
-    const auto padding = static_cast<uint32_t>(info.padding);
+    const uint32_t padding = info.padding != 0 ? 1 : 0;
     if (info.layer == 1) {
         return (12 * rate / info.sample_rate + padding) * 4;
     }

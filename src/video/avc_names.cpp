@@ -9,47 +9,47 @@ namespace zat {
 namespace {
 
 struct CodeName {
-    int code;
     const char* name;
+    int code;
     AvcRules since = AvcRules::first_lines; // the rules that know the code
 };
 
 // ITU-T H.264, A.2 (profile_idc alone; the constraint flags are not looked at).
 constexpr CodeName profiles[] = {
-    {66, "Baseline"},
-    {77, "Main"},
-    {88, "Extended"},
-    {100, "High"},
-    {110, "High 10"},
-    {122, "High 4:2:2"},
-    {244, "High 4:4:4"},
-    {44, "CAVLC 4:4:4 Intra", AvcRules::standard},
-    {118, "Multiview High", AvcRules::standard},
-    {128, "Stereo High", AvcRules::standard},
+    {"Baseline", 66},
+    {"Main", 77},
+    {"Extended", 88},
+    {"High", 100},
+    {"High 10", 110},
+    {"High 4:2:2", 122},
+    {"High 4:4:4", 244},
+    {"CAVLC 4:4:4 Intra", 44, AvcRules::standard},
+    {"Multiview High", 118, AvcRules::standard},
+    {"Stereo High", 128, AvcRules::standard},
 };
 
 // ITU-T H.264, table A-1. 9 is level 1b of the profiles from High on.
 constexpr CodeName levels[] = {
-    {10, "1"},
-    {11, "1.1"},
-    {12, "1.2"},
-    {13, "1.3"},
-    {20, "2"},
-    {21, "2.1"},
-    {22, "2.2"},
-    {30, "3"},
-    {31, "3.1"},
-    {32, "3.2"},
-    {40, "4"},
-    {41, "4.1"},
-    {42, "4.2"},
-    {50, "5"},
-    {51, "5.1"},
-    {9, "1b", AvcRules::standard},
-    {52, "5.2", AvcRules::standard},
-    {60, "6", AvcRules::standard},
-    {61, "6.1", AvcRules::standard},
-    {62, "6.2", AvcRules::standard},
+    {"1", 10},
+    {"1.1", 11},
+    {"1.2", 12},
+    {"1.3", 13},
+    {"2", 20},
+    {"2.1", 21},
+    {"2.2", 22},
+    {"3", 30},
+    {"3.1", 31},
+    {"3.2", 32},
+    {"4", 40},
+    {"4.1", 41},
+    {"4.2", 42},
+    {"5", 50},
+    {"5.1", 51},
+    {"1b", 9, AvcRules::standard},
+    {"5.2", 52, AvcRules::standard},
+    {"6", 60, AvcRules::standard},
+    {"6.1", 61, AvcRules::standard},
+    {"6.2", 62, AvcRules::standard},
 };
 
 template <size_t N>

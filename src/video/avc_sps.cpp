@@ -183,8 +183,8 @@ bool crop_by_standard(const Sps* sps, AvcSequenceInfo* info) {
     const bool planes = sps->separate_colour_planes;
     const uint64_t unit_x =
         !planes && sps->chroma_format_idc != 0 && sps->chroma_format_idc < 3 ? 2 : 1;
-    const uint64_t unit_y =
-        (!planes && sps->chroma_format_idc == 1 ? 2U : 1U) * (2U - sps->frame_mbs_only_flag);
+    const uint64_t unit_y = (!planes && sps->chroma_format_idc == 1 ? uint64_t{2} : 1) *
+                            (2U - sps->frame_mbs_only_flag);
     const uint64_t across = unit_x * (uint64_t{sps->crop_left} + sps->crop_right);
     const uint64_t down = unit_y * (uint64_t{sps->crop_top} + sps->crop_bottom);
     if (across >= coded_width(sps) || down >= coded_height(sps)) {

@@ -162,7 +162,7 @@ TEST(WavFile, TellsTypedDetails) {
     } rows[] = {
         {"Broadcast Wave of 20 bits in 24, cut",
             wave({chunk("bext", "x"), {0}, fmt(valid_20_of_24, valid_bits), info, chunk("data", "cut", 288000)}),
-            "WAV profile=BWF title=Name writer=Tool notes=truncated duration=1.000 bit_rate=936 missing=287997\n"
+            "WAV profile=BWF title=Name writer=Tool notes=truncated duration=1.000 bit_rate=2304912 missing=287997\n"
             "audio mode=1 duration=1.000 bit_rate=2304000 bytes=3 samples=48000 sample_rate=48000 channels=2 bit_depth=20 "
             "codec=PCM codec_id=0x0001 profile=signed 24 LE layout=L R"},
         {"a size that was never filled in, a wrong alignment",
