@@ -60,6 +60,7 @@ struct Unit {
     bool stamps_jump = false;    // by more than a minute
     bool has_stamps = false;
     uint8_t stream_id = 0;
+    uint8_t false_headers = 0; // of video, that were looked at in vain
     uint32_t header_left = 0;  // bytes of the header that the next packets bring
     uint64_t payload = 0;      // bytes
     uint64_t sampled = 0;      // bytes of it outside the head

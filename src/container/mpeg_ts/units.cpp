@@ -12,6 +12,7 @@ namespace zat::ts {
 
 namespace {
 
+constexpr uint8_t most_false_headers = 16; // then the stream is given up
 constexpr int64_t joint = 60 * clock_rate; // time stamps of one recording lie closer
 
 void keep_stamp(Analysis* analysis, Unit* unit, int64_t ticks) {
@@ -150,6 +151,7 @@ void judge_capture(Analysis* analysis, const Stream& stream, Unit* unit, bool is
         unit->captured = 0;
         unit->judged = 0;
         std::memset(unit->edge, 0xFF, sizeof unit->edge);
+        unit->capture_closed = ++unit->false_headers == most_false_headers;
     }
 }
 
@@ -172,8 +174,8 @@ void take_payload(Analysis* analysis, const Stream& stream, Unit* unit, Bytes da
     }
     if (unit->captured == unit->capacity) {
         judge_capture(analysis, stream, unit, true);
-        unit->capture_closed =
-            unit->captured == unit->capacity; // else a false header was thrown away
+        // Else a false header was thrown away.
+        unit->capture_closed = unit->capture_closed || unit->captured == unit->capacity;
     }
 }
 
