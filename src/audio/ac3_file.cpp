@@ -34,8 +34,8 @@ int ac3_file(FileRecord* file, const Output& out) {
     if (!describe_ac3_frame(find_frame({buffer, length}), &stream, line)) {
         return 1;
     }
-    const auto byte_rate = static_cast<double>(stream.bit_rate / 8); // the lowest is 32 kbit/s
-    out.record->play_time = static_cast<double>(file->size) / byte_rate;
+    const uint64_t byte_rate = stream.bit_rate / 8; // the lowest is 32 kbit/s
+    out.record->play_time = static_cast<double>(file->size) / static_cast<double>(byte_rate);
     if (out.details != nullptr) {
         complete_by_bytes(file->size, &stream);
         copy_utf8(out.details->format, "AC-3");

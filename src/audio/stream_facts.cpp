@@ -190,7 +190,7 @@ void ac3_facts(const Ac3Info& info, ZatStream* stream) {
     if (info.acmod == 0) {
         stream->layout[0] = '\0'; // two programmes
     }
-    set_rates(info.sample_rate, info.bitrate * 1000, stream);
+    set_rates(info.sample_rate, int64_t{info.bitrate} * 1000, stream);
     stream->bit_rate_mode = ZAT_BIT_RATE_CONSTANT;
 }
 
@@ -212,7 +212,7 @@ void dts_facts(const DtsInfo& info, ZatStream* stream) {
         mask |= (has_lfe ? lfe : 0) | (xch ? back_centre : 0);
         set_layout(mask, stream);
     }
-    set_rates(info.sample_rate * (x96 ? 2 : 1), info.bitrate, stream);
+    set_rates(int64_t{info.sample_rate} * (x96 ? 2 : 1), info.bitrate, stream);
     stream->bit_rate_mode = ZAT_BIT_RATE_CONSTANT;
     copy_utf8(stream->profile, x96 ? "96/24" : xch || info.es[0] != '\0' ? "ES" : "");
 }
@@ -277,7 +277,7 @@ void vorbis_facts(const VorbisInfo& info, ZatStream* stream) {
 
 void dvd_lpcm_facts(const LpcmInfo& info, ZatStream* stream) {
     stream->sample_rate = static_cast<uint32_t>(info.coded_rate);
-    stream->channels = static_cast<uint32_t>(info.channels);
+    stream->channels = static_cast<uint8_t>(info.channels);
     set_layout(stream->channels <= 2 ? default_channel_mask(stream->channels) : 0, stream);
     set_lpcm(info, stream->channels, info.bits, stream);
 }

@@ -78,7 +78,8 @@ void write_wav_details(
         const uint32_t block = sample_block(chunks.format);
         if (block != 0 && chunks.format.sample_rate != 0) {
             // A stream passed off as PCM plays at PCM's speed.
-            stream->duration = static_cast<double>(announced / block) / chunks.format.sample_rate;
+            const int64_t frames = announced / block;
+            stream->duration = static_cast<double>(frames) / chunks.format.sample_rate;
         }
         complete_by_bytes(announced, stream);
         stream->bytes = static_cast<uint64_t>(std::min(announced, available));

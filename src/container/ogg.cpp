@@ -15,7 +15,6 @@ namespace {
 
 using namespace ogg;
 
-
 void write_notes(const Walk& walk, const Output& out, ExtraLines* extra) {
     if (walk.missing != 0) {
         add_truncated_note(out, extra, walk.missing);

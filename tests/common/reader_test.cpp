@@ -33,19 +33,21 @@ TEST(Reader, ReadsWhatStandsInTheFile) {
         // Mostly onward, now and then a jump, the end of the file included.
         position = i % 7 == 6 ? static_cast<int64_t>(state % 200100) : position + count / 2;
         const Span wanted = sub_span(whole, position, count);
-        const std::vector<uint8_t> expected(bytes.begin() + wanted.start, bytes.begin() + wanted.end);
+        const std::vector<uint8_t> expected(bytes.data() + wanted.start, bytes.data() + wanted.end);
         std::vector<uint8_t> got(count);
         got.resize(read_some(&reader, whole, position, got.data(), count));
         ASSERT_EQ(got, expected) << position << "+" << count;
         const Bytes view = read_view(&reader, whole, position, count);
         ASSERT_TRUE(std::equal(view.begin(), view.end(), expected.begin(), expected.end()));
-        const auto rest = bytes.begin() + sub_span(whole, position).start;
-        const auto other = std::find_if(rest, bytes.end(), [](uint8_t byte) { return byte != 0; });
-        EXPECT_EQ(count_zeros(&reader, whole, position), other == bytes.end() ? -1 : other - rest);
+        const uint8_t* end = bytes.data() + bytes.size();
+        const uint8_t* rest = bytes.data() + sub_span(whole, position).start;
+        const uint8_t* other = std::find_if(rest, end, [](uint8_t byte) { return byte != 0; });
+        EXPECT_EQ(count_zeros(&reader, whole, position), other == end ? -1 : other - rest);
     }
     EXPECT_EQ(count_zeros(&reader, whole, 1LL << 40), -1);
 }
 
+#ifndef _WIN32 // where a seek past the end leaves no hole
 TEST(Reader, CountsTheZerosOfHoles) {
     constexpr int64_t hole = 64 << 20;
     const TempFile temp({1});
@@ -61,6 +63,7 @@ TEST(Reader, CountsTheZerosOfHoles) {
         EXPECT_EQ(count_zeros(&reader, whole_file(&reader), hole + 1), -1);
     }
 }
+#endif
 
 TEST(Riff, CutsChunksAtTheirParent) {
     const ByteBuilder bytes = ByteBuilder()

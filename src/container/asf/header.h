@@ -38,20 +38,21 @@ struct StreamExtras {
 };
 
 struct Header {
-    bool has_properties = false;
     uint64_t created = 0;       // 100 ns since 1601
     uint64_t play_duration = 0; // 100 ns, the preroll included
     uint64_t preroll = 0;       // milliseconds
-    bool broadcast = false;
+    uint64_t packets = 0;
     uint32_t smallest_packet = 0; // bytes
     uint32_t largest_packet = 0;
-    uint64_t packets = 0;
+    bool has_properties = false;
+    bool has_data = false;
+    bool broadcast = false;
+    bool drm = false;
 
     Span languages = {};
     Span codec_list = {};
     uint32_t markers = 0;
     uint32_t script_commands = 0;
-    bool drm = false;
 
     TagTexts texts;
     char tool_name[tag_text_size] = {};
@@ -59,7 +60,6 @@ struct Header {
     char settings[tag_text_size] = {};
     char sdk_version[tag_text_size] = {};
 
-    bool has_data = false;
     Span data = {};            // packets
     int64_t announced_end = 0; // file position
 

@@ -142,10 +142,9 @@ int64_t units_of(const LogicalStream& stream, int64_t granule) {
 
 // Where the stream begins, in samples or frames.
 int64_t start_of(const LogicalStream& stream) {
-    const int64_t joined_at =
-        joined_late(stream)
-            ? units_of(stream, stream.first_granule) - static_cast<int64_t>(stream.units_held)
-            : 0;
+    const int64_t joined_at = joined_late(stream) ? units_of(stream, stream.first_granule) -
+                                                        static_cast<int64_t>(stream.units_held)
+                                                  : 0;
     return joined_at + (stream.coding == Coding::opus ? stream.opus.pre_skip : 0);
 }
 
