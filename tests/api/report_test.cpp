@@ -86,8 +86,10 @@ TEST(Report, DropsWholeLinesFromTheFirstThatDoesNotFit) {
         }
         const std::string videos = header + lines[0] + "\r\n" + lines[1] + "\r\n" + lines[2] + "\r\n";
         const std::string summary = " 0Byte 0:00:00.000(0.0000sec)\r\n";
-        EXPECT_EQ(report_of(record), videos + (fits ? "a\r\n" : "") + summary);
-        EXPECT_EQ(report_of(record, SIZE_MAX), videos + "a\r\n" + summary);
+        std::string whole = videos;
+        whole.append("a\r\n").append(summary);
+        EXPECT_EQ(report_of(record), fits ? whole : videos + summary);
+        EXPECT_EQ(report_of(record, SIZE_MAX), whole);
     }
 }
 

@@ -159,7 +159,7 @@ TEST(WavFile, TellsTypedDetails) {
         const char* name;
         Buffer bytes;
         const char* expected;
-    } rows[] = {
+    } files[] = {
         {"Broadcast Wave of 20 bits in 24, cut",
             wave({chunk("bext", "x"), {0}, fmt(valid_20_of_24, valid_bits), info, chunk("data", "cut", 288000)}),
             "WAV profile=BWF title=Name writer=Tool notes=truncated duration=1.000 bit_rate=2304912 missing=287997\n"
@@ -184,7 +184,7 @@ TEST(WavFile, TellsTypedDetails) {
             "audio mode=1 duration=0.002 bit_rate=1536000 bytes=400 sample_rate=48000 channels=6 codec=DTS codec_id=0x0001 "
             "layout=L R C LFE Ls Rs"},
     };
-    for (const auto& row : rows) {
+    for (const auto& row : files) {
         EXPECT_EQ(details_text(*details_of(row.bytes)), row.expected) << row.name;
     }
 }

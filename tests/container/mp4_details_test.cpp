@@ -83,8 +83,8 @@ TEST(Mp4Details, TellsTheTruthOfVideo) {
     const Data names =
         atom("udta", {atom("name", ByteBuilder().text("Angle 2").bytes),
                          atom("kind", full().text("urn:mpeg:dash:role:2011").u8(0).text("commentary").u8(0).bytes)});
-    const Data empty_edit =
-        atom("edts", {atom("elst", full().be32(2).be32(500).be32(-1).be32(0x10000).be32(1500).be32(0).be32(0x10000).bytes)});
+    const Data empty_edit = atom(
+        "edts", {atom("elst", full().be32(2).be32(500).be32(0xFFFFFFFF).be32(0x10000).be32(1500).be32(0).be32(0x10000).bytes)});
     const Data plain = file({track({.tables = ticks})});
     const Data rich = file({track({.flags = 0,
         .header = media_header(1000, 2000, japanese),

@@ -282,6 +282,7 @@ TEST(MpegTs, survives_lies_and_every_length) {
     TsBuilder many;
     many.table(0, pat({{1, 0x1000}}));
     std::vector<MapEntry> entries;
+    entries.reserve(150);
     for (int i = 0; i < 150; ++i) {
         entries.push_back({i % 2 == 0 ? 0x1B : 0x0F, 0x100 + i});
     }
