@@ -334,7 +334,7 @@ Bytes hour_of_tta() {
         return bytes.le32(crc).bytes;
     };
     ByteBuilder header;
-    header.text("TTA1").le16(1).le16(2).le16(16).le32(44100).le32(44100 * 3600);
+    header.text("TTA1").le16(1).le16(2).le16(16).le32(44100).le32(44100ULL * 3600);
     ByteBuilder table;
     for (int i = 0; i < 3446; ++i) {
         table.le32(100000);
