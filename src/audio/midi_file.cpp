@@ -21,6 +21,9 @@ constexpr uint32_t header_fields_size = 6;
 constexpr uint16_t format_independent = 2; // tracks that do not play together
 constexpr uint32_t riff_chunk_limit = 64;
 
+// Events are looked at one by one, which takes longer than stepping over chunks.
+constexpr Allowance event_allowance = {walk_allowance.steps, walk_allowance.bytes / 2};
+
 struct MidiFile {
     Reader reader;
     Span smf; // from "MThd" on
@@ -205,6 +208,7 @@ void describe(MidiFile* midi, const Output& out) {
 int AnalyzeMidiFile(FileRecord* file, const Output& out) {
     MidiFile midi;
     reader_open(&midi.reader, file);
+    reader_allow(&midi.reader, event_allowance);
     Span rest;
     const bool has_header = read_header(&midi, &rest);
     if (has_header) {

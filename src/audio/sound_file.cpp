@@ -1,5 +1,6 @@
 #include "audio/sound_file.h"
 
+#include "audio/stream_facts.h"
 #include "audio/wave_format.h"
 #include "common/channel_layout.h"
 #include "common/codec_catalogue.h"
@@ -39,7 +40,7 @@ constexpr AnnotationRow annotation_rows[] = {
 
 bool take_annotation_line(std::string_view line, SoundFile* sound) {
     for (const AnnotationRow& row : annotation_rows) {
-        if (line.starts_with(row.key)) {
+        if (same_letters(line.substr(0, row.key.size()), row.key)) {
             row.take(line.substr(row.key.size()), sound);
             return true;
         }
@@ -88,10 +89,9 @@ void format_sound_line(const SoundFile& sound, char (&line)[line_size]) {
         append_format(line, "%dHz", static_cast<int32_t>(facts.sample_rate));
     }
     if (facts.channels != 0) {
-        char layout[layout_size] = {};
-        if (facts.channels > 2) {
-            line_layout(default_channel_mask(facts.channels), facts.channels, layout);
-        }
+        char layout[layout_size];
+        const uint32_t usual = sound.tells_layout ? 0 : default_channel_mask(facts.channels);
+        line_layout(sound.channel_mask != 0 ? sound.channel_mask : usual, facts.channels, layout);
         append_format(line, layout[0] != '\0' ? "%dch(%s)" : "%dch",
             static_cast<int32_t>(facts.channels), layout);
     }
@@ -117,6 +117,10 @@ void complete_facts(SoundFile* sound) {
     if (facts->sample_rate != 0) {
         facts->duration = static_cast<double>(facts->samples) / facts->sample_rate;
     }
+    set_layout(sound->channel_mask == 0 && facts->channels <= 2
+                   ? default_channel_mask(facts->channels)
+                   : sound->channel_mask,
+        facts);
     if (sound->available > 0) {
         facts->bytes = static_cast<uint64_t>(sound->available);
     }

@@ -31,6 +31,8 @@ struct SoundFile {
     SampleForm form = {};
     const char* header_name = nullptr; // of the chunk that tells the form, and its size
     uint32_t header_size = 0;
+    bool tells_layout = false; // of the speakers, in whatever way
+    uint32_t channel_mask = 0; // 0: not told, or without a name
     ChunkChain chain;
     int64_t announced = 0; // bytes of sound by the header, 0 when it does not tell
     int64_t available = 0; // of which the file holds
