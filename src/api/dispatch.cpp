@@ -1,5 +1,6 @@
 #include "api/dispatch.h"
 
+#include "audio/aac_file.h"
 #include "audio/ac3_file.h"
 #include "audio/aiff_file.h"
 #include "audio/au_file.h"
@@ -34,6 +35,9 @@
 #include "container/realmedia.h"
 #include "container/video_cd.h"
 #include "detect/file_type.h"
+#include "picture/bmp_file.h"
+#include "picture/gif_file.h"
+#include "picture/jpeg_file.h"
 
 #include <cstddef>
 #include <iterator>
@@ -63,7 +67,7 @@ constexpr Row rows[] = {
     {AnalyzeMpegTsFile, FILETYPE_MPEG2_M2TS},
     {AnalyzeMp4File, FILETYPE_3GPP2},
     {AnalyzeMp4File, FILETYPE_MPEG4},
-    {AnalyzeMp4File, FILETYPE_AAC},
+    {AnalyzeAacFile, FILETYPE_AAC},
     {AnalyzeOggFile, FILETYPE_OGGMEDIA},
     {AnalyzeOggFile, FILETYPE_OGGVORBIS},
     {AnalyzeOggFile, FILETYPE_OGGSPEEX},
@@ -93,6 +97,9 @@ constexpr Row rows[] = {
     {AnalyzeWsdFile, FILETYPE_WSD},
     {AnalyzeWavPackFile, FILETYPE_WAVPACK},
     {AnalyzeFlvFile, FILETYPE_FLV},
+    {AnalyzeBmpFile, FILETYPE_BMP},
+    {AnalyzeJpegFile, FILETYPE_JPEG},
+    {AnalyzeGifFile, FILETYPE_GIF},
     {AnalyzeProgramStreamFile, FILETYPE_MPEG1, Result::error_count},
     {AnalyzeProgramStreamFile, FILETYPE_MPEG2, Result::error_count},
     {AnalyzeVideoCdFile, FILETYPE_MPEG1VCD, Result::error_count},

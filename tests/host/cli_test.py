@@ -84,7 +84,7 @@ class Cli(unittest.TestCase):
             (["--version"], OK, "zat 1.0.0 (library build 161225)", ""),
             ([], USAGE, "", "no file named"),
             (["--nonsense", SAMPLE], USAGE, "", "--nonsense"),
-            (["--format", "xml", SAMPLE], USAGE, "", "zat: --format: xml is none of text, table, json, jsonl, csv\n"),
+            (["--format", "xml", SAMPLE], USAGE, "", "zat: --format: xml is none of text, table, json, jsonl, csv, html\n"),
             (["--raw", "--format", "json", SAMPLE], USAGE, "", "zat: --raw goes with --format text only"),
             (["--with-report", SAMPLE], USAGE, "", "zat: --with-report goes with --format json and jsonl only"),
             (["--null", SAMPLE], USAGE, "", "zat: --null goes with a list of paths only"),
@@ -165,7 +165,7 @@ class Cli(unittest.TestCase):
             if WINDOWS and "*本*" in arguments:
                 continue  # Wine hands the arguments over in another code page
             with self.subTest(arguments=arguments):
-                _, out, _ = zat("--format", "jsonl", "-q", *arguments, "--", "tree")
+                _, out, _ = zat("--format", "jsonl", "-q", *arguments, "tree")
                 found = {json.loads(line)["path"].removeprefix("tree/") for line in text_of(out).splitlines()}
                 self.assertEqual(found, expected)
 
