@@ -3,6 +3,7 @@
 #include "audio/sound_file.h"
 #include "common/record_lines.h"
 #include "common/riff.h"
+#include "common/tag_sizes.h"
 #include "common/text.h"
 #include "common/text_codes.h"
 
@@ -102,6 +103,7 @@ constexpr LayoutRow layouts[] = {
 
 struct AiffFile {
     Reader reader;
+    Span form; // the file behind ID3v2 tags
     SoundFile sound;
     bool is_compressed = false; // AIFF-C
     Span common;
@@ -187,11 +189,10 @@ constexpr Handler handlers[] = {
 };
 
 void walk_chunks(AiffFile* aiff) {
-    const Span file = whole_file(&aiff->reader);
-    int64_t position = riff_header_size;
+    Span rest = sub_span(aiff->form, riff_header_size);
     int64_t zeros = 0;
     Chunk chunk;
-    while (read_chunk(&aiff->reader, sub_span(file, position), &chunk, std::endian::big)) {
+    while (read_chunk(&aiff->reader, rest, &chunk, std::endian::big)) {
         add_to_chain(&aiff->sound.chain, chunk.id, zeros != 0);
         for (const Handler& handler : handlers) {
             if (handler.id == chunk.id) {
@@ -199,12 +200,12 @@ void walk_chunks(AiffFile* aiff) {
             }
         }
         // Some writers leave the pad byte out.
-        position = chunk.payload.start + chunk.size;
-        zeros = count_zeros(&aiff->reader, file, position);
-        position += std::max<int64_t>(zeros, 0);
+        rest = {chunk.payload.end, rest.end};
+        zeros = count_zeros(&aiff->reader, rest, 0);
         if (zeros < 0) {
             return;
         }
+        rest.start += zeros;
     }
 }
 
@@ -245,7 +246,8 @@ int AnalyzeAiffFile(FileRecord* file, const Output& out) {
     reader_open(&aiff.reader, file);
     open_sound_file(&aiff.sound);
     aiff.sound.header_name = "COMM";
-    const Bytes head = read_view(&aiff.reader, whole_file(&aiff.reader), 0, riff_header_size);
+    aiff.form = span_behind_id3v2(&aiff.reader);
+    const Bytes head = read_view(&aiff.reader, aiff.form, 0, riff_header_size);
     aiff.is_compressed = has_at(head, 8, "AIFC");
     walk_chunks(&aiff);
     reader_allow(&aiff.reader, walk_allowance);

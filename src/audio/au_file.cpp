@@ -2,6 +2,7 @@
 
 #include "audio/sound_file.h"
 #include "common/record_lines.h"
+#include "common/tag_sizes.h"
 #include "common/text.h"
 #include "common/text_codes.h"
 
@@ -50,7 +51,7 @@ void read_annotation(Reader* reader, Span annotation, SoundFile* sound) {
 }
 
 void read_header(Reader* reader, SoundFile* sound) {
-    const Span file = whole_file(reader);
+    const Span file = span_behind_id3v2(reader);
     uint8_t fields[header_size];
     if (!read_all(reader, file, 0, fields, sizeof fields)) {
         return;

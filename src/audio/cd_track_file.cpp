@@ -3,6 +3,7 @@
 #include "audio/sound_file.h"
 #include "common/record_lines.h"
 #include "common/riff.h"
+#include "common/tag_sizes.h"
 #include "common/text.h"
 
 namespace zat {
@@ -39,8 +40,8 @@ void read_track(Reader* reader, const Chunk& chunk, SoundFile* sound) {
     set_sample_form(sound, disc_form, 0);
     sound->facts.codec_id[0] = '\0';
     const uint32_t seconds = start / frames_per_second;
-    add_fact(&sound->extra, "track %u start %u:%02u.%02u", track, seconds / 60, seconds % 60,
-        start % frames_per_second);
+    format_text(sound->fact, sizeof sound->fact, "track %u start %u:%02u.%02u", track, seconds / 60,
+        seconds % 60, start % frames_per_second);
 }
 
 } // namespace
@@ -50,8 +51,8 @@ int AnalyzeCdTrackFile(FileRecord* file, const Output& out) {
     SoundFile sound;
     reader_open(&reader, file);
     open_sound_file(&sound);
-    sound.header_name = "fmt ";
-    Span rest = sub_span(whole_file(&reader), riff_header_size);
+    sound.header_name = "fmt";
+    Span rest = sub_span(span_behind_id3v2(&reader), riff_header_size);
     Chunk chunk;
     for (uint32_t i = 0; i < chunk_limit && next_chunk(&reader, &rest, &chunk); ++i) {
         add_to_chain(&sound.chain, chunk.id, false);

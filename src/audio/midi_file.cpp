@@ -8,6 +8,7 @@
 #include "common/record_lines.h"
 #include "common/riff.h"
 #include "common/stream_lines.h"
+#include "common/tag_sizes.h"
 #include "common/text.h"
 #include "common/text_codes.h"
 
@@ -46,7 +47,8 @@ struct MidiFile {
 
 // The sound and the texts of a RIFF file; instruments may stand beside them.
 void open_riff(MidiFile* midi) {
-    Span rest = sub_span(whole_file(&midi->reader), riff_header_size);
+    Span rest = sub_span(midi->smf, riff_header_size);
+    midi->smf = {};
     Chunk chunk;
     for (uint32_t i = 0; i < riff_chunk_limit && next_chunk(&midi->reader, &rest, &chunk); ++i) {
         constexpr int64_t list_type_size = 4;
@@ -61,11 +63,9 @@ void open_riff(MidiFile* midi) {
 }
 
 bool read_header(MidiFile* midi, Span* rest) {
-    const Bytes head = read_view(&midi->reader, whole_file(&midi->reader), 0, 4);
-    midi->is_riff = has_at(head, 0, "RIFF");
-    midi->smf = whole_file(&midi->reader);
+    midi->smf = span_behind_id3v2(&midi->reader);
+    midi->is_riff = has_at(read_view(&midi->reader, midi->smf, 0, 4), 0, "RIFF");
     if (midi->is_riff) {
-        midi->smf = {};
         open_riff(midi);
     }
     Chunk chunk;

@@ -5,6 +5,7 @@
 #include "common/channel_layout.h"
 #include "common/codec_catalogue.h"
 #include "common/extra_info.h"
+#include "common/extra_lines.h"
 #include "common/fourcc.h"
 #include "common/stream_lines.h"
 #include "common/text.h"
@@ -126,6 +127,19 @@ void complete_facts(SoundFile* sound) {
     }
 }
 
+void write_extra(const SoundFile& sound, const Output& out) {
+    ExtraLines extra;
+    for (const char* line : {sound.chain.text, sound.fact}) {
+        if (line[0] != '\0') {
+            add_fact(&extra, "%s", line);
+        }
+    }
+    if (sound.announced > sound.available) {
+        add_truncated_note(out, &extra, static_cast<uint64_t>(sound.announced - sound.available));
+    }
+    write_extra_lines(extra, out.record);
+}
+
 } // namespace
 
 void open_sound_file(SoundFile* sound) {
@@ -149,8 +163,8 @@ void set_sample_form(SoundFile* sound, const SampleForm& form, uint32_t bits) {
         set_fourcc_codec(facts, form.fourcc);
     }
     if (sound->form.block_samples != 0) {
-        facts->bit_rate_mode = ZAT_BIT_RATE_CONSTANT;
         facts->bit_rate = block_size(*sound) * 8 * facts->sample_rate / sound->form.block_samples;
+        facts->bit_rate_mode = facts->bit_rate != 0 ? uint32_t{ZAT_BIT_RATE_CONSTANT} : 0;
     }
 }
 
@@ -180,14 +194,7 @@ void write_sound_file(SoundFile* sound, const Output& out) {
         add_stream_line(out, sound->facts, bounded_text(line));
     }
     out.record->play_time = sound->facts.duration;
-    if (sound->chain.text[0] != '\0') {
-        add_fact(&sound->extra, "%s", sound->chain.text);
-    }
-    if (sound->announced > sound->available) {
-        add_truncated_note(
-            out, &sound->extra, static_cast<uint64_t>(sound->announced - sound->available));
-    }
-    write_extra_lines(sound->extra, out.record);
+    write_extra(*sound, out);
     write_artist_and_title(sound->texts, out);
     append_writer(out, bounded_text(sound->writer));
     if (out.details != nullptr) {

@@ -4,7 +4,7 @@
 
 #include "audio/chunk_chain.h"
 #include "common/codec_names.h"
-#include "common/extra_lines.h"
+#include "common/details.h"
 #include "common/tag_texts.h"
 
 #include <cstddef>
@@ -38,7 +38,7 @@ struct SoundFile {
     int64_t available = 0; // of which the file holds
     TagTexts texts;
     TagText writer = {};
-    ExtraLines extra;
+    char fact[64] = {}; // one more extra line
 };
 
 // Starts on a record of which nothing is set.

@@ -19,6 +19,9 @@ constexpr uint32_t size_elsewhere = 0xFFFFFFFF; // a size that "ds64" tells
 constexpr int64_t riff_walk_limit = 0x7FFFFFFC;
 constexpr int64_t no_limit = std::numeric_limits<int64_t>::max();
 
+// Bytes: what writers put in place of a size that they do not know is far above.
+constexpr int64_t largest_size = int64_t{1} << 48;
+
 // "ds64" (EBU Tech 3306, 3.5): the sizes of the file and of "data", the samples, and a table of
 // other chunks' sizes.
 constexpr int64_t ds64_data_at = 8;
@@ -73,6 +76,13 @@ uint64_t large_size(Reader* reader, Span ds64, uint32_t id) {
     return 0;
 }
 
+// In a file that was never finished a chunk takes up what there is.
+void set_large_size(uint64_t size, Span space, int64_t header_size, WaveChunk* chunk) {
+    const bool is_known = size != 0 && size <= uint64_t{largest_size};
+    chunk->payload = sub_span(space, header_size, is_known ? static_cast<int64_t>(size) : no_limit);
+    chunk->size = is_known ? size : static_cast<uint64_t>(size_of(chunk->payload));
+}
+
 bool read_riff_chunk(Reader* reader, const WaveHead& head, Span space, WaveChunk* chunk) {
     Chunk riff;
     if (!read_chunk(reader, space, &riff)) {
@@ -82,12 +92,8 @@ bool read_riff_chunk(Reader* reader, const WaveHead& head, Span space, WaveChunk
     if (head.form == WaveForm::riff || riff.size != size_elsewhere) {
         return true;
     }
-    // A file that was never finished has no size anywhere: the chunk takes up what there is.
-    const uint64_t size = large_size(reader, head.large_sizes, riff.id);
-    const bool is_known = size != 0 && size <= uint64_t{no_limit};
-    chunk->payload =
-        sub_span(space, riff_chunk_header_size, is_known ? static_cast<int64_t>(size) : no_limit);
-    chunk->size = is_known ? size : static_cast<uint64_t>(size_of(chunk->payload));
+    set_large_size(
+        large_size(reader, head.large_sizes, riff.id), space, riff_chunk_header_size, chunk);
     return true;
 }
 
@@ -96,14 +102,20 @@ bool read_wave64_chunk(Reader* reader, Span space, WaveChunk* chunk) {
     if (header.size() < wave64_chunk_header_size) {
         return false;
     }
-    const int64_t size = ReadLE64(header.data() + guid_size) - wave64_chunk_header_size;
-    if (size < 0) {
+    const int64_t whole = ReadLE64(header.data() + guid_size);
+    if (whole < wave64_chunk_header_size) {
         return false;
     }
     const auto is_letter = [](uint8_t c) { return IsNotPrintable(static_cast<char>(c)) == 0; };
     const bool has_name = std::all_of(header.begin(), header.begin() + 4, is_letter);
-    *chunk = {has_name ? ReadBE32(header.data()) : fourcc("GUID"), static_cast<uint64_t>(size),
-        sub_span(space, wave64_chunk_header_size, size)};
+    *chunk = {};
+    chunk->id = has_name ? ReadBE32(header.data()) : fourcc("GUID");
+    if (whole > wave64_chunk_header_size) {
+        const auto size = static_cast<uint64_t>(whole - wave64_chunk_header_size);
+        set_large_size(size, space, wave64_chunk_header_size, chunk);
+    } else {
+        chunk->payload = sub_span(space, wave64_chunk_header_size, 0);
+    }
     return true;
 }
 

@@ -7,7 +7,7 @@ namespace zat {
 
 struct WaveChunk {
     uint32_t id = 0;   // four characters, the first one in the top byte
-    uint64_t size = 0; // of the payload in bytes, as announced
+    uint64_t size = 0; // of the payload in bytes, as announced; less than 2^49
     Span payload;      // cut at the file's end
 };
 

@@ -74,12 +74,6 @@ constexpr Handler handlers[] = {
     {fourcc("ID3 "), take_id3v2},
 };
 
-// The file position behind a chunk; a size that no file has stops short of overflow.
-int64_t chunk_end(const WaveChunk& chunk) {
-    constexpr uint64_t most = std::numeric_limits<int64_t>::max() / 2;
-    return chunk.payload.start + static_cast<int64_t>(std::min(chunk.size, most));
-}
-
 int walk_chunks(Walk* walk) {
     const Span file = whole_file(walk->reader);
     const int64_t alignment = walk->head.alignment;
@@ -98,7 +92,7 @@ int walk_chunks(Walk* walk) {
             }
         }
         // Writers differ on the pad byte behind a chunk of odd size; passing over zeros serves all.
-        const int64_t end = chunk_end(chunk);
+        const int64_t end = chunk.payload.start + static_cast<int64_t>(chunk.size);
         position = (end + alignment - 1) / alignment * alignment;
         const int64_t zeros = count_zeros(walk->reader, file, position);
         follows_zeros = position != end || zeros != 0;

@@ -4,6 +4,7 @@
 #include "common/extra_lines.h"
 #include "common/record_lines.h"
 #include "common/stream_lines.h"
+#include "common/tag_sizes.h"
 #include "common/tag_texts.h"
 #include "common/text.h"
 #include "common/text_codes.h"
@@ -74,13 +75,14 @@ void format_line(const RealAudioHeader& header, const ZatStream& stream, char (&
 int AnalyzeRealAudioFile(FileRecord* file, const Output& out) {
     Reader reader;
     reader_open(&reader, file);
-    const Bytes start = read_view(&reader, whole_file(&reader), 0, look_size);
+    const Span whole = span_behind_id3v2(&reader);
+    const Bytes start = read_view(&reader, whole, 0, look_size);
     set_label(out.record, "%s", "[Real Audio]");
     RealAudioHeader header;
     if (!read_realaudio_header(start, &header)) {
         return 1;
     }
-    const int64_t available = file->size - header.header_size;
+    const int64_t available = size_of(whole) - header.header_size;
     ZatStream stream = new_stream(ZAT_STREAM_AUDIO);
     set_figures(header, available, &stream);
     TagTexts texts;
