@@ -11,15 +11,9 @@ this file, in the repository or installation that this file is in, and where the
 its catalogue of names beside it, or where it is installed. On Windows a 32-bit Python loads zat.dll and
 a 64-bit one zat64.dll.
 
-`info` is a pure function of a path and may be called from any number of threads and processes at
-once, so an engine that spreads work over machines needs nothing more than the call:
-
-    dask:     dask.bag.from_sequence(paths, npartitions=64).map(zat.info).to_dataframe()
-    ray:      ray.data.from_items(paths).map(lambda row: dataclasses.asdict(zat.info(row["item"])))
-    pyspark:  sc.parallelize(paths, 64).map(lambda path: dataclasses.asdict(zat.info(path)))
-
-with this module and the library on every machine. `set_catalogue` is the one thing that is shared by
-all calls: call it, if at all, before the first `info`.
+`info` is a function of a path alone and may be called from any number of threads and processes at once:
+examples/cluster spreads it over machines with Dask, Spark or Ray. `set_catalogue` is the one thing that is
+shared by all calls: call it, if at all, before the first `info`.
 """
 
 from __future__ import annotations
