@@ -86,7 +86,7 @@ class Cli(unittest.TestCase):
             (["--version"], OK, f"zat {VERSION} (library build 161225)\n", ""),
             ([], USAGE, "", "no file named"),
             (["--nonsense", SAMPLE], USAGE, "", "--nonsense"),
-            (["--format", "xml", SAMPLE], USAGE, "", "zat: --format: xml is none of text, table, json, jsonl, csv\n"),
+            (["--format", "xml", SAMPLE], USAGE, "", "zat: --format: xml is none of text, table, json, jsonl, csv, html\n"),
             (["--raw", "--format", "json", SAMPLE], USAGE, "", "zat: --raw goes with --format text only"),
             (["--with-report", SAMPLE], USAGE, "", "zat: --with-report goes with --format json and jsonl only"),
             (["--null", SAMPLE], USAGE, "", "zat: --null goes with a list of paths only"),
