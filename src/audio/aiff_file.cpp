@@ -258,7 +258,6 @@ int AnalyzeAiffFile(FileRecord* file, const Output& out) {
     aiff.sound.texts = tag;
     set_label(out.record, "%s", aiff.is_compressed ? "[AIFF-C]" : "[AIFF]");
     if (out.details != nullptr) {
-        copy_utf8(out.details->format, "AIFF");
         copy_utf8(out.details->format_profile, aiff.is_compressed ? "AIFF-C" : "");
     }
     write_sound_file(&aiff.sound, out);

@@ -61,9 +61,6 @@ int AnalyzeCdTrackFile(FileRecord* file, const Output& out) {
         }
     }
     set_label(out.record, "%s", "[RIFF(CDDA)]");
-    if (out.details != nullptr) {
-        copy_utf8(out.details->format, "CD audio track");
-    }
     write_sound_file(&sound, out);
     return 0;
 }

@@ -219,7 +219,6 @@ int AnalyzeMidiFile(FileRecord* file, const Output& out) {
     write_artist_and_title(midi.texts, out);
     append_writer(out, bounded_text(midi.writer));
     if (out.details != nullptr) {
-        copy_utf8(out.details->format, "MIDI");
         copy_utf8(out.details->format_profile, midi.is_riff ? "RMID" : "");
     }
     note_work_limit(out, midi.reader);
