@@ -227,7 +227,7 @@ TEST(WavFile, TakesSizesOf64Bits) {
         Buffer bytes;
         const char* label;
         const char* expected;
-    } rows[] = {
+    } files[] = {
         {"a cut file of 5 GB, another chunk's size in the table",
             with_id("RF64", wave({sizes(5'000'000'000, 0, "junk", 4), format, chunk("junk", {1, 2, 3, 4}, elsewhere),
                                 chunk("data", {1, 2}, elsewhere)})),
@@ -294,7 +294,7 @@ TEST(WavFile, TakesSizesOf64Bits) {
             "audio mode=1 duration=0.000 bit_rate=1411200 bytes=8 samples=2 sample_rate=44100 channels=2 bit_depth=16 codec=PCM "
             "codec_id=0x0001 profile=signed 16 LE layout=L R"},
     };
-    for (const auto& row : rows) {
+    for (const auto& row : files) {
         const auto result = dispatched(101, row.bytes);
         EXPECT_STREQ(result->record.label, row.label) << row.name;
         EXPECT_EQ(result->text(), row.expected) << row.name;

@@ -29,7 +29,7 @@ Buffer version4or5(int version, std::string_view codec, size_t present, uint64_t
     } else {
         out.text("genr").text(codec);
     }
-    return out.fill(version == 4 ? 3 : 3).append(names).fill(present, 1).bytes;
+    return out.fill(3).append(names).fill(present, 1).bytes;
 }
 
 } // namespace
