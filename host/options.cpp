@@ -22,6 +22,7 @@ constexpr char examples[] = R"(Examples:
   zat --format table Films/             one line a file
   zat --format jsonl Music/ | jq .play_time
   zat --format csv *.mp4 > movies.csv   one row a stream
+  zat --format html -o films.html Films/
   find . -size +1G -print0 | zat -0 --files-from -
 
 Exit status: 0 when every file was described, 1 when one could not be read, or
@@ -57,7 +58,7 @@ struct NamedFormat {
 };
 
 constexpr NamedFormat formats[] = {{"text", Format::text}, {"table", Format::table},
-    {"json", Format::json}, {"jsonl", Format::jsonl}, {"csv", Format::csv}};
+    {"json", Format::json}, {"jsonl", Format::jsonl}, {"csv", Format::csv}, {"html", Format::html}};
 
 std::string format_names() {
     std::string out;
@@ -109,8 +110,7 @@ int parse_options(const std::vector<std::string>& arguments, Options* options) {
         ->type_name("");
     app.add_option("-f,--format", format,
            "text: the report (default); table: one line a file; json: one array; jsonl: one object "
-           "a line; csv: one row a "
-           "stream")
+           "a line; csv: one row a stream; html: a page to look at, sort and filter")
         ->type_name("FORMAT")
         ->default_str("");
     app.add_option(

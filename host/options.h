@@ -6,7 +6,7 @@
 
 namespace host {
 
-enum class Format { text, table, json, jsonl, csv };
+enum class Format { text, table, json, jsonl, csv, html };
 
 struct Options {
     Format format = Format::text;

@@ -2,6 +2,7 @@
 
 #include "csv_output.h"
 #include "encoding.h"
+#include "html_output.h"
 #include "json_output.h"
 #include "table_output.h"
 #include "terminal.h"
@@ -60,6 +61,8 @@ std::string output_head(const Options& options) {
         return "[\n";
     case Format::csv:
         return csv_head();
+    case Format::html:
+        return std::string(html_head());
     default:
         return "";
     }
@@ -77,7 +80,14 @@ std::string output_separator(const Options& options) {
 }
 
 std::string output_tail(const Options& options) {
-    return options.format == Format::json ? "\n]\n" : "";
+    switch (options.format) {
+    case Format::json:
+        return "\n]\n";
+    case Format::html:
+        return std::string(html_tail());
+    default:
+        return "";
+    }
 }
 
 std::string output_of(
@@ -89,6 +99,8 @@ std::string output_of(
         return json_of(library, description, options.with_report) + "\n";
     case Format::csv:
         return csv_of(description);
+    case Format::html:
+        return html_of(library, description);
     case Format::table:
         return table_line(description, output_columns());
     default:
