@@ -77,10 +77,6 @@ VideoKind guess_video_kind(Bytes stream) {
     if (has_sequence(stream, 0x40, 0x42) && find_hevc_sps(stream, &hevc)) {
         return VideoKind::hevc; // the sequence's behind the video parameter set
     }
-    Vc1Sequence vc1;
-    if (has_sequence(stream, 0x0F, 0xFF, 0x0E, 0xFF) && find_vc1_sequence(stream, &vc1) == 0) {
-        return VideoKind::vc1; // an entry point header behind the sequence's
-    }
     constexpr uint8_t visual_object_sequence = 0xB0;
     constexpr uint8_t vop = 0xB6;
     Mpeg4Headers mpeg4;
