@@ -73,7 +73,7 @@ std::vector<Row> rows_of(const Description& description) {
     const InfoRecord& record = description.record;
     std::vector<Row> rows;
     if (!description.error.empty()) {
-        add_rows(&rows, "error", {repaired_utf8(description.error)});
+        add_rows(&rows, "error", {description.error});
     }
     add_rows(&rows, "general", lines_of(record.general, record.general_count));
     add_rows(&rows, "video", lines_of(record.video, record.video_count),
@@ -118,8 +118,8 @@ std::string csv_head() {
 
 std::string csv_of(const Description& description) {
     const InfoRecord& record = description.record;
-    const bool is_examined = description.error.empty();
-    const bool is_known = is_examined && !description.unknown;
+    const bool is_examined = description.error.empty() || is_refused(description);
+    const bool is_known = description.error.empty() && !description.unknown;
     const std::string time = is_known && std::isfinite(record.play_time)
                                  ? nlohmann::json(record.play_time).dump()
                                  : std::string();

@@ -1,7 +1,7 @@
 #include "options.h"
 
 #include "encoding.h"
-#include "file_list.h"
+#include "files.h"
 #include "terminal.h"
 
 #include <CLI/CLI.hpp>

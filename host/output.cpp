@@ -22,7 +22,7 @@ std::string without_carriage_returns(const std::string& text) {
 
 std::string text_output(
     const Library& library, const Options& options, const Description& description, bool several) {
-    if (!description.error.empty()) {
+    if (!description.error.empty() && !is_refused(description)) {
         return ""; // the message on standard error says it
     }
     std::string out;

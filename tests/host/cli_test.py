@@ -93,7 +93,7 @@ class Cli(unittest.TestCase):
             (["missing.mp3"], FAILURES, "", "missing.mp3: "),
             (["missing.mp3", SAMPLE], FAILURES, line, "missing.mp3: "),
             (["--quiet", "missing.mp3", SAMPLE], FAILURES, line, ""),
-            (["unknown.bin"], FAILURES, "[1:0.0.0]", ["unknown.bin: unknown type", "未対応の形式"]),
+            (["unknown.bin"], FAILURES, ["未対応の形式", "[1:0.0.0]"], "unknown.bin: unknown type: unsupported format\n"),
             (["--detect-only", SAMPLE], OK, ["MPEG audio\n", "[106:0.0.0]"], ""),
             (["--format", "table", "missing.mp3", SAMPLE], FAILURES, ["6.0s  ", f" 52k  {SAMPLE}\n"], "missing.mp3: "),
             (["--files-from", "list.txt"], OK, [f"==> {SAMPLE} <==", line], ""),
