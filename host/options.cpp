@@ -126,11 +126,13 @@ int parse_options(const std::vector<std::string>& arguments, Options* options) {
     app.add_option("--only", options->only, "Only files below a directory that match, like '*.mkv'")
         ->type_name("GLOB")
         ->expected(1)
+        ->allow_extra_args(false) // what follows is a path
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
     app.add_option("--exclude", options->exclude,
            "No files and folders below a directory that match; like --only, as often as needed")
         ->type_name("GLOB")
         ->expected(1)
+        ->allow_extra_args(false) // what follows is a path
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
     app.add_option(
            "--max-depth", options->max_depth, "Folders to go down; 1 is only the directory itself")

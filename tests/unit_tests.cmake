@@ -6,7 +6,7 @@ set(INSTALL_GTEST OFF)
 add_subdirectory(/usr/src/googletest ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL)
 
 file(GLOB_RECURSE unit_sources CONFIGURE_DEPENDS
-    api/*.cpp common/*.cpp detect/*.cpp audio/*.cpp text/*.cpp video/*.cpp container/*.cpp host/*.cpp support/*.cpp)
+    api/*.cpp common/*.cpp detect/*.cpp audio/*.cpp text/*.cpp video/*.cpp picture/*.cpp container/*.cpp host/*.cpp support/*.cpp)
 # The parts of the host that need neither a library nor a terminal.
 set(host_sources csv_output description details_json encoding messages table_output text_width)
 list(TRANSFORM host_sources REPLACE "(.+)" "${PROJECT_SOURCE_DIR}/host/\\1.cpp")

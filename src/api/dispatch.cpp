@@ -29,6 +29,9 @@
 #include "container/realmedia.h"
 #include "container/video_cd.h"
 #include "detect/file_type.h"
+#include "picture/bmp_file.h"
+#include "picture/gif_file.h"
+#include "picture/jpeg_file.h"
 
 #include <cstddef>
 #include <iterator>
@@ -82,6 +85,9 @@ constexpr Row rows[] = {
     {AnalyzeWsdFile, FILETYPE_WSD},
     {AnalyzeWavPackFile, FILETYPE_WAVPACK},
     {AnalyzeFlvFile, FILETYPE_FLV},
+    {AnalyzeBmpFile, FILETYPE_BMP},
+    {AnalyzeJpegFile, FILETYPE_JPEG},
+    {AnalyzeGifFile, FILETYPE_GIF},
     {AnalyzeProgramStreamFile, FILETYPE_MPEG1, Result::error_count},
     {AnalyzeProgramStreamFile, FILETYPE_MPEG2, Result::error_count},
     {AnalyzeVideoCdFile, FILETYPE_MPEG1VCD, Result::error_count},

@@ -24,21 +24,6 @@ constexpr int tail_tag_limit = 16;
 // One read shows an ID3v1 tag with the footer before it.
 constexpr int64_t tail_look = 256;
 
-void measure_front(Reader* reader, OuterTags* tags) {
-    for (;;) {
-        uint8_t header[id3v2_header_size];
-        if (!read_all(reader, tags->stream, 0, header, sizeof header)) {
-            return;
-        }
-        const int64_t size = whole_id3v2_size(header);
-        if (size == 0 || size > size_of(tags->stream)) {
-            return;
-        }
-        tags->stream.start += size;
-        tags->id3v2.end = tags->stream.start;
-    }
-}
-
 // The last `count` bytes of the stream, fewer when it is shorter.
 Bytes tail(Reader* reader, Span stream, int64_t count) {
     return read_view(reader, stream, std::max<int64_t>(size_of(stream) - count, 0),
@@ -112,10 +97,25 @@ int64_t whole_id3v2_size(const uint8_t* header) {
     return size + id3v2_header_size + ((header[5] & has_footer) != 0 ? id3v2_header_size : 0);
 }
 
+Span span_behind_id3v2(Reader* reader) {
+    Span span = whole_file(reader);
+    for (;;) {
+        uint8_t header[id3v2_header_size];
+        if (!read_all(reader, span, 0, header, sizeof header)) {
+            return span;
+        }
+        const int64_t size = whole_id3v2_size(header);
+        if (size == 0 || size > size_of(span)) {
+            return span;
+        }
+        span.start += size;
+    }
+}
+
 OuterTags measure_outer_tags(Reader* reader) {
     OuterTags tags;
-    tags.stream = whole_file(reader);
-    measure_front(reader, &tags);
+    tags.stream = span_behind_id3v2(reader);
+    tags.id3v2.end = tags.stream.start;
     for (int i = 0; i < tail_tag_limit; ++i) {
         const Bytes bytes = tail(reader, tags.stream, tail_look);
         if (!peel_id3v1(bytes, &tags) && !peel_lyrics3(bytes, &tags) && !peel_ape(bytes, &tags)) {

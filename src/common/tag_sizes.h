@@ -47,6 +47,9 @@ struct OuterTags {
 // rule; 0 when they are none.
 int64_t whole_id3v2_size(const uint8_t* header);
 
+// What stands behind the ID3v2 tags at the start of the reader's file.
+Span span_behind_id3v2(Reader* reader);
+
 // Measures the tags in front, one behind the other, and those behind, in any order. A tag that does
 // not lie wholly in the file is none.
 OuterTags measure_outer_tags(Reader* reader);

@@ -199,12 +199,12 @@ void describe_mjpeg(const BitmapStream& source, ZatStream* stream, VideoDescript
         return;
     }
     if (stream->width == 0 || stream->height == 0) {
-        stream->width = info.width;
-        stream->height = has_fields ? info.height * 2 : info.height;
+        stream->width = info.frame.width;
+        stream->height = has_fields ? info.frame.height * 2 : info.frame.height;
     }
-    stream->bit_depth = info.bit_depth;
-    copy_utf8(stream->chroma, info.chroma);
-    text->bits = info.bit_depth;
+    stream->bit_depth = info.frame.bit_depth;
+    copy_utf8(stream->chroma, info.frame.chroma);
+    text->bits = info.frame.bit_depth;
 }
 
 void describe_dv(const BitmapStream& source, ZatStream* stream, VideoDescription* text) {

@@ -3,18 +3,16 @@
 #pragma once
 
 #include "common/bytes.h"
+#include "video/jpeg_frame.h"
 
 #include <cstdint>
 
 namespace zat {
 
 struct MjpegInfo {
-    uint32_t width = 0; // of the stored image: of a field, where fields are stored apart
-    uint32_t height = 0;
-    uint32_t bit_depth = 0;
-    const char* chroma = ""; // "4:2:0"; empty for a sampling without a name
-    bool has_avi1 = false;   // an "AVI1" segment is there
-    uint8_t polarity = 0;    // of AVI1: 0 whole frames, 1 odd field, 2 even field
+    JpegFrame frame;
+    bool has_avi1 = false; // an "AVI1" segment is there
+    uint8_t polarity = 0;  // of AVI1: 0 whole frames, 1 odd field, 2 even field
 };
 
 // Reads the segments from the start of an image on, up to its frame header. False when none was

@@ -165,7 +165,7 @@ class Cli(unittest.TestCase):
             if WINDOWS and "*本*" in arguments:
                 continue  # Wine hands the arguments over in another code page
             with self.subTest(arguments=arguments):
-                _, out, _ = zat("--format", "jsonl", "-q", *arguments, "--", "tree")
+                _, out, _ = zat("--format", "jsonl", "-q", *arguments, "tree")
                 found = {json.loads(line)["path"].removeprefix("tree/") for line in text_of(out).splitlines()}
                 self.assertEqual(found, expected)
 

@@ -1,0 +1,12 @@
+// JPEG pictures (ITU-T T.81 | ISO/IEC 10918-1), in JFIF and Exif files among others.
+#pragma once
+
+#include "common/file_access.h"
+#include "common/output.h"
+
+namespace zat {
+
+// Steps over the segments up to the frame header: video line 0 and the label "[JPEG]". Returns 0.
+int AnalyzeJpegFile(FileRecord* file, const Output& out);
+
+} // namespace zat

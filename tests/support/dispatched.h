@@ -1,0 +1,42 @@
+// What the analyser of a type leaves, without the detection that comes before it.
+#pragma once
+
+#include "api/dispatch.h"
+#include "common/file_access.h"
+#include "support/details_text.h"
+#include "support/record_text.h"
+#include "support/temp_file.h"
+
+#include <gtest/gtest.h>
+
+namespace zat::test {
+
+struct Dispatched {
+    InfoRecord record{};
+    ZatDetails details{};
+
+    std::string text() const { return record_text(record) + "\n" + details_text(details); }
+};
+
+inline std::unique_ptr<Dispatched> dispatched(uint32_t type_code, const std::vector<uint8_t>& bytes, uint32_t options = 0) {
+    const TempFile temporary(bytes);
+    FileRecord file;
+    EXPECT_EQ(FileOpen(&file, temporary.path.c_str()), 0);
+    auto result = std::make_unique<Dispatched>();
+    result->record.file_size = bytes.size();
+    result->record.type_code = type_code;
+    result->record.options = options;
+    DispatchAnalyser(&file, {&result->record, &result->details});
+    expect_sound(result->record);
+    return result;
+}
+
+// Runs the analyser on the bytes cut at every length.
+inline void expect_sound_when_cut(uint32_t type_code, const std::vector<uint8_t>& bytes) {
+    for (auto end = bytes.begin(); end != bytes.end(); ++end) {
+        SCOPED_TRACE(end - bytes.begin());
+        dispatched(type_code, {bytes.begin(), end});
+    }
+}
+
+} // namespace zat::test
