@@ -85,7 +85,8 @@ bool visit_paths(FILE* list, const Options& options, const FileVisitor& visit, i
         if (lines_may_end_with_cr && !null_separated && path.ends_with('\r')) {
             path.pop_back();
         }
-        if (!path.empty() && !visit_path(options, path, visit)) {
+        if (!path.empty() &&
+            !visit_path(options, listed_path(path, options.list_encoding), visit)) {
             return false;
         }
         path.clear();

@@ -2,6 +2,8 @@
 // they may be of any length.
 #pragma once
 
+#include "options.h"
+
 #include <cstdint>
 #include <cstdio>
 #include <string>
@@ -36,6 +38,9 @@ bool find_facts(const std::string& path, FileFacts* facts);
 
 // For reading; null, and `errno`, when that fails.
 FILE* open_file(const std::string& path);
+
+// The path that a list's bytes mean.
+std::string listed_path(const std::string& bytes, ListEncoding encoding);
 
 #ifdef _WIN32
 // As Windows' functions take it: whole and behind "\\?\" when it is longer than they allow else.

@@ -77,4 +77,8 @@ FILE* open_file(const std::string& path) {
     return std::fopen(path.c_str(), "rb");
 }
 
+std::string listed_path(const std::string& bytes, ListEncoding /*encoding*/) {
+    return bytes;
+}
+
 } // namespace host

@@ -103,4 +103,18 @@ FILE* open_file(const std::string& path) {
     return _wfopen(native_path(path).c_str(), L"rb");
 }
 
+std::string listed_path(const std::string& bytes, ListEncoding encoding) {
+    const bool is_as_it_is = encoding == ListEncoding::automatic && is_utf8(bytes);
+    if (is_as_it_is || encoding == ListEncoding::utf8) {
+        return bytes;
+    }
+    const UINT console = GetConsoleOutputCP();
+    const UINT code_page = console != 0 ? console : GetOEMCP();
+    const int size = static_cast<int>(bytes.size());
+    const int length = MultiByteToWideChar(code_page, 0, bytes.data(), size, nullptr, 0);
+    std::wstring wide(static_cast<size_t>(length), L'\0');
+    MultiByteToWideChar(code_page, 0, bytes.data(), size, wide.data(), length);
+    return utf8_of_wide(wide);
+}
+
 } // namespace host

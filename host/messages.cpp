@@ -107,16 +107,10 @@ void set_language(Language language) {
     chosen = language;
 }
 
-bool find_language(std::string_view word, Language* language) {
-    *language = word == "ja" ? Language::japanese : Language::english;
-    return word == "en" || word == "ja";
-}
-
 std::string message(
     Message id, std::string_view first, std::string_view second, std::string_view third) {
     const std::string_view values[] = {first, second, third};
-    const std::string_view text =
-        table[static_cast<size_t>(id)].text[static_cast<size_t>(chosen)];
+    const std::string_view text = table[static_cast<size_t>(id)].text[static_cast<size_t>(chosen)];
     std::string out;
     for (size_t i = 0; i < text.size(); ++i) {
         if (text[i] == '{') {

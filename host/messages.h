@@ -13,9 +13,6 @@ enum class Language : uint8_t { english, japanese };
 // English until another one is set.
 void set_language(Language language);
 
-// False when the word, such as "ja", names none.
-bool find_language(std::string_view word, Language* language);
-
 enum class Message : uint8_t {
     // Wrong command lines.
     try_help,

@@ -4,19 +4,21 @@
 #include "description.h"
 #include "file_list.h"
 
+#include <cstdint>
 #include <functional>
 #include <span>
 #include <string>
 
 namespace host {
 
-enum class Outcome { described, not_media, unreadable };
-constexpr size_t outcome_count = 3;
+enum class Outcome { described, other_type, not_media, unreadable };
+constexpr size_t outcome_count = 4;
 
 struct Result {
     Outcome outcome = Outcome::described;
-    std::string text;    // for the output
-    std::string message; // for standard error: one that makes the program's status a failure
+    int64_t duration = -1; // microseconds, where it is what is asked for; -1: not known
+    std::string text;      // for the output
+    std::string message;   // for standard error: one that makes the program's status a failure
 };
 
 struct Examined {

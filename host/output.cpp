@@ -47,7 +47,7 @@ Query query_of(const Options& options) {
     if (options.detect_only) {
         return Query::type;
     }
-    return options.format == Format::text ? Query::record : Query::details;
+    return options.format == Format::text && options.types.empty() ? Query::record : Query::details;
 }
 
 bool shows_unknown_files(const Options& options) {
@@ -59,7 +59,8 @@ std::string output_head(const Options& options) {
     case Format::json:
         return "[\n";
     case Format::csv:
-        return csv_head();
+        return (options.byte_order_mark ? "\xEF\xBB\xBF" : "") +
+               (options.per_file ? csv_file_head() : csv_head());
     default:
         return "";
     }
@@ -88,7 +89,7 @@ std::string output_of(
     case Format::jsonl:
         return json_of(library, description, options.with_report) + "\n";
     case Format::csv:
-        return csv_of(description);
+        return options.per_file ? csv_file_row(description) : csv_of(description);
     case Format::table:
         return table_line(description, output_columns());
     default:

@@ -6,8 +6,10 @@
 #include "messages.h"
 #include "ordered_work.h"
 #include "output.h"
+#include "sorting.h"
 #include "terminal.h"
 #include "text_width.h"
+#include "type_filter.h"
 
 #include <algorithm>
 #include <chrono>
@@ -28,6 +30,10 @@ void on_interrupt(int signal) {
 bool means_several_files(const Options& options) {
     return options.paths.size() != 1 || !options.files_from.empty() ||
            names_directory(options.paths.front());
+}
+
+bool is_interrupted() {
+    return interrupted != 0;
 }
 
 // What is written, and what is counted on the way.
@@ -128,9 +134,16 @@ Result examine(const Report& report, const ListedFile& file, Description* descri
         describe(report.library, query_of(report.options), description);
     }
     Result result;
+    if (!report.options.types.empty() && description->error.empty() && !description->unknown &&
+        !has_type(*description, report.options.types)) {
+        result.outcome = Outcome::other_type;
+        return result;
+    }
     // Among media lie covers, texts and the like: found in a walk, they are no failures.
     const bool is_expected = description->unknown && file.is_found && !report.options.strict;
-    if (!is_expected || shows_unknown_files(report.options)) {
+    const bool is_shown =
+        !is_expected || (shows_unknown_files(report.options) && report.options.types.empty());
+    if (is_shown) {
         result.text = output_of(report.library, report.options, *description, report.several);
     }
     const std::string path = repaired_utf8(description->path);
@@ -146,7 +159,8 @@ Result examine(const Report& report, const ListedFile& file, Description* descri
 }
 
 std::string summary(const Report& report) {
-    constexpr Message words[] = {Message::described, Message::not_media, Message::unreadable};
+    constexpr Message words[] = {
+        Message::described, Message::other_types, Message::not_media, Message::unreadable};
     std::string parts;
     for (size_t i = 0; i < outcome_count; ++i) {
         if (report.counts[i] != 0) {
@@ -162,12 +176,14 @@ void write_all(Report* report) {
     const unsigned processors = std::max(1U, std::thread::hardware_concurrency());
     const unsigned jobs = report->options.jobs != 0 ? report->options.jobs : processors;
     write_or_stop(report, output_head(report->options));
-    work_in_order({[&](const FileVisitor& visit) { for_each_file(report->options, visit); },
-                      [&](const ListedFile& file, Description* description) {
-                          return examine(*report, file, description);
-                      },
-                      [&](std::span<const Examined> files) { return show(report, files); },
-                      [] { return interrupted != 0; }},
+    work_in_order(
+        {[&](const FileVisitor& visit) {
+             for_each_sorted_file(report->library, report->options, jobs, is_interrupted, visit);
+         },
+            [&](const ListedFile& file, Description* description) {
+                return examine(*report, file, description);
+            },
+            [&](std::span<const Examined> files) { return show(report, files); }, is_interrupted},
         report->several ? jobs : 1);
     if (report->shows_progress) {
         write_progress("");
