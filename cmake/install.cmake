@@ -2,14 +2,17 @@
 # Windows one.
 include(CMakePackageConfigHelpers)
 
+file(GLOB ZAT_DOCUMENTS CONFIGURE_DEPENDS docs/*.md docs/*.json)
+
 if(WIN32)
     # What a Windows host's author unpacks: everything a program needs side by side.
     install(TARGETS zat_lib zat RUNTIME DESTINATION .)
     get_target_property(library_name zat_lib OUTPUT_NAME)
     install(FILES ${CMAKE_BINARY_DIR}/${library_name}.lib src/api/${library_name}.def DESTINATION lib)
     install(FILES include/zat/zat.h include/zat/details.h DESTINATION include/zat)
-    install(FILES catalogue/zat-codec.ini README.md README.ja.md DESTINATION .)
-    install(FILES docs/host-guide.md docs/lines.md docs/zat.schema.json DESTINATION docs)
+    install(FILES catalogue/zat-codec.ini README.md README.ja.md CHANGELOG.md DESTINATION .)
+    install(FILES ${ZAT_DOCUMENTS} DESTINATION docs)
+    install(DIRECTORY examples DESTINATION . PATTERN __pycache__ EXCLUDE)
     install(FILES bindings/python/zat.py DESTINATION bindings/python)
     set(CPACK_GENERATOR ZIP)
     set(CPACK_PACKAGE_FILE_NAME zat-${PROJECT_VERSION}-win${ZAT_POINTER_BITS})
@@ -18,9 +21,18 @@ else()
     install(TARGETS zat)
     install(FILES include/zat/zat.h include/zat/details.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/zat)
     install(FILES catalogue/zat-codec.ini DESTINATION ${CMAKE_INSTALL_DATADIR}/zat)
-    install(FILES README.md README.ja.md docs/host-guide.md docs/lines.md docs/zat.schema.json
-        DESTINATION ${CMAKE_INSTALL_DOCDIR})
+    # The folders of the repository, so that links lead somewhere.
+    install(FILES README.md README.ja.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
+    install(FILES ${ZAT_DOCUMENTS} DESTINATION ${CMAKE_INSTALL_DOCDIR}/docs)
+    install(DIRECTORY examples DESTINATION ${CMAKE_INSTALL_DOCDIR} PATTERN __pycache__ EXCLUDE)
     install(FILES bindings/python/zat.py DESTINATION ${CMAKE_INSTALL_DATADIR}/zat)
+
+    set(shell_files ${CMAKE_BINARY_DIR}/shell)
+    install(FILES ${shell_files}/zat.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+    install(FILES ${shell_files}/zat.bash RENAME zat
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
+    install(FILES ${shell_files}/_zat DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions)
+    install(FILES ${shell_files}/zat.fish DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d)
 
     install(EXPORT zatTargets NAMESPACE zat:: DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/zat)
     write_basic_package_version_file(${CMAKE_BINARY_DIR}/zatConfigVersion.cmake

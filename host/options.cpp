@@ -22,6 +22,7 @@ constexpr char examples[] = R"(Examples:
   zat --format table Films/             one line a file
   zat --format jsonl Music/ | jq .play_time
   zat --format csv *.mp4 > movies.csv   one row a stream
+  zat --format html -o films.html Films/
   find . -size +1G -print0 | zat -0 --files-from -
 
 Exit status: 0 when every file was described, 1 when one could not be read, or
@@ -58,7 +59,7 @@ struct Named {
 };
 
 constexpr Named<Format> formats[] = {{"text", Format::text}, {"table", Format::table},
-    {"json", Format::json}, {"jsonl", Format::jsonl}, {"csv", Format::csv}};
+    {"json", Format::json}, {"jsonl", Format::jsonl}, {"csv", Format::csv}, {"html", Format::html}};
 
 constexpr Named<SortKey> sort_keys[] = {{"name", SortKey::name}, {"size", SortKey::size},
     {"time", SortKey::time}, {"duration", SortKey::duration}};
@@ -189,7 +190,7 @@ void check_together(const Options& options, Problems* problems) {
 
 int usage_error(const std::string& text) {
     write_message(text);
-    write_message(message(Message::try_help));
+    write_line(message(Message::try_help));
     return exit_usage;
 }
 
@@ -217,7 +218,7 @@ void declare(CLI::App* app, Options* options, Words* words) {
         ->type_name("");
     add_value(app, "-f,--format", &words->format, "FORMAT",
         "text: the report (default); table: one line a file; json: one array; jsonl: one object a "
-        "line; csv: one row a stream");
+        "line; csv: one row a stream; html: a page to look at, sort and filter");
     add_value(app, "-o,--output", &options->output, "FILE",
         "Write to FILE, which gets its name when it is complete");
     add_value(app, "--files-from", &options->files_from, "FILE",

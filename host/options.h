@@ -6,7 +6,7 @@
 
 namespace host {
 
-enum class Format { text, table, json, jsonl, csv };
+enum class Format { text, table, json, jsonl, csv, html };
 
 enum class SortKey { none, name, size, time, duration };
 enum class ListEncoding { automatic, utf8, console };

@@ -2,6 +2,7 @@
 
 #include "csv_output.h"
 #include "encoding.h"
+#include "html_output.h"
 #include "json_output.h"
 #include "table_output.h"
 #include "terminal.h"
@@ -61,6 +62,8 @@ std::string output_head(const Options& options) {
     case Format::csv:
         return (options.byte_order_mark ? "\xEF\xBB\xBF" : "") +
                (options.per_file ? csv_file_head() : csv_head());
+    case Format::html:
+        return std::string(html_head());
     default:
         return "";
     }
@@ -78,7 +81,14 @@ std::string output_separator(const Options& options) {
 }
 
 std::string output_tail(const Options& options) {
-    return options.format == Format::json ? "\n]\n" : "";
+    switch (options.format) {
+    case Format::json:
+        return "\n]\n";
+    case Format::html:
+        return std::string(html_tail());
+    default:
+        return "";
+    }
 }
 
 std::string output_of(
@@ -90,6 +100,8 @@ std::string output_of(
         return json_of(library, description, options.with_report) + "\n";
     case Format::csv:
         return options.per_file ? csv_file_row(description) : csv_of(description);
+    case Format::html:
+        return html_of(library, description);
     case Format::table:
         return table_line(description, output_columns());
     default:

@@ -32,7 +32,10 @@ std::string finish_output_file(const std::string& path, bool is_complete);
 // Whether the user's language is Japanese.
 bool locale_is_japanese();
 
-// One line to standard error, "zat: " before it.
+// One line to standard error.
+void write_line(const std::string& utf8);
+
+// The same, "zat: " before it.
 void write_message(const std::string& utf8);
 
 bool output_is_terminal();

@@ -129,10 +129,14 @@ bool locale_is_japanese() {
     return false;
 }
 
-void write_message(const std::string& utf8) {
+void write_line(const std::string& utf8) {
     const std::string text = error_is_terminal() ? printable(utf8) : utf8;
     const std::string shown = locale_is_shift_jis() ? shift_jis_of_utf8(text) : text;
-    std::fprintf(stderr, "zat: %s\n", shown.c_str());
+    std::fprintf(stderr, "%s\n", shown.c_str());
+}
+
+void write_message(const std::string& utf8) {
+    write_line("zat: " + utf8);
 }
 
 bool output_is_terminal() {

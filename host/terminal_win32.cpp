@@ -168,8 +168,12 @@ std::string last_write_error() {
     return last_error();
 }
 
+void write_line(const std::string& utf8) {
+    write_text(STD_ERROR_HANDLE, (error_is_terminal() ? printable(utf8) : utf8) + "\n");
+}
+
 void write_message(const std::string& utf8) {
-    write_text(STD_ERROR_HANDLE, "zat: " + (error_is_terminal() ? printable(utf8) : utf8) + "\n");
+    write_line("zat: " + utf8);
 }
 
 bool locale_is_japanese() {

@@ -1,5 +1,6 @@
 #include "api/dispatch.h"
 
+#include "audio/aac_file.h"
 #include "audio/ac3_file.h"
 #include "audio/dsdiff_file.h"
 #include "audio/dsf_file.h"
@@ -61,7 +62,7 @@ constexpr Row rows[] = {
     {AnalyzeMpegTsFile, FILETYPE_MPEG2_M2TS},
     {AnalyzeMp4File, FILETYPE_3GPP2},
     {AnalyzeMp4File, FILETYPE_MPEG4},
-    {AnalyzeMp4File, FILETYPE_AAC},
+    {AnalyzeAacFile, FILETYPE_AAC},
     {AnalyzeOggFile, FILETYPE_OGGMEDIA},
     {AnalyzeOggFile, FILETYPE_OGGVORBIS},
     {AnalyzeOggFile, FILETYPE_OGGSPEEX},

@@ -75,6 +75,15 @@ uint32_t audio_frame_size(FrameKind kind, Bytes bytes) {
     return bytes.size() >= header_size ? kind_of(kind).size(bytes) : 0;
 }
 
+bool same_stream(FrameKind kind, Bytes first, Bytes second) {
+    const Kind& row = kind_of(kind);
+    bool same = true;
+    for (size_t i = 0; i < header_size; ++i) {
+        same = same && ((first[i] ^ second[i]) & row.shared[i]) == 0;
+    }
+    return same;
+}
+
 int64_t find_audio_frame(FrameKind kind, Bytes bytes) {
     const Kind& row = kind_of(kind);
     int64_t unconfirmed = -1;
@@ -91,11 +100,8 @@ int64_t find_audio_frame(FrameKind kind, Bytes bytes) {
             unconfirmed = unconfirmed < 0 ? static_cast<int64_t>(at) : unconfirmed;
             continue;
         }
-        bool same = true;
-        for (size_t i = 0; i < header_size; ++i) {
-            same = same && ((frame[i] ^ frame[size + i]) & row.shared[i]) == 0;
-        }
-        if (same && row.size(frame.subspan(size)) != 0) {
+        const Bytes next = frame.subspan(size);
+        if (same_stream(kind, frame, next) && row.size(next) != 0) {
             return static_cast<int64_t>(at);
         }
     }

@@ -21,9 +21,6 @@ namespace {
 // No probe sees more than this of a file.
 constexpr uint32_t view_size = 5242880;
 
-// More zeros than this at the start are no padding any more.
-constexpr uint32_t zero_limit = 2048;
-
 // An ID3v2 tag of this size or more is stepped over with a read of its own, a smaller one within
 // what the view loads anyway.
 constexpr uint32_t large_tag = 4096;
@@ -96,7 +93,7 @@ int64_t find_packets(FileWindow* window, uint32_t* packet_size) {
 // Streams that begin somewhere in the view.
 int search_streams(FileWindow* window, DetectContext* context) {
     const size_t zeros = leading_zeros(window_bytes(window));
-    if (zeros > zero_limit) {
+    if (zeros > padding_limit) {
         return refuse(context, FILETYPE_UNKNOWN, 0, message::dummy_data);
     }
     window_load(window, static_cast<uint32_t>(zeros) + mpeg_audio_reach);
@@ -153,7 +150,7 @@ int probe(FileWindow* window, DetectContext* context) {
     if (TsOnePacketCheck(bytes) == 0) {
         return accept_packets(context, timestamped_packet_size, 0);
     }
-    const uint32_t late = check_late_signature(bytes);
+    const uint32_t late = check_late_signature(window);
     if (late != FILETYPE_UNKNOWN) {
         context->type_code = late;
         return 0;

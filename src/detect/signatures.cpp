@@ -1,5 +1,6 @@
 #include "detect/signatures.h"
 
+#include "detect/stream_probes.h"
 #include "zat/zat.h"
 
 #include <span>
@@ -18,10 +19,12 @@ struct Magic {
     uint8_t mask = 0xFF;
 };
 
-// All magics must match.
+// All magics must match, and the probe must agree when the row names one. A row of the first table
+// asks it only where something stands before the stream: at the start its magic alone decides.
 struct Signature {
     uint32_t type_code;
     Magic magics[3];
+    Probe probe = nullptr;
 };
 
 // The first match wins, so the order counts where one row's magic covers another's.
@@ -32,13 +35,13 @@ constexpr Signature signatures[] = {
     {FILETYPE_UNKNOWN, {{0, "\x00\x00\x01"sv}, {4, "G"}, {196, "G"}}},
     {FILETYPE_MPEG2, {{0, "\x00\x00\x01\xBA"sv}, {4, "\x40", 0xC0}}},
     {FILETYPE_MPEG1, {{0, "\x00\x00\x01\xBA"sv}, {4, "\x20", 0xF0}}},
-    {FILETYPE_MPEG, {{0, "\x00\x00\x01"sv}}},
+    {FILETYPE_MPEG, {{0, "\x00\x00\x01"sv}}, has_video_headers},
     {FILETYPE_WAV, {{0, "RIFF"}, {8, "WAV"}}},
     {FILETYPE_RMP3, {{0, "RIFF"}, {8, "RMP"}}},
     {FILETYPE_MPEG1VCD, {{0, "RIFF"}, {8, "CDXA"}}},
-    {FILETYPE_AC3, {{0, "\x0B\x77"}}},             // ATSC A/52, 5.4.1.1
-    {FILETYPE_DTS16BE, {{0, "\x7F\xFE\x80\x01"}}}, // ETSI TS 102 114, 5.3.1
-    {FILETYPE_DTS16LE, {{0, "\xFE\x7F\x01\x80"}}}, // the same, bytes swapped
+    {FILETYPE_AC3, {{0, "\x0B\x77"}}, has_ac3_frames}, // ATSC A/52, 5.4.1.1
+    {FILETYPE_DTS16BE, {{0, "\x7F\xFE\x80\x01"}}},     // ETSI TS 102 114, 5.3.1
+    {FILETYPE_DTS16LE, {{0, "\xFE\x7F\x01\x80"}}},     // the same, bytes swapped
     {FILETYPE_OPTIMFROG, {{0, "OFR"}}},
     {FILETYPE_FLAC, {{0, "fLaC"}}},
     {FILETYPE_MUSEPACK, {{0, "MP+"}}},
@@ -68,8 +71,26 @@ constexpr Signature signatures[] = {
 constexpr Signature late_signatures[] = {
     {FILETYPE_OGGFLAC, {{0, "OggS"}, {28, "\x7F"
                                           "FLAC"}}},
-    {FILETYPE_OGGMEDIA, {{0, "OggS"}}},
-    {FILETYPE_MUSEPACK, {{0, "MPCK"}}},
+    {FILETYPE_OGGMEDIA, {{0, "OggS"}}}, {FILETYPE_MUSEPACK, {{0, "MPCK"}}},
+    // WAVE with sizes of 64 bits (EBU Tech 3306; ITU-R BS.2088), and the file of GUIDs.
+    {FILETYPE_WAV, {{0, "RF64"}, {8, "WAVE"}}}, {FILETYPE_WAV, {{0, "BW64"}, {8, "WAVE"}}},
+    {FILETYPE_WAV, {{0, "riff\x2E\x91\xCF\x11\xA5\xD6\x28\xDB\x04\xC1\x00\x00"sv}}},
+    {FILETYPE_AIFF, {{0, "FORM"}, {8, "AIFF"}}}, {FILETYPE_AIFF, {{0, "FORM"}, {8, "AIFC"}}},
+    {FILETYPE_AU, {{0, ".snd"}}}, {FILETYPE_MID, {{0, "MThd"}}},
+    {FILETYPE_RMI, {{0, "RIFF"}, {8, "RMID"}}}, {FILETYPE_CDA, {{0, "RIFF"}, {8, "CDDA"}}},
+    {FILETYPE_REALAUDIO, {{0, ".ra\xFD"}}},
+    // Boxes that media segments begin with (ISO/IEC 14496-12, 8.8.4, 8.16; ISO/IEC 23009-1, 5.10).
+    {FILETYPE_MPEG4, {{4, "styp"}}}, {FILETYPE_MPEG4, {{4, "moof"}}},
+    {FILETYPE_MPEG4, {{4, "sidx"}}}, {FILETYPE_MPEG4, {{4, "emsg"}}},
+    {FILETYPE_AAC, {{0, "ADIF"}}}, // ISO/IEC 13818-7, 6.1
+    {FILETYPE_AAC, {{0, "\xFF"}}, has_adts_frames}, {FILETYPE_AAC, {{0, "\x56"}}, has_loas_frames},
+    // In words of 14 bits the sync word goes on into the third: FTYPE 1 and SHORT 31.
+    {FILETYPE_DTS14LE, {{0, "\xFF\x1F\x00\xE8"sv}, {4, "\xF0", 0xF0}, {5, "\x07"}}},
+    {FILETYPE_DTS14BE, {{0, "\x1F\xFF\xE8\x00\x07"sv}, {5, "\xF0", 0xF0}}},
+    {FILETYPE_JPEG, {{0, "\xFF\xD8\xFF"}}}, // SOI and a marker (ITU-T T.81, annex B)
+    {FILETYPE_GIF, {{0, "GIF8"}}}, {FILETYPE_BMP, {{0, "BM"}}, has_bitmap_header},
+    {FILETYPE_AC3, {{4, "\xF8\x72\x6F\xBA"}}}, // the major sync of Dolby TrueHD
+    {FILETYPE_AC3, {{4, "\xF8\x72\x6F\xBB"}}}, // and that of other MLP streams
 };
 
 bool matches(Bytes bytes, const Magic& magic) {
@@ -91,13 +112,33 @@ bool matches(Bytes bytes, const Signature& signature) {
     return true;
 }
 
-uint32_t first_match(std::span<const Signature> table, Bytes bytes) {
-    for (const Signature& signature : table) {
-        if (matches(bytes, signature)) {
-            return signature.type_code;
+// The type by the first row that the bytes match. Given the view that holds them from `at` on, the
+// probes of the rows are asked, too.
+uint32_t first_match(
+    std::span<const Signature> table, Bytes bytes, FileWindow* window = nullptr, uint32_t at = 0) {
+    for (const Signature& row : table) {
+        if (matches(bytes, row) &&
+            (window == nullptr || row.probe == nullptr || row.probe(window, at))) {
+            return row.type_code;
         }
     }
     return FILETYPE_UNKNOWN;
+}
+
+// Where the stream begins behind what may stand before it: the footer of an ID3v2 tag (ID3v2.4.0
+// structure, 3.4), which the tag's size does not count, and zeros. 0 when nothing does, or too
+// much.
+uint32_t end_of_padding(Bytes bytes) {
+    constexpr uint32_t footer_size = 10;
+    const uint32_t footer = has_at(bytes, 0, "3DI") && bytes.size() > footer_size ? footer_size : 0;
+    const size_t zeros = leading_zeros(bytes.subspan(footer));
+    const size_t end = footer + zeros;
+    if (zeros > padding_limit || end == bytes.size()) {
+        return 0;
+    }
+    // The last two zeros before a 1 belong to a start code.
+    const bool start_code = zeros >= 2 && bytes[end] == 1;
+    return static_cast<uint32_t>(start_code ? end - 2 : end);
 }
 
 } // namespace
@@ -106,8 +147,18 @@ uint32_t CheckHeaderSignature(Bytes bytes) {
     return first_match(signatures, bytes);
 }
 
-uint32_t check_late_signature(Bytes bytes) {
-    return first_match(late_signatures, bytes);
+uint32_t check_late_signature(FileWindow* window) {
+    const Bytes bytes = window_bytes(window);
+    uint32_t type_code = first_match(late_signatures, bytes, window);
+    const uint32_t start = end_of_padding(bytes);
+    if (type_code == FILETYPE_UNKNOWN && start != 0) {
+        const Bytes stream = bytes.subspan(start);
+        type_code = first_match(signatures, stream, window, start);
+        if (type_code == FILETYPE_UNKNOWN) {
+            type_code = first_match(late_signatures, stream, window, start);
+        }
+    }
+    return type_code;
 }
 
 } // namespace zat

@@ -2,16 +2,22 @@
 #pragma once
 
 #include "common/bytes.h"
+#include "common/file_window.h"
 
+#include <cstddef>
 #include <cstdint>
 
 namespace zat {
+
+// More zeros than this before a stream are no padding any more.
+constexpr size_t padding_limit = 2048;
 
 // The type of the first signature in the table's order that a file beginning with `bytes` has;
 // FILETYPE_UNKNOWN without one. Looks at no more than 197 bytes.
 uint32_t CheckHeaderSignature(Bytes bytes);
 
-// The same for the signatures that count only when no probe of the file's start knew it.
-uint32_t check_late_signature(Bytes bytes);
+// The same for the signatures that count only when no probe of the file's start knew it, and for
+// both tables behind padding. May load more of the view, up to three audio frames.
+uint32_t check_late_signature(FileWindow* window);
 
 } // namespace zat

@@ -22,6 +22,7 @@ import unittest
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 PROGRAM = sys.argv[1:]
 WINDOWS = any(argument.endswith(".exe") for argument in PROGRAM)
+VERSION = re.search(r"project\(zat VERSION (\S+)", (ROOT / "CMakeLists.txt").read_text()).group(1)
 SAMPLE = "sine-vbr.mp3"
 OK, FAILURES, USAGE = 0, 1, 2
 ENGLISH = ["--lang", "en"] if WINDOWS else []  # Wine's locale is Japanese
@@ -86,10 +87,10 @@ class Cli(unittest.TestCase):
             # arguments, status, standard output, standard error
             ([SAMPLE], OK, [line, "Byte 0:00:"], ""),
             (["--help"], OK, ["Usage: zat", "Examples:", "--files-from", "Exit status"], ""),
-            (["--version"], OK, "zat 1.0.0 (library build 161225)", ""),
+            (["--version"], OK, f"zat {VERSION} (library build 161225)\n", ""),
             ([], USAGE, "", "no file named"),
             (["--nonsense", SAMPLE], USAGE, "", "--nonsense"),
-            (["--format", "xml", SAMPLE], USAGE, "", "zat: --format: xml is none of text, table, json, jsonl, csv\n"),
+            (["--format", "xml", SAMPLE], USAGE, "", "zat: --format: xml is none of text, table, json, jsonl, csv, html\n"),
             (["--raw", "--format", "json", SAMPLE], USAGE, "", "zat: --raw goes with --format text only"),
             (["--with-report", SAMPLE], USAGE, "", "zat: --with-report goes with --format json|jsonl only"),
             (["--per-file", SAMPLE], USAGE, "", "zat: --per-file goes with --format csv only"),

@@ -7,8 +7,8 @@
 #include "audio/sync_search.h"
 #include "common/details.h"
 #include "common/start_code.h"
-#include "container/mpeg_ps/video_kind.h"
 #include "video/hevc_sps.h"
+#include "video/video_kind.h"
 
 #include <algorithm>
 #include <iterator>

@@ -5,7 +5,7 @@
 
 #include <cstdint>
 
-namespace zat::ps {
+namespace zat {
 
 enum class VideoKind : uint8_t { unknown, mpeg, avc, mpeg4, vc1, hevc };
 
@@ -22,4 +22,4 @@ struct VideoKindName {
 };
 VideoKindName video_kind_name(VideoKind kind, bool mpeg2);
 
-} // namespace zat::ps
+} // namespace zat

@@ -1,12 +1,13 @@
-#include "container/mpeg_ps/video_kind.h"
+#include "video/video_kind.h"
 
 #include "common/start_code.h"
 #include "video/avc_sps.h"
 #include "video/hevc_sps.h"
 #include "video/mpeg4_vol.h"
 #include "video/mpeg_video_headers.h"
+#include "video/vc1_sequence.h"
 
-namespace zat::ps {
+namespace zat {
 
 namespace {
 
@@ -60,6 +61,10 @@ VideoKind guess_video_kind(Bytes stream) {
     if (has_sequence(stream, 0x40, 0xFF, 0x42, 0xFF) && find_hevc_sps(stream, &hevc)) {
         return VideoKind::hevc; // the sequence's behind the video parameter set
     }
+    Vc1Sequence vc1;
+    if (has_sequence(stream, 0x0F, 0xFF, 0x0E, 0xFF) && find_vc1_sequence(stream, &vc1) == 0) {
+        return VideoKind::vc1; // an entry point header behind the sequence's
+    }
     constexpr uint8_t visual_object_sequence = 0xB0;
     constexpr uint8_t vop = 0xB6;
     Mpeg4Headers mpeg4;
@@ -87,4 +92,4 @@ VideoKindName video_kind_name(VideoKind kind, bool mpeg2) {
     }
 }
 
-} // namespace zat::ps
+} // namespace zat
