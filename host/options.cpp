@@ -242,8 +242,9 @@ void declare(CLI::App* app, Options* options, Words* words) {
     add_values(app, "--type", &options->types, "TYPE",
         "Only video, audio, picture, or a format such as Matroska; as often as needed");
     add_value(app, "--sort", &words->sort, "KEY",
-        "By name, or by size, time or duration, the largest, newest or longest first. Output waits "
-        "until all files are found; names are kept in memory, and duration examines files twice");
+        "By name, or by size, time or duration, the largest, newest or longest first: the output "
+        "waits until all files are found, their paths are kept in memory, and duration examines "
+        "files twice");
     add_flag(app, "--strict", &options->strict,
         "Files of unknown type below a directory are failures, as named ones are");
     add_value(app, "--catalogue", &options->catalogue, "DIR",

@@ -133,7 +133,7 @@ class Cli(unittest.TestCase):
 
     @unittest.skipIf(WINDOWS, "Wine's is Japanese")
     def test_the_locale_chooses_the_language(self):
-        absent = ["zat: x: No such file or directory\n", "zat: x: ファイルまたはフォルダーがありません\n"]
+        absent = ["zat: x: No such file or directory\n", "zat: x: ファイルまたはフォルダがありません\n"]
         for locale, expected, encoding in [
             ({"LC_ALL": "ja_JP.UTF-8"}, absent[1], "utf-8"),
             ({"LC_ALL": "", "LC_MESSAGES": "ja_JP"}, absent[1], "utf-8"),
