@@ -68,7 +68,8 @@ class Cluster(unittest.TestCase):
     def test_nothing_is_lost_and_nothing_done_twice(self):
         from distributed import Client, LocalCluster
 
-        with LocalCluster(n_workers=2, threads_per_worker=1, dashboard_address=None) as cluster, Client(cluster) as client:
+        two = {"n_workers": 2, "threads_per_worker": 1, "dashboard_address": None}
+        with LocalCluster(**two) as cluster, Client(cluster) as client:
             workers = list(client.run(os.getpid).values())
             at_work = subprocess.Popen(self.command("--scheduler", cluster.scheduler_address), stdout=subprocess.PIPE,
                                        stderr=subprocess.STDOUT, text=True)
