@@ -73,6 +73,8 @@ constexpr Row rows[] = {
     {AnalyzeMp3File, FILETYPE_SHOCKWAVEMP3},
     {AnalyzeRmp3File, FILETYPE_RMP3},
     {ac3_file, FILETYPE_AC3},
+    {dts_file, FILETYPE_DTS14LE},
+    {dts_file, FILETYPE_DTS14BE},
     {dts_file, FILETYPE_DTS16BE},
     {AnalyzeMatroskaFile, FILETYPE_MATROSKA},
     {AnalyzeFlacFile, FILETYPE_FLAC},

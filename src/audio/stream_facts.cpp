@@ -234,6 +234,15 @@ void truehd_facts(const TrueHdInfo& info, ZatStream* stream) {
     stream->flags |= ZAT_FLAG_LOSSLESS;
 }
 
+void mlp_facts(const MlpInfo& info, ZatStream* stream) {
+    copy_utf8(stream->codec, "MLP");
+    stream->sample_rate = info.sample_rate;
+    stream->bit_depth = info.bits;
+    set_speakers(info.channel_mask, stream);
+    stream->bit_rate_mode = info.variable_rate ? ZAT_BIT_RATE_VARIABLE : ZAT_BIT_RATE_CONSTANT;
+    stream->flags |= ZAT_FLAG_LOSSLESS;
+}
+
 void aac_facts(const AudioSpecificConfig& config, ZatStream* stream) {
     copy_utf8(stream->codec, object_type_codec(config.object_type));
     const bool high_efficiency = config.object_type == object_type_aac_lc && config.sbr;

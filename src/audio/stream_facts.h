@@ -25,6 +25,7 @@ void ac3_facts(const Ac3Info& info, ZatStream* stream);
 void dts_facts(const DtsInfo& info, ZatStream* stream);
 
 void truehd_facts(const TrueHdInfo& info, ZatStream* stream);
+void mlp_facts(const MlpInfo& info, ZatStream* stream);
 
 void aac_facts(const AudioSpecificConfig& config, ZatStream* stream);
 
