@@ -6,32 +6,29 @@
     >>> [(stream.kind, stream.codec, stream.sample_rate) for stream in info.streams]
     >>> print(info.report)
 
-The library is searched for beside this file, in the directory that the environment variable
-ZAT_LIBRARY_DIR names, in a build folder of the repository, and where the system keeps libraries. On
-Windows a 32-bit Python loads zat.dll and a 64-bit one zat64.dll.
+The library is searched for in the directory that the environment variable ZAT_LIBRARY_DIR names, beside
+this file, in the repository or installation that this file is in, and where the system keeps libraries;
+its catalogue of names beside it, or where it is installed. On Windows a 32-bit Python loads zat.dll and
+a 64-bit one zat64.dll.
 
-`info` is a pure function of a path and may be called from any number of threads and processes at
-once, so an engine that spreads work over machines needs nothing more than the call:
-
-    dask:     dask.bag.from_sequence(paths, npartitions=64).map(zat.info).to_dataframe()
-    ray:      ray.data.from_items(paths).map(lambda row: dataclasses.asdict(zat.info(row["item"])))
-    pyspark:  sc.parallelize(paths, 64).map(lambda path: dataclasses.asdict(zat.info(path)))
-
-with this module and the library on every machine. `set_catalogue` is the one thing that is shared by
-all calls: call it, if at all, before the first `info`.
+`info` is a function of a path alone and may be called from any number of threads and processes at once:
+examples/cluster spreads it over machines with Dask, Spark or Ray. `set_catalogue` is the one thing that is
+shared by all calls: call it, if at all, before the first `info`.
 """
 
 from __future__ import annotations
 
+import contextlib
 import ctypes
-import ctypes.util
 import dataclasses
 import math
 import os
 import pathlib
+import re
 import sys
+import sysconfig
 import threading
-from typing import Any, Dict, List, Optional, Tuple, Union
+from typing import Any, Dict, Iterator, List, Optional, Tuple, Union
 
 __all__ = ["Info", "Stream", "ZatError", "info", "set_catalogue", "version"]
 
@@ -278,18 +275,30 @@ _library: Optional[ctypes.CDLL] = None
 _lock = threading.Lock()
 
 
-def _candidates() -> List[str]:
-    windows = sys.platform == "win32"
-    bits = 8 * ctypes.sizeof(ctypes.c_void_p)
-    name = ("zat64.dll" if bits == 64 else "zat.dll") if windows else "libzat.so"
-    here = pathlib.Path(__file__).resolve().parent
-    build = "win64" if bits == 64 else "win32"
-    directories = [here, here.parent.parent, here.parent.parent / "build" / (build if windows else "linux")]
+_HERE = pathlib.Path(__file__).resolve().parent
+_WINDOWS = sys.platform == "win32"
+_BITS = 8 * ctypes.sizeof(ctypes.c_void_p)
+
+
+def _library_directories() -> Iterator[pathlib.Path]:
     if os.environ.get("ZAT_LIBRARY_DIR"):
-        directories.insert(0, pathlib.Path(os.environ["ZAT_LIBRARY_DIR"]))
-    found = [str(directory / name) for directory in directories if (directory / name).exists()]
-    installed = ctypes.util.find_library("zat")
-    return found + ([installed] if installed else []) + ([] if windows else ["libzat.so.1"])
+        yield pathlib.Path(os.environ["ZAT_LIBRARY_DIR"])
+    yield _HERE
+    root = _HERE.parent.parent  # of the repository, of an unpacked .zip, of an installation (share/zat)
+    yield root
+    yield root / "build" / (f"win{_BITS}" if _WINDOWS else "linux")
+    for directory in ["lib", f"lib/{sysconfig.get_config_var('MULTIARCH')}", f"lib{_BITS}"]:
+        yield root / directory
+
+
+def _candidates() -> List[str]:
+    if _WINDOWS:
+        name = "zat64.dll" if _BITS == 64 else "zat.dll"
+        names, system = [name], [name]
+    else:
+        names, system = ["libzat.so", "libzat.so.1"], ["libzat.so.1"]
+    files = (directory / name for directory in _library_directories() for name in names)
+    return [str(file.absolute()) for file in files if file.is_file()] + system
 
 
 def _load() -> ctypes.CDLL:
@@ -299,15 +308,15 @@ def _load() -> ctypes.CDLL:
             return _library
         # 32-bit Windows calls the exports as stdcall; elsewhere the two are one.
         loader = getattr(ctypes, "WinDLL", ctypes.CDLL)
-        problem: Optional[OSError] = None
+        problems = []
         for candidate in _candidates():
             try:
                 library = loader(candidate)
                 break
             except OSError as error:
-                problem = error
+                problems.append(str(error))
         else:
-            raise ZatError(f"the zat library cannot be loaded: {problem or 'not found'}")
+            raise ZatError("the zat library cannot be loaded: " + "; ".join(problems))
         library.SetPath.argtypes = [ctypes.c_char_p]
         library.SetPath.restype = None
         library.GetDetails.argtypes = [ctypes.POINTER(_Record), ctypes.POINTER(_Details)]
@@ -325,28 +334,82 @@ def _load() -> ctypes.CDLL:
         return library
 
 
+class _SymbolOrigin(ctypes.Structure):
+    _fields_ = [("file", ctypes.c_char_p), ("base", ctypes.c_void_p), ("name", ctypes.c_char_p),
+                ("address", ctypes.c_void_p)]
+
+
+def _file_of(library: ctypes.CDLL) -> pathlib.Path:
+    """Where the system found the library, which the name that it was asked for by does not tell."""
+    if _WINDOWS:
+        name = ctypes.create_unicode_buffer(32768)
+        ctypes.windll.kernel32.GetModuleFileNameW(ctypes.c_void_p(library._handle), name, len(name))
+        return pathlib.Path(name.value)
+    origin = _SymbolOrigin()
+    ctypes.CDLL(None).dladdr(ctypes.cast(library.GetDetails, ctypes.c_void_p), ctypes.byref(origin))
+    return pathlib.Path(os.fsdecode(origin.file)).resolve()
+
+
 def _default_catalogue(library: ctypes.CDLL) -> Optional[bytes]:
-    here = pathlib.Path(__file__).resolve().parent
-    beside = pathlib.Path(getattr(library, "_name", "")).parent
-    for directory in (beside, here, here.parent.parent / "catalogue", pathlib.Path("/usr/share/zat"),
-                      pathlib.Path("/usr/local/share/zat")):
+    """Beside the library or this file, else where the same prefix keeps it."""
+    prefixes = _file_of(library).parents
+    for directory in [prefixes[0], _HERE, _HERE.parent.parent / "catalogue",
+                      *(prefix / "share" / "zat" for prefix in prefixes)]:
         if (directory / "zat-codec.ini").is_file():
             return _encoded(os.path.join(directory, ""))
     return None
 
 
+def _short_name(path: str) -> str:
+    """The 8.3 name of a file on Windows; empty when it has none."""
+    whole = os.path.abspath(path)
+    extended = whole if whole.startswith("\\\\") else "\\\\?\\" + whole
+    name = ctypes.create_unicode_buffer(32768)
+    ctypes.windll.kernel32.GetShortPathNameW(extended, name, len(name))
+    return name.value[4:] if name.value.startswith("\\\\?\\") else name.value
+
+
 def _encoded(path: Union[str, bytes, "os.PathLike[str]"]) -> bytes:
-    if sys.platform == "win32":
-        # The library opens names in the system's code page.
+    if not _WINDOWS:
+        return os.fsencode(path)
+    # The library opens names in the system's code page, of at most 259 bytes.
+    name = os.fsdecode(path)
+    for spelling in (lambda: name, lambda: _short_name(name)):
         try:
-            return os.fsdecode(path).encode("mbcs", "strict")
-        except UnicodeEncodeError as error:
-            raise ZatError(f"outside the system's code page: {os.fsdecode(path)!r}") from error
-    return os.fsencode(path)
+            encoded = spelling().encode("mbcs", "strict")
+        except UnicodeEncodeError:
+            continue
+        if 0 < len(encoded) < 260:
+            return encoded
+    raise ZatError(f"too long, or outside the system's code page, and without a short form: {name!r}")
+
+
+# What Python takes cp932 to hold beyond the code page's characters.
+_UNASSIGNED = re.compile("[\x80\ue000-\uf8ff]")
+
+
+def _character(value: bytes, at: int) -> Tuple[str, int]:
+    """The character there and its bytes; a byte that belongs to none is U+FFFD."""
+    for size in (1, 2):
+        try:
+            text = value[at:at + size].decode("cp932")
+        except UnicodeDecodeError:
+            continue
+        if len(text) == 1 and not _UNASSIGNED.match(text):
+            return text, size
+    return "\ufffd", 1
 
 
 def _text(value: bytes) -> str:
-    return value.decode("cp932", "replace")
+    text = value.decode("cp932", "replace")
+    if not _UNASSIGNED.search(text):
+        return text
+    out, at = [], 0
+    while at < len(value):
+        character, size = _character(value, at)
+        out.append(character)
+        at += size
+    return "".join(out)
 
 
 def _lines(lines: "ctypes.Array[ctypes.Array[ctypes.c_char]]", count: int) -> List[str]:
@@ -402,17 +465,35 @@ def version() -> int:
     return int(_load().GetDllVersion())
 
 
+@contextlib.contextmanager
+def _short_enough(path: Union[str, bytes, "os.PathLike[str]"]) -> Iterator[bytes]:
+    """A name of the file that the record has room for."""
+    name = _encoded(path)
+    if b"\0" in name:
+        raise ZatError(f"no path: {os.fsdecode(path)!r}")
+    if len(name) < _LINE:
+        yield name
+        return
+    try:
+        descriptor = os.open(name, os.O_RDONLY | os.O_CLOEXEC | os.O_NONBLOCK | os.O_NOCTTY)
+    except OSError as error:
+        raise ZatError(error.errno, error.strerror, os.fsdecode(path)) from error
+    try:
+        yield f"/proc/self/fd/{descriptor}".encode()
+    finally:
+        os.close(descriptor)
+
+
 def info(path: Union[str, bytes, "os.PathLike[str]"]) -> Info:
     """Describes one file. A file that cannot be read or is of unknown type raises nothing: its
     type code is below 10 and its general line says why. Raises ZatError when the library cannot be
-    loaded, or the path holds a zero byte or has 512 bytes or more."""
+    loaded, or cannot be handed the path: it holds a zero byte, or is one of 512 bytes or more that
+    cannot be opened, or one on Windows that the system's code page has no name for."""
     library = _load()
-    name = _encoded(path)
-    if len(name) >= _LINE or b"\0" in name:
-        raise ZatError(f"no path for the library: {os.fsdecode(path)!r}")
-    record = _Record(path=name)
+    record = _Record()
     details = _Details(size=ctypes.sizeof(_Details))
-    library.GetDetails(ctypes.byref(record), ctypes.byref(details))
+    with _short_enough(path) as record.path:
+        library.GetDetails(ctypes.byref(record), ctypes.byref(details))
     size = library.ReFormFullBounded(ctypes.byref(record), None, 0) + 1
     report = ctypes.create_string_buffer(size)
     library.ReFormFullBounded(ctypes.byref(record), report, size)

@@ -126,6 +126,18 @@ class Documents(unittest.TestCase):
         told = re.findall(r"`([^`]+)/`", "\n".join(re.findall(r"^\|([^|]+)\|", layout, re.M)))
         self.assertEqual({name for name in names if not name.startswith(".")}, set(told))
 
+    def test_type_codes_are_those_of_the_library(self):
+        known = {}
+        for name, code, mark in re.findall(r"FILETYPE_(\w+) = (\d+),?\s*(/\* \+)?", text_of("include/zat/zat.h")):
+            known[name] = (int(code), "detected" if mark else "")
+        for name in re.findall(r"\{\w+, FILETYPE_(\w+)", text_of("src/api/dispatch.cpp")):
+            known[name] = (known[name][0], "**described**")
+        told = {}
+        for row in re.findall(r"^\| (\d+(?:, | to )?\d*) \| (.*?) \|.*\| ?(.*?) ?\|$", text_of("docs/host-guide.md"), re.M):
+            first = int(re.match(r"\d+", row[0]).group())
+            told |= {name: (first + i, row[2]) for i, name in enumerate(re.findall(r"`(\w+)`", row[1]))}
+        self.assertEqual({name: told.get(name) for name in known}, known)
+
     def test_one_version(self):
         version = re.search(r"project\(zat VERSION (\S+)", text_of("CMakeLists.txt")).group(1)
         self.assertEqual(re.search(r"^## (\S+)", text_of("CHANGELOG.md"), re.M).group(1), version)

@@ -103,6 +103,7 @@ class Cli(unittest.TestCase):
             (["--files-from", "."], FAILURES, "", "zat: .: "),
             (["--files-from", "missing.txt"], FAILURES, "", "missing.txt: "),
             (["--jobs", "3", SAMPLE, SAMPLE], OK, line, ""),
+            (["--format", "html", SAMPLE], OK, ["<!DOCTYPE html>\n", f'"path":"{SAMPLE}"', "</html>\n"], ""),
         ]
         for arguments, status, out, err in rows:
             with self.subTest(arguments=arguments):

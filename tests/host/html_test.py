@@ -25,7 +25,7 @@ class Page(unittest.TestCase):
         cls.folder = pathlib.Path(cls.enterClassContext(tempfile.TemporaryDirectory(dir=ROOT / "build")))
         cls.media = cls.folder / "メディア"
         cls.media.mkdir()
-        for name in ["avc.mkv", "hevc.mkv", "tone.flac", "mp3.mp4", "pcm.wav", "refused.txt"]:
+        for name in ["avc.mkv", "hevc.mkv", "tone.flac", "mp3.mp4", "palette.bmp", "pcm.wav", "refused.txt"]:
             shutil.copy(ROOT / "fuzz/seeds" / name, cls.media)
         (cls.media / "gone.mkv").symlink_to("nowhere")
         cls.page = cls.written("page.html", cls.media)
@@ -57,11 +57,12 @@ class Page(unittest.TestCase):
 
     def test_lists_every_file_and_why_one_is_not_described(self):
         self.assertEqual(self.listed(),
-                         ["avc.mkv", "gone.mkv", "hevc.mkv", "mp3.mp4", "pcm.wav", "refused.txt", "tone.flac"])
+                         ["avc.mkv", "gone.mkv", "hevc.mkv", "mp3.mp4", "palette.bmp", "pcm.wav", "refused.txt",
+                          "tone.flac"])
         self.assertEqual(self.text("#title"), "メディア")
-        self.assertEqual(self.text("#count"), "7 files")
+        self.assertEqual(self.text("#count"), "8 files")
         self.assertEqual(self.listed("td.kind > span"),
-                         ["Matroska", "Unreadable", "Matroska", "MP4", "WAV", "Not media", "FLAC"])
+                         ["Matroska", "Unreadable", "Matroska", "MP4", "BMP", "WAV", "Not media", "FLAC"])
         self.assertEqual(self.listed("td.reason"), ["There is no such file", "A text file"])
         self.assertEqual(self.listed("td.video span")[0], "H.264")
         self.assertEqual(self.browser.value("document.documentElement.lang"), "en")
@@ -79,6 +80,7 @@ class Page(unittest.TestCase):
     def test_filters(self):
         rows = [
             ("kind", "group:video", ["avc.mkv", "hevc.mkv"]),
+            ("kind", "group:picture", ["palette.bmp"]),
             ("kind", "group:failed", ["gone.mkv"]),
             ("kind", "kind:FLAC", ["tone.flac"]),
             ("codec", "HEVC", ["hevc.mkv"]),
@@ -92,9 +94,9 @@ class Page(unittest.TestCase):
             with self.subTest(field=field, value=value):
                 self.choose(field, value)
                 self.assertEqual(self.listed(), names)
-                self.assertEqual(self.text("#count"), f"{len(names)} of 7 files")
+                self.assertEqual(self.text("#count"), f"{len(names)} of 8 files")
                 self.browser.click("#clear")
-                self.assertEqual(len(self.listed()), 7)
+                self.assertEqual(len(self.listed()), 8)
         self.choose("q", "nothing is like this")
         self.assertIn("No file is like this", self.text("#rows"))
 
@@ -109,16 +111,17 @@ class Page(unittest.TestCase):
         labels = self.browser.value("[...document.querySelectorAll('#codecs [role=button]')].map(bar => bar.ariaLabel)")
         self.assertIn("H.264: 1 file listed of 1", labels)
         self.assertIn("PCM: 1 file listed of 1", labels)
-        self.assertGreater(self.browser.value("document.querySelectorAll('#rates rect.rate:not([height=\"0\"])').length"), 0)
+        bars = "document.querySelectorAll('#rates rect.rate:not([height=\"0\"])').length"
+        self.assertGreater(self.browser.value(bars), 0)
         self.browser.click("#codecs [data-codec=FLAC]")
         self.assertEqual(self.listed(), ["tone.flac"])
         self.browser.press("Enter", 13, "\r")  # the bar has kept the keyboard
-        self.assertEqual(len(self.listed()), 7)
+        self.assertEqual(len(self.listed()), 8)
         drawn = "document.querySelector('#rates g:nth-of-type({}) rect.all').getAttribute('height') > 0"
         bar = next(n for n in range(1, 99) if self.browser.value(drawn.format(n)))
         self.browser.click(f"#rates g:nth-of-type({bar})")
         names = self.listed()
-        self.assertTrue(0 < len(names) < 7, names)
+        self.assertTrue(0 < len(names) < 8, names)
 
     def test_keyboard_alone_reaches_a_file_and_all_its_facts(self):
         self.browser.press("/", 191, "/")
@@ -143,8 +146,8 @@ class Page(unittest.TestCase):
         shutil.copy(ROOT / "samples/sine-vbr.mp3", bytes(folder) + b"/\xff.mp3")
         self.browser.open(self.written("hostile.html", folder))
         shown = {"a\nb\t\x1b[31m.mp3": "a\\x0Ab\\x09\\x1B[31m.mp3", "gpj.\u202eabc.mp3": "gpj.\\u202Eabc.mp3"}
-        self.assertEqual(sorted(self.listed()),
-                         sorted([*(shown.get(name, name) for name in HOSTILE), "script><script>alert(1)<", "\ufffd.mp3"]))
+        names = [*(shown.get(name, name) for name in HOSTILE), "script><script>alert(1)<", "\ufffd.mp3"]
+        self.assertEqual(sorted(self.listed()), sorted(names))
         self.assertEqual(self.browser.value("document.querySelectorAll('img, #rows script').length"), 0)
 
     def test_nothing_to_list(self):

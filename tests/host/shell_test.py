@@ -69,6 +69,12 @@ class Shell(unittest.TestCase):
             with self.subTest(words=words):
                 self.assertEqual(completed(*words), expected)
 
+    @unittest.skipUnless(shutil.which("fish"), "large, and seldom there")
+    def test_fish_completes_words(self):
+        for typed, expected in [("zat -f js", ["json", "jsonl"]), ("zat --max", ["--max-depth"])]:
+            proposed = printed_by("fish", "-c", f"source {DIRECTORY}/zat.fish; complete -C '{typed}'")
+            self.assertEqual([line.split("\t")[0] for line in proposed.splitlines()], expected)
+
     def test_the_files_are_well_formed(self):
         for command in [
             ["mandoc", "-T", "lint", "-W", "warning", "zat.1"],
