@@ -9,9 +9,10 @@
 #include "audio/stream_facts.h"
 #include "common/bits.h"
 #include "common/numbers.h"
-#include "common/record_lines.h"
 #include "common/stream_lines.h"
 #include "container/mp4.h"
+
+#include <algorithm>
 
 namespace zat {
 
@@ -39,20 +40,17 @@ int64_t find_adts_frames(Bytes bytes) {
 constexpr FrameFormat adts_frames = {adts_look, read_adts_frame, find_adts_frames};
 
 // A stream without a channel configuration begins with a program_config_element.
-uint32_t channels_of_first_element(Bytes frame) {
+void set_channels_of_first_element(Bytes frame, ZatStream* facts) {
     constexpr uint32_t program_config = 5; // id_syn_ele
     constexpr uint32_t crc_size = 2;
     const bool protection_absent = (byte_at(frame, 1) & 1) != 0;
     const size_t header = adts_header_size + (protection_absent ? 0 : crc_size);
-    if (frame.size() <= header) {
-        return 0;
+    BitReader reader{.bytes = frame.subspan(std::min(header, frame.size()))};
+    const bool has_element = read_bits(&reader, 3) == program_config;
+    const ProgramConfig program = read_program_config(&reader, 0);
+    if (has_element && !reader.failed) {
+        set_aac_channels(program.channel_configuration, program.channels, facts);
     }
-    BitReader reader{.bytes = frame.subspan(header)};
-    if (read_bits(&reader, 3) != program_config) {
-        return 0;
-    }
-    const uint32_t channels = read_program_config(&reader, 0).channels;
-    return reader.failed ? 0 : channels;
 }
 
 int analyze_adts(FramedFile* framed, const Output& out) {
@@ -65,7 +63,7 @@ int analyze_adts(FramedFile* framed, const Output& out) {
     adts_facts(header, facts);
     facts->estimated = 0;
     if (header.channel_configuration == 0) {
-        facts->channels = channels_of_first_element(start);
+        set_channels_of_first_element(start, facts);
     }
     const uint32_t fullness = (start[5] & 0x1FU) << 6 | start[6] >> 2; // adts_buffer_fullness
     facts->bit_rate_mode =
@@ -84,7 +82,7 @@ int analyze_adts(FramedFile* framed, const Output& out) {
                                    static_cast<double>(count.samples));
     header.estimated = (facts->estimated & ZAT_ESTIMATED_BIT_RATE) != 0;
     FormatAdtsLine(&header, framed->line);
-    write_framed_file(framed, "ADTS", out);
+    write_framed_file(framed, out);
     return 0;
 }
 
@@ -117,17 +115,11 @@ int analyze_latm(FramedFile* framed, const Output& out) {
     }
     aac_stream_name(info.config, framed->line);
     append_bit_rate(framed->facts, framed->line);
-    write_framed_file(framed, "LATM", out);
+    write_framed_file(framed, out);
     return 0;
 }
 
 // ADIF (ISO/IEC 13818-7, 6.1)
-
-// The usual configuration of so many channels; 0 for a number that has none.
-uint32_t configuration_of_channels(uint32_t channels) {
-    constexpr uint32_t most = 6;
-    return channels <= most ? channels : channels == 8 ? 7 : 0;
-}
 
 int analyze_adif(FramedFile* framed, const Output& out) {
     constexpr uint32_t header_reach = 512; // bytes
@@ -148,7 +140,7 @@ int analyze_adif(FramedFile* framed, const Output& out) {
     }
     const AudioSpecificConfig config = {.object_type = program.object_type,
         .sample_rate = program.sample_rate,
-        .channel_configuration = configuration_of_channels(program.channels),
+        .channel_configuration = program.channel_configuration,
         .channels = program.channels};
     ZatStream* facts = &framed->facts;
     aac_facts(config, facts);
@@ -159,12 +151,13 @@ int analyze_adif(FramedFile* framed, const Output& out) {
     format_text(framed->line, line_size, "[AAC %s] %dHz %s", facts->profile,
         static_cast<int32_t>(facts->sample_rate), AacChannelName(config.channel_configuration));
     append_bit_rate(*facts, framed->line);
-    write_framed_file(framed, "ADIF", out);
+    write_framed_file(framed, out);
     return 0;
 }
 
 struct BareForm {
     const char* label;
+    const char* format; // in the details
     bool (*matches)(Bytes start);
     int (*analyze)(FramedFile* framed, const Output& out);
 };
@@ -176,9 +169,9 @@ bool begins_with_frame(Bytes start) {
 }
 
 constexpr BareForm bare_forms[] = {
-    {"[ADIF]", [](Bytes start) { return has_at(start, 0, "ADIF"); }, analyze_adif},
-    {"[ADTS]", begins_with_frame<read_adts_frame>, analyze_adts},
-    {"[LATM]", begins_with_frame<read_loas_frame>, analyze_latm},
+    {"[ADIF]", "ADIF", [](Bytes start) { return has_at(start, 0, "ADIF"); }, analyze_adif},
+    {"[ADTS]", "ADTS", begins_with_frame<read_adts_frame>, analyze_adts},
+    {"[LATM]", "LATM", begins_with_frame<read_loas_frame>, analyze_latm},
 };
 
 // Returns the analyser's result, or -1 for a file of boxes. (Apart from the analyser below, on
@@ -189,7 +182,7 @@ int analyze_bare_stream(FileRecord* file, const Output& out) {
     const Bytes start = framed_start(&framed, adts_look);
     for (const BareForm& form : bare_forms) {
         if (form.matches(start)) {
-            set_label(out.record, "%s", form.label);
+            name_framed_file(out, form.label, form.format);
             return form.analyze(&framed, out);
         }
     }

@@ -105,6 +105,31 @@ void read_sync_extension(BitReader* reader, size_t end, AudioSpecificConfig* con
     }
 }
 
+struct ChannelPlaces {
+    uint32_t front = 0;
+    uint32_t side = 0;
+    uint32_t back = 0;
+    uint32_t lfe = 0;
+
+    bool operator==(const ChannelPlaces&) const = default;
+};
+
+// The channelConfiguration (table 1.19) of channels at these places; 0 when there is none.
+uint32_t configuration_of(const ChannelPlaces& places) {
+    static constexpr struct {
+        ChannelPlaces places;
+        uint32_t configuration;
+    } rows[] = {{{1, 0, 0, 0}, 1}, {{2, 0, 0, 0}, 2}, {{3, 0, 0, 0}, 3}, {{3, 0, 1, 0}, 4},
+        {{3, 0, 2, 0}, 5}, {{3, 2, 0, 0}, 5}, {{3, 0, 2, 1}, 6}, {{3, 2, 0, 1}, 6},
+        {{5, 0, 2, 1}, 7}, {{5, 2, 0, 1}, 7}};
+    for (const auto& row : rows) {
+        if (row.places == places) {
+            return row.configuration;
+        }
+    }
+    return 0;
+}
+
 } // namespace
 
 ProgramConfig read_program_config(BitReader* reader, size_t start) {
@@ -112,9 +137,8 @@ ProgramConfig read_program_config(BitReader* reader, size_t start) {
     skip_bits(reader, 4); // element_instance_tag
     config.object_type = read_bits(reader, 2) + 1;
     config.sample_rate = aac_sample_rate(read_bits(reader, 4));
-    uint32_t pairs_or_singles = read_bits(reader, 4); // front
-    pairs_or_singles += read_bits(reader, 4);         // side
-    pairs_or_singles += read_bits(reader, 4);         // back
+    const uint32_t elements[] = {
+        read_bits(reader, 4), read_bits(reader, 4), read_bits(reader, 4)}; // front, side, back
     const uint32_t lfe = read_bits(reader, 2);
     const uint32_t associated = read_bits(reader, 3);
     const uint32_t coupling = read_bits(reader, 4);
@@ -123,11 +147,16 @@ ProgramConfig read_program_config(BitReader* reader, size_t start) {
             skip_bits(reader, mixdown_bits);
         }
     }
-    config.channels = lfe;
-    for (uint32_t i = 0; i < pairs_or_singles; ++i) {
-        config.channels += 1 + read_bits(reader, 1); // is_cpe
-        skip_bits(reader, 4);
+    ChannelPlaces places = {.lfe = lfe};
+    uint32_t* const channels[] = {&places.front, &places.side, &places.back};
+    for (size_t place = 0; place < std::size(elements); ++place) {
+        for (uint32_t i = 0; i < elements[place]; ++i) {
+            *channels[place] += 1 + read_bits(reader, 1); // is_cpe
+            skip_bits(reader, 4);
+        }
     }
+    config.channels = places.front + places.side + places.back + lfe;
+    config.channel_configuration = configuration_of(places);
     skip_bits(reader, size_t{4} * (lfe + associated) + size_t{5} * coupling);
     skip_bits(reader, (8 - (reader->position - start) % 8) % 8);
     const uint32_t comment = read_bits(reader, 8);

@@ -34,8 +34,9 @@ bool read_audio_specific_config(Bytes bytes, AudioSpecificConfig* config);
 // program_config_element (4.5.1.2), which lists the channels where no channel configuration does.
 struct ProgramConfig {
     uint32_t object_type = 0;
-    uint32_t sample_rate = 0; // Hz; 0 when reserved
-    uint32_t channels = 0;    // the LFE counted
+    uint32_t sample_rate = 0;           // Hz; 0 when reserved
+    uint32_t channels = 0;              // the LFE counted
+    uint32_t channel_configuration = 0; // of these very channels; 0 when there is none
 };
 
 // Decodes the element at the cursor; its bytes are aligned to the bit `start`.

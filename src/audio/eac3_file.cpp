@@ -58,7 +58,8 @@ int eac3_file(FileRecord* file, const Output& out) {
     framed.facts.bit_rate_mode = framed.count.varies ? 0 : ZAT_BIT_RATE_CONSTANT;
     eac3_name(info, framed.line);
     append_bit_rate(framed.facts, framed.line);
-    write_framed_file(&framed, "AC-3", out);
+    name_framed_file(out, "", "AC-3");
+    write_framed_file(&framed, out);
     return 0;
 }
 

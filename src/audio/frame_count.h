@@ -10,7 +10,7 @@ namespace zat {
 
 struct AudioFrame {
     uint32_t size = 0;    // bytes
-    uint32_t samples = 0; // per channel that it adds to the play time
+    uint32_t samples = 0; // per channel; 0 for one that belongs to the frame before it
 };
 
 // How the frames of a kind of stream follow one another.
@@ -28,7 +28,7 @@ struct FrameCount {
     uint64_t samples = 0;
     int64_t tags = 0;     // bytes of ID3v2 tags between the frames
     bool sampled = false; // at a few places; else all frames are counted
-    bool varies = false;  // in the size of the frames
+    bool varies = false;  // in the size of the frames, each with those that belong to it
     bool cut = false;     // the last frame is
 };
 

@@ -3,6 +3,7 @@
 #include "common/details.h"
 #include "common/extra_lines.h"
 #include "common/numbers.h"
+#include "common/record_lines.h"
 #include "common/stream_lines.h"
 #include "common/tag_lines.h"
 
@@ -76,10 +77,16 @@ bool count_framed_file(
     return true;
 }
 
-void write_framed_file(FramedFile* framed, std::string_view format, const Output& out) {
-    out.record->play_time = framed->facts.duration;
+void name_framed_file(const Output& out, const char* label, std::string_view format) {
+    set_label(out.record, "%s", label);
     if (out.details != nullptr) {
         copy_utf8(out.details->format, format);
+    }
+}
+
+void write_framed_file(FramedFile* framed, const Output& out) {
+    out.record->play_time = framed->facts.duration;
+    if (out.details != nullptr) {
         out.details->estimated |= framed->facts.estimated & uint32_t{ZAT_ESTIMATED_DURATION};
     }
     add_stream_line(out, framed->facts, bounded_text(framed->line));

@@ -35,7 +35,11 @@ Bytes framed_start(FramedFile* framed, uint32_t length);
 bool count_framed_file(
     FramedFile* framed, const FrameFormat& format, const Output& out, uint32_t unit = 1);
 
-// Writes the record and the details, of which `format` is the name.
-void write_framed_file(FramedFile* framed, std::string_view format, const Output& out);
+// Writes what the file is: the record's label, empty for kinds without one, and the details'
+// format.
+void name_framed_file(const Output& out, const char* label, std::string_view format);
+
+// Writes what was found out.
+void write_framed_file(FramedFile* framed, const Output& out);
 
 } // namespace zat

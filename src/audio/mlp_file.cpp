@@ -64,15 +64,18 @@ int mlp_file(FileRecord* file, const Output& out) {
     if (!is_major_sync(start)) {
         return -1;
     }
+    const bool is_truehd = has_at(start, sync_offset, "\xF8\x72\x6F\xBA");
+    name_framed_file(out, "", is_truehd ? "TrueHD" : "MLP");
     if (start.size() < looked_at) {
         return 1;
     }
     TrueHdInfo truehd;
     MlpInfo mlp;
-    const bool is_truehd = truehd_info(start, &truehd) == 0;
     if (is_truehd) {
+        (void)truehd_info(start, &truehd);
         truehd_facts(truehd, &framed.facts);
-    } else if (mlp_info(start.subspan(sync_offset), &mlp)) {
+    } else {
+        (void)mlp_info(start.subspan(sync_offset), &mlp);
         mlp_facts(mlp, &framed.facts);
     }
     (void)count_framed_file(&framed, mlp_units, out, samples_of_unit(framed.facts.sample_rate));
@@ -83,7 +86,7 @@ int mlp_file(FileRecord* file, const Output& out) {
             {.codec = "MLP", .bits = framed.facts.bit_depth, .channel_mask = mlp.channel_mask},
             framed.line);
     }
-    write_framed_file(&framed, framed.facts.codec, out);
+    write_framed_file(&framed, out);
     return 0;
 }
 
