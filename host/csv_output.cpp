@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <span>
 #include <vector>
 
 namespace host {
@@ -30,6 +31,27 @@ std::string csv_field(const std::string& text) {
     }
     return out + '"';
 }
+
+// Members of a file and of its first streams, by their names in JSON.
+constexpr const char* file_members[] = {"format", "format_profile", "duration", "bit_rate", "title",
+    "artist", "writer", "created", "chapters", "pictures"};
+constexpr const char* video_members[] = {
+    "codec", "profile", "width", "height", "frame_rate", "bit_depth", "bit_rate"};
+constexpr const char* audio_members[] = {
+    "codec", "profile", "sample_rate", "channels", "bit_depth", "bit_rate", "language"};
+constexpr const char* text_members[] = {"codec", "language"};
+
+struct StreamColumns {
+    const char* name;
+    uint32_t kind;
+    std::span<const char* const> members;
+};
+
+constexpr StreamColumns stream_kinds[] = {
+    {"video", ZAT_STREAM_VIDEO, video_members},
+    {"audio", ZAT_STREAM_AUDIO, audio_members},
+    {"text", ZAT_STREAM_TEXT, text_members},
+};
 
 struct Row {
     const char* kind;
@@ -73,7 +95,7 @@ std::vector<Row> rows_of(const Description& description) {
     const InfoRecord& record = description.record;
     std::vector<Row> rows;
     if (!description.error.empty()) {
-        add_rows(&rows, "error", {repaired_utf8(description.error)});
+        add_rows(&rows, "error", {description.error});
     }
     add_rows(&rows, "general", lines_of(record.general, record.general_count));
     add_rows(&rows, "video", lines_of(record.video, record.video_count),
@@ -92,11 +114,10 @@ std::vector<Row> rows_of(const Description& description) {
     return rows;
 }
 
-std::string stream_fields(const ZatStream* stream) {
-    const nlohmann::ordered_json members =
-        stream != nullptr ? stream_json(*stream) : nlohmann::ordered_json::object();
+// Each behind a comma; those that are not known are empty.
+std::string fields_of(const nlohmann::ordered_json& members, std::span<const char* const> columns) {
     std::string out;
-    for (const char* column : stream_columns) {
+    for (const char* column : columns) {
         out += ',';
         const auto found = members.find(column);
         if (found != members.end()) {
@@ -104,6 +125,10 @@ std::string stream_fields(const ZatStream* stream) {
         }
     }
     return out;
+}
+
+nlohmann::ordered_json members_of(const ZatStream* stream) {
+    return stream != nullptr ? stream_json(*stream) : nlohmann::ordered_json::object();
 }
 
 } // namespace
@@ -118,8 +143,8 @@ std::string csv_head() {
 
 std::string csv_of(const Description& description) {
     const InfoRecord& record = description.record;
-    const bool is_examined = description.error.empty();
-    const bool is_known = is_examined && !description.unknown;
+    const bool is_examined = description.error.empty() || is_refused(description);
+    const bool is_known = description.error.empty() && !description.unknown;
     const std::string time = is_known && std::isfinite(record.play_time)
                                  ? nlohmann::json(record.play_time).dump()
                                  : std::string();
@@ -139,10 +164,49 @@ std::string csv_of(const Description& description) {
         out += ',';
         out += csv_field(row.line);
         out += tail;
-        out += stream_fields(row.stream);
+        out += fields_of(members_of(row.stream), stream_columns);
         out += "\r\n";
     }
     return out;
+}
+
+std::string csv_file_head() {
+    std::string out = "path,type_code,type_name,file_size";
+    for (const char* column : file_members) {
+        out += std::string(",") + column;
+    }
+    for (const StreamColumns& columns : stream_kinds) {
+        out += std::string(",") + columns.name + "_streams";
+        for (const char* column : columns.members) {
+            out += std::string(",") + columns.name + "_" + column;
+        }
+    }
+    return out + ",error_code,error\r\n";
+}
+
+std::string csv_file_row(const Description& description) {
+    const bool is_examined = description.error.empty() || is_refused(description);
+    const InfoRecord& record = description.record;
+    nlohmann::ordered_json members = nlohmann::ordered_json::object();
+    if (description.details != nullptr) {
+        add_file_details(*description.details, &members);
+    } else if (!description.format.empty()) {
+        members["format"] = description.format;
+    }
+    std::string out = csv_field(repaired_utf8(description.path)) + ",";
+    out += (is_examined ? std::to_string(record.type_code) : "") + ",";
+    out += (is_examined ? full_type_name(description) : "") + ",";
+    out += is_examined ? std::to_string(record.file_size) : "";
+    out += fields_of(members, file_members);
+    for (const StreamColumns& columns : stream_kinds) {
+        const std::vector<const ZatStream*> streams = streams_of(description, columns.kind);
+        const ZatStream* first = streams.empty() ? nullptr : streams.front();
+        out += ',';
+        out += description.details != nullptr ? std::to_string(streams.size()) : "";
+        out += fields_of(members_of(first), columns.members);
+    }
+    const std::string& why = description.unknown ? description.refusal : description.error;
+    return out + "," + description.reason + "," + csv_field(why) + "\r\n";
 }
 
 } // namespace host

@@ -15,4 +15,9 @@ std::string csv_head();
 // stream without a line.
 std::string csv_of(const Description& description);
 
+// One row for the file: its own details, then those of the first stream of each kind and how many
+// there are.
+std::string csv_file_head();
+std::string csv_file_row(const Description& description);
+
 } // namespace host

@@ -1,4 +1,5 @@
 #include "description.h"
+#include "messages.h"
 
 #include <cerrno>
 #include <cstring>
@@ -20,8 +21,9 @@ struct Descriptor {
 };
 
 void set_error(Description* description) {
-    description->error = std::strerror(errno);
-    description->reason = reason::of_error({errno, std::generic_category()});
+    const std::error_code error(errno, std::generic_category());
+    description->error = error_text(error);
+    description->reason = reason::of_error(error);
 }
 
 // Opened here as well, which tells the reason that the library's type code does not.
@@ -45,7 +47,8 @@ void describe(const Library& library, Query query, Description* description) {
         return;
     }
     if (!S_ISREG(status.st_mode)) {
-        description->error = S_ISDIR(status.st_mode) ? "is a directory" : "is no regular file";
+        description->error =
+            message(S_ISDIR(status.st_mode) ? Message::is_directory : Message::is_no_regular_file);
         description->reason = reason::not_a_file;
         return;
     }
@@ -64,11 +67,6 @@ void describe(const Library& library, Query query, Description* description) {
     ask_library(library, query, description);
     if (record->type_code == FILETYPE_OPENFAILED && descriptor.value < 0) {
         try_open(path, &descriptor, description);
-    }
-    if (record->type_code != FILETYPE_UNKNOWN && record->type_code < FILETYPE_MEDIA &&
-        description->error.empty()) {
-        description->error = "cannot be read";
-        description->reason = reason::read_error;
     }
 }
 

@@ -1,6 +1,7 @@
 #include "description.h"
 #include "encoding.h"
-#include "terminal.h"
+#include "files.h"
+#include "messages.h"
 
 #include <cstring>
 #define WIN32_LEAN_AND_MEAN
@@ -19,56 +20,57 @@ std::string in_code_page(const std::wstring& name) {
     return length > 0 && lost == FALSE ? out : "";
 }
 
-// A name under which the library can open the file: its own, else its short form.
-std::string openable_name(const std::wstring& name) {
-    const std::string own = in_code_page(name);
-    if (!own.empty() && own.size() < MAX_PATH) {
-        return own;
-    }
-    std::wstring whole(32768, L'\0');
-    const DWORD length =
-        GetFullPathNameW(name.c_str(), static_cast<DWORD>(whole.size()), whole.data(), nullptr);
-    whole.resize(length);
-    if (whole.rfind(L"\\\\", 0) != 0) {
-        whole = L"\\\\?\\" + whole;
+// A name under which the library can open the file: its own, else its short form, else the one
+// behind "\\\\?\\". Empty when all are too long for a record or have characters that are in no name
+// of the library's.
+std::string openable_name(const std::string& path) {
+    const std::wstring own = wide_of_utf8(path);
+    const std::wstring whole = native_path(path);
+    if (own == whole) {
+        const std::string name = in_code_page(own);
+        if (!name.empty() && name.size() < MAX_PATH) {
+            return name;
+        }
     }
     std::wstring brief(32768, L'\0');
     brief.resize(GetShortPathNameW(whole.c_str(), brief.data(), static_cast<DWORD>(brief.size())));
-    if (brief.rfind(L"\\\\?\\", 0) == 0) {
-        brief.erase(0, 4);
+    for (const std::wstring& candidate : {brief, whole}) {
+        const std::string name = in_code_page(candidate);
+        if (!name.empty() && name.size() < sizeof InfoRecord{}.path) {
+            return name;
+        }
     }
-    const std::string result = in_code_page(brief);
-    return result.size() < MAX_PATH ? result : "";
+    return "";
 }
 
-void set_error(DWORD error, Description* description) {
+void set_error(Description* description) {
+    const std::error_code error(static_cast<int>(GetLastError()), std::system_category());
     description->error = error_text(error);
-    description->reason = reason::of_error({static_cast<int>(error), std::system_category()});
+    description->reason = reason::of_error(error);
 }
 
 } // namespace
 
 std::string path_for_library(const std::string& path) {
-    return openable_name(wide_of_utf8(path));
+    return openable_name(path);
 }
 
 void describe(const Library& library, Query query, Description* description) {
-    const std::wstring name = wide_of_utf8(description->path);
+    const std::wstring name = native_path(description->path);
     const DWORD attributes = GetFileAttributesW(name.c_str());
     if (attributes == INVALID_FILE_ATTRIBUTES) {
-        set_error(GetLastError(), description);
+        set_error(description);
         return;
     }
     if ((attributes & FILE_ATTRIBUTE_DIRECTORY) != 0) {
-        description->error = "is a directory";
+        description->error = message(Message::is_directory);
         description->reason = reason::not_a_file;
         return;
     }
-    const std::string path = openable_name(name);
+    const std::string path = openable_name(description->path);
     InfoRecord* record = &description->record;
-    if (path.empty() || path.size() >= sizeof record->path) {
-        description->error =
-            "its name is too long or outside the system's code page, and it has no short form";
+    if (path.empty()) {
+        description->error = message(Message::name_out_of_reach);
         description->reason = reason::path_too_long;
         return;
     }
@@ -79,15 +81,12 @@ void describe(const Library& library, Query query, Description* description) {
             CreateFileW(name.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
                 OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
         if (handle == INVALID_HANDLE_VALUE) {
-            set_error(GetLastError(), description);
+            set_error(description);
         } else {
-            description->error = "is no regular file";
+            description->error = message(Message::is_no_regular_file);
             description->reason = reason::not_a_file;
             CloseHandle(handle);
         }
-    } else if (record->type_code != FILETYPE_UNKNOWN && record->type_code < FILETYPE_MEDIA) {
-        description->error = "cannot be read";
-        description->reason = reason::read_error;
     }
 }
 

@@ -13,6 +13,7 @@ namespace host {
 // file that could not be examined, "empty", "text", "executable", "archive", "unsupported" of one
 // that is of no known type.
 namespace reason {
+inline constexpr char not_found[] = "not-found";
 inline constexpr char not_a_file[] = "not-a-file";
 inline constexpr char path_too_long[] = "path-too-long";
 inline constexpr char read_error[] = "read-error";
@@ -27,17 +28,25 @@ struct Description {
     std::string error;    // why the file could not be examined; empty when it was
     std::string reason;   // the same, and why a file is refused, as one of the fixed words below
     bool unknown = false; // examined, but of no known type
+    std::string refusal;  // why a file is of no known type, in the user's language
     InfoRecord record{};
     std::string type_name;               // of the record's type code, such as "MATROSKA"
     std::string format;                  // such as "Matroska"; empty for a file of unknown type
     std::unique_ptr<ZatDetails> details; // null unless they were asked for and the type is known
+    std::unique_ptr<ZatDetails> spare;   // room for the next file's
 };
+
+// Ready for another file.
+void clear(Description* description);
 
 // Asks the library about the file; never waits for a pipe.
 void describe(const Library& library, Query query, Description* description);
 
 // The part of it that all platforms share: the record's path is set.
 void ask_library(const Library& library, Query query, Description* description);
+
+// Whether the record of a file that could not be read holds the line that says why.
+bool is_refused(const Description& description);
 
 // The type's enumerator in zat.h; empty for a code without one.
 std::string full_type_name(const Description& description);

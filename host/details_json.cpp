@@ -163,7 +163,7 @@ Json stream_json(const ZatStream& stream) {
     return out;
 }
 
-void add_details(const ZatDetails& details, Json* out) {
+void add_file_details(const ZatDetails& details, Json* out) {
     add_text(out, "format", details.format);
     add_text(out, "format_profile", details.format_profile);
     add_text(out, "title", details.title);
@@ -177,6 +177,10 @@ void add_details(const ZatDetails& details, Json* out) {
     add_count(out, "pictures", details.pictures);
     add_estimated(details.estimated, out);
     add_notes(details, out);
+}
+
+void add_details(const ZatDetails& details, Json* out) {
+    add_file_details(details, out);
     if (details.format[0] == '\0' && details.stream_count == 0) {
         return; // nobody has looked for streams
     }

@@ -7,6 +7,9 @@
 
 namespace host {
 
+// Adds the file's own members.
+void add_file_details(const ZatDetails& details, nlohmann::ordered_json* out);
+
 // Adds the file's members and its streams.
 void add_details(const ZatDetails& details, nlohmann::ordered_json* out);
 

@@ -1,115 +1,56 @@
 #include "file_list.h"
 
 #include "description.h"
-#include "encoding.h"
+#include "files.h"
 #include "glob.h"
+#include "messages.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
-#include <cstring>
-#include <filesystem>
 #include <memory>
 #include <string_view>
 #include <utility>
 #include <vector>
-#ifdef _WIN32
-#define WIN32_LEAN_AND_MEAN
-#include <windows.h>
-#endif
 
 namespace host {
 
 namespace {
 
-namespace fs = std::filesystem;
-
 #ifdef _WIN32
-fs::path native(const std::string& path) {
-    return wide_of_utf8(path);
-}
-std::string name_of(const fs::path& path) {
-    return utf8_of_wide(path.filename().wstring());
-}
-FILE* open_list(const std::string& path) {
-    return _wfopen(wide_of_utf8(path).c_str(), L"rb");
-}
 constexpr bool lines_may_end_with_cr = true;
-constexpr char separators[] = "/\\";
 #else
-fs::path native(const std::string& path) {
-    return path;
-}
-std::string name_of(const fs::path& path) {
-    return path.filename().string();
-}
-FILE* open_list(const std::string& path) {
-    return std::fopen(path.c_str(), "rb");
-}
 constexpr bool lines_may_end_with_cr = false;
-constexpr char separators[] = "/";
 #endif
 
-struct Entry {
-    std::string name;
-    bool is_directory;
-};
-
-bool is_hidden(const fs::path& path, const std::string& name) {
-#ifdef _WIN32
-    const DWORD attributes = GetFileAttributesW(path.c_str());
-    if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_HIDDEN) != 0) {
-        return true;
-    }
-#else
-    static_cast<void>(path);
-#endif
-    return name.starts_with('.');
-}
-
-bool is_wanted(const Options& options, const fs::path& path, const Entry& entry) {
-    if (!options.hidden && is_hidden(path, entry.name)) {
-        return false;
-    }
-    return !matches_any(options.exclude, entry.name) &&
+bool is_wanted(const Options& options, const FolderEntry& entry) {
+    return (options.hidden || !entry.is_hidden) && !matches_any(options.exclude, entry.name) &&
            (entry.is_directory || options.only.empty() || matches_any(options.only, entry.name));
 }
 
-// The wanted files and folders of a directory by name; links to directories are none.
-std::vector<Entry> entries_of(
-    const Options& options, const std::string& directory, std::error_code* error) {
-    std::vector<Entry> entries;
-    fs::directory_iterator iterator(native(directory), *error);
-    for (; !*error && iterator != fs::directory_iterator(); iterator.increment(*error)) {
-        std::error_code ignored;
-        const bool is_directory =
-            iterator->symlink_status(ignored).type() == fs::file_type::directory;
-        const bool is_linked_directory = !is_directory && iterator->is_directory(ignored);
-        const Entry entry{name_of(iterator->path()), is_directory};
-        if (!is_linked_directory && is_wanted(options, iterator->path(), entry)) {
-            entries.push_back(entry);
-        }
-    }
-    std::sort(entries.begin(), entries.end(),
-        [](const Entry& a, const Entry& b) { return a.name < b.name; });
-    return entries;
+ListedFile failed(const std::string& path, bool is_found, const std::error_code& error) {
+    return {path, is_found, error_text(error), reason::of_error(error)};
 }
 
-bool walk_directory(const Options& options, const std::string& directory, unsigned depth,
-    const FileVisitor& visit) {
-    std::error_code error;
-    const std::vector<Entry> entries = entries_of(options, directory, &error);
-    if (error && !visit({directory, true, error.message(), reason::of_error(error)})) {
+bool walk_folder(
+    const Options& options, const std::string& folder, unsigned depth, const FileVisitor& visit) {
+    std::vector<FolderEntry> entries;
+    const std::error_code error = read_folder(folder, &entries);
+    if (error && !visit(failed(folder, true, error))) {
         return false;
     }
-    const bool separated = std::strchr(separators, directory.back()) != nullptr;
-    for (const Entry& entry : entries) {
-        const std::string path = directory + (separated ? "" : "/") + entry.name;
+    std::sort(entries.begin(), entries.end(),
+        [](const FolderEntry& a, const FolderEntry& b) { return a.name < b.name; });
+    for (const FolderEntry& entry : entries) {
+        const std::string path = path_in(folder, entry.name);
+        if (!is_wanted(options, entry)) {
+            continue;
+        }
         if (!entry.is_directory) {
             if (!visit({path, true})) {
                 return false;
             }
-        } else if (depth != options.max_depth && !walk_directory(options, path, depth + 1, visit)) {
+        } else if (depth != options.max_depth && !walk_folder(options, path, depth + 1, visit)) {
             return false;
         }
     }
@@ -118,13 +59,9 @@ bool walk_directory(const Options& options, const std::string& directory, unsign
 
 bool visit_path(const Options& options, const std::string& path, const FileVisitor& visit) {
     if (names_directory(path)) {
-        return walk_directory(options, path, 1, visit);
+        return walk_folder(options, path, 1, visit);
     }
     return visit({path});
-}
-
-const char* reason_of(int error) {
-    return reason::of_error({error, std::generic_category()});
 }
 
 // Visits the paths of an open list; `error` is why it could not be read to its end, else 0. A byte
@@ -148,7 +85,8 @@ bool visit_paths(FILE* list, const Options& options, const FileVisitor& visit, i
         if (lines_may_end_with_cr && !null_separated && path.ends_with('\r')) {
             path.pop_back();
         }
-        if (!path.empty() && !visit_path(options, path, visit)) {
+        if (!path.empty() &&
+            !visit_path(options, listed_path(path, options.list_encoding), visit)) {
             return false;
         }
         path.clear();
@@ -158,37 +96,26 @@ bool visit_paths(FILE* list, const Options& options, const FileVisitor& visit, i
 
 void visit_list(const Options& options, const FileVisitor& visit) {
     const bool standard_input = options.files_from == "-";
-    const std::string name = standard_input ? "standard input" : options.files_from;
+    const std::string name = standard_input ? message(Message::standard_input) : options.files_from;
     const std::unique_ptr<FILE, int (*)(FILE*)> list(
-        standard_input ? stdin : open_list(options.files_from),
+        standard_input ? stdin : open_file(options.files_from),
         [](FILE* file) { return file == stdin ? 0 : std::fclose(file); });
-    if (list == nullptr) {
-        visit({name, false, std::strerror(errno), reason_of(errno)});
+    int error = list == nullptr ? errno : 0;
+    if (list != nullptr && !visit_paths(list.get(), options, visit, &error)) {
         return;
     }
-    int error = 0;
-    if (visit_paths(list.get(), options, visit, &error) && error != 0 &&
-        error != EINTR) { // an interrupt ends the program in good order
-        visit({name, false, std::strerror(error), reason_of(error)});
+    if (error != 0 && error != EINTR) { // an interrupt ends the program in good order
+        visit(failed(name, false, {error, std::generic_category()}));
     }
 }
 
 } // namespace
 
-bool names_directory(const std::string& path) {
-    std::error_code ignored;
-    return fs::is_directory(native(path), ignored);
-}
-
-bool file_exists(const std::string& path) {
-    std::error_code ignored;
-    return fs::exists(native(path), ignored);
-}
-
 void for_each_file(const Options& options, const FileVisitor& visit) {
     for (const std::string& path : options.paths) {
-        if (!path.empty() ? !visit_path(options, path, visit)
-                          : !visit({path, false, "the name is empty", reason_of(ENOENT)})) {
+        if (!path.empty()
+                ? !visit_path(options, path, visit)
+                : !visit({path, false, message(Message::empty_name), reason::not_found})) {
             return;
         }
     }

@@ -19,11 +19,7 @@ struct ListedFile {
 using FileVisitor = std::function<bool(const ListedFile& file)>;
 
 // Visits the named files, those of the lists, and those below directories: in the order given,
-// within a directory by name. Links to directories found below one are not followed.
+// within a directory by name.
 void for_each_file(const Options& options, const FileVisitor& visit);
-
-// For paths as given on the command line.
-bool names_directory(const std::string& path);
-bool file_exists(const std::string& path);
 
 } // namespace host

@@ -56,14 +56,19 @@ std::string json_of(const Library& library, const Description& description, bool
         out["error_code"] = description.reason;
     }
     if (!description.error.empty()) {
-        out["error"] = repaired_utf8(description.error);
-        return out.dump();
+        out["error"] = description.error;
+        if (!is_refused(description)) {
+            return out.dump();
+        }
     }
     const std::string name = full_type_name(description);
     out["type"]["code"] = record.type_code;
     out["type"]["name"] = name.empty() ? Json(nullptr) : Json(name);
     out["label"] = utf8_of_shift_jis(record.label);
     out["general"] = lines_of(record.general, record.general_count);
+    if (!description.error.empty()) {
+        return out.dump();
+    }
     out["video"] = lines_of(record.video, record.video_count);
     out["audio"] = lines_of(record.audio, record.audio_count);
     out["extra_info"] = utf8_of_shift_jis(record.extra_info);

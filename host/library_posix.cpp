@@ -1,4 +1,5 @@
 #include "library.h"
+#include "messages.h"
 
 #include <dlfcn.h>
 #include <unistd.h>
@@ -35,7 +36,7 @@ std::string load_library(Library* library) {
         }
     }
     if (handle == nullptr) {
-        return std::string("the library cannot be loaded: ") + dlerror();
+        return message(Message::library_missing, "libzat.so", dlerror());
     }
     if (!find(handle, "SetPath", &library->set_path) ||
         !find(handle, "GetFileFormat", &library->get_file_format) ||
@@ -44,7 +45,7 @@ std::string load_library(Library* library) {
         !find(handle, "ReFormFullBounded", &library->reform_full_bounded) ||
         !find(handle, "GetTypeName", &library->get_type_name) ||
         !find(handle, "GetDllVersion", &library->get_version)) {
-        return std::string("the library lacks an entry point: ") + dlerror();
+        return message(Message::library_lacks_export, "libzat.so");
     }
     return "";
 }

@@ -1,5 +1,6 @@
 #include "encoding.h"
 #include "library.h"
+#include "messages.h"
 
 #include <vector>
 #define WIN32_LEAN_AND_MEAN
@@ -28,9 +29,8 @@ std::string load_library(Library* library) {
     const std::wstring path = wide_of_utf8(program_directory() + ZAT_DLL_NAME);
     const HMODULE module = LoadLibraryW(path.c_str());
     if (module == nullptr) {
-        return "the library " ZAT_DLL_NAME
-               " cannot be loaded from the program's directory (error " +
-               std::to_string(GetLastError()) + ")";
+        return message(Message::library_missing, ZAT_DLL_NAME,
+            error_text({static_cast<int>(GetLastError()), std::system_category()}));
     }
     if (!find(module, "SetPath", &library->set_path) ||
         !find(module, "GetFileFormat", &library->get_file_format) ||
@@ -39,7 +39,7 @@ std::string load_library(Library* library) {
         !find(module, "ReFormFullBounded", &library->reform_full_bounded) ||
         !find(module, "GetTypeName", &library->get_type_name) ||
         !find(module, "GetDllVersion", &library->get_version)) {
-        return "the library " ZAT_DLL_NAME " lacks an entry point";
+        return message(Message::library_lacks_export, ZAT_DLL_NAME);
     }
     return "";
 }

@@ -1,5 +1,5 @@
 #include "description.h"
-#include "file_list.h"
+#include "files.h"
 #include "library.h"
 #include "options.h"
 #include "run.h"

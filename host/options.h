@@ -8,11 +8,15 @@ namespace host {
 
 enum class Format { text, table, json, jsonl, csv, html };
 
+enum class SortKey { none, name, size, time, duration };
+enum class ListEncoding { automatic, utf8, console };
+
 struct Options {
     Format format = Format::text;
     std::vector<std::string> paths;
     std::string files_from;      // a file with a path a line, "-" for standard input
     bool null_separated = false; // the list's paths end with a zero byte
+    ListEncoding list_encoding = ListEncoding::automatic; // Windows only: names are bytes elsewhere
     bool detect_only = false;
     bool raw = false;
     bool quiet = false;
@@ -21,11 +25,15 @@ struct Options {
     unsigned max_depth = 0;        // folders that a walk goes down, the named one included; 0: all
     std::vector<std::string> only; // name patterns of the files that a walk finds
     std::vector<std::string> exclude; // and of files and folders that it passes over
-    bool strict = false;      // a file of unknown type is a failure even when nobody named it
-    bool with_report = false; // JSON: the report's text too
-    std::string output;       // a file in place of standard output; empty for none
-    std::string catalogue;    // directory; empty for the default
-    unsigned jobs = 0;        // 0: as many as processors
+    std::vector<std::string> types;   // kinds of files and formats that are shown; none: all
+    SortKey sort = SortKey::none;
+    bool strict = false;          // a file of unknown type is a failure even when nobody named it
+    bool with_report = false;     // JSON: the report's text too
+    bool per_file = false;        // CSV: a row a file
+    bool byte_order_mark = false; // CSV: at the start, for spreadsheets
+    std::string output;           // a file in place of standard output; empty for none
+    std::string catalogue;        // directory; empty for the default
+    unsigned jobs = 0;            // 0: as many as processors
 };
 
 constexpr int exit_described = 0;

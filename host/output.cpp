@@ -23,7 +23,7 @@ std::string without_carriage_returns(const std::string& text) {
 
 std::string text_output(
     const Library& library, const Options& options, const Description& description, bool several) {
-    if (!description.error.empty()) {
+    if (!description.error.empty() && !is_refused(description)) {
         return ""; // the message on standard error says it
     }
     std::string out;
@@ -48,7 +48,7 @@ Query query_of(const Options& options) {
     if (options.detect_only) {
         return Query::type;
     }
-    return options.format == Format::text ? Query::record : Query::details;
+    return options.format == Format::text && options.types.empty() ? Query::record : Query::details;
 }
 
 bool shows_unknown_files(const Options& options) {
@@ -60,7 +60,8 @@ std::string output_head(const Options& options) {
     case Format::json:
         return "[\n";
     case Format::csv:
-        return csv_head();
+        return (options.byte_order_mark ? "\xEF\xBB\xBF" : "") +
+               (options.per_file ? csv_file_head() : csv_head());
     case Format::html:
         return std::string(html_head());
     default:
@@ -98,7 +99,7 @@ std::string output_of(
     case Format::jsonl:
         return json_of(library, description, options.with_report) + "\n";
     case Format::csv:
-        return csv_of(description);
+        return options.per_file ? csv_file_row(description) : csv_of(description);
     case Format::html:
         return html_of(library, description);
     case Format::table:

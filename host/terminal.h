@@ -29,13 +29,14 @@ std::string last_write_error();
 std::string begin_output_file(const std::string& path);
 std::string finish_output_file(const std::string& path, bool is_complete);
 
-// One line to standard error, "zat: " before it.
-void write_message(const std::string& utf8);
+// Whether the user's language is Japanese.
+bool locale_is_japanese();
 
-#ifdef _WIN32
-// Windows' text for one of its error numbers, without its line end.
-std::string error_text(unsigned long error);
-#endif
+// One line to standard error.
+void write_line(const std::string& utf8);
+
+// The same, "zat: " before it.
+void write_message(const std::string& utf8);
 
 bool output_is_terminal();
 

@@ -1,4 +1,4 @@
-#include "encoding.h"
+#include "messages.h"
 #include "terminal.h"
 #include "text_width.h"
 
@@ -7,7 +7,7 @@
 #include <csignal>
 #include <cstdint>
 #include <cstdio>
-#include <cstring>
+#include <cstdlib>
 #include <fcntl.h>
 #include <iconv.h>
 #include <langinfo.h>
@@ -53,6 +53,10 @@ std::string shift_jis_of_utf8(std::string_view text) {
     return out;
 }
 
+std::string last_error() {
+    return error_text({errno, std::generic_category()});
+}
+
 std::string partial_name(const std::string& path) {
     const size_t name = path.rfind('/') + 1;
     return path.substr(0, name) + "." + path.substr(name) + "." + std::to_string(getpid());
@@ -77,7 +81,7 @@ std::string begin_output_file(const std::string& path) {
     const std::string partial = partial_name(path);
     const int file = open(partial.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
     if (file < 0 || dup2(file, STDOUT_FILENO) < 0) {
-        return std::strerror(errno);
+        return last_error();
     }
     close(file);
     return "";
@@ -90,33 +94,49 @@ std::string finish_output_file(const std::string& path, bool is_complete) {
     }
     const int error = errno;
     unlink(partial.c_str());
-    return is_complete ? std::strerror(error) : "";
+    return is_complete ? error_text({error, std::generic_category()}) : "";
 }
 
 WriteResult write_output(std::string_view utf8, bool as_text) {
-    const std::string text =
-        as_text && locale_is_shift_jis() ? shift_jis_of_utf8(utf8) : std::string(utf8);
-    size_t done = 0;
-    while (done < text.size()) {
-        const ssize_t count = write(STDOUT_FILENO, text.data() + done, text.size() - done);
+    const bool is_converted = as_text && locale_is_shift_jis();
+    const std::string converted = is_converted ? shift_jis_of_utf8(utf8) : std::string();
+    std::string_view left = is_converted ? converted : utf8;
+    while (!left.empty()) {
+        const ssize_t count = write(STDOUT_FILENO, left.data(), left.size());
         if (count < 0 && errno == EINTR) {
             continue;
         }
         if (count < 0) {
             return errno == EPIPE ? WriteResult::closed : WriteResult::failed;
         }
-        done += static_cast<size_t>(count);
+        left.remove_prefix(static_cast<size_t>(count));
     }
     return WriteResult::written;
 }
 
 std::string last_write_error() {
-    return std::strerror(errno);
+    return last_error();
+}
+
+// The first of these that is set decides (POSIX.1, 8.2).
+bool locale_is_japanese() {
+    for (const char* name : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
+        const char* value = std::getenv(name);
+        if (value != nullptr && *value != '\0') {
+            return std::string_view(value).starts_with("ja");
+        }
+    }
+    return false;
+}
+
+void write_line(const std::string& utf8) {
+    const std::string text = error_is_terminal() ? printable(utf8) : utf8;
+    const std::string shown = locale_is_shift_jis() ? shift_jis_of_utf8(text) : text;
+    std::fprintf(stderr, "%s\n", shown.c_str());
 }
 
 void write_message(const std::string& utf8) {
-    const std::string text = error_is_terminal() ? printable(utf8) : utf8;
-    std::fprintf(stderr, "zat: %s\n", text.c_str());
+    write_line("zat: " + utf8);
 }
 
 bool output_is_terminal() {
@@ -124,8 +144,9 @@ bool output_is_terminal() {
 }
 
 size_t output_columns() {
+    static const bool is_terminal = output_is_terminal();
     winsize size{};
-    return ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 ? size.ws_col : 0;
+    return is_terminal && ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 ? size.ws_col : 0;
 }
 
 bool error_is_terminal() {

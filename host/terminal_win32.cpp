@@ -1,4 +1,6 @@
 #include "encoding.h"
+#include "files.h"
+#include "messages.h"
 #include "terminal.h"
 #include "text_width.h"
 
@@ -105,8 +107,12 @@ void expand(const std::wstring& argument, std::vector<std::string>* out) {
     FindClose(handle);
 }
 
+std::string last_error() {
+    return error_text({static_cast<int>(GetLastError()), std::system_category()});
+}
+
 std::wstring partial_name(const std::string& path) {
-    const std::wstring wide = wide_of_utf8(path);
+    const std::wstring wide = native_path(path);
     const size_t name = wide.find_last_of(L"\\/:") + 1;
     return wide.substr(0, name) + L"." + wide.substr(name) + L"." +
            std::to_wstring(GetCurrentProcessId());
@@ -137,7 +143,7 @@ std::string begin_output_file(const std::string& path) {
     const HANDLE file = CreateFileW(partial_name(path).c_str(), GENERIC_WRITE, FILE_SHARE_READ,
         nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (file == INVALID_HANDLE_VALUE || SetStdHandle(STD_OUTPUT_HANDLE, file) == 0) {
-        return error_text(GetLastError());
+        return last_error();
     }
     return "";
 }
@@ -146,34 +152,32 @@ std::string finish_output_file(const std::string& path, bool is_complete) {
     const std::wstring partial = partial_name(path);
     CloseHandle(standard(STD_OUTPUT_HANDLE));
     if (is_complete &&
-        MoveFileExW(partial.c_str(), wide_of_utf8(path).c_str(), MOVEFILE_REPLACE_EXISTING) != 0) {
+        MoveFileExW(partial.c_str(), native_path(path).c_str(), MOVEFILE_REPLACE_EXISTING) != 0) {
         return "";
     }
     const DWORD error = GetLastError();
     DeleteFileW(partial.c_str());
-    return is_complete ? error_text(error) : "";
+    return is_complete ? error_text({static_cast<int>(error), std::system_category()}) : "";
 }
 
 WriteResult write_output(std::string_view utf8, bool as_text) {
     return as_text ? write_text(STD_OUTPUT_HANDLE, utf8) : write_bytes(STD_OUTPUT_HANDLE, utf8);
 }
 
-std::string error_text(DWORD error) {
-    wchar_t text[512];
-    DWORD length = FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS,
-        nullptr, error, 0, text, 512, nullptr);
-    while (length > 0 && (text[length - 1] == L'\n' || text[length - 1] == L'\r')) {
-        --length;
-    }
-    return length == 0 ? "error " + std::to_string(error) : utf8_of_wide({text, length});
+std::string last_write_error() {
+    return last_error();
 }
 
-std::string last_write_error() {
-    return error_text(GetLastError());
+void write_line(const std::string& utf8) {
+    write_text(STD_ERROR_HANDLE, (error_is_terminal() ? printable(utf8) : utf8) + "\n");
 }
 
 void write_message(const std::string& utf8) {
-    write_text(STD_ERROR_HANDLE, "zat: " + (error_is_terminal() ? printable(utf8) : utf8) + "\n");
+    write_line("zat: " + utf8);
+}
+
+bool locale_is_japanese() {
+    return PRIMARYLANGID(GetUserDefaultUILanguage()) == LANG_JAPANESE;
 }
 
 bool output_is_terminal() {

@@ -8,7 +8,7 @@ add_subdirectory(/usr/src/googletest ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM
 file(GLOB_RECURSE unit_sources CONFIGURE_DEPENDS
     api/*.cpp common/*.cpp detect/*.cpp audio/*.cpp text/*.cpp video/*.cpp picture/*.cpp container/*.cpp host/*.cpp support/*.cpp)
 # The parts of the host that need neither a library nor a terminal.
-set(host_sources csv_output description details_json encoding table_output text_width)
+set(host_sources csv_output description details_json encoding messages table_output text_width)
 list(TRANSFORM host_sources REPLACE "(.+)" "${PROJECT_SOURCE_DIR}/host/\\1.cpp")
 add_executable(unit_tests ${unit_sources} ${host_sources}
     $<TARGET_OBJECTS:zat_portable> $<TARGET_OBJECTS:zat_platform>)

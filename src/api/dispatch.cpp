@@ -2,10 +2,14 @@
 
 #include "audio/aac_file.h"
 #include "audio/ac3_file.h"
+#include "audio/aiff_file.h"
+#include "audio/au_file.h"
+#include "audio/cd_track_file.h"
 #include "audio/dsdiff_file.h"
 #include "audio/dsf_file.h"
 #include "audio/dts_file.h"
 #include "audio/flac_file.h"
+#include "audio/midi_file.h"
 #include "audio/monkey_file.h"
 #include "audio/mp3_file.h"
 #include "audio/musepack_file.h"
@@ -27,6 +31,7 @@
 #include "container/mpeg_ps.h"
 #include "container/mpeg_ts.h"
 #include "container/ogg.h"
+#include "container/realaudio.h"
 #include "container/realmedia.h"
 #include "container/video_cd.h"
 #include "detect/file_type.h"
@@ -69,9 +74,15 @@ constexpr Row rows[] = {
     {AnalyzeOggFile, FILETYPE_OGGFLAC},
     {AnalyzeOggFile, FILETYPE_OGGOPUS},
     {AnalyzeWavFile, FILETYPE_WAV},
+    {AnalyzeMidiFile, FILETYPE_MID},
+    {AnalyzeMidiFile, FILETYPE_RMI},
+    {AnalyzeAuFile, FILETYPE_AU},
+    {AnalyzeAiffFile, FILETYPE_AIFF},
     {AnalyzeMp3File, FILETYPE_MP3},
     {AnalyzeMp3File, FILETYPE_SHOCKWAVEMP3},
+    {AnalyzeCdTrackFile, FILETYPE_CDA},
     {AnalyzeRmp3File, FILETYPE_RMP3},
+    {AnalyzeRealAudioFile, FILETYPE_REALAUDIO},
     {ac3_file, FILETYPE_AC3},
     {dts_file, FILETYPE_DTS14LE},
     {dts_file, FILETYPE_DTS14BE},

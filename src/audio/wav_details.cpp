@@ -5,13 +5,14 @@
 #include "common/text.h"
 
 #include <algorithm>
+#include <limits>
 
 namespace zat {
 
 namespace {
 
 // Writers that cannot go back announce this much and more.
-constexpr uint32_t open_size = 0x7FFFFF00;
+constexpr int64_t open_size = 0x7FFFFF00;
 
 constexpr uint16_t sample_tags[] = {
     wave_tag_pcm, 0x0003 /* float */, 0x0006, 0x0007 /* A-law, mu-law */};
@@ -25,8 +26,10 @@ uint32_t sample_block(const WaveFormat& format) {
 
 // The data chunk's bytes, as announced, where that can be.
 int64_t announced_bytes(const WavChunks& chunks, int64_t available) {
-    return chunks.data_size >= open_size && chunks.data_size > available ? available
-                                                                         : chunks.data_size;
+    const auto most = static_cast<uint64_t>(std::numeric_limits<int64_t>::max());
+    const auto announced = static_cast<int64_t>(std::min(chunks.data_size, most));
+    const bool is_open = chunks.form == WaveForm::riff && announced >= open_size;
+    return is_open ? std::min(announced, available) : announced;
 }
 
 void set_figures(const WavChunks& chunks, int64_t announced, int64_t available, ZatStream* stream) {
@@ -46,6 +49,17 @@ void set_figures(const WavChunks& chunks, int64_t announced, int64_t available, 
     stream->bytes = static_cast<uint64_t>(present);
 }
 
+std::string_view format_profile(const WavChunks& chunks) {
+    switch (chunks.form) {
+    case WaveForm::rf64:
+        return "RF64";
+    case WaveForm::bw64:
+        return "BW64";
+    default:
+        return chunks.broadcast ? "BWF" : "";
+    }
+}
+
 void write_tags(Reader* reader, const WavChunks& chunks, ZatDetails* details) {
     TagTexts texts;
     TagText writer = {};
@@ -61,8 +75,8 @@ void write_tags(Reader* reader, const WavChunks& chunks, ZatDetails* details) {
 
 void write_wav_details(
     Reader* reader, const WavChunks& chunks, ZatStream* stream, ZatDetails* details) {
-    copy_utf8(details->format, "WAV");
-    copy_utf8(details->format_profile, chunks.broadcast ? "BWF" : "");
+    copy_utf8(details->format, chunks.form == WaveForm::wave64 ? "Wave64" : "WAV");
+    copy_utf8(details->format_profile, format_profile(chunks));
     write_tags(reader, chunks, details);
 
     const int64_t available = whole_file(reader).end - chunks.data_position;

@@ -23,7 +23,7 @@ constexpr size_t extra_info_size = 256; // bytes used of the extra-info text, te
 void set_play_time(const WavChunks& chunks, InfoRecord* record) {
     if (chunks.format.tag == wave_tag_pcm) {
         if (chunks.format.block_align != 0 && chunks.format.sample_rate != 0) {
-            const uint32_t frames = chunks.data_size / chunks.format.block_align;
+            const uint64_t frames = chunks.data_size / chunks.format.block_align;
             record->play_time = static_cast<double>(frames) / chunks.format.sample_rate;
         }
     } else if (chunks.format.byte_rate != 0) {
@@ -130,7 +130,7 @@ void note_beyond_2gb(const WavChunks& chunks, InfoRecord* record) {
 }
 
 void write_extra_lines(const WavChunks& chunks, InfoRecord* record) {
-    copy_text(record->extra[0], chunks.chain);
+    copy_text(record->extra[0], chunks.chain.text);
     record->extra_count = 1;
     if (chunks.beyond_2gb) {
         note_beyond_2gb(chunks, record);
@@ -172,6 +172,9 @@ int describe(Reader* reader, const Output& out) {
         speakers_of_count(chunks.format.channels, speakers);
         format_speaker_line(chunks, name, speakers, line);
         copy_text(record->label, "[RIFF(WAVE-EXT)]");
+    }
+    if (chunks.form != WaveForm::riff) {
+        copy_text(record->label, chunks.form == WaveForm::wave64 ? "[Wave64]" : "[RIFF64(WAVE)]");
     }
     if (out.details != nullptr) {
         write_wav_details(reader, chunks, &stream, out.details);

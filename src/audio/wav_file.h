@@ -1,5 +1,6 @@
 // RIFF WAVE files, with whatever their chunks announce: PCM, compressed audio named through the
-// codec catalogue, DTS and MPEG audio streams, Broadcast Wave and lossyWAV.
+// codec catalogue, DTS and MPEG audio streams, Broadcast Wave and lossyWAV; and the forms for more
+// than 4 GB, RF64, BW64 and Wave64.
 #pragma once
 
 #include "common/file_access.h"

@@ -16,7 +16,14 @@ HANDLE native(const FileRecord* file) {
 
 int FileOpen(FileRecord* file, const char* path) {
     file->handle = -1;
-    const HANDLE handle = CreateFileA(path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE,
+    // The 8-bit function takes no path of MAX_PATH characters or more, even with the prefix "\\?\".
+    constexpr int wide_size = 1024; // more than a record's path or the catalogue's
+    wchar_t wide[wide_size];
+    if (MultiByteToWideChar(
+            AreFileApisANSI() != 0 ? CP_ACP : CP_OEMCP, 0, path, -1, wide, wide_size) == 0) {
+        return 1;
+    }
+    const HANDLE handle = CreateFileW(wide, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE,
         nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (handle == INVALID_HANDLE_VALUE) {
         return 1;

@@ -1,12 +1,12 @@
 #include "container/realmedia.h"
 
 #include "common/bytes.h"
-#include "common/codec_catalogue.h"
 #include "common/details.h"
 #include "common/file_window.h"
 #include "common/fourcc.h"
 #include "common/record_lines.h"
 #include "common/text_codes.h"
+#include "container/realaudio_header.h"
 #include "container/realmedia_details.h"
 
 #include <algorithm>
@@ -100,22 +100,6 @@ uint32_t read_be32(FileWindow* window, uint32_t position) {
 // A text behind its length of one byte.
 std::string_view counted_text(const uint8_t* bytes) {
     return {reinterpret_cast<const char*>(bytes + 1), bytes[0]};
-}
-
-// The name of a codec by the four characters of its id. `out` has 256 bytes.
-void real_codec_name(const uint8_t* id, char* out) {
-    char shown[5] = "";
-    char key[5] = "";
-    size_t length = 0;
-    for (int i = 0; i < 4; ++i) {
-        const char c = static_cast<char>(id[i]);
-        if (IsNotPrintable(c) == 0) {
-            shown[length] = c;
-            key[length] = ascii_upper(c);
-            ++length;
-        }
-    }
-    codec_name("[REAL]", key, shown, out, 256);
 }
 
 // `data` is the type-specific data, its 32-bit length included.

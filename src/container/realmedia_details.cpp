@@ -4,6 +4,7 @@
 #include "common/details.h"
 #include "common/text.h"
 #include "common/text_codes.h"
+#include "container/realaudio_header.h"
 
 #include <algorithm>
 #include <string_view>
@@ -61,46 +62,16 @@ void describe_video(Bytes data, ZatStream* stream) {
     stream->frame_rate = ReadBEFixed16_16(codec + 14);
 }
 
-// The headers of RealAudio, from their length on, as far as they differ by version.
-struct AudioLayout {
-    uint16_t version;
-    size_t rate_at;
-    size_t bits_at;
-    size_t channels_at;
-    size_t codec_at;
-};
-
-// Of version 4 the codec stands behind the interleaver, both counted texts of four bytes.
-constexpr AudioLayout audio_layouts[] = {{4, 50, 54, 58, 66}, {5, 52, 60, 64, 70}};
-
 void describe_audio(Bytes data, std::string_view mime, ZatStream* stream) {
-    constexpr size_t header_size = 74;
     const size_t at = find_tag(data, ".ra\xFD");
-    if (at == 0 || data.size() < at + header_size) {
+    RealAudioHeader header;
+    if (at == 0 || !read_realaudio_header(data.subspan(at), &header)) {
         if (mime == "audio/X-MP3-draft-00") {
             set_codec(stream, {"MP3"});
         }
         return;
     }
-    const uint8_t* header = data.data() + at - 4;
-    const uint16_t version = ReadBE16(header + 8);
-    if (version == 3) {
-        set_fourcc_codec(stream, ReadBE32(reinterpret_cast<const uint8_t*>("14_4")));
-        stream->sample_rate = 8000;
-        stream->channels = 1;
-        return;
-    }
-    for (const AudioLayout& layout : audio_layouts) {
-        if (layout.version != version) {
-            continue;
-        }
-        stream->sample_rate = ReadBE32(header + layout.rate_at);
-        stream->channels = ReadBE16(header + layout.channels_at);
-        set_fourcc_codec(stream, ReadBE32(header + layout.codec_at));
-        if ((stream->flags & ZAT_FLAG_LOSSLESS) != 0) {
-            stream->bit_depth = ReadBE32(header + layout.bits_at);
-        }
-    }
+    realaudio_facts(header, stream);
 }
 
 // Nonsense of a damaged header is not known.

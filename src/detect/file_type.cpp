@@ -56,7 +56,7 @@ constexpr TypeName names[] = {
     {FILETYPE_AU, "AU", "(104)", "AU"},
     {FILETYPE_AIFF, "AIFF", "(105)", "AIFF"},
     {FILETYPE_MP3, "MP3", "(106)", "MPEG audio"},
-    {FILETYPE_CDA, "CDA", "(107)"},
+    {FILETYPE_CDA, "CDA", "(107)", "CD audio track"},
     {FILETYPE_RMP3, "RMP3", "(108)", "RMP3"},
     {FILETYPE_OGGVORBIS, "OGGVORBIS", "(109)", "Ogg"},
     {FILETYPE_OGGSPEEX, "OGGSPEEX", "(110)", "Ogg"},

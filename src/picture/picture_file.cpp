@@ -5,6 +5,8 @@
 #include "common/stream_lines.h"
 #include "common/tag_sizes.h"
 
+#include <algorithm>
+
 namespace zat {
 
 namespace {
@@ -43,6 +45,7 @@ void write_notes(const PictureFile& picture, const Output& out) {
 void open_picture_file(PictureFile* picture, FileRecord* file) {
     reader_open(&picture->reader, file);
     picture->span = span_behind_id3v2(&picture->reader);
+    picture->span.start += std::max<int64_t>(count_zeros(&picture->reader, picture->span, 0), 0);
     picture->facts = new_stream(ZAT_STREAM_VIDEO);
 }
 

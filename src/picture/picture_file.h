@@ -11,7 +11,7 @@ namespace zat {
 // What an analyser finds out; from it the record and the details are written.
 struct PictureFile {
     Reader reader;
-    Span span; // behind ID3v2 tags, should there be any
+    Span span; // behind ID3v2 tags and zeros, should there be any
 
     ZatStream facts;
     char name[48] = {};           // in the brackets of the line

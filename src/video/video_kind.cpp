@@ -11,17 +11,33 @@ namespace zat {
 
 namespace {
 
-// Whether `second` stands behind `first` as the very next start code, each under its mask.
-bool has_sequence(
-    Bytes stream, uint8_t first, uint8_t first_mask, uint8_t second, uint8_t second_mask) {
+// Whether `second` stands behind `first` as the very next start code.
+bool has_sequence(Bytes stream, uint8_t first, uint8_t second) {
     bool after_first = false;
     for (int64_t at = find_start_code(stream, 0); at >= 0;
          at = find_start_code(stream, static_cast<size_t>(at) + 3)) {
         const uint8_t code = stream[static_cast<size_t>(at) + 3];
-        if (after_first && (code & second_mask) == second) {
+        if (after_first && code == second) {
             return true;
         }
-        after_first = (code & first_mask) == first;
+        after_first = code == first;
+    }
+    return false;
+}
+
+// Whether a picture parameter set of H.264 stands behind a sequence's, with nothing between but the
+// latter's extensions.
+bool has_avc_sets(Bytes stream) {
+    enum Type : uint8_t { sequence = 7, picture = 8, extension = 13, subset = 15 };
+    bool after_sequence = false;
+    for (int64_t at = find_start_code(stream, 0); at >= 0;
+         at = find_start_code(stream, static_cast<size_t>(at) + 3)) {
+        const uint8_t type = stream[static_cast<size_t>(at) + 3] & 0x9F;
+        if (after_sequence && type == picture) {
+            return true;
+        }
+        after_sequence =
+            type == sequence || (after_sequence && (type == extension || type == subset));
     }
     return false;
 }
@@ -54,16 +70,12 @@ VideoKind guess_video_kind(Bytes stream) {
         return VideoKind::mpeg;
     }
     AvcSequenceInfo avc;
-    if (has_sequence(stream, 0x07, 0x9F, 0x08, 0x9F) && find_avc_sps(stream, &avc) == 0) {
-        return VideoKind::avc; // a picture parameter set behind the sequence's
+    if (has_avc_sets(stream) && find_avc_sps(stream, &avc) == 0) {
+        return VideoKind::avc;
     }
     HevcSequence hevc;
-    if (has_sequence(stream, 0x40, 0xFF, 0x42, 0xFF) && find_hevc_sps(stream, &hevc)) {
+    if (has_sequence(stream, 0x40, 0x42) && find_hevc_sps(stream, &hevc)) {
         return VideoKind::hevc; // the sequence's behind the video parameter set
-    }
-    Vc1Sequence vc1;
-    if (has_sequence(stream, 0x0F, 0xFF, 0x0E, 0xFF) && find_vc1_sequence(stream, &vc1) == 0) {
-        return VideoKind::vc1; // an entry point header behind the sequence's
     }
     constexpr uint8_t visual_object_sequence = 0xB0;
     constexpr uint8_t vop = 0xB6;
@@ -72,6 +84,10 @@ VideoKind guess_video_kind(Bytes stream) {
             find_start_code_of(stream, 0, vop) >= 0) &&
         find_mpeg4_headers(stream, &mpeg4) == 0) {
         return VideoKind::mpeg4;
+    }
+    Vc1Sequence vc1;
+    if (has_sequence(stream, 0x0F, 0x0E) && find_vc1_sequence(stream, &vc1) == 0) {
+        return VideoKind::vc1; // an entry point header behind the sequence's
     }
     return VideoKind::unknown;
 }

@@ -4,6 +4,7 @@
 #include "support/analysed.h"
 #include "support/byte_builder.h"
 #include "support/details_text.h"
+#include "support/dispatched.h"
 
 #include <fstream>
 
@@ -133,6 +134,32 @@ const Row rows[] = {
     {"no RIFF file", ByteBuilder().text("RIFX").fill(40, 1).bytes, unnamed("0000] 0Hz 0ch 0.00kbps 0Bit [fmt:0Byte]"), 0, ""},
 };
 
+// "ds64": the sizes of "data" and of one other chunk.
+Buffer sizes(uint64_t data, uint64_t samples, std::string_view id, uint64_t size) {
+    return chunk("ds64", ByteBuilder().le64(0).le64(data).le64(samples).le32(1).text(id).le64(size).bytes);
+}
+
+Buffer guid(std::string_view id, bool is_riff = false) {
+    static const Buffer tails[] = {bytes_of_hex("F3ACD311 8CD100C0 4F8EDB8A"), bytes_of_hex("2E91CF11 A5D628DB 04C10000")};
+    return ByteBuilder().text(id).append(tails[is_riff ? 1 : 0]).bytes;
+}
+
+// With its padding to eight bytes.
+Buffer guid_chunk(std::string_view id, const Buffer& payload, int64_t size = -1) {
+    const uint64_t told = size < 0 ? payload.size() + 24 : static_cast<uint64_t>(size);
+    auto out = ByteBuilder().append(guid(id)).le64(told).append(payload);
+    return out.pad_to((out.bytes.size() + 7) / 8 * 8, 0xEE).bytes;
+}
+
+Buffer wave64(const std::vector<Buffer>& chunks) {
+    ByteBuilder builder;
+    builder.append(guid("riff", true)).le64(0).append(guid("wave"));
+    for (const Buffer& bytes : chunks) {
+        builder.append(bytes);
+    }
+    return builder.bytes;
+}
+
 } // namespace
 
 TEST(WavFile, DescribesWhatTheChunksSay) {
@@ -186,6 +213,93 @@ TEST(WavFile, TellsTypedDetails) {
     };
     for (const auto& row : files) {
         EXPECT_EQ(details_text(*details_of(row.bytes)), row.expected) << row.name;
+    }
+}
+
+TEST(WavFile, TakesSizesOf64Bits) {
+    constexpr int64_t elsewhere = 0xFFFFFFFF;
+    const Buffer format = fmt({});
+    const Buffer plain_format(format.begin() + 8, format.end());
+    const Buffer adpcm = fmt({0x11, 2, 8000, 8110, 256, 4});
+    const auto with_id = [](std::string_view id, const Buffer& bytes) { return ByteBuilder().append(bytes).put(0, id).bytes; };
+    const struct {
+        const char* name;
+        Buffer bytes;
+        const char* label;
+        const char* expected;
+    } files[] = {
+        {"a cut file of 5 GB, another chunk's size in the table",
+            with_id("RF64", wave({sizes(5'000'000'000, 0, "junk", 4), format, chunk("junk", {1, 2, 3, 4}, elsewhere),
+                                chunk("data", {1, 2}, elsewhere)})),
+            "[RIFF64(WAVE)]",
+            "A [C\x96\xB3"
+            "0001] 44100Hz 2ch 1411.20kbps 16Bit [fmt:16Byte]\n"
+            "X [ds64][fmt ][junk][data]\n"
+            "28344.671\n"
+            "WAV profile=RF64 notes=truncated duration=28344.671 missing=4999999998\n"
+            "audio mode=1 duration=28344.671 bit_rate=1411200 bytes=2 samples=1250000000 sample_rate=44100 channels=2 "
+            "bit_depth=16 codec=PCM codec_id=0x0001 profile=signed 16 LE layout=L R"},
+        {"no sizes: all there is", with_id("BW64", wave({format, chunk("data", Buffer(176400, 1), elsewhere)})), "[RIFF64(WAVE)]",
+            "A [C\x96\xB3"
+            "0001] 44100Hz 2ch 1411.20kbps 16Bit [fmt:16Byte]\n"
+            "X [fmt ][data]\n"
+            "1.000\n"
+            "WAV profile=BW64 duration=1.000\n"
+            "audio mode=1 duration=1.000 bit_rate=1411200 bytes=176400 samples=44100 sample_rate=44100 channels=2 bit_depth=16 "
+            "codec=PCM codec_id=0x0001 profile=signed 16 LE layout=L R"},
+        {"samples of ds64; sizes of 32 bits stand",
+            with_id("RF64", wave({sizes(99, 8000, "x   ", 0), adpcm, chunk("fact", Buffer(4, 0xFF)), data(8192)})),
+            "[RIFF64(WAVE)]",
+            "A [C\x96\xB3"
+            "0011] 8000Hz 2ch 64.88kbps 4Bit [fmt:16Byte]\n"
+            "X [ds64][fmt ][fact][data]\n"
+            "1.010\n"
+            "WAV profile=RF64 duration=1.000\n"
+            "audio duration=1.000 bit_rate=64880 bytes=8192 samples=8000 sample_rate=8000 channels=2 codec=ADPCM codec_id=0x0011 "
+            "profile=IMA layout=L R"},
+        {"Wave64, other GUIDs, padding that is not zeros",
+            wave64({guid_chunk("levl", {1}), guid_chunk("\x01xyz", {1}), guid_chunk("fmt ", plain_format),
+                guid_chunk("fact", ByteBuilder().le64(44100).bytes), guid_chunk("data", Buffer(176400, 1))}),
+            "[Wave64]",
+            "A [C\x96\xB3"
+            "0001] 44100Hz 2ch 1411.20kbps 16Bit [fmt:16Byte]\n"
+            "X [levl]+[GUID]+[fmt ][fact][data]\n"
+            "1.000\n"
+            "Wave64 duration=1.000\n"
+            "audio mode=1 duration=1.000 bit_rate=1411200 bytes=176400 samples=44100 sample_rate=44100 channels=2 bit_depth=16 "
+            "codec=PCM codec_id=0x0001 profile=signed 16 LE layout=L R"},
+        {"Wave64, cut", wave64({guid_chunk("fmt ", plain_format), guid_chunk("data", {1}, 24 + 176400)}), "[Wave64]",
+            "A [C\x96\xB3"
+            "0001] 44100Hz 2ch 1411.20kbps 16Bit [fmt:16Byte]\n"
+            "X [fmt ][data]\n"
+            "1.000\n"
+            "Wave64 notes=truncated duration=1.000 missing=176392\n"
+            "audio mode=1 duration=1.000 bit_rate=1411200 bytes=8 samples=44100 sample_rate=44100 channels=2 bit_depth=16 "
+            "codec=PCM codec_id=0x0001 profile=signed 16 LE layout=L R"},
+        {"a chunk smaller than its header ends the walk",
+            wave64({guid_chunk("fmt ", plain_format), guid_chunk("junk", {}, 23), guid_chunk("data", {1})}), "[Wave64]",
+            "A [C\x96\xB3"
+            "0001] 44100Hz 2ch 1411.20kbps 16Bit [fmt:16Byte]\n"
+            "X [fmt ]\n"
+            "0.000\n"
+            "Wave64\n"
+            "audio mode=1 bit_rate=1411200 sample_rate=44100 channels=2 bit_depth=16 codec=PCM codec_id=0x0001 profile=signed 16 "
+            "LE layout=L R"},
+        {"a chunk of 2^63 bytes", wave64({guid_chunk("fmt ", plain_format), guid_chunk("data", {1}, INT64_MAX)}), "[Wave64]",
+            "A [C\x96\xB3"
+            "0001] 44100Hz 2ch 1411.20kbps 16Bit [fmt:16Byte]\n"
+            "X [fmt ][data]\n"
+            "0.000\n"
+            "Wave64 duration=0.000\n"
+            "audio mode=1 duration=0.000 bit_rate=1411200 bytes=8 samples=2 sample_rate=44100 channels=2 bit_depth=16 codec=PCM "
+            "codec_id=0x0001 profile=signed 16 LE layout=L R"},
+    };
+    for (const auto& row : files) {
+        const auto result = dispatched(101, row.bytes);
+        EXPECT_STREQ(result->record.label, row.label) << row.name;
+        EXPECT_EQ(result->text(), row.expected) << row.name;
+        expect_sound_at_every_length(
+            {row.bytes.begin(), row.bytes.begin() + std::min<std::ptrdiff_t>(200, std::ssize(row.bytes))});
     }
 }
 

@@ -12,6 +12,7 @@ import pathlib
 import re
 import shutil
 import signal
+import struct
 import subprocess
 import sys
 import tempfile
@@ -24,13 +25,16 @@ WINDOWS = any(argument.endswith(".exe") for argument in PROGRAM)
 VERSION = re.search(r"project\(zat VERSION (\S+)", (ROOT / "CMakeLists.txt").read_text()).group(1)
 SAMPLE = "sine-vbr.mp3"
 OK, FAILURES, USAGE = 0, 1, 2
+ENGLISH = ["--lang", "en"] if WINDOWS else []  # Wine's locale is Japanese
+os.environ.update(LC_ALL="C.UTF-8")
 
 
 def zat(*arguments, **options):
     options.setdefault("stdin", subprocess.DEVNULL)
     if "input" in options:
         del options["stdin"]
-    done = subprocess.run([*PROGRAM, *arguments], capture_output=True, timeout=120, **options)
+    language = [] if "--lang" in arguments else ENGLISH
+    done = subprocess.run([*PROGRAM, *language, *arguments], capture_output=True, timeout=120, **options)
     out = done.stdout
     if WINDOWS and b"--raw" not in [os.fsencode(a) for a in arguments]:
         out = out.replace(b"\r\n", b"\n")
@@ -88,14 +92,28 @@ class Cli(unittest.TestCase):
             (["--nonsense", SAMPLE], USAGE, "", "--nonsense"),
             (["--format", "xml", SAMPLE], USAGE, "", "zat: --format: xml is none of text, table, json, jsonl, csv, html\n"),
             (["--raw", "--format", "json", SAMPLE], USAGE, "", "zat: --raw goes with --format text only"),
-            (["--with-report", SAMPLE], USAGE, "", "zat: --with-report goes with --format json and jsonl only"),
-            (["--null", SAMPLE], USAGE, "", "zat: --null goes with a list of paths only"),
+            (["--with-report", SAMPLE], USAGE, "", "zat: --with-report goes with --format json|jsonl only"),
+            (["--per-file", SAMPLE], USAGE, "", "zat: --per-file goes with --format csv only"),
+            (["--bom", "--format", "json", SAMPLE], USAGE, "", "zat: --bom goes with --format csv only"),
+            (["--null", SAMPLE], USAGE, "", "zat: --null goes with --files-from|- only"),
+            (["--list-encoding", "console", SAMPLE], USAGE, "", "zat: --list-encoding goes with --files-from|- only"),
+            (["--files-from", "list.txt", "-"], USAGE, "", "zat: - does not go with --files-from"),
+            (["--detect-only", "--catalogue", ".", SAMPLE], USAGE, "", "zat: --detect-only does not go with --catalogue"),
+            (["--detect-only", "--sort", "duration", SAMPLE], USAGE, "", "zat: --detect-only does not go with --sort"),
+            (["--version", SAMPLE], USAGE, "", "zat: --version does not go with PATH"),
             (["--catalogue", "nowhere", SAMPLE], USAGE, "", "zat: --catalogue: nowhere is no directory"),
-            (["--jobs", "0", SAMPLE], USAGE, "", "--jobs"),
+            (["--jobs", "0", SAMPLE], USAGE, "", "zat: --jobs: 0 is no number from 1 to 256"),
+            (["--max-depth", "2x", SAMPLE], USAGE, "", "zat: --max-depth: 2x is no number from 1 to 10000"),
+            (["--jobs"], USAGE, "", "zat: --jobs needs a value"),
+            (["--raw=no", SAMPLE], USAGE, "", "zat: --raw takes no value"),
+            (["--format", "csv", "--format", "json", SAMPLE], USAGE, "", "zat: --format is given twice"),
+            (["--type", "film", SAMPLE], USAGE, "", ["zat: --type: film is none of video, audio, picture, ", ", Matroska, "]),
+            (["--sort", "date", SAMPLE], USAGE, "", "zat: --sort: date is none of name, size, time, duration\n"),
+            ([""], FAILURES, "", "zat: : the name is empty\n"),
             (["missing.mp3"], FAILURES, "", "missing.mp3: "),
             (["missing.mp3", SAMPLE], FAILURES, line, "missing.mp3: "),
             (["--quiet", "missing.mp3", SAMPLE], FAILURES, line, ""),
-            (["unknown.bin"], FAILURES, "[1:0.0.0]", ["unknown.bin: unknown type", "未対応の形式"]),
+            (["unknown.bin"], FAILURES, ["未対応の形式", "[1:0.0.0]"], "unknown.bin: unknown type: unsupported format\n"),
             (["--detect-only", SAMPLE], OK, ["MPEG audio\n", "[106:0.0.0]"], ""),
             (["--format", "table", "missing.mp3", SAMPLE], FAILURES, ["6.0s  ", f" 52k  {SAMPLE}\n"], "missing.mp3: "),
             (["--files-from", "list.txt"], OK, [f"==> {SAMPLE} <==", line], ""),
@@ -107,7 +125,24 @@ class Cli(unittest.TestCase):
         ]
         for arguments, status, out, err in rows:
             with self.subTest(arguments=arguments):
-                self.check(arguments, status, out, err)
+                _, messages = self.check(arguments, status, out, err)
+                self.assertTrue(messages.isascii(), messages)
+                if "--lang" not in arguments:
+                    _, _, messages = zat("--lang", "ja", *arguments)
+                    for message in text_of(messages).splitlines():
+                        self.assertFalse(message.isascii(), message)
+
+    @unittest.skipIf(WINDOWS, "Wine's is Japanese")
+    def test_the_locale_chooses_the_language(self):
+        absent = ["zat: x: No such file or directory\n", "zat: x: ファイルまたはフォルダがありません\n"]
+        for locale, expected, encoding in [
+            ({"LC_ALL": "ja_JP.UTF-8"}, absent[1], "utf-8"),
+            ({"LC_ALL": "", "LC_MESSAGES": "ja_JP"}, absent[1], "utf-8"),
+            ({"LC_ALL": "", "LC_MESSAGES": "en_GB", "LANG": "ja_JP"}, absent[0], "ascii"),
+        ]:
+            done = subprocess.run([*PROGRAM, "x"], capture_output=True, env=os.environ | locale)
+            self.assertEqual(done.stderr.decode(encoding), expected)
+        self.check(["--lang", "fr", SAMPLE], USAGE, "", "zat: --lang: fr is none of en, ja\n")
 
     @unittest.skipIf(WINDOWS, "the same code")
     def test_help_is_for_every_terminal_and_needs_no_library(self):
@@ -191,6 +226,52 @@ class Cli(unittest.TestCase):
                 out, _ = self.check(arguments, status, "tree/", err)
                 self.assertEqual(out.count("tree/"), files)
 
+    def test_types_and_order(self):
+        tree = self.folder / "tree"
+        (tree / "sub").mkdir(parents=True)
+        for i, (name, seconds) in enumerate([("sub/b.wav", 3), ("C.wav", 1), ("a.wav", 2)]):
+            (tree / name).write_bytes(wav(seconds))
+            os.utime(tree / name, (1e9, 1e9 - i))
+        shutil.copy(SAMPLE, tree / "d.mp3")
+        os.utime(tree / "d.mp3", (1e9, 1e9 - 9))
+        shutil.copy(ROOT / "fuzz/seeds/avc.mkv", tree / "e.mkv")
+        os.utime(tree / "e.mkv", (1e9, 1e9 - 10))
+        (tree / "notes.txt").write_text("text\n" * 99)
+        os.utime(tree / "notes.txt", (1e9, 1e9 - 11))
+        size = sorted(["a.wav", "C.wav", "sub/b.wav", "d.mp3", "e.mkv", "notes.txt"], key=lambda n: -(tree / n).stat().st_size)
+        everything = "6 files: 5 described, 1 not media\n"
+        for arguments, expected, counted in [
+            (["--sort", "name"], ["a.wav", "sub/b.wav", "C.wav", "d.mp3", "e.mkv", "notes.txt"], everything),
+            (["--sort", "size"], size, everything),
+            (["--sort", "time"], ["sub/b.wav", "C.wav", "a.wav", "d.mp3", "e.mkv", "notes.txt"], everything),
+            (["--sort", "duration"], ["d.mp3", "sub/b.wav", "a.wav", "C.wav", "e.mkv", "notes.txt"], everything),
+            (["--type", "audio"], ["C.wav", "a.wav", "d.mp3", "sub/b.wav"], "4 described, 1 of other types, 1 not media"),
+            (["--type", "Video", "--type", "wav", "--sort", "duration"], ["sub/b.wav", "a.wav", "C.wav", "e.mkv"], "4 described, 1 of"),
+            (["--type", "MPEG Audio", "--detect-only"], ["d.mp3"], "1 described, 4 of other types"),
+            (["--type", "picture"], [], "6 files: 5 of other types, 1 not media"),
+        ]:
+            for jobs in ["1", "3"]:
+                with self.subTest(arguments=arguments, jobs=jobs):
+                    _, out, err = zat("--format", "jsonl", "--jobs", jobs, *arguments, "tree")
+                    found = [json.loads(line)["path"].removeprefix("tree/") for line in text_of(out).splitlines()]
+                    self.assertEqual(found, expected)
+                    self.assertIn(counted, text_of(err))
+        out, _ = self.check(["--sort", "size", SAMPLE, "missing.mp3", "tree/a.wav"], FAILURES, "==> ", "missing.mp3: ")
+        self.assertEqual(re.findall("==> (.*) <==", out), [SAMPLE, "tree/a.wav"][:: 1 if os.path.getsize(SAMPLE) > len(wav(2)) else -1])
+        self.check(["--type", "video", SAMPLE], OK)
+
+    def test_a_refused_file_keeps_its_line(self):
+        (self.folder / "tag.mp3").write_bytes(b"ID3\4\0\0\0\0\0\x0a" + bytes(10))
+        message = "zat: tag.mp3: nothing could be read\n"
+        self.check(["tag.mp3"], FAILURES, ["バッファリードエラー", "[0:0.0.0]"], message)
+        out, _ = self.check(["--format", "json", "tag.mp3"], FAILURES, "[", message)
+        record = json.loads(out)[0]
+        self.assertEqual((record["error_code"], record["general"]), ("read-error", ["バッファリードエラー"]))
+        self.assertNotIn("play_time", record)
+        out, _ = self.check(["--format", "csv", "tag.mp3"], FAILURES, "path,", message)
+        rows = list(csv.DictReader(io.StringIO(out)))
+        self.assertEqual([(row["kind"], row["play_time"]) for row in rows], [("error", ""), ("general", "")])
+
     def test_raw_report(self):
         status, out, _ = zat("--raw", "unknown.bin", "-q")
         self.assertEqual(status, FAILURES)
@@ -248,9 +329,21 @@ class Cli(unittest.TestCase):
         self.assertEqual(rows[0]["type_code"], "106")
         self.assertGreater(float(rows[0]["play_time"]), 0)
 
+    def test_csv_for_spreadsheets_and_of_files(self):
+        (self.folder / "tone.wav").write_bytes(wav(2))
+        _, out, _ = zat("--format", "csv", "--per-file", "--bom", SAMPLE, "tone.wav", "missing.mp3", "unknown.bin", "-q")
+        self.assertTrue(out.startswith(b"\xef\xbb\xbfpath,"))
+        rows = list(csv.DictReader(io.StringIO(out.decode("utf-8-sig"))))
+        self.assertEqual([row["path"] for row in rows], [SAMPLE, "tone.wav", "missing.mp3", "unknown.bin"])
+        self.assertEqual([row["duration"] for row in rows], [rows[0]["duration"], "2.0", "", ""])
+        self.assertEqual([row["audio_streams"] for row in rows], ["1", "1", "", ""])
+        self.assertEqual([row["audio_codec"] for row in rows], ["MP3", "PCM", "", ""])
+        self.assertEqual([row["error_code"] for row in rows], ["", "", "not-found", "unsupported"])
+        self.assertEqual(rows[3]["error"], "unsupported format")
+        self.assertNotIn(None, [*rows[0], *rows[0].values()])  # no field without a column, no column without a field
+
     def test_catalogue_option(self):
-        wav = b"RIFF$\0\0\0WAVEfmt \x10\0\0\0\x01\0\x01\0@\x1f\0\0@\x1f\0\0\x01\0\x08\0data\0\0\0\0"
-        (self.folder / "tone.wav").write_bytes(wav)
+        (self.folder / "tone.wav").write_bytes(wav(0))
         (self.folder / "own").mkdir()
         (self.folder / "own" / "zat-codec.ini").write_text("[AVI-Audio]\n0001\tOwn name\n")
         self.check(["tone.wav"], OK, "[PCM")
@@ -361,6 +454,12 @@ class Cli(unittest.TestCase):
                      f"Z:{program}", "unknown.bin"])
                 self.assertEqual(status, FAILURES, shown)
                 self.assertIn("未対応の形式".encode(), shown)
+
+
+def wav(seconds):
+    """8-bit mono PCM of 8,000 samples a second."""
+    size = 8000 * seconds
+    return struct.pack("<4sI8sIHHIIHH4sI", b"RIFF", 36 + size, b"WAVEfmt ", 16, 1, 1, 8000, 8000, 1, 8, b"data", size) + bytes(size)
 
 
 def without_later_members(schema):

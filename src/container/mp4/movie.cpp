@@ -1,6 +1,7 @@
 #include "container/mp4/movie.h"
 
 #include "common/numbers.h"
+#include "container/mp4/segment.h"
 
 #include <algorithm>
 
@@ -33,7 +34,7 @@ double movie_seconds(const Movie& movie) {
             return longest;
         }
     }
-    return movie.header_seen ? divide(movie.duration, movie.time_scale) : 0;
+    return movie.header_seen ? divide(movie.duration, movie.time_scale) : segment_seconds(movie);
 }
 
 void close_track(Movie* movie) {

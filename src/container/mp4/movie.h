@@ -59,6 +59,13 @@ struct SampleDefaults {
     uint32_t size = 0; // bytes
 };
 
+// A stream that a segment index describes.
+struct IndexedStream {
+    uint32_t id = 0;
+    uint32_t time_scale = 0; // of duration
+    uint64_t duration = 0;
+};
+
 struct Movie {
     bool brand_seen = false;
     uint8_t brand[4] = {};
@@ -86,6 +93,13 @@ struct Movie {
     int default_count = 0;
     Track* fragment_track = nullptr; // of the track fragment at hand
     SampleDefaults fragment_defaults;
+
+    // Of media segments.
+    bool segment_brand_seen = false;
+    uint8_t segment_brand[4] = {};
+    uint32_t event_messages = 0;
+    int indexed_count = 0;
+    IndexedStream indexed[16];
 
     // Of details only; payloads.
     bool detailed = false;

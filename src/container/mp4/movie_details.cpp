@@ -5,6 +5,7 @@
 #include "common/utc_time.h"
 #include "container/mp4/metadata.h"
 #include "container/mp4/sample_tables.h"
+#include "container/mp4/segment.h"
 #include "container/mp4/track_details.h"
 
 #include <algorithm>
@@ -57,7 +58,8 @@ void describe_tracks(Reader* reader, Movie* movie, ZatDetails* details) {
 }
 
 void describe_format(const Movie& movie, ZatDetails* details) {
-    const bool quicktime = !movie.brand_seen || std::memcmp(movie.brand, "qt  ", 4) == 0;
+    const bool quicktime =
+        movie.brand_seen ? std::memcmp(movie.brand, "qt  ", 4) == 0 : !is_segment(movie);
     copy_utf8(details->format, quicktime ? "QuickTime" : "MP4");
     if (movie.brand_seen) {
         char brand[fourcc_text_size];
@@ -91,7 +93,7 @@ double duration_of(Reader* reader, const Movie& movie, double seconds) {
         std::isfinite(seconds) && seconds > 0) {
         return seconds;
     }
-    double longest = 0;
+    double longest = segment_seconds(movie);
     for (const Track& track : kept_tracks(movie)) {
         const HeaderTime media = read_header_time(reader, track.media_header);
         if (media.scale != 0) {

@@ -8,6 +8,7 @@
 #include "common/value_text.h"
 #include "container/mp4/audio_track.h"
 #include "container/mp4/movie_details.h"
+#include "container/mp4/segment.h"
 #include "container/mp4/video_track.h"
 
 #include <algorithm>
@@ -93,9 +94,12 @@ void write_extra(InfoRecord* record, const Movie& movie, const char* sps_notes) 
         if (sps_notes[0] != '\0') {
             add_extra_line(record, "%s", sps_notes);
         }
-        if (movie.fragments != 0) {
-            add_extra_line(record, "MovieFragment(%d)", static_cast<int32_t>(movie.fragments));
-        }
+    }
+    if (movie.fragments != 0 && (movie.brand_seen || is_segment(movie))) {
+        add_extra_line(record, "MovieFragment(%d)", static_cast<int32_t>(movie.fragments));
+    }
+    if (movie.event_messages != 0 && is_segment(movie)) {
+        add_extra_line(record, "emsg(%d)", static_cast<int32_t>(movie.event_messages));
     }
     if (movie.offset != 0) {
         char offset[value_text_size];

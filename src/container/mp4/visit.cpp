@@ -2,6 +2,7 @@
 
 #include "container/mp4/atom_walk.h"
 #include "container/mp4/fragments.h"
+#include "container/mp4/segment.h"
 
 #include <algorithm>
 #include <iterator>
@@ -135,6 +136,9 @@ constexpr Rule rules[] = {
     {"/ftyp", visit_brand},
     {"/moov", visit_movie},
     {"/moof", visit_fragment},
+    {"/styp", visit_segment_type},
+    {"/sidx", visit_segment_index},
+    {"/emsg", visit_event_message},
     {"/moov/cmov", visit_compressed_movie},
     {"/moov/mvhd", visit_movie_header},
     {"/moov/mvex", visit_fragment_announcement},
@@ -213,6 +217,7 @@ void collect_movie(Reader* reader, Movie* movie) {
         }
     }
     close_track(movie);
+    settle_segment(movie);
     movie->large_atom_seen = walk.large_atom_seen;
 }
 

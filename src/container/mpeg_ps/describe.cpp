@@ -57,6 +57,7 @@ bool describe_mpeg4(Stream* stream) {
     if (find_mpeg4_headers(collected(*stream), &headers) != 0) {
         return false;
     }
+    stream->mpeg4 = headers.vol;
     mpeg4_facts(headers, &stream->facts);
     mpeg4_codec_text(headers, stream->codec);
     return true;
@@ -78,6 +79,7 @@ bool describe_hevc(Stream* stream) {
         return false;
     }
     char text[hevc_text_size];
+    stream->field_pictures = sequence.field_sequence;
     set_hevc_facts(&stream->facts, sequence);
     hevc_codec_text(sequence, text);
     copy_text(stream->codec, bounded_text(text));

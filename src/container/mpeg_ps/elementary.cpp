@@ -1,7 +1,10 @@
 #include "container/mpeg_ps/elementary.h"
 
 #include "common/details.h"
+#include "common/frame_timing.h"
+#include "common/numbers.h"
 #include "common/record_lines.h"
+#include "common/stream_lines.h"
 #include "container/mpeg_ps/describe.h"
 #include "container/mpeg_ps/picture_count.h"
 
@@ -14,8 +17,11 @@ namespace {
 
 // Up to this size every picture is counted.
 constexpr int64_t counted_size = 4'194'304;
-// Of larger files this much of the head and the tail.
-constexpr int64_t sampled_size = 2'097'152;
+// Of larger files this much of the head and the tail, where groups of pictures have time codes.
+constexpr int64_t end_size = 2'097'152;
+// Of others so many stretches, the first at the start, the last at the end.
+constexpr int64_t stretch_size = 65'536;
+constexpr int64_t stretch_count = 32;
 
 struct LabelRow {
     std::string_view codec;
@@ -43,48 +49,140 @@ double seconds_of(const GopTime& gop, double rate) {
     return gop.hours * 3600.0 + gop.minutes * 60.0 + gop.seconds + gop.pictures / rate;
 }
 
-// By the time codes of the first and the last group, unless the sizes of the pictures speak against
-// it: many writers leave all codes at zero.
-PlayTime length_of_large(
-    const PictureCount& head, const PictureCount& tail, int64_t bytes, double rate) {
-    PlayTime length;
-    const double by_size = head.fields == 0
-                               ? 0
-                               : static_cast<double>(bytes) / static_cast<double>(sampled_size) *
-                                     static_cast<double>(head.fields) / 2 / rate;
-    length.seconds = by_size;
-    length.estimated = true;
-    if (head.first_group.found && tail.last_group.found) {
-        constexpr double doubt = 3;
-        constexpr double day = 86400;
-        double between = seconds_of(tail.last_group, rate) - seconds_of(head.first_group, rate);
-        between += between < 0 ? day : 0;
-        const double by_codes = between + static_cast<double>(tail.fields_behind_group) / 2 / rate +
-                                static_cast<double>(head.fields_before_group) / 2 / rate;
-        if (by_codes * doubt > by_size && by_codes < by_size * doubt) {
-            length = {.seconds = by_codes};
-        }
+// By the time codes of the first and the last group. Sampled sizes of pictures speak against them
+// where writers leave all codes at zero.
+PlayTime length_by_codes(
+    const PictureCount& head, const PictureCount& tail, double by_size, double rate) {
+    constexpr double doubt = 3;
+    constexpr double day = 86400;
+    double between = seconds_of(tail.last_group, rate) - seconds_of(head.first_group, rate);
+    between += between < 0 ? day : 0;
+    const double by_codes = between + static_cast<double>(tail.fields_behind_group) / 2 / rate +
+                            static_cast<double>(head.fields_before_group) / 2 / rate;
+    if (by_codes * doubt > by_size && by_codes < by_size * doubt) {
+        return {.seconds = by_codes};
     }
-    return length;
+    return {.seconds = by_size, .estimated = true};
 }
 
-PlayTime measure(Program* program, const Stream& stream, int64_t from) {
-    const double rate = stream.facts.frame_rate;
-    if (rate <= 0) {
+// The step between sorted times, when all have the same but the last, behind which pictures that
+// are shown before it may be missing; else 0.
+uint32_t common_step(const FrameTimes& times) {
+    const int64_t step = times.count > 1 ? times.times[1] - times.times[0] : 0;
+    for (uint32_t i = 2; i + 1 < times.count; ++i) {
+        if (times.times[i] - times.times[i - 1] != step) {
+            return 0;
+        }
+    }
+    return clamp_to_integer<uint32_t>(static_cast<double>(step));
+}
+
+// The rate of MPEG-4 whose pictures tell their times one by one.
+void measure_rate(Stream* stream, PictureCount* count) {
+    const uint16_t resolution = stream->mpeg4.time_increment_resolution;
+    if (stream->facts.frame_rate != 0 || resolution == 0) {
+        return;
+    }
+    FrameTimes* times = &count->times;
+    std::sort(times->times, times->times + times->count);
+    const uint32_t step = common_step(*times);
+    set_frame_rate(&stream->facts, resolution, step);
+    if (step == 0) {
+        measure_frame_rate(&stream->facts, times, 1.0 / resolution);
+    }
+    drop_nonsense(&stream->facts);
+}
+
+// Counts the whole stream.
+PlayTime count_all(Source* source, Stream* stream, int64_t from) {
+    PictureCount count;
+    count_pictures(source, *stream, from, source->size, &count);
+    stream->facts.frames = static_cast<uint64_t>(count.coded_fields + 1) / 2;
+    const bool told = stream->facts.frame_rate > 0;
+    measure_rate(stream, &count);
+    const double rate = stream->facts.frame_rate;
+    if (!(rate > 0)) {
         return {};
     }
-    const int64_t size = program->source.size;
-    const bool counts_all = size - from <= counted_size;
+    if (!told) {
+        const auto ticks = static_cast<double>(count.last_time - count.first_time);
+        return {.seconds = ticks / stream->mpeg4.time_increment_resolution + 1 / rate};
+    }
+    return {.seconds = static_cast<double>(count.fields) / 2 / rate};
+}
+
+// Fills in, by the pictures of `sampled` bytes, how many there are in all, and returns the time of
+// these.
+double scale(const PictureCount& count, int64_t sampled, int64_t size, Stream* stream) {
+    ZatStream* facts = &stream->facts;
+    const double share = static_cast<double>(size) / static_cast<double>(sampled) / 2;
+    facts->frames =
+        clamp_to_integer<uint64_t>(static_cast<double>(count.coded_fields) * share + 0.5);
+    facts->estimated |= ZAT_ESTIMATED_FRAMES;
+    return facts->frame_rate > 0 ? static_cast<double>(count.fields) * share / facts->frame_rate
+                                 : 0;
+}
+
+PlayTime sample_ends(Source* source, Stream* stream, int64_t from) {
     PictureCount head;
-    count_pictures(&program->source, stream, from, counts_all ? size : from + sampled_size, &head);
-    if (counts_all) {
-        return {.seconds = static_cast<double>(head.fields) / 2 / rate};
-    }
     PictureCount tail;
-    if (head.first_group.found) {
-        count_pictures(&program->source, stream, size - sampled_size, size, &tail);
+    count_pictures(source, *stream, from, from + end_size, &head);
+    count_pictures(source, *stream, source->size - end_size, source->size, &tail);
+    PictureCount both;
+    both.fields = head.fields + tail.fields;
+    both.coded_fields = head.coded_fields + tail.coded_fields;
+    const double by_size = scale(both, 2 * end_size, source->size - from, stream);
+    if (!head.first_group.found || !tail.last_group.found || by_size == 0) {
+        return {.seconds = by_size, .estimated = by_size > 0};
     }
-    return length_of_large(head, tail, size - from, rate);
+    return length_by_codes(head, tail, by_size, stream->facts.frame_rate);
+}
+
+// Position of the first picture at or behind `from`, the end where there is none; -1 when it is too
+// far.
+int64_t next_picture(Source* source, const Stream& stream, int64_t from) {
+    constexpr int64_t step = 16'384;
+    constexpr int64_t reach = 524'288;
+    for (int64_t at = from; at < from + reach; at += step) {
+        PictureCount count;
+        count_pictures(source, stream, at, std::min(at + step, source->size), &count);
+        if (count.first_picture >= 0 || at + step >= source->size) {
+            return count.first_picture >= 0 ? count.first_picture : source->size;
+        }
+    }
+    return -1;
+}
+
+// Of each stretch the pictures that begin in it, whole, so that small and large ones count alike.
+PlayTime sample_stretches(Source* source, Stream* stream, int64_t from) {
+    const int64_t size = source->size - from;
+    PictureCount all;
+    int64_t bytes = 0;
+    for (int64_t i = 0; i < stretch_count; ++i) {
+        const int64_t start = from + (size - stretch_size) / (stretch_count - 1) * i;
+        PictureCount count;
+        count_pictures(source, *stream, start, start + stretch_size, &count);
+        if (i == 0) {
+            measure_rate(stream, &count);
+        }
+        const int64_t end =
+            count.first_picture < 0 ? -1 : next_picture(source, *stream, start + stretch_size);
+        if (end >= 0) {
+            all.fields += count.fields;
+            all.coded_fields += count.coded_fields;
+            bytes += end - count.first_picture;
+        }
+    }
+    const double by_size = bytes > 0 ? scale(all, bytes, size, stream) : 0;
+    return {.seconds = by_size, .estimated = by_size > 0};
+}
+
+PlayTime measure(Source* source, Stream* stream, int64_t from) {
+    if (source->size - from <= counted_size) {
+        return count_all(source, stream, from);
+    }
+    return stream->form == Form::mpeg_sequence ? sample_ends(source, stream, from)
+                                               : sample_stretches(source, stream, from);
 }
 
 } // namespace
@@ -104,7 +202,11 @@ bool analyze_elementary_stream(Program* program, int64_t from, const Output& out
         return false;
     }
     sort_streams(&program->table);
-    const PlayTime length = measure(program, *stream, from);
+    drop_nonsense(&stream->facts); // of the frame rate
+    const PlayTime length = measure(&program->source, stream, from);
+    if (length.estimated) {
+        stream->facts.estimated |= ZAT_ESTIMATED_DURATION | ZAT_ESTIMATED_BIT_RATE;
+    }
     stream->packets = 1;
     stream->bytes = static_cast<uint64_t>(program->source.size - from);
     program->bare = true;

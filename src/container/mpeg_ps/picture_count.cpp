@@ -1,6 +1,7 @@
 #include "container/mpeg_ps/picture_count.h"
 
 #include "common/start_code.h"
+#include "video/mpeg4_vop.h"
 #include "video/rbsp_reader.h"
 
 #include <algorithm>
@@ -17,7 +18,9 @@ struct Counter {
     PictureCount* count = nullptr;
     bool progressive = false; // progressive_sequence
     AvcSequenceInfo avc;
-    bool open_picture = false; // one whose coding extension is still to come
+    Mpeg4Clock clock;
+    bool field_pictures = false; // of HEVC
+    bool open_picture = false;   // one whose coding extension is still to come
 };
 
 void add_fields(Counter* counter, int64_t fields) {
@@ -27,6 +30,12 @@ void add_fields(Counter* counter, int64_t fields) {
         count->fields_before_group += fields;
     }
     count->fields_behind_group += fields;
+}
+
+// A picture whose fields are shown as they are stored.
+void add_picture(Counter* counter, int64_t fields) {
+    counter->count->coded_fields += fields;
+    add_fields(counter, fields);
 }
 
 // Fields that a picture is displayed for (ISO/IEC 13818-2, 6.3.10).
@@ -45,11 +54,12 @@ void count_mpeg(Counter* counter, uint8_t code, Bytes behind) {
     PictureCoding picture;
     GopTime gop;
     if (code == picture_start_code) {
-        add_fields(counter, 2);
+        add_picture(counter, 2);
         counter->open_picture = true;
     } else if (code == extension_start_code && counter->open_picture &&
                read_picture_coding(&picture, behind) == 0) {
         add_fields(counter, displayed_fields(picture, counter->progressive) - 2);
+        count->coded_fields -= picture.structure != structure_frame ? 1 : 0;
         counter->open_picture = false;
     } else if (code == group_start_code && read_gop_time(&gop, behind) == 0) {
         count->first_group = count->first_group.found ? count->first_group : gop;
@@ -76,25 +86,46 @@ void count_avc(Counter* counter, uint8_t code, Bytes behind) {
     read_u(&reader, counter->avc.frame_num_bits); // frame_num
     const bool field =
         counter->avc.frame_mbs_only == 0 && read_u(&reader, 1) != 0; // field_pic_flag
-    add_fields(counter, field ? 1 : 2);
+    add_picture(counter, field ? 1 : 2);
 }
 
-void count_mpeg4(Counter* counter, uint8_t code, Bytes) {
+void take_time(PictureCount* count, int64_t time) {
+    const bool is_first = count->times.count == 0;
+    count->first_time = is_first ? time : std::min(count->first_time, time);
+    count->last_time = is_first ? time : std::max(count->last_time, time);
+    add_frame_time(&count->times, time);
+}
+
+void count_mpeg4(Counter* counter, uint8_t code, Bytes behind) {
+    constexpr uint8_t group = 0xB3;
     constexpr uint8_t vop = 0xB6;
-    add_fields(counter, code == vop ? 2 : 0);
+    if (code == group) {
+        read_mpeg4_group(&counter->clock, behind);
+    } else if (code == vop) {
+        add_picture(counter, 2);
+        const int64_t time = read_mpeg4_time(&counter->clock, behind);
+        if (time >= 0) {
+            take_time(counter->count, time);
+        }
+    }
 }
 
 void count_vc1(Counter* counter, uint8_t code, Bytes) {
     constexpr uint8_t frame = 0x0D;
-    add_fields(counter, code == frame ? 2 : 0);
+    if (code == frame) {
+        add_picture(counter, 2);
+    }
 }
 
-// Of HEVC the first slice segments of pictures (ITU-T H.265, 7.3.6.1).
+// Of HEVC the first slice segments of the base layer's pictures (ITU-T H.265, 7.3.1.2 and
+// 7.3.6.1).
 void count_hevc(Counter* counter, uint8_t code, Bytes behind) {
     constexpr uint8_t last_picture_type = 31;
-    const bool is_slice = code < 0x80 && code >> 1 <= last_picture_type;
+    const bool is_slice = (code & 0x81) == 0 && code >> 1 <= last_picture_type;
     const bool is_first = behind.size() > 1 && (behind[1] & 0x80) != 0;
-    add_fields(counter, is_slice && is_first ? 2 : 0);
+    if (is_slice && is_first && behind[0] >> 3 == 0) { // nuh_layer_id
+        add_picture(counter, counter->field_pictures ? 1 : 2);
+    }
 }
 
 using CountUnit = void (*)(Counter*, uint8_t code, Bytes behind);
@@ -128,6 +159,8 @@ void count_pictures(
     counter.count = count;
     counter.progressive = stream.sequence.extension.progressive != 0;
     counter.avc = stream.avc;
+    counter.clock.resolution = stream.mpeg4.time_increment_resolution;
+    counter.field_pictures = stream.field_pictures;
     uint8_t block[block_size];
     while (from < to) {
         const auto wanted = static_cast<uint32_t>(std::min<int64_t>(block_size, to - from));
@@ -140,6 +173,9 @@ void count_pictures(
              at = find_start_code(bytes, static_cast<size_t>(at) + 3)) {
             const auto place = static_cast<size_t>(at);
             count_unit(&counter, bytes[place + 3], bytes.subspan(place + start_code_size));
+            if (count->first_picture < 0 && count->coded_fields > 0) {
+                count->first_picture = from + at;
+            }
         }
         if (is_last) {
             return;

@@ -62,6 +62,8 @@ struct Stream {
     ZatStream facts;
     MpegVideoHeaders sequence;
     AvcSequenceInfo avc;
+    Mpeg4Vol mpeg4;
+    bool field_pictures; // of HEVC: each picture is a field
     char codec[video_codec_size];
     char line[line_size];
     uint64_t searched = 0;     // bytes of payload looked at

@@ -1,0 +1,268 @@
+#include "audio/aiff_file.h"
+
+#include "audio/sound_file.h"
+#include "common/record_lines.h"
+#include "common/riff.h"
+#include "common/tag_sizes.h"
+#include "common/text.h"
+#include "common/text_codes.h"
+
+#include <algorithm>
+#include <bit>
+#include <iterator>
+
+namespace zat {
+
+namespace {
+
+constexpr uint32_t text_limit = 1024; // bytes that are read of a text chunk
+
+// "COMM": channels, sample frames, bits, rate; in AIFF-C the compression and its name behind.
+constexpr uint32_t common_size = 18;
+constexpr uint32_t common_with_type_size = 22;
+
+// "SSND": where the sound begins behind these two fields, and the size of its blocks.
+constexpr uint32_t sound_head_size = 8;
+
+struct CompressionRow {
+    uint32_t type;
+    SampleForm form;
+};
+
+constexpr SampleForm pcm(PcmKind kind, uint32_t bits, bool big_endian = true) {
+    return {.tag = static_cast<uint16_t>(kind == PcmKind::floating ? 3 : 1),
+        .is_pcm = true,
+        .kind = kind,
+        .big_endian = big_endian,
+        .bits = bits};
+}
+
+constexpr SampleForm packed(uint16_t tag, uint32_t bits, uint32_t block_bytes, uint32_t samples) {
+    return {.tag = tag, .bits = bits, .block_bytes = block_bytes, .block_samples = samples};
+}
+
+// Types without a row are QuickTime's, whose blocks differ.
+constexpr CompressionRow compressions[] = {
+    {fourcc("NONE"), pcm(PcmKind::signed_integer, 0)},
+    {fourcc("twos"), pcm(PcmKind::signed_integer, 0)},
+    {fourcc("sowt"), pcm(PcmKind::signed_integer, 0, false)},
+    {fourcc("raw "), pcm(PcmKind::unsigned_integer, 0)},
+    {fourcc("in24"), pcm(PcmKind::signed_integer, 24)},
+    {fourcc("in32"), pcm(PcmKind::signed_integer, 32)},
+    {fourcc("42ni"), pcm(PcmKind::signed_integer, 24, false)},
+    {fourcc("23ni"), pcm(PcmKind::signed_integer, 32, false)},
+    {fourcc("fl32"), pcm(PcmKind::floating, 32)},
+    {fourcc("FL32"), pcm(PcmKind::floating, 32)},
+    {fourcc("fl64"), pcm(PcmKind::floating, 64)},
+    {fourcc("FL64"), pcm(PcmKind::floating, 64)},
+    {fourcc("alaw"), packed(0x0006, 8, 1, 1)},
+    {fourcc("ALAW"), packed(0x0006, 8, 1, 1)},
+    {fourcc("ulaw"), packed(0x0007, 8, 1, 1)},
+    {fourcc("ULAW"), packed(0x0007, 8, 1, 1)},
+    {fourcc("ima4"), {.fourcc = fourcc("ima4"), .bits = 4, .block_bytes = 34, .block_samples = 64}},
+    {fourcc("MAC3"), {.fourcc = fourcc("MAC3"), .block_bytes = 2, .block_samples = 6}},
+    {fourcc("MAC6"), {.fourcc = fourcc("MAC6"), .block_bytes = 1, .block_samples = 6}},
+};
+
+// "CHAN": a layout, the bits of its speakers, which are those of WAVE, and descriptions (Apple Core
+// Audio Format, "Channel Layout Chunk"). A layout's low half is the number of channels.
+constexpr uint32_t layout_is_bitmap = 0x10000;
+
+struct LayoutRow {
+    uint32_t layout;
+    uint32_t mask;
+};
+
+constexpr LayoutRow layouts[] = {
+    {108 << 16 | 4, 0x33}, // quadraphonic
+    {113 << 16 | 3, 0x7},  // MPEG 3.0 A, B
+    {114 << 16 | 3, 0x7},
+    {115 << 16 | 4, 0x107}, // MPEG 4.0 A, B
+    {116 << 16 | 4, 0x107},
+    {117 << 16 | 5, 0x607}, // MPEG 5.0 A to D
+    {118 << 16 | 5, 0x607},
+    {119 << 16 | 5, 0x607},
+    {120 << 16 | 5, 0x607},
+    {121 << 16 | 6, 0x60F}, // MPEG 5.1 A to D
+    {122 << 16 | 6, 0x60F},
+    {123 << 16 | 6, 0x60F},
+    {124 << 16 | 6, 0x60F},
+    {125 << 16 | 7, 0x70F}, // MPEG 6.1 A
+    {126 << 16 | 8, 0x6CF}, // MPEG 7.1 A, B
+    {127 << 16 | 8, 0x6CF},
+    {128 << 16 | 8, 0x63F}, // MPEG 7.1 C
+    {131 << 16 | 3, 0x103}, // ITU 2.1, 2.2
+    {132 << 16 | 4, 0x603},
+    {133 << 16 | 3, 0xB}, // DVD 4 to 6, 10, 11, 18
+    {134 << 16 | 4, 0x10B},
+    {135 << 16 | 5, 0x60B},
+    {136 << 16 | 4, 0xF},
+    {137 << 16 | 5, 0x10F},
+    {138 << 16 | 5, 0x60B},
+};
+
+struct AiffFile {
+    Reader reader;
+    Span form; // the file behind ID3v2 tags
+    SoundFile sound;
+    bool is_compressed = false; // AIFF-C
+    Span common;
+    Span id3v2;
+};
+
+// IEEE 754's extended format of 80 bits, to the nearest integer; 0 for what does not fit 32 bits.
+uint32_t read_extended(const uint8_t* bytes) {
+    constexpr int bias = 16383;
+    constexpr int mantissa_bits = 63; // behind the point
+    const int exponent = ReadBE16(bytes) - bias;
+    if (exponent < 0 || exponent > 31) {
+        return 0;
+    }
+    const auto mantissa = static_cast<uint64_t>(ReadBE64(bytes + 2));
+    const int shift = mantissa_bits - exponent;
+    const uint64_t value = (mantissa >> (shift - 1)) + 1;
+    return static_cast<uint32_t>(std::min<uint64_t>(value >> 1, UINT32_MAX));
+}
+
+void take_common(const Chunk& chunk, AiffFile* aiff) {
+    aiff->common = chunk.payload;
+    aiff->sound.header_size = chunk.size;
+}
+
+void take_sound(const Chunk& chunk, AiffFile* aiff) {
+    const int64_t skipped = int64_t{sound_head_size} + read_be32(&aiff->reader, chunk.payload, 0);
+    aiff->sound.announced = std::max<int64_t>(chunk.size - skipped, 0);
+    aiff->sound.available = size_of(sub_span(chunk.payload, skipped));
+}
+
+void take_layout(const Chunk& chunk, AiffFile* aiff) {
+    const uint32_t layout = read_be32(&aiff->reader, chunk.payload, 0);
+    const auto* row = std::find_if(std::begin(layouts), std::end(layouts),
+        [layout](const LayoutRow& each) { return each.layout == layout; });
+    aiff->sound.tells_layout = layout != 0;
+    aiff->sound.channel_mask = layout == layout_is_bitmap
+                                   ? read_be32(&aiff->reader, chunk.payload, 4)
+                               : row != std::end(layouts) ? row->mask
+                                                          : 0;
+}
+
+void take_id3v2(const Chunk& chunk, AiffFile* aiff) {
+    aiff->id3v2 = chunk.payload;
+}
+
+std::string_view chunk_text(const Chunk& chunk, AiffFile* aiff) {
+    return text_of(read_view(&aiff->reader, chunk.payload, 0, text_limit));
+}
+
+void take_text(const Chunk& chunk, AiffFile* aiff, TagText& field) {
+    TagText text;
+    unknown_to_utf8(chunk_text(chunk, aiff), text);
+    add_tag_value(field, bounded_text(text));
+}
+
+void take_name(const Chunk& chunk, AiffFile* aiff) {
+    take_text(chunk, aiff, aiff->sound.texts.title);
+}
+
+void take_author(const Chunk& chunk, AiffFile* aiff) {
+    take_text(chunk, aiff, aiff->sound.texts.artist);
+}
+
+void take_note(const Chunk& chunk, AiffFile* aiff) {
+    take_annotation(chunk_text(chunk, aiff), &aiff->sound);
+}
+
+struct Handler {
+    uint32_t id;
+    void (*take)(const Chunk& chunk, AiffFile* aiff);
+};
+
+constexpr Handler handlers[] = {
+    {fourcc("COMM"), take_common},
+    {fourcc("SSND"), take_sound},
+    {fourcc("CHAN"), take_layout},
+    {fourcc("NAME"), take_name},
+    {fourcc("AUTH"), take_author},
+    {fourcc("ANNO"), take_note},
+    {fourcc("ID3 "), take_id3v2},
+    {fourcc("id3 "), take_id3v2},
+};
+
+void walk_chunks(AiffFile* aiff) {
+    Span rest = sub_span(aiff->form, riff_header_size);
+    int64_t zeros = 0;
+    Chunk chunk;
+    while (read_chunk(&aiff->reader, rest, &chunk, std::endian::big)) {
+        add_to_chain(&aiff->sound.chain, chunk.id, zeros != 0);
+        for (const Handler& handler : handlers) {
+            if (handler.id == chunk.id) {
+                handler.take(chunk, aiff);
+            }
+        }
+        // Some writers leave the pad byte out.
+        rest = {chunk.payload.end, rest.end};
+        zeros = count_zeros(&aiff->reader, rest, 0);
+        if (zeros < 0) {
+            return;
+        }
+        rest.start += zeros;
+    }
+}
+
+SampleForm find_form(uint32_t type) {
+    const auto* row = std::find_if(std::begin(compressions), std::end(compressions),
+        [type](const CompressionRow& each) { return each.type == type; });
+    return row != std::end(compressions) ? row->form : SampleForm{.fourcc = type};
+}
+
+void read_common(AiffFile* aiff) {
+    uint8_t fields[common_with_type_size] = {};
+    if (read_some(&aiff->reader, aiff->common, 0, fields, sizeof fields) < common_size) {
+        return;
+    }
+    SoundFile* sound = &aiff->sound;
+    sound->facts.channels = ReadBE16(fields);
+    sound->facts.sample_rate = read_extended(fields + 8);
+    const uint32_t type = aiff->is_compressed ? ReadBE32(fields + common_size) : fourcc("NONE");
+    set_sample_form(sound, find_form(type), ReadBE16(fields + 6));
+    if (aiff->is_compressed) {
+        const uint8_t* code = fields + common_size;
+        char text[fourcc_text_size];
+        printable_fourcc_text(code, text);
+        copy_utf8(sound->facts.codec_id, text);
+    } else {
+        sound->facts.codec_id[0] = '\0';
+    }
+    // Of blocks the number of those is told.
+    const uint64_t blocks = ReadBE32(fields + 2);
+    const bool counts_blocks = sound->form.block_samples > 1;
+    sound->facts.samples = blocks * (counts_blocks ? sound->form.block_samples : 1);
+}
+
+} // namespace
+
+int AnalyzeAiffFile(FileRecord* file, const Output& out) {
+    AiffFile aiff;
+    reader_open(&aiff.reader, file);
+    open_sound_file(&aiff.sound);
+    aiff.sound.header_name = "COMM";
+    aiff.form = span_behind_id3v2(&aiff.reader);
+    const Bytes head = read_view(&aiff.reader, aiff.form, 0, riff_header_size);
+    aiff.is_compressed = has_at(head, 8, "AIFC");
+    walk_chunks(&aiff);
+    reader_allow(&aiff.reader, walk_allowance);
+    read_common(&aiff);
+    TagTexts tag;
+    read_id3v2_texts(&aiff.reader, aiff.id3v2, &tag);
+    complete_texts(&tag, aiff.sound.texts);
+    aiff.sound.texts = tag;
+    set_label(out.record, "%s", aiff.is_compressed ? "[AIFF-C]" : "[AIFF]");
+    if (out.details != nullptr) {
+        copy_utf8(out.details->format_profile, aiff.is_compressed ? "AIFF-C" : "");
+    }
+    write_sound_file(&aiff.sound, out);
+    note_work_limit(out, aiff.reader);
+    return 0;
+}
+
+} // namespace zat
