@@ -117,7 +117,7 @@ TEST(DtsFile, averages_the_rate_of_extended_frames) {
 TEST(DtsFile, tells_the_time_of_packed_words_by_their_frames) {
     const auto file = ByteBuilder().append(as_14bit(header({}))).pad_to(37450).bytes;
     EXPECT_EQ(details_text(*details_of(file)),
-        "DTS duration=0.171\n"
+        "DTS duration=0.171 bit_rate=1755429\n"
         "audio mode=1 duration=0.171 bit_rate=1536000 bytes=37450 sample_rate=48000 channels=6 codec=DTS layout=L R C LFE Ls Rs");
 }
 
