@@ -55,14 +55,15 @@ class Shell(unittest.TestCase):
                     self.assertRegex(page, rf"(?m)^\| {cell}[ `]")
 
     def test_bash_completes_words(self):
-        formats = re.findall(r"([a-z]+)(?:, |$)", subprocess.run(
-            [PROGRAM, "--format", "?", "x"], capture_output=True, text=True).stderr.split("none of ")[1].split("\n")[0])
+        refusal = subprocess.run([PROGRAM, "--lang", "en", "--format", "?", "x"], capture_output=True, text=True).stderr
+        formats = re.search(r"none of (.*)", refusal).group(1).split(", ")
         for words, expected in [
             (["--format", ""], formats),
             (["-f", "js"], ["json", "jsonl"]),
             (["--format", "=", "ta"], ["table"]),
             (["--format", "="], formats),
             (["--max"], ["--max-depth"]),
+            (["--sort", "d"], ["duration"]),
             (["file"], []),
             (["--jobs", ""], []),
         ]:
