@@ -15,7 +15,8 @@ namespace zat {
 
 namespace {
 
-constexpr uint32_t text_limit = 1024; // bytes that are read of a text chunk
+constexpr uint32_t text_limit = 1024;     // bytes that are read of a text chunk
+constexpr uint32_t text_chunk_limit = 16; // chunks of texts that are read
 
 // "COMM": channels, sample frames, bits, rate; in AIFF-C the compression and its name behind.
 constexpr uint32_t common_size = 18;
@@ -106,6 +107,7 @@ struct AiffFile {
     Span form; // the file behind ID3v2 tags
     SoundFile sound;
     bool is_compressed = false; // AIFF-C
+    uint32_t text_chunks = 0;
     Span common;
     Span id3v2;
 };
@@ -150,14 +152,18 @@ void take_id3v2(const Chunk& chunk, AiffFile* aiff) {
     aiff->id3v2 = chunk.payload;
 }
 
+// Empty behind the last chunk that is read.
 std::string_view chunk_text(const Chunk& chunk, AiffFile* aiff) {
-    return text_of(read_view(&aiff->reader, chunk.payload, 0, text_limit));
+    return aiff->text_chunks++ < text_chunk_limit
+               ? text_of(read_view(&aiff->reader, chunk.payload, 0, text_limit))
+               : std::string_view{};
 }
 
 void take_text(const Chunk& chunk, AiffFile* aiff, TagText& field) {
     TagText text;
-    unknown_to_utf8(chunk_text(chunk, aiff), text);
-    add_tag_value(field, bounded_text(text));
+    if (unknown_to_utf8(chunk_text(chunk, aiff), text) != 0) {
+        add_tag_value(field, bounded_text(text));
+    }
 }
 
 void take_name(const Chunk& chunk, AiffFile* aiff) {
