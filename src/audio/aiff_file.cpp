@@ -30,32 +30,24 @@ struct CompressionRow {
     SampleForm form;
 };
 
-constexpr SampleForm pcm(PcmKind kind, uint32_t bits, bool big_endian = true) {
-    return {.tag = static_cast<uint16_t>(kind == PcmKind::floating ? 3 : 1),
-        .is_pcm = true,
-        .kind = kind,
-        .big_endian = big_endian,
-        .bits = bits};
-}
-
 constexpr SampleForm packed(uint16_t tag, uint32_t bits, uint32_t block_bytes, uint32_t samples) {
     return {.tag = tag, .bits = bits, .block_bytes = block_bytes, .block_samples = samples};
 }
 
 // Types without a row are QuickTime's, whose blocks differ.
 constexpr CompressionRow compressions[] = {
-    {fourcc("NONE"), pcm(PcmKind::signed_integer, 0)},
-    {fourcc("twos"), pcm(PcmKind::signed_integer, 0)},
-    {fourcc("sowt"), pcm(PcmKind::signed_integer, 0, false)},
-    {fourcc("raw "), pcm(PcmKind::unsigned_integer, 0)},
-    {fourcc("in24"), pcm(PcmKind::signed_integer, 24)},
-    {fourcc("in32"), pcm(PcmKind::signed_integer, 32)},
-    {fourcc("42ni"), pcm(PcmKind::signed_integer, 24, false)},
-    {fourcc("23ni"), pcm(PcmKind::signed_integer, 32, false)},
-    {fourcc("fl32"), pcm(PcmKind::floating, 32)},
-    {fourcc("FL32"), pcm(PcmKind::floating, 32)},
-    {fourcc("fl64"), pcm(PcmKind::floating, 64)},
-    {fourcc("FL64"), pcm(PcmKind::floating, 64)},
+    {fourcc("NONE"), pcm_form(PcmKind::signed_integer, 0)},
+    {fourcc("twos"), pcm_form(PcmKind::signed_integer, 0)},
+    {fourcc("sowt"), pcm_form(PcmKind::signed_integer, 0, false)},
+    {fourcc("raw "), pcm_form(PcmKind::unsigned_integer, 0)},
+    {fourcc("in24"), pcm_form(PcmKind::signed_integer, 24)},
+    {fourcc("in32"), pcm_form(PcmKind::signed_integer, 32)},
+    {fourcc("42ni"), pcm_form(PcmKind::signed_integer, 24, false)},
+    {fourcc("23ni"), pcm_form(PcmKind::signed_integer, 32, false)},
+    {fourcc("fl32"), pcm_form(PcmKind::floating, 32)},
+    {fourcc("FL32"), pcm_form(PcmKind::floating, 32)},
+    {fourcc("fl64"), pcm_form(PcmKind::floating, 64)},
+    {fourcc("FL64"), pcm_form(PcmKind::floating, 64)},
     {fourcc("alaw"), packed(0x0006, 8, 1, 1)},
     {fourcc("ALAW"), packed(0x0006, 8, 1, 1)},
     {fourcc("ulaw"), packed(0x0007, 8, 1, 1)},
@@ -232,9 +224,8 @@ void read_common(AiffFile* aiff) {
     const uint32_t type = aiff->is_compressed ? ReadBE32(fields + common_size) : fourcc("NONE");
     set_sample_form(sound, find_form(type), ReadBE16(fields + 6));
     if (aiff->is_compressed) {
-        const uint8_t* code = fields + common_size;
         char text[fourcc_text_size];
-        printable_fourcc_text(code, text);
+        printable_fourcc_text(type, text);
         copy_utf8(sound->facts.codec_id, text);
     } else {
         sound->facts.codec_id[0] = '\0';
