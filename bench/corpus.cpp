@@ -446,7 +446,7 @@ std::vector<BenchFile> make_corpus(const std::string& directory) {
     }
     for (const char* real : {"mp3-vbr.mp3", "pcm.wav", "surround.ac3", "surround.dts", "avc.mp4",
              "fragmented.mp4", "asp.mov", "avc.flv", "video.rm", "vp9.mkv", "avc.mkv", "opus.ogg",
-             "theora.ogv", "xvid.avi", "wmv.wmv"}) {
+             "theora.ogv", "xvid.avi", "wmv.wmv", "rf64.wav", "tone.aiff", "song.mid"}) {
         files.push_back({real, std::string(ZAT_SOURCE_DIR "fuzz/seeds/") + real});
     }
     return files;

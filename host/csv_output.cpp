@@ -97,7 +97,9 @@ std::vector<Row> rows_of(const Description& description) {
     if (!description.error.empty()) {
         add_rows(&rows, "error", {description.error});
     }
-    add_rows(&rows, "general", lines_of(record.general, record.general_count));
+    if (description.error.empty() || is_refused(description)) {
+        add_rows(&rows, "general", lines_of(record.general, record.general_count));
+    }
     add_rows(&rows, "video", lines_of(record.video, record.video_count),
         streams_of(description, ZAT_STREAM_VIDEO));
     add_rows(&rows, "audio", lines_of(record.audio, record.audio_count),

@@ -26,11 +26,25 @@ void set_error(Description* description) {
     description->reason = reason::of_error(error);
 }
 
-// Opened here as well, which tells the reason that the library's type code does not.
 void try_open(const std::string& path, Descriptor* descriptor, Description* description) {
     descriptor->value = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
     if (descriptor->value < 0) {
         set_error(description);
+    }
+}
+
+// What the library's type code does not tell: why it could not open the file.
+void find_reason(Description* description) {
+    struct stat status {};
+    if (stat(description->path.c_str(), &status) != 0) {
+        set_error(description);
+    } else if (!S_ISREG(status.st_mode)) {
+        description->error =
+            message(S_ISDIR(status.st_mode) ? Message::is_directory : Message::is_no_regular_file);
+        description->reason = reason::not_a_file;
+    } else {
+        Descriptor descriptor;
+        try_open(description->path, &descriptor, description);
     }
 }
 
@@ -41,17 +55,6 @@ std::string path_for_library(const std::string& path) {
 }
 
 void describe(const Library& library, Query query, Description* description) {
-    struct stat status {};
-    if (stat(description->path.c_str(), &status) != 0) {
-        set_error(description);
-        return;
-    }
-    if (!S_ISREG(status.st_mode)) {
-        description->error =
-            message(S_ISDIR(status.st_mode) ? Message::is_directory : Message::is_no_regular_file);
-        description->reason = reason::not_a_file;
-        return;
-    }
     InfoRecord* record = &description->record;
     std::string path = description->path;
     Descriptor descriptor;
@@ -65,8 +68,8 @@ void describe(const Library& library, Query query, Description* description) {
     }
     std::memcpy(record->path, path.c_str(), path.size() + 1);
     ask_library(library, query, description);
-    if (record->type_code == FILETYPE_OPENFAILED && descriptor.value < 0) {
-        try_open(path, &descriptor, description);
+    if (record->type_code == FILETYPE_OPENFAILED) {
+        find_reason(description);
     }
 }
 

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <utility>
 
 namespace host {
 
@@ -102,7 +103,7 @@ void add_notes(const ZatDetails& details, Json* out) {
         at = end + 1;
     }
     if (!notes.empty()) {
-        (*out)["notes"] = notes;
+        (*out)["notes"] = std::move(notes);
     }
 }
 
@@ -189,7 +190,7 @@ void add_details(const ZatDetails& details, Json* out) {
     for (uint32_t i = 0; i < std::min<uint32_t>(details.stream_count, ZAT_STREAM_SLOTS); ++i) {
         streams.push_back(stream_json(details.streams[i]));
     }
-    (*out)["streams"] = streams;
+    (*out)["streams"] = std::move(streams);
 }
 
 } // namespace host

@@ -28,6 +28,9 @@ bool is_utf8(std::string_view text) {
 }
 
 std::string repaired_utf8(std::string_view text) {
+    if (is_utf8(text)) {
+        return std::string(text);
+    }
     std::string out;
     while (!text.empty()) {
         const std::string_view rest = text;

@@ -32,34 +32,53 @@ ListedFile failed(const std::string& path, bool is_found, const std::error_code&
     return {path, is_found, error_text(error), reason::of_error(error)};
 }
 
-bool walk_folder(
-    const Options& options, const std::string& folder, unsigned depth, const FileVisitor& visit) {
+struct Walk {
+    const Options& options;
+    const FileVisitor& visit;
+    std::vector<FolderId> above; // the folders on the way down
+};
+
+// False for a folder in itself, which links that are not told from folders lead to: on Windows
+// those of network drives.
+bool enter(Walk* walk, const std::string& folder) {
+    FolderId id;
+    if (find_folder_id(folder, &id) &&
+        std::find(walk->above.begin(), walk->above.end(), id) != walk->above.end()) {
+        return false;
+    }
+    walk->above.push_back(id);
+    return true;
+}
+
+bool walk_folder(Walk* walk, const std::string& folder) {
+    if (!enter(walk, folder)) {
+        return true;
+    }
     std::vector<FolderEntry> entries;
     const std::error_code error = read_folder(folder, &entries);
-    if (error && !visit(failed(folder, true, error))) {
+    if (error && !walk->visit(failed(folder, true, error))) {
         return false;
     }
     std::sort(entries.begin(), entries.end(),
         [](const FolderEntry& a, const FolderEntry& b) { return a.name < b.name; });
+    const bool goes_down = walk->above.size() != walk->options.max_depth;
     for (const FolderEntry& entry : entries) {
-        const std::string path = path_in(folder, entry.name);
-        if (!is_wanted(options, entry)) {
+        if (!is_wanted(walk->options, entry) || (entry.is_directory && !goes_down)) {
             continue;
         }
-        if (!entry.is_directory) {
-            if (!visit({path, true})) {
-                return false;
-            }
-        } else if (depth != options.max_depth && !walk_folder(options, path, depth + 1, visit)) {
+        const std::string path = path_in(folder, entry.name);
+        if (entry.is_directory ? !walk_folder(walk, path) : !walk->visit({path, true})) {
             return false;
         }
     }
+    walk->above.pop_back();
     return true;
 }
 
 bool visit_path(const Options& options, const std::string& path, const FileVisitor& visit) {
     if (names_directory(path)) {
-        return walk_folder(options, path, 1, visit);
+        Walk walk{options, visit, {}};
+        return walk_folder(&walk, path);
     }
     return visit({path});
 }

@@ -19,8 +19,18 @@ struct FolderEntry {
 };
 
 // Adds the files and folders in a folder, in any order. Links to folders are left out, and on
-// Windows junctions, so that no walk goes in circles.
+// Windows junctions.
 std::error_code read_folder(const std::string& folder, std::vector<FolderEntry>* entries);
+
+// Which folder it is, whatever path leads there.
+struct FolderId {
+    uint64_t volume = 0;
+    uint64_t index = 0;
+    bool operator==(const FolderId&) const = default;
+};
+
+// False when the system does not tell.
+bool find_folder_id(const std::string& folder, FolderId* id);
 
 // The path of what has that name in the folder.
 std::string path_in(const std::string& folder, const std::string& name);

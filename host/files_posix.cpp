@@ -45,6 +45,15 @@ std::error_code read_folder(const std::string& folder, std::vector<FolderEntry>*
     return {errno, std::generic_category()};
 }
 
+bool find_folder_id(const std::string& folder, FolderId* id) {
+    struct stat status {};
+    if (stat(folder.c_str(), &status) != 0) {
+        return false;
+    }
+    *id = {status.st_dev, status.st_ino};
+    return true;
+}
+
 std::string path_in(const std::string& folder, const std::string& name) {
     return folder + (folder.ends_with('/') ? "" : "/") + name;
 }

@@ -72,6 +72,21 @@ std::error_code read_folder(const std::string& folder, std::vector<FolderEntry>*
     return error.value() == ERROR_NO_MORE_FILES ? std::error_code() : error;
 }
 
+bool find_folder_id(const std::string& folder, FolderId* id) {
+    const HANDLE handle = CreateFileW(native_path(folder).c_str(), 0,
+        FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
+        FILE_FLAG_BACKUP_SEMANTICS, nullptr); // the flag opens folders
+    if (handle == INVALID_HANDLE_VALUE) {
+        return false;
+    }
+    BY_HANDLE_FILE_INFORMATION information{};
+    const bool is_known = GetFileInformationByHandle(handle, &information) != 0;
+    CloseHandle(handle);
+    *id = {information.dwVolumeSerialNumber,
+        (static_cast<uint64_t>(information.nFileIndexHigh) << 32) | information.nFileIndexLow};
+    return is_known && id->index != 0;
+}
+
 std::string path_in(const std::string& folder, const std::string& name) {
     const bool is_separated =
         folder.ends_with('/') || folder.ends_with('\\') || folder.ends_with(':');

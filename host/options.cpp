@@ -141,19 +141,20 @@ void check_types(const Options& options, Problems* problems) {
 void check_together(const Options& options, Problems* problems) {
     const bool is_json = options.format == Format::json || options.format == Format::jsonl;
     const bool is_csv = options.format == Format::csv;
+    const bool has_list = !options.files_from.empty();
     const struct {
         const char* option;
-        bool is_given;
         const char* needed;
+        bool is_given;
         bool is_there;
     } needs[] = {
-        {"--raw", options.raw, "--format text", options.format == Format::text},
-        {"--with-report", options.with_report, "--format json|jsonl", is_json},
-        {"--per-file", options.per_file, "--format csv", is_csv},
-        {"--bom", options.byte_order_mark, "--format csv", is_csv},
-        {"--null", options.null_separated, "--files-from|-", !options.files_from.empty()},
-        {"--list-encoding", options.list_encoding != ListEncoding::automatic, "--files-from|-",
-            !options.files_from.empty()},
+        {"--raw", "--format text", options.raw, options.format == Format::text},
+        {"--with-report", "--format json|jsonl", options.with_report, is_json},
+        {"--per-file", "--format csv", options.per_file, is_csv},
+        {"--bom", "--format csv", options.byte_order_mark, is_csv},
+        {"--null", "--files-from|-", options.null_separated, has_list},
+        {"--list-encoding", "--files-from|-", options.list_encoding != ListEncoding::automatic,
+            has_list},
     };
     for (const auto& row : needs) {
         if (row.is_given && !row.is_there) {
@@ -162,24 +163,23 @@ void check_together(const Options& options, Problems* problems) {
     }
     const struct {
         const char* option;
-        bool is_given;
         const char* other;
+        bool is_given;
         bool is_other_given;
     } pairs[] = {
-        // Detection looks nothing up, reads no duration and leaves no report of more than its name.
-        {"--detect-only", options.detect_only, "--catalogue", !options.catalogue.empty()},
-        {"--detect-only", options.detect_only, "--sort duration",
+        // Detection looks no name up, reads no duration and leaves no report but the type.
+        {"--detect-only", "--catalogue", options.detect_only, !options.catalogue.empty()},
+        {"--detect-only", "--sort duration", options.detect_only,
             options.sort == SortKey::duration},
-        {"--detect-only", options.detect_only, "--with-report", options.with_report},
-        {"--version", options.version, "PATH",
-            !options.paths.empty() || !options.files_from.empty()},
+        {"--detect-only", "--with-report", options.detect_only, options.with_report},
+        {"--version", "PATH", options.version, !options.paths.empty() || has_list},
     };
     for (const auto& row : pairs) {
         if (row.is_given && row.is_other_given) {
             add_problem(problems, message(Message::excludes, row.option, row.other));
         }
     }
-    if (options.paths.empty() && options.files_from.empty() && !options.version) {
+    if (options.paths.empty() && !has_list && !options.version) {
         add_problem(problems, message(Message::no_path));
     }
     if (!options.catalogue.empty() && !names_directory(options.catalogue)) {

@@ -31,8 +31,9 @@ WriteResult write_bytes(DWORD which, std::string_view bytes) {
         if (WriteFile(standard(which), bytes.data(), static_cast<DWORD>(bytes.size()), &count,
                 nullptr) == 0) {
             const DWORD error = GetLastError();
-            return error == ERROR_BROKEN_PIPE || error == ERROR_NO_DATA ? WriteResult::closed
-                                                                        : WriteResult::failed;
+            const bool is_closed = error == ERROR_BROKEN_PIPE || error == ERROR_NO_DATA ||
+                                   error == ERROR_PIPE_NOT_CONNECTED;
+            return is_closed ? WriteResult::closed : WriteResult::failed;
         }
         bytes.remove_prefix(count);
     }

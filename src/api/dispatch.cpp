@@ -84,6 +84,8 @@ constexpr Row rows[] = {
     {AnalyzeRmp3File, FILETYPE_RMP3},
     {AnalyzeRealAudioFile, FILETYPE_REALAUDIO},
     {ac3_file, FILETYPE_AC3},
+    {dts_file, FILETYPE_DTS14LE},
+    {dts_file, FILETYPE_DTS14BE},
     {dts_file, FILETYPE_DTS16BE},
     {AnalyzeMatroskaFile, FILETYPE_MATROSKA},
     {AnalyzeFlacFile, FILETYPE_FLAC},

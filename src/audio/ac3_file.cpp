@@ -1,6 +1,8 @@
 #include "audio/ac3_file.h"
 
+#include "audio/eac3_file.h"
 #include "audio/first_frame.h"
+#include "audio/mlp_file.h"
 #include "audio/stream_facts.h"
 #include "common/bytes.h"
 #include "common/stream_lines.h"
@@ -24,15 +26,12 @@ Bytes find_frame(Bytes file_start) {
     return frame.first(std::min<size_t>(frame.size(), read_size));
 }
 
-} // namespace
-
-int ac3_file(FileRecord* file, const Output& out) {
-    uint8_t buffer[search_size + read_size];
-    const uint32_t length = read_at(file, 0, buffer, sizeof buffer);
+// Of AC-3 itself the frame's own rate tells the play time.
+bool analyze_ac3(FileRecord* file, Bytes start, const Output& out) {
     ZatStream stream = new_stream(ZAT_STREAM_AUDIO);
     char line[line_size];
-    if (!describe_ac3_frame(find_frame({buffer, length}), &stream, line)) {
-        return 1;
+    if (!describe_ac3_frame(find_frame(start), &stream, line)) {
+        return false;
     }
     const uint64_t byte_rate = stream.bit_rate / 8; // the lowest is 32 kbit/s
     out.record->play_time = static_cast<double>(file->size) / static_cast<double>(byte_rate);
@@ -41,7 +40,21 @@ int ac3_file(FileRecord* file, const Output& out) {
         copy_utf8(out.details->format, "AC-3");
     }
     add_stream_line(out, stream, line);
-    return 0;
+    return true;
+}
+
+} // namespace
+
+int ac3_file(FileRecord* file, const Output& out) {
+    uint8_t buffer[search_size + read_size];
+    const Bytes start = {buffer, read_at(file, 0, buffer, sizeof buffer)};
+    // What begins with a sync word is no MLP; data of MLP may hold one.
+    if (!has_at(start, 0, "\x0B\x77")) {
+        if (const int result = mlp_file(file, out); result >= 0) {
+            return result;
+        }
+    }
+    return analyze_ac3(file, start, out) ? 0 : eac3_file(file, out);
 }
 
 } // namespace zat

@@ -97,8 +97,9 @@ void FormatAdtsLine(const AdtsHeader* header, char (&out)[line_size]) {
         break;
     }
     char facts[128];
-    format_text(facts, sizeof facts, " %dHz %s %.3fkbps %dByte", header->sample_rate,
-        AacChannelName(header->channel_configuration), header->bitrate * 0.001,
+    const char* mark = header->estimated ? "~" : "";
+    format_text(facts, sizeof facts, " %dHz %s %s%.3fkbps %s%dByte", header->sample_rate,
+        AacChannelName(header->channel_configuration), mark, header->bitrate * 0.001, mark,
         header->frame_length);
     append_text(out, facts);
 }

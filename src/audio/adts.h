@@ -27,6 +27,7 @@ struct AdtsHeader {
     uint32_t frame_length = 0; // bytes, header included
     uint32_t bitrate = 0;      // bit/s of frames as long as this one
     uint32_t line_style = 0;   // an AdtsLineStyle, chosen by the caller
+    bool estimated = false;    // length and rate are those of a part of the stream
 };
 
 // Looks at two bytes.

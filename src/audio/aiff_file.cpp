@@ -15,7 +15,8 @@ namespace zat {
 
 namespace {
 
-constexpr uint32_t text_limit = 1024; // bytes that are read of a text chunk
+constexpr uint32_t text_limit = 1024;     // bytes that are read of a text chunk
+constexpr uint32_t text_chunk_limit = 16; // chunks of texts that are read
 
 // "COMM": channels, sample frames, bits, rate; in AIFF-C the compression and its name behind.
 constexpr uint32_t common_size = 18;
@@ -29,32 +30,24 @@ struct CompressionRow {
     SampleForm form;
 };
 
-constexpr SampleForm pcm(PcmKind kind, uint32_t bits, bool big_endian = true) {
-    return {.tag = static_cast<uint16_t>(kind == PcmKind::floating ? 3 : 1),
-        .is_pcm = true,
-        .kind = kind,
-        .big_endian = big_endian,
-        .bits = bits};
-}
-
 constexpr SampleForm packed(uint16_t tag, uint32_t bits, uint32_t block_bytes, uint32_t samples) {
     return {.tag = tag, .bits = bits, .block_bytes = block_bytes, .block_samples = samples};
 }
 
 // Types without a row are QuickTime's, whose blocks differ.
 constexpr CompressionRow compressions[] = {
-    {fourcc("NONE"), pcm(PcmKind::signed_integer, 0)},
-    {fourcc("twos"), pcm(PcmKind::signed_integer, 0)},
-    {fourcc("sowt"), pcm(PcmKind::signed_integer, 0, false)},
-    {fourcc("raw "), pcm(PcmKind::unsigned_integer, 0)},
-    {fourcc("in24"), pcm(PcmKind::signed_integer, 24)},
-    {fourcc("in32"), pcm(PcmKind::signed_integer, 32)},
-    {fourcc("42ni"), pcm(PcmKind::signed_integer, 24, false)},
-    {fourcc("23ni"), pcm(PcmKind::signed_integer, 32, false)},
-    {fourcc("fl32"), pcm(PcmKind::floating, 32)},
-    {fourcc("FL32"), pcm(PcmKind::floating, 32)},
-    {fourcc("fl64"), pcm(PcmKind::floating, 64)},
-    {fourcc("FL64"), pcm(PcmKind::floating, 64)},
+    {fourcc("NONE"), pcm_form(PcmKind::signed_integer, 0)},
+    {fourcc("twos"), pcm_form(PcmKind::signed_integer, 0)},
+    {fourcc("sowt"), pcm_form(PcmKind::signed_integer, 0, false)},
+    {fourcc("raw "), pcm_form(PcmKind::unsigned_integer, 0)},
+    {fourcc("in24"), pcm_form(PcmKind::signed_integer, 24)},
+    {fourcc("in32"), pcm_form(PcmKind::signed_integer, 32)},
+    {fourcc("42ni"), pcm_form(PcmKind::signed_integer, 24, false)},
+    {fourcc("23ni"), pcm_form(PcmKind::signed_integer, 32, false)},
+    {fourcc("fl32"), pcm_form(PcmKind::floating, 32)},
+    {fourcc("FL32"), pcm_form(PcmKind::floating, 32)},
+    {fourcc("fl64"), pcm_form(PcmKind::floating, 64)},
+    {fourcc("FL64"), pcm_form(PcmKind::floating, 64)},
     {fourcc("alaw"), packed(0x0006, 8, 1, 1)},
     {fourcc("ALAW"), packed(0x0006, 8, 1, 1)},
     {fourcc("ulaw"), packed(0x0007, 8, 1, 1)},
@@ -106,6 +99,7 @@ struct AiffFile {
     Span form; // the file behind ID3v2 tags
     SoundFile sound;
     bool is_compressed = false; // AIFF-C
+    uint32_t text_chunks = 0;
     Span common;
     Span id3v2;
 };
@@ -150,14 +144,18 @@ void take_id3v2(const Chunk& chunk, AiffFile* aiff) {
     aiff->id3v2 = chunk.payload;
 }
 
+// Empty behind the last chunk that is read.
 std::string_view chunk_text(const Chunk& chunk, AiffFile* aiff) {
-    return text_of(read_view(&aiff->reader, chunk.payload, 0, text_limit));
+    return aiff->text_chunks++ < text_chunk_limit
+               ? text_of(read_view(&aiff->reader, chunk.payload, 0, text_limit))
+               : std::string_view{};
 }
 
 void take_text(const Chunk& chunk, AiffFile* aiff, TagText& field) {
     TagText text;
-    unknown_to_utf8(chunk_text(chunk, aiff), text);
-    add_tag_value(field, bounded_text(text));
+    if (unknown_to_utf8(chunk_text(chunk, aiff), text) != 0) {
+        add_tag_value(field, bounded_text(text));
+    }
 }
 
 void take_name(const Chunk& chunk, AiffFile* aiff) {
@@ -226,9 +224,8 @@ void read_common(AiffFile* aiff) {
     const uint32_t type = aiff->is_compressed ? ReadBE32(fields + common_size) : fourcc("NONE");
     set_sample_form(sound, find_form(type), ReadBE16(fields + 6));
     if (aiff->is_compressed) {
-        const uint8_t* code = fields + common_size;
         char text[fourcc_text_size];
-        printable_fourcc_text(code, text);
+        printable_fourcc_text(type, text);
         copy_utf8(sound->facts.codec_id, text);
     } else {
         sound->facts.codec_id[0] = '\0';

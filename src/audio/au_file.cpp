@@ -23,18 +23,11 @@ struct EncodingRow {
     SampleForm form;
 };
 
-constexpr SampleForm pcm(PcmKind kind, uint32_t bits) {
-    return {.tag = static_cast<uint16_t>(kind == PcmKind::floating ? 3 : 1),
-        .is_pcm = true,
-        .kind = kind,
-        .bits = bits};
-}
-
 constexpr EncodingRow encodings[] = {
     {1, {.tag = 0x0007, .bits = 8, .block_bytes = 1, .block_samples = 1}}, // mu-law
-    {2, pcm(PcmKind::signed_integer, 8)}, {3, pcm(PcmKind::signed_integer, 16)},
-    {4, pcm(PcmKind::signed_integer, 24)}, {5, pcm(PcmKind::signed_integer, 32)},
-    {6, pcm(PcmKind::floating, 32)}, {7, pcm(PcmKind::floating, 64)},
+    {2, pcm_form(PcmKind::signed_integer, 8)}, {3, pcm_form(PcmKind::signed_integer, 16)},
+    {4, pcm_form(PcmKind::signed_integer, 24)}, {5, pcm_form(PcmKind::signed_integer, 32)},
+    {6, pcm_form(PcmKind::floating, 32)}, {7, pcm_form(PcmKind::floating, 64)},
     {23, {.tag = 0x0045, .bits = 4, .block_bytes = 1, .block_samples = 2}}, // G.721, now G.726
     {24, {.tag = 0x028F, .bits = 4, .block_bytes = 1, .block_samples = 2}}, // G.722
     {25, {.tag = 0x0045, .bits = 3, .block_bytes = 3, .block_samples = 8}}, // G.723, now G.726

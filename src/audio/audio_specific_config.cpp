@@ -35,32 +35,6 @@ uint32_t read_rate(BitReader* reader) {
     return index == explicit_rate ? read_bits(reader, 24) : aac_sample_rate(index);
 }
 
-// program_config_element (4.5.1.2): returns its channels.
-uint32_t read_program_config(BitReader* reader, size_t start) {
-    skip_bits(reader, 4 + 2 + 4);                     // element_instance_tag, object_type, rate
-    uint32_t pairs_or_singles = read_bits(reader, 4); // front
-    pairs_or_singles += read_bits(reader, 4);         // side
-    pairs_or_singles += read_bits(reader, 4);         // back
-    const uint32_t lfe = read_bits(reader, 2);
-    const uint32_t associated = read_bits(reader, 3);
-    const uint32_t coupling = read_bits(reader, 4);
-    for (const size_t mixdown_bits : {4, 4, 3}) { // mono, stereo, matrix
-        if (read_bits(reader, 1) != 0) {
-            skip_bits(reader, mixdown_bits);
-        }
-    }
-    uint32_t channels = lfe;
-    for (uint32_t i = 0; i < pairs_or_singles; ++i) {
-        channels += 1 + read_bits(reader, 1); // is_cpe
-        skip_bits(reader, 4);
-    }
-    skip_bits(reader, size_t{4} * (lfe + associated) + size_t{5} * coupling);
-    skip_bits(reader, (8 - (reader->position - start) % 8) % 8);
-    const uint32_t comment = read_bits(reader, 8);
-    skip_bits(reader, size_t{8} * comment);
-    return channels;
-}
-
 // GASpecificConfig (4.4.1).
 void read_general_audio(BitReader* reader, size_t start, AudioSpecificConfig* config) {
     const uint32_t type = config->object_type;
@@ -70,7 +44,7 @@ void read_general_audio(BitReader* reader, size_t start, AudioSpecificConfig* co
     }
     const bool extension = read_bits(reader, 1) != 0;
     if (config->channel_configuration == 0) {
-        config->channels = read_program_config(reader, start);
+        config->channels = read_program_config(reader, start).channels;
     }
     if (type == object_type_scalable || type == object_type_er_scalable) {
         skip_bits(reader, 3); // layerNr
@@ -131,7 +105,64 @@ void read_sync_extension(BitReader* reader, size_t end, AudioSpecificConfig* con
     }
 }
 
+struct ChannelPlaces {
+    uint32_t front = 0;
+    uint32_t side = 0;
+    uint32_t back = 0;
+    uint32_t lfe = 0;
+
+    bool operator==(const ChannelPlaces&) const = default;
+};
+
+// The channelConfiguration (table 1.19) of channels at these places; 0 when there is none.
+uint32_t configuration_of(const ChannelPlaces& places) {
+    static constexpr struct {
+        ChannelPlaces places;
+        uint32_t configuration;
+    } rows[] = {{{1, 0, 0, 0}, 1}, {{2, 0, 0, 0}, 2}, {{3, 0, 0, 0}, 3}, {{3, 0, 1, 0}, 4},
+        {{3, 0, 2, 0}, 5}, {{3, 2, 0, 0}, 5}, {{3, 0, 2, 1}, 6}, {{3, 2, 0, 1}, 6},
+        {{5, 0, 2, 1}, 7}, {{5, 2, 0, 1}, 7}};
+    for (const auto& row : rows) {
+        if (row.places == places) {
+            return row.configuration;
+        }
+    }
+    return 0;
+}
+
 } // namespace
+
+ProgramConfig read_program_config(BitReader* reader, size_t start) {
+    ProgramConfig config;
+    skip_bits(reader, 4); // element_instance_tag
+    config.object_type = read_bits(reader, 2) + 1;
+    config.sample_rate = aac_sample_rate(read_bits(reader, 4));
+    const uint32_t elements[] = {
+        read_bits(reader, 4), read_bits(reader, 4), read_bits(reader, 4)}; // front, side, back
+    const uint32_t lfe = read_bits(reader, 2);
+    const uint32_t associated = read_bits(reader, 3);
+    const uint32_t coupling = read_bits(reader, 4);
+    for (const size_t mixdown_bits : {4, 4, 3}) { // mono, stereo, matrix
+        if (read_bits(reader, 1) != 0) {
+            skip_bits(reader, mixdown_bits);
+        }
+    }
+    ChannelPlaces places = {.lfe = lfe};
+    uint32_t* const channels[] = {&places.front, &places.side, &places.back};
+    for (size_t place = 0; place < std::size(elements); ++place) {
+        for (uint32_t i = 0; i < elements[place]; ++i) {
+            *channels[place] += 1 + read_bits(reader, 1); // is_cpe
+            skip_bits(reader, 4);
+        }
+    }
+    config.channels = places.front + places.side + places.back + lfe;
+    config.channel_configuration = configuration_of(places);
+    skip_bits(reader, size_t{4} * (lfe + associated) + size_t{5} * coupling);
+    skip_bits(reader, (8 - (reader->position - start) % 8) % 8);
+    const uint32_t comment = read_bits(reader, 8);
+    skip_bits(reader, size_t{8} * comment);
+    return config;
+}
 
 uint32_t aac_sample_rate(uint32_t index) {
     static constexpr uint32_t rates[] = {

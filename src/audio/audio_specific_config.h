@@ -31,6 +31,17 @@ bool read_audio_specific_config(BitReader* reader, size_t end, AudioSpecificConf
 // The same for bytes that hold nothing else.
 bool read_audio_specific_config(Bytes bytes, AudioSpecificConfig* config);
 
+// program_config_element (4.5.1.2), which lists the channels where no channel configuration does.
+struct ProgramConfig {
+    uint32_t object_type = 0;
+    uint32_t sample_rate = 0;           // Hz; 0 when reserved
+    uint32_t channels = 0;              // the LFE counted
+    uint32_t channel_configuration = 0; // of these very channels; 0 when there is none
+};
+
+// Decodes the element at the cursor; its bytes are aligned to the bit `start`.
+ProgramConfig read_program_config(BitReader* reader, size_t start);
+
 // Hz by samplingFrequencyIndex (table 1.18); 0 for reserved indices and the explicit rate.
 uint32_t aac_sample_rate(uint32_t index);
 

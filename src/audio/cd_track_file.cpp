@@ -15,7 +15,7 @@ constexpr uint32_t samples_per_frame = 588;
 constexpr uint32_t chunk_limit = 16;
 
 // What every track holds.
-constexpr SampleForm disc_form = {.tag = 0x0001, .is_pcm = true, .big_endian = false, .bits = 16};
+constexpr SampleForm disc_form = pcm_form(PcmKind::signed_integer, 16, false);
 constexpr uint32_t disc_rate = 44100; // Hz
 constexpr uint32_t disc_channels = 2;
 

@@ -15,40 +15,65 @@ constexpr int frames_averaged = 128;
 
 constexpr uint32_t extension_start_size = 1024; // bytes, more than a header has
 
-// A core without an extension substream keeps its rate; with one, the mean of the frames at the
-// file's start stands.
-void add_extension_facts(Reader* reader, ZatStream* stream) {
-    const Span file = whole_file(reader);
-    int64_t position = 0;
+// The frames at the file's start with the extension substreams behind them.
+struct FrameRun {
+    int64_t bytes = 0;
     uint64_t samples = 0;
-    uint32_t core_rate = 0;
+    uint32_t core_rate = 0; // Hz
     bool extended = false;
-    for (int frame = 0; frame < frames_averaged; ++frame) {
+    DtsHdInfo extension; // the first one
+};
+
+FrameRun follow_frames(Reader* reader, int frames) {
+    const Span file = whole_file(reader);
+    FrameRun run;
+    for (int frame = 0; frame < frames; ++frame) {
         DtsInfo core;
-        const Bytes start = read_view(reader, file, position, dts_frame_start_size);
+        const Bytes start = read_view(reader, file, run.bytes, dts_frame_start_size);
         if (dts_info(start, &core) != 0 || core.sync_type != dts_16bit_be ||
             core.sample_rate <= 0) {
             break;
         }
-        core_rate = static_cast<uint32_t>(core.sample_rate);
-        int64_t end = position + core.frame_size;
+        run.core_rate = static_cast<uint32_t>(core.sample_rate);
+        int64_t end = run.bytes + core.frame_size;
         DtsHdInfo extension;
         if (dts_hd_info(read_view(reader, file, end, extension_start_size), &extension)) {
-            if (!extended) {
-                dts_hd_facts(extension, stream);
-            }
-            extended = true;
+            run.extension = run.extended ? run.extension : extension;
+            run.extended = true;
             end += extension.size;
         }
         if (end > file.end) {
             break;
         }
-        position = end;
-        samples += core.samples;
+        run.bytes = end;
+        run.samples += core.samples;
     }
-    if (extended && samples != 0 && stream->bit_rate == 0) {
-        stream->bit_rate = static_cast<uint64_t>(position) * 8 * core_rate / samples;
-        stream->estimated |= position < file.end ? uint32_t{ZAT_ESTIMATED_BIT_RATE} : 0;
+    return run;
+}
+
+// A core without an extension substream keeps its rate; with one, the mean of the frames at the
+// file's start stands.
+void set_extension_facts(const FrameRun& run, int64_t file_size, ZatStream* stream) {
+    if (!run.extended) {
+        return;
+    }
+    dts_hd_facts(run.extension, stream);
+    if (run.samples != 0 && stream->bit_rate == 0) {
+        stream->bit_rate = static_cast<uint64_t>(run.bytes) * 8 * run.core_rate / run.samples;
+        stream->estimated |= run.bytes < file_size ? uint32_t{ZAT_ESTIMATED_BIT_RATE} : 0;
+    }
+}
+
+// Words of 14 bits take more of the file than the rate of the stream tells: the length of its
+// frames does.
+void set_packed_duration(const DtsInfo& core, int64_t file_size, ZatStream* stream) {
+    if (core.sync_type != dts_14bit_be && core.sync_type != dts_14bit_le) {
+        return;
+    }
+    constexpr double packing = 16.0 / 14;
+    if (core.sample_rate > 0) {
+        const double frames = static_cast<double>(file_size) / (core.frame_size * packing);
+        stream->duration = frames * core.samples / core.sample_rate;
     }
 }
 
@@ -59,17 +84,21 @@ int dts_file(FileRecord* file, const Output& out) {
     Reader reader;
     reader_open(&reader, file);
     const Bytes start = read_view(&reader, whole_file(&reader), 0, read_size);
+    DtsInfo core;
     ZatStream stream = new_stream(ZAT_STREAM_AUDIO);
     char line[line_size];
-    if (!describe_dts_frame(start, &stream, line)) {
+    if (dts_info(start, &core) != 0 || !describe_dts_frame(start, &stream, line)) {
         return 1;
     }
     const uint64_t byte_rate = stream.bit_rate / 8;
     if (byte_rate > 0) {
         out.record->play_time = static_cast<double>(file->size) / static_cast<double>(byte_rate);
     }
+    const FrameRun run = follow_frames(&reader, out.details != nullptr ? frames_averaged : 1);
+    append_word(line, dts_hd_name(run.extension.kind));
     if (out.details != nullptr) {
-        add_extension_facts(&reader, &stream);
+        set_packed_duration(core, file->size, &stream);
+        set_extension_facts(run, file->size, &stream);
         complete_by_bytes(file->size, &stream);
         copy_utf8(out.details->format, "DTS");
         out.details->duration = stream.duration;

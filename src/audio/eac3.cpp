@@ -101,8 +101,8 @@ void skip_programme(BitReader* reader) {
     }
 }
 
-// Decodes the header of a frame with a bsid of 11 to 16, or the AC-3 frame that can stand in the
-// independent substream's place. False for anything else.
+} // namespace
+
 bool read_eac3_frame(Bytes bytes, Eac3Frame* frame) {
     static constexpr uint32_t rates[] = {48000, 44100, 32000};
     static constexpr uint8_t block_counts[] = {1, 2, 3, 6};
@@ -146,8 +146,6 @@ bool read_eac3_frame(Bytes bytes, Eac3Frame* frame) {
     return stream_type != 3 && frame->sample_rate != 0;
 }
 
-} // namespace
-
 bool eac3_info(Bytes bytes, Eac3Info* info) {
     struct Units {
         uint64_t size = 0; // bytes
@@ -188,11 +186,18 @@ bool eac3_info(Bytes bytes, Eac3Info* info) {
     return true;
 }
 
-void eac3_line(const Eac3Info* info, char (&out)[line_size]) {
+void eac3_name(const Eac3Info& info, char (&out)[line_size]) {
     static constexpr const char* modes[] = {"1+1", "1/0", "2/0", "3/0", "2/1", "3/1", "2/2", "3/2"};
-    format_text(out, line_size, "[E-AC-3 %s%s] %dHz %dch %.3fkbps", modes[info->first.acmod & 7],
-        info->first.has_lfe ? ".1" : "", static_cast<int32_t>(info->first.sample_rate),
-        static_cast<int32_t>(info->channels), info->bitrate * 0.001);
+    format_text(out, line_size, "[E-AC-3 %s%s] %dHz %dch", modes[info.first.acmod & 7],
+        info.first.has_lfe ? ".1" : "", static_cast<int32_t>(info.first.sample_rate),
+        static_cast<int32_t>(info.channels));
+}
+
+void eac3_line(const Eac3Info* info, char (&out)[line_size]) {
+    eac3_name(*info, out);
+    char rate[32];
+    format_text(rate, sizeof rate, " %.3fkbps", info->bitrate * 0.001);
+    append_text(out, rate);
 }
 
 void eac3_facts(const Eac3Info& info, ZatStream* stream) {

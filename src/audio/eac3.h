@@ -21,6 +21,10 @@ struct Eac3Frame {
     uint16_t locations = 0; // speakers, as the channel map has them: the left one in the top bit
 };
 
+// Decodes the header of a frame, or the AC-3 frame that can stand in the independent substream's
+// place. False for anything else.
+bool read_eac3_frame(Bytes bytes, Eac3Frame* frame);
+
 // A stream: its first programme, with the channels that dependent substreams add.
 struct Eac3Info {
     Eac3Frame first;
@@ -32,6 +36,9 @@ struct Eac3Info {
 // Decodes the frames that follow each other from the start of the bytes on; the last one may be
 // cut. False when no E-AC-3 frame is among them, or the first one is not independent.
 bool eac3_info(Bytes bytes, Eac3Info* info);
+
+// "[E-AC-3 3/2.1] 48000Hz 6ch", what the line begins with.
+void eac3_name(const Eac3Info& info, char (&out)[line_size]);
 
 // "[E-AC-3 3/2.1] 48000Hz 6ch 640.000kbps".
 void eac3_line(const Eac3Info* info, char (&out)[line_size]);

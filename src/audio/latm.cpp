@@ -98,8 +98,7 @@ bool latm_info(Bytes bytes, LatmInfo* info) {
     return true;
 }
 
-void latm_line(const LatmInfo* info, char (&out)[line_size]) {
-    const AudioSpecificConfig& config = info->config;
+void aac_stream_name(const AudioSpecificConfig& config, char (&out)[line_size]) {
     char name[aac_name_size];
     if (config.sbr) {
         copy_text(name, config.ps ? "AAC HE+SBR+PS" : "AAC HE+SBR");
@@ -109,10 +108,17 @@ void latm_line(const LatmInfo* info, char (&out)[line_size]) {
         AacObjectTypeName(config.object_type, name);
     }
     const bool parametric = config.ps && config.channel_configuration == 1;
-    format_text(out, line_size, "[%s] %dHz %s %.3fkbps", name,
+    format_text(out, line_size, "[%s] %dHz %s", name,
         static_cast<int32_t>(config.sbr && config.sbr_sample_rate != 0 ? config.sbr_sample_rate
                                                                        : config.sample_rate),
-        AacChannelName(parametric ? 2 : config.channel_configuration), info->bitrate * 0.001);
+        AacChannelName(parametric ? 2 : config.channel_configuration));
+}
+
+void latm_line(const LatmInfo* info, char (&out)[line_size]) {
+    aac_stream_name(info->config, out);
+    char rate[32];
+    format_text(rate, sizeof rate, " %.3fkbps", info->bitrate * 0.001);
+    append_text(out, rate);
 }
 
 void latm_facts(const LatmInfo& info, ZatStream* stream) {

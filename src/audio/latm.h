@@ -29,6 +29,9 @@ int64_t find_loas_sync(Bytes bytes);
 // Decodes the frames that follow each other from the first one on. False without a configuration.
 bool latm_info(Bytes bytes, LatmInfo* info);
 
+// "[AAC LC] 24000Hz stereo(L,R)", what a line begins with.
+void aac_stream_name(const AudioSpecificConfig& config, char (&out)[line_size]);
+
 // "[AAC LC] 24000Hz stereo(L,R) 97.324kbps".
 void latm_line(const LatmInfo* info, char (&out)[line_size]);
 

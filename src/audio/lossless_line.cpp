@@ -2,10 +2,10 @@
 #include "audio/lossless_file.h"
 #include "common/channel_layout.h"
 #include "common/extra_lines.h"
-#include "common/messages.h"
 #include "common/numbers.h"
 #include "common/record_lines.h"
 #include "common/stream_lines.h"
+#include "common/tag_lines.h"
 #include "common/text.h"
 #include "common/text_codes.h"
 
@@ -83,34 +83,6 @@ void add_line(LosslessFile* lossless, const Output& out) {
     add_stream(out.details, *facts);
 }
 
-void add_tags(const LosslessFile& lossless, ExtraLines* extra) {
-    char line[line_size] = "";
-    char piece[64];
-    const auto add = [&](const char* format, int64_t value) {
-        if (value != 0) {
-            format_text(
-                piece, sizeof piece, format, clamp_to_integer<int32_t>(static_cast<double>(value)));
-            AppendWithSeparator(line, piece, separator_comma);
-        }
-    };
-    const OuterTags& tags = lossless.tags;
-    add("ID3v2(%dByte)", size_of(tags.id3v2) + size_of(lossless.id3v2));
-    add("VorbisComment(%d)", lossless.comments);
-    add("picture(%d)", lossless.pictures);
-    if (lossless.cuesheet) {
-        AppendWithSeparator(line, "cuesheet", separator_comma);
-    }
-    add(tags.ape_version == 1000 ? "APEv1(%dByte)" : "APEv2(%dByte)", tags.ape);
-    add("LYRICS3(%dByte)", tags.lyrics3);
-    if (size_of(tags.id3v1) != 0) {
-        AppendWithSeparator(line, "ID3v1", separator_comma);
-    }
-    add(message::other_tag, lossless.junk);
-    if (line[0] != '\0') {
-        add_fact(extra, "%s", line);
-    }
-}
-
 // " track +1.25dB"; nothing for a gain that is not known.
 void append_gain(const char* name, double gain, char (&line)[line_size]) {
     if (!std::isnan(gain)) {
@@ -159,26 +131,14 @@ void add_notes(const LosslessFile& lossless, const Output& out, ExtraLines* extr
 
 // Of all tags, by their rank.
 void read_texts(LosslessFile* lossless, TagTexts* texts) {
-    Reader* reader = &lossless->reader;
-    const OuterTags& tags = lossless->tags;
     *texts = lossless->comment_texts;
     if (!std::isnan(lossless->own_texts.track_gain) ||
         !std::isnan(lossless->own_texts.album_gain)) {
         texts->track_gain = lossless->own_texts.track_gain;
         texts->album_gain = lossless->own_texts.album_gain;
     }
-    TagTexts next;
-    read_ape_texts(reader, tags.ape_items, &next);
-    complete_texts(texts, next);
-    for (const Span id3v2 : {tags.id3v2, lossless->id3v2}) {
-        next = {};
-        read_id3v2_texts(reader, id3v2, &next);
-        complete_texts(texts, next);
-    }
-    complete_texts(texts, lossless->own_texts);
-    next = {};
-    read_id3v1_texts(reader, tags.id3v1, &next);
-    complete_texts(texts, next);
+    complete_by_tags(
+        &lossless->reader, lossless->tags, lossless->id3v2, lossless->own_texts, texts);
     texts->pictures += lossless->pictures;
     lossless->cuesheet = lossless->cuesheet || texts->cuesheet;
 }
@@ -203,7 +163,12 @@ void write_lossless_file(LosslessFile* lossless, const LosslessKind& kind, const
     add_line(lossless, out);
 
     ExtraLines extra;
-    add_tags(*lossless, &extra);
+    add_tag_fact(&extra, {.outer = lossless->tags,
+                             .inner_id3v2 = size_of(lossless->id3v2),
+                             .comments = lossless->comments,
+                             .pictures = lossless->pictures,
+                             .cuesheet = lossless->cuesheet,
+                             .junk = lossless->junk});
     add_facts(*lossless, texts, &extra);
     add_notes(*lossless, out, &extra);
     write_extra_lines(extra, out.record);

@@ -148,21 +148,17 @@ void read_tracks(MidiFile* midi, Span rest) {
 }
 
 void format_line(const MidiFile& midi, char (&line)[line_size]) {
-    const auto append = [&line](const char* format, uint32_t value) {
-        char text[32];
-        format_text(text, sizeof text, format, value);
-        if (value != 0) {
-            append_word(line, text);
-        }
-    };
-    line[0] = '\0';
     format_text(
         line, sizeof line, midi.format <= format_independent ? "[SMF %d]" : "[SMF]", midi.format);
-    append("%d tracks", midi.tracks);
-    if (counts_frames(midi)) {
-        append("%dfps", frames_per_second(midi));
+    if (midi.tracks != 0) {
+        append_format(line, "%d tracks", midi.tracks);
     }
-    append("%d ticks", ticks_of_division(midi));
+    if (counts_frames(midi)) {
+        append_format(line, "%dfps", static_cast<int32_t>(frames_per_second(midi)));
+    }
+    if (const uint32_t ticks = ticks_of_division(midi); ticks != 0) {
+        append_format(line, "%d ticks", static_cast<int32_t>(ticks));
+    }
 }
 
 void write_notes(const MidiFile& midi, bool is_estimated, const Output& out) {

@@ -61,23 +61,9 @@ void find_codec_name(const SampleForm& form, char (&out)[codec_name_size]) {
         codec_name("[AVI-Audio]", key, key, out, sizeof out);
         return;
     }
-    const uint8_t bytes[4] = {static_cast<uint8_t>(form.fourcc >> 24),
-        static_cast<uint8_t>(form.fourcc >> 16), static_cast<uint8_t>(form.fourcc >> 8),
-        static_cast<uint8_t>(form.fourcc)};
     char key[fourcc_text_size];
-    printable_fourcc_text(bytes, key);
+    printable_fourcc_text(form.fourcc, key);
     codec_name("[QT-AUDIO]", key, key, out, sizeof out);
-}
-
-void append_format(char (&line)[line_size], const char* format, ...) ZAT_PRINTF(2, 3);
-
-void append_format(char (&line)[line_size], const char* format, ...) {
-    char piece[line_size];
-    va_list arguments;
-    va_start(arguments, format);
-    format_text_v(piece, sizeof piece, format, arguments);
-    va_end(arguments);
-    append_word(line, piece);
 }
 
 // The form of WAVE lines, without what is not known.

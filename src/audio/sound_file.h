@@ -25,6 +25,14 @@ struct SampleForm {
     uint32_t block_samples = 0;
 };
 
+constexpr SampleForm pcm_form(PcmKind kind, uint32_t bits, bool big_endian = true) {
+    return {.tag = static_cast<uint16_t>(kind == PcmKind::floating ? 0x0003 : 0x0001),
+        .is_pcm = true,
+        .kind = kind,
+        .big_endian = big_endian,
+        .bits = bits};
+}
+
 struct SoundFile {
     ZatStream facts;
     uint32_t bits = 0; // per sample, in the line

@@ -234,6 +234,20 @@ void truehd_facts(const TrueHdInfo& info, ZatStream* stream) {
     stream->flags |= ZAT_FLAG_LOSSLESS;
 }
 
+void mlp_facts(const MlpInfo& info, ZatStream* stream) {
+    copy_utf8(stream->codec, "MLP");
+    stream->sample_rate = info.sample_rate;
+    stream->bit_depth = info.bits;
+    set_speakers(info.channel_mask, stream);
+    stream->bit_rate_mode = info.variable_rate ? ZAT_BIT_RATE_VARIABLE : ZAT_BIT_RATE_CONSTANT;
+    stream->flags |= ZAT_FLAG_LOSSLESS;
+}
+
+void set_aac_channels(uint32_t channel_configuration, uint32_t channels, ZatStream* stream) {
+    stream->channels = channels;
+    set_layout(mask_of(aac_masks, channel_configuration), stream);
+}
+
 void aac_facts(const AudioSpecificConfig& config, ZatStream* stream) {
     copy_utf8(stream->codec, object_type_codec(config.object_type));
     const bool high_efficiency = config.object_type == object_type_aac_lc && config.sbr;
@@ -244,8 +258,9 @@ void aac_facts(const AudioSpecificConfig& config, ZatStream* stream) {
     stream->sample_rate = doubled ? config.sbr_sample_rate : config.sample_rate;
     // Parametric stereo makes two channels of one.
     const bool parametric = config.ps && config.channels == 1;
-    stream->channels = parametric ? 2 : config.channels;
-    set_layout(parametric ? front : mask_of(aac_masks, config.channel_configuration), stream);
+    constexpr uint32_t stereo = 2;
+    set_aac_channels(parametric ? stereo : config.channel_configuration,
+        parametric ? stereo : config.channels, stream);
 }
 
 void adts_facts(const AdtsHeader& header, ZatStream* stream) {

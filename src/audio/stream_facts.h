@@ -25,6 +25,10 @@ void ac3_facts(const Ac3Info& info, ZatStream* stream);
 void dts_facts(const DtsInfo& info, ZatStream* stream);
 
 void truehd_facts(const TrueHdInfo& info, ZatStream* stream);
+void mlp_facts(const MlpInfo& info, ZatStream* stream);
+
+// `channels` by a channel configuration of theirs, which may be 0.
+void set_aac_channels(uint32_t channel_configuration, uint32_t channels, ZatStream* stream);
 
 void aac_facts(const AudioSpecificConfig& config, ZatStream* stream);
 

@@ -4,6 +4,7 @@
 #include "common/text.h"
 
 #include <algorithm>
+#include <bit>
 #include <iterator>
 
 namespace zat {
@@ -53,6 +54,27 @@ int truehd_info(Bytes access_unit, TrueHdInfo* info) {
     info->peak_bitrate =
         static_cast<uint32_t>((uint64_t{rate & 0x7FFFU} * info->sample_rate + 8) >> 4);
     return 0;
+}
+
+bool mlp_info(Bytes major_sync, MlpInfo* info) {
+    constexpr size_t rate_offset = 14;
+    static constexpr uint8_t bits[] = {16, 20, 24};
+    // channel_assignment, as the speakers of a channel mask: front L 1, R 2, C 4, LFE 8, surround
+    // S 100, Ls and Rs 600.
+    static constexpr uint16_t masks[] = {0x004, 0x003, 0x103, 0x603, 0x00B, 0x10B, 0x60B, 0x007,
+        0x107, 0x607, 0x00F, 0x10F, 0x60F, 0x107, 0x607, 0x00F, 0x10F, 0x60F, 0x60B, 0x607, 0x60F};
+    if (!has_at(major_sync, 0, "\xF8\x72\x6F\xBB") || major_sync.size() <= rate_offset) {
+        return false;
+    }
+    const uint8_t* p = major_sync.data() + 4;
+    const uint32_t quantization = p[0] >> 4;
+    const uint32_t assignment = p[3] & 0x1FU;
+    info->bits = quantization < std::size(bits) ? bits[quantization] : 0;
+    info->sample_rate = sample_rate_of(p[1] >> 4);
+    info->channel_mask = assignment < std::size(masks) ? masks[assignment] : 0;
+    info->channels = static_cast<uint32_t>(std::popcount(info->channel_mask));
+    info->variable_rate = (major_sync[rate_offset] & 0x80) != 0;
+    return true;
 }
 
 uint32_t TrueHDchannels(uint32_t mask) {

@@ -25,6 +25,18 @@ struct TrueHdInfo {
 // stream than TrueHD.
 int truehd_info(Bytes access_unit, TrueHdInfo* info);
 
+// The major sync of an MLP stream of DVD-Audio, which orders the same fields otherwise.
+struct MlpInfo {
+    uint32_t sample_rate = 0;  // Hz, of the first group of channels; 0 when not told
+    uint32_t bits = 0;         // per sample, of that group; 0 when not told
+    uint32_t channels = 0;     // 0 for a reserved assignment
+    uint32_t channel_mask = 0; // the same as a mask
+    bool variable_rate = false;
+};
+
+// Decodes the major sync at the front. False when it is none of MLP or cut.
+bool mlp_info(Bytes major_sync, MlpInfo* info);
+
 // Channels of a 13-bit channel assignment mask.
 uint32_t TrueHDchannels(uint32_t mask);
 

@@ -15,10 +15,15 @@ uint64_t VintValue(const uint8_t* buffer) {
 }
 
 uint32_t peek_bits(const BitReader* reader, int n) {
-    uint64_t value = 0;
     const size_t first = reader->position / 8;
+    const size_t size = reader->bytes.size();
+    if (n != 0 && first < size && size - first >= sizeof(uint64_t)) {
+        const auto word = static_cast<uint64_t>(ReadBE64(&reader->bytes[first]));
+        return static_cast<uint32_t>(word << reader->position % 8 >> (64 - n));
+    }
+    uint64_t value = 0;
     for (size_t i = first; i < first + 5; ++i) {
-        value = value << 8 | (i < reader->bytes.size() ? reader->bytes[i] : 0U);
+        value = value << 8 | (i < size ? reader->bytes[i] : 0U);
     }
     const auto unused = static_cast<int>(40 - reader->position % 8) - n;
     return static_cast<uint32_t>(value >> unused & ((uint64_t{1} << n) - 1));

@@ -7,6 +7,9 @@ namespace zat {
 
 namespace {
 
+// What is wanted in one piece of this size gains nothing from the block.
+constexpr uint32_t direct_size = BlockReader::block_size / 2;
+
 // The bytes that the block shows from a file position, loaded if fewer than `least` are there; 0 at
 // the end of the file.
 uint32_t load(BlockReader* reader, int64_t position, uint32_t least, const uint8_t** bytes) {
@@ -39,8 +42,13 @@ uint32_t block_read(BlockReader* reader, int64_t position, void* destination, ui
     auto* out = static_cast<uint8_t*>(destination);
     uint32_t done = 0;
     while (done < count) {
+        const int64_t next = position + done;
+        const bool inside = next >= reader->start && next < reader->start + reader->loaded;
+        if (!inside && count - done >= direct_size) {
+            return done + read_at(reader->file, next, out + done, count - done);
+        }
         const uint8_t* bytes = nullptr;
-        const uint32_t ready = std::min(load(reader, position + done, 1, &bytes), count - done);
+        const uint32_t ready = std::min(load(reader, next, 1, &bytes), count - done);
         if (ready == 0) {
             break;
         }

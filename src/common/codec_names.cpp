@@ -316,10 +316,8 @@ void set_codec(ZatStream* stream, const CodecName& name) {
 }
 
 void set_fourcc_codec(ZatStream* stream, uint32_t code) {
-    const uint8_t bytes[4] = {static_cast<uint8_t>(code >> 24), static_cast<uint8_t>(code >> 16),
-        static_cast<uint8_t>(code >> 8), static_cast<uint8_t>(code)};
     char text[fourcc_text_size];
-    printable_fourcc_text(bytes, text);
+    printable_fourcc_text(code, text);
     copy_utf8(stream->codec_id, text);
     const CodecName name =
         stream->kind == ZAT_STREAM_VIDEO ? video_fourcc_name(code) : audio_fourcc_name(code);

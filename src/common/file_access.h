@@ -12,6 +12,7 @@ struct FileRecord {
     intptr_t handle = -1;
     int64_t position = 0; // byte position after the last seek or read
     int64_t size = 0;     // bytes, taken when the file was opened
+    int64_t origin = 0;   // bytes before the place that counts as position 0
 
     FileRecord() = default;
     FileRecord(const FileRecord&) = delete;
@@ -27,6 +28,14 @@ int FileOpen(FileRecord* file, const char* path);
 
 // Moves the position and returns it. A position before the file's start reads nothing.
 int64_t FileSeek(FileRecord* file, int64_t offset, SeekOrigin origin);
+
+// Leaves out the bytes before a position: from now on the file begins there.
+void FileBeginAt(FileRecord* file, int64_t position);
+
+// Where a position of the file stands in what the platform has open.
+inline int64_t platform_position(const FileRecord* file, int64_t position) {
+    return position > INT64_MAX - file->origin ? INT64_MAX : position + file->origin;
+}
 
 // Reads up to `count` bytes at the position and moves it. Returns the bytes read: fewer at the end
 // of the file, 0 on failure.

@@ -32,8 +32,8 @@ uint32_t FileRead(FileRecord* file, void* destination, uint32_t count) {
     auto* bytes = static_cast<uint8_t*>(destination);
     uint32_t done = 0;
     while (done < count && file->position >= 0) {
-        const ssize_t got =
-            pread(static_cast<int>(file->handle), bytes + done, count - done, file->position);
+        const ssize_t got = pread(static_cast<int>(file->handle), bytes + done, count - done,
+            platform_position(file, file->position));
         if (got < 0 && errno == EINTR) {
             continue;
         }
@@ -51,9 +51,10 @@ uint32_t FileRead(FileRecord* file, void* destination, uint32_t count) {
 
 int64_t next_data(const FileRecord* file, int64_t position) {
 #ifdef SEEK_DATA
-    const off_t found = lseek(static_cast<int>(file->handle), position, SEEK_DATA);
-    if (found > position) {
-        return found;
+    const off_t start = platform_position(file, position);
+    const off_t found = lseek(static_cast<int>(file->handle), start, SEEK_DATA);
+    if (found > start) {
+        return found - file->origin;
     }
     if (found < 0 && errno == ENXIO && file->size > position) {
         return file->size;

@@ -48,8 +48,9 @@ uint32_t FileRead(FileRecord* file, void* destination, uint32_t count) {
     while (done < count && file->position >= 0) {
         // The position travels with the read, so that a seek costs no system call.
         OVERLAPPED at{};
-        at.Offset = static_cast<DWORD>(file->position & 0xFFFFFFFF);
-        at.OffsetHigh = static_cast<DWORD>(file->position >> 32);
+        const int64_t position = platform_position(file, file->position);
+        at.Offset = static_cast<DWORD>(position & 0xFFFFFFFF);
+        at.OffsetHigh = static_cast<DWORD>(position >> 32);
         DWORD got = 0;
         if (ReadFile(native(file), bytes + done, count - done, &got, &at) == 0 || got == 0) {
             break;
@@ -69,7 +70,8 @@ int64_t next_data(const FileRecord* file, int64_t position) {
     }
     FILE_ALLOCATED_RANGE_BUFFER wanted{};
     FILE_ALLOCATED_RANGE_BUFFER first{};
-    wanted.FileOffset.QuadPart = position;
+    const int64_t start = platform_position(file, position);
+    wanted.FileOffset.QuadPart = start;
     wanted.Length.QuadPart = file->size - position;
     DWORD got = 0;
     // Room for one range is enough; that there are more is no failure.
@@ -81,7 +83,7 @@ int64_t next_data(const FileRecord* file, int64_t position) {
     if (got < sizeof first) {
         return file->size;
     }
-    return first.FileOffset.QuadPart > position ? first.FileOffset.QuadPart : position;
+    return first.FileOffset.QuadPart > start ? first.FileOffset.QuadPart - file->origin : position;
 }
 
 void FileClose(FileRecord* file) {

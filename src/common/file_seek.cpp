@@ -27,6 +27,12 @@ int64_t FileSeek(FileRecord* file, int64_t offset, SeekOrigin origin) {
     return file->position;
 }
 
+void FileBeginAt(FileRecord* file, int64_t position) {
+    file->origin += position;
+    file->size -= position;
+    file->position = 0;
+}
+
 int64_t FileSizeByPath(const char* path) {
     FileRecord file;
     if (FileOpen(&file, path) != 0) {

@@ -25,4 +25,10 @@ void printable_fourcc_text(const uint8_t* bytes, char (&out)[fourcc_text_size]) 
     write_text(bytes, 0x7E, out);
 }
 
+void printable_fourcc_text(uint32_t code, char (&out)[fourcc_text_size]) {
+    const uint8_t bytes[4] = {static_cast<uint8_t>(code >> 24), static_cast<uint8_t>(code >> 16),
+        static_cast<uint8_t>(code >> 8), static_cast<uint8_t>(code)};
+    printable_fourcc_text(bytes, out);
+}
+
 } // namespace zat

@@ -22,5 +22,6 @@ void FourccText(const uint8_t* bytes, char (&out)[fourcc_text_size]);
 
 // The same, with the digits also for bytes above 0x7E.
 void printable_fourcc_text(const uint8_t* bytes, char (&out)[fourcc_text_size]);
+void printable_fourcc_text(uint32_t code, char (&out)[fourcc_text_size]);
 
 } // namespace zat

@@ -16,17 +16,6 @@ constexpr uint32_t sample_rate_limit = 10'000'000;
 constexpr uint32_t channel_limit = 255;
 constexpr uint32_t bits_limit = 64;
 
-void append_format(char (&line)[line_size], const char* format, ...) ZAT_PRINTF(2, 3);
-
-void append_format(char (&line)[line_size], const char* format, ...) {
-    char piece[line_size];
-    va_list arguments;
-    va_start(arguments, format);
-    format_text_v(piece, sizeof piece, format, arguments);
-    va_end(arguments);
-    append_word(line, piece);
-}
-
 const char* mark(const ZatStream& stream, uint32_t bit) {
     return (stream.estimated & bit) != 0 ? "~" : "";
 }
@@ -90,6 +79,15 @@ void append_hdr(const ZatStream& stream, char (&line)[line_size]) {
 }
 
 } // namespace
+
+void append_format(char (&line)[line_size], const char* format, ...) {
+    char piece[line_size];
+    va_list arguments;
+    va_start(arguments, format);
+    format_text_v(piece, sizeof piece, format, arguments);
+    va_end(arguments);
+    append_word(line, piece);
+}
 
 void append_bit_rate(const ZatStream& stream, char (&line)[line_size]) {
     if (stream.bit_rate != 0 && stream.bit_rate < bit_rate_limit) {

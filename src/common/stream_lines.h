@@ -47,6 +47,9 @@ void append_remarks(const ZatStream& stream, char (&line)[line_size]);
 // Appends "~812.000kbps", unless the rate is unknown or nonsense.
 void append_bit_rate(const ZatStream& stream, char (&line)[line_size]);
 
+// Appends what printf makes of it behind a blank, unless the line is empty or ends with one.
+void append_format(char (&line)[line_size], const char* format, ...) ZAT_PRINTF(2, 3);
+
 // Appends the piece behind a blank, unless the line is empty or ends with one.
 void append_word(char (&line)[line_size], std::string_view piece);
 

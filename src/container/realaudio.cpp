@@ -18,6 +18,7 @@ namespace {
 
 constexpr uint32_t look_size = 1024; // header and texts
 constexpr uint32_t seconds_per_minute = 60;
+constexpr uint32_t bits_limit = 64; // this and more is nonsense
 
 // Takes the counted text at `*at` and steps over it.
 void take_text(Bytes start, uint32_t end, uint32_t* at, TagText& field) {
@@ -45,27 +46,17 @@ void set_figures(const RealAudioHeader& header, int64_t available, ZatStream* st
 
 // The form of RealMedia's lines, without what is not known.
 void format_line(const RealAudioHeader& header, const ZatStream& stream, char (&line)[line_size]) {
-    const uint8_t id[4] = {static_cast<uint8_t>(header.codec >> 24),
-        static_cast<uint8_t>(header.codec >> 16), static_cast<uint8_t>(header.codec >> 8),
-        static_cast<uint8_t>(header.codec)};
     char name[256];
-    real_codec_name(id, name);
+    real_codec_name(header.codec, name);
     format_text(line, sizeof line, "[%s]", name);
-    const struct {
-        uint32_t value;
-        const char* format;
-        uint32_t limit;
-    } figures[] = {
-        {stream.sample_rate, "%dHz", UINT32_MAX},
-        {header.bits, "%dbit", 64},
-        {stream.channels, "%dch", UINT32_MAX},
-    };
-    for (const auto& figure : figures) {
-        if (figure.value != 0 && figure.value < figure.limit) {
-            char text[32];
-            format_text(text, sizeof text, figure.format, figure.value);
-            append_word(line, text);
-        }
+    if (stream.sample_rate != 0) {
+        append_format(line, "%dHz", static_cast<int32_t>(stream.sample_rate));
+    }
+    if (header.bits != 0 && header.bits < bits_limit) {
+        append_format(line, "%dbit", static_cast<int32_t>(header.bits));
+    }
+    if (stream.channels != 0) {
+        append_format(line, "%dch", static_cast<int32_t>(stream.channels));
     }
     append_bit_rate(stream, line);
 }

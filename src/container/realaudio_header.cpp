@@ -91,12 +91,12 @@ void realaudio_facts(const RealAudioHeader& header, ZatStream* stream) {
     }
 }
 
-void real_codec_name(const uint8_t* id, char* out) {
+void real_codec_name(uint32_t id, char* out) {
     char shown[5] = "";
     char key[5] = "";
     size_t length = 0;
     for (int i = 0; i < 4; ++i) {
-        const char c = static_cast<char>(id[i]);
+        const char c = static_cast<char>(id >> (24 - 8 * i));
         if (IsNotPrintable(c) == 0) {
             shown[length] = c;
             key[length] = ascii_upper(c);

@@ -31,6 +31,6 @@ void realaudio_facts(const RealAudioHeader& header, ZatStream* stream);
 
 // The catalogue's name of a codec by the four characters of its id, of RealVideo too. `out` has 256
 // bytes.
-void real_codec_name(const uint8_t* id, char* out);
+void real_codec_name(uint32_t id, char* out);
 
 } // namespace zat

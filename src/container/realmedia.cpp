@@ -111,7 +111,7 @@ void describe_video(InfoRecord* record, const uint8_t* data, uint32_t bit_rate) 
     const bool without_size = !starts_with(data + 8, "VIDO") && starts_with(data + 4, "VIDO");
     const uint8_t* codec = data + (without_size ? 8 : 12);
     char name[256];
-    real_codec_name(codec, name);
+    real_codec_name(ReadBE32(codec), name);
     add_video_line(record, "[%s] %dx%d %dbit %dfps %.3fkbps", name, ReadBE16(codec + 4),
         ReadBE16(codec + 6), ReadBE16(codec + 8), ReadBE16(codec + 14), bit_rate * 0.001);
 }
@@ -131,11 +131,11 @@ bool read_audio_header(const uint8_t* header, AudioFields* fields) {
         return true;
     case 4: // the four bytes of the interleaver stand for the codec
         *fields = {ReadBE32(header + 50), ReadBE32(header + 54), ReadBE16(header + 58), ""};
-        real_codec_name(header + 61, fields->codec);
+        real_codec_name(ReadBE32(header + 61), fields->codec);
         return true;
     case 5:
         *fields = {ReadBE32(header + 52), ReadBE32(header + 60), ReadBE16(header + 64), ""};
-        real_codec_name(header + 70, fields->codec);
+        real_codec_name(ReadBE32(header + 70), fields->codec);
         return true;
     default:
         return false;

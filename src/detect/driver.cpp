@@ -119,6 +119,14 @@ int search_streams(FileWindow* window, DetectContext* context) {
     return -6;
 }
 
+// Analysers see a file that begins with its stream. Those of audio step over a tag and what follows
+// it by themselves, and describe the tag.
+void leave_out_padding(FileWindow* window, const LateSignature& late) {
+    if (late.start != 0 && (window->start == 0 || late.type_code < FILETYPE_AUDIO)) {
+        FileBeginAt(window->file, window->start + late.start);
+    }
+}
+
 // The probes, from the surest to the most lenient, on the bytes behind the tags.
 int probe(FileWindow* window, DetectContext* context) {
     const Bytes start = window_bytes(window);
@@ -150,9 +158,10 @@ int probe(FileWindow* window, DetectContext* context) {
     if (TsOnePacketCheck(bytes) == 0) {
         return accept_packets(context, timestamped_packet_size, 0);
     }
-    const uint32_t late = check_late_signature(window);
-    if (late != FILETYPE_UNKNOWN) {
-        context->type_code = late;
+    const LateSignature late = check_late_signature(window);
+    if (late.type_code != FILETYPE_UNKNOWN) {
+        context->type_code = late.type_code;
+        leave_out_padding(window, late);
         return 0;
     }
     return search_streams(window, context);

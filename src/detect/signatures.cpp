@@ -147,18 +147,18 @@ uint32_t CheckHeaderSignature(Bytes bytes) {
     return first_match(signatures, bytes);
 }
 
-uint32_t check_late_signature(FileWindow* window) {
+LateSignature check_late_signature(FileWindow* window) {
     const Bytes bytes = window_bytes(window);
-    uint32_t type_code = first_match(late_signatures, bytes, window);
-    const uint32_t start = end_of_padding(bytes);
-    if (type_code == FILETYPE_UNKNOWN && start != 0) {
-        const Bytes stream = bytes.subspan(start);
-        type_code = first_match(signatures, stream, window, start);
-        if (type_code == FILETYPE_UNKNOWN) {
-            type_code = first_match(late_signatures, stream, window, start);
-        }
+    const uint32_t at_start = first_match(late_signatures, bytes, window);
+    const uint32_t padding = end_of_padding(bytes);
+    if (at_start != FILETYPE_UNKNOWN || padding == 0) {
+        return {at_start, 0};
     }
-    return type_code;
+    const Bytes stream = bytes.subspan(padding);
+    const uint32_t type_code = first_match(signatures, stream, window, padding);
+    return {type_code != FILETYPE_UNKNOWN ? type_code
+                                          : first_match(late_signatures, stream, window, padding),
+        padding};
 }
 
 } // namespace zat

@@ -16,8 +16,13 @@ constexpr size_t padding_limit = 2048;
 // FILETYPE_UNKNOWN without one. Looks at no more than 197 bytes.
 uint32_t CheckHeaderSignature(Bytes bytes);
 
+struct LateSignature {
+    uint32_t type_code;
+    uint32_t start; // bytes of padding before the stream
+};
+
 // The same for the signatures that count only when no probe of the file's start knew it, and for
 // both tables behind padding. May load more of the view, up to three audio frames.
-uint32_t check_late_signature(FileWindow* window);
+LateSignature check_late_signature(FileWindow* window);
 
 } // namespace zat

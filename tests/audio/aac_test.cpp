@@ -2,7 +2,7 @@
 
 #include "audio/adts.h"
 #include "common/text.h"
-#include "support/byte_builder.h"
+#include "support/audio_builder.h"
 
 #include <cstring>
 #include <gtest/gtest.h>
@@ -14,10 +14,7 @@ namespace {
 // ---- ADTS -------------------------------------------------------------------------------------
 
 std::vector<uint8_t> adts(uint32_t id, uint32_t profile, uint32_t rate_index, uint32_t channels, uint32_t frame_length) {
-    BitBuilder out;
-    out.bits(0xFFF, 12).bits(id, 1).bits(0, 2).bits(1, 1).bits(profile, 2).bits(rate_index, 4);
-    out.bits(1, 1).bits(channels, 3).bits(0xF, 4).bits(frame_length, 13).bits(0x1FFF, 13);
-    return out.bytes;
+    return adts_frame(frame_length, {.id = id, .profile = profile, .rate_index = rate_index, .channels = channels});
 }
 
 std::string adts_line(const std::vector<uint8_t>& bytes, uint32_t style = 0) {

@@ -105,10 +105,20 @@ TEST(DtsFile, averages_the_rate_of_extended_frames) {
     extension.bits(0x64582025, 32).bits(0, 11).bits(30, 8).bits(63, 16).bits(1, 1).bits(0, 12).bits(1, 1).bits(0, 8).bits(0, 1);
     extension.bits(63, 16).bits(0, 12).bits(0, 3).bits(23, 5).bits(12, 4).bits(7, 8).bits(0, 1).bits(0, 3).bits(0, 2).bits(1, 2);
     const auto frame = ByteBuilder().append(core.bytes).pad_to(96).append(extension.bytes).pad_to(160).bytes;
-    EXPECT_EQ(details_text(*details_of(ByteBuilder().append(frame).append(frame).bytes)),
+    const auto file = ByteBuilder().append(frame).append(frame).bytes;
+    EXPECT_EQ(file_text(file), "A DTS(16BitBE) 48000Hz 5.1Ch C+L+R+SL+SR+LFE 1536.000kbps 24Bit DTS-HD MA\n0.002");
+    EXPECT_EQ(details_text(*details_of(file)),
         "DTS duration=0.021 bit_rate=120000 estimated=3\n"
         "audio flags=128 estimated=1 mode=2 duration=0.021 bit_rate=120000 bytes=320 sample_rate=48000 channels=8 bit_depth=24 "
         "codec=DTS profile=HD MA");
+}
+
+// Words of 14 bits make 18,725 bytes of a frame of 16,384: the rate in its header says nothing of the file's length.
+TEST(DtsFile, tells_the_time_of_packed_words_by_their_frames) {
+    const auto file = ByteBuilder().append(as_14bit(header({}))).pad_to(37450).bytes;
+    EXPECT_EQ(details_text(*details_of(file)),
+        "DTS duration=0.171 bit_rate=1755429\n"
+        "audio mode=1 duration=0.171 bit_rate=1536000 bytes=37450 sample_rate=48000 channels=6 codec=DTS layout=L R C LFE Ls Rs");
 }
 
 TEST(DtsFile, goes_on_with_zeros_behind_a_cut_header) {

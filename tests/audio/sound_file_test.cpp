@@ -45,7 +45,7 @@ Buffer sound(size_t size, int64_t told = -1, int offset = 0) {
     return chunk("SSND", ByteBuilder().be32(static_cast<uint64_t>(offset)).be32(0).fill(size, 1).bytes, told);
 }
 
-Buffer form(std::string_view type, std::initializer_list<Buffer> chunks) {
+Buffer form(std::string_view type, const std::vector<Buffer>& chunks) {
     ByteBuilder out;
     out.text("FORM").be32(0).text(type);
     for (const Buffer& each : chunks) {
@@ -69,6 +69,10 @@ Buffer cd_track(uint64_t track, uint64_t start, uint64_t length) {
 TEST(SoundFile, DescribesAiff) {
     const Buffer tag =
         ByteBuilder().text("ID3").raw({3, 0, 0, 0, 0, 0, 15}).text("TIT2").be32(5).be16(0).u8(0).text("Song").bytes;
+    std::vector<Buffer> names;
+    for (char name = 'a'; name <= 't'; ++name) {
+        names.push_back(text_chunk("NAME", {&name, 1}));
+    }
     expect_rows({
         {"plain, with texts", 105,
             form("AIFF",
@@ -119,6 +123,11 @@ TEST(SoundFile, DescribesAiff) {
             "AIFF duration=0.000\n"
             "audio mode=1 duration=0.000 bit_rate=4233600 bytes=36 samples=3 sample_rate=44100 channels=4 bit_depth=20 codec=PCM "
             "profile=signed 20 BE"},
+        {"more texts than are read", 105, form("AIFF", names), "[AIFF]",
+            "X [NAME]+[NAME]+[NAME]+[NAME]+[NAME]+[NAME]+[NAME]+[NAME]+[NAME]+\n"
+            "I a, b, c, d, e, f, g, h, i, j, k, l, m, n, o, p\n"
+            "0.000\n"
+            "AIFF title=a, b, c, d, e, f, g, h, i, j, k, l, m, n, o, p"},
         {"a form that is cut, nonsense beside", 105, form("AIFF", {sound(8), chunk("COMM", {0, 2, 0, 0})}), "[AIFF]",
             "X [SSND][COMM]\n"
             "0.000\n"

@@ -2,7 +2,7 @@
 
 #include "audio/dts_hd.h"
 #include "audio/first_frame.h"
-#include "support/byte_builder.h"
+#include "support/audio_builder.h"
 #include "support/details_text.h"
 
 #include <gtest/gtest.h>
@@ -19,34 +19,14 @@ std::string described(FrameDescriber describe, const Buffer& bytes) {
     return describe(bytes, &stream, line) ? std::string(line) + " | " + stream_text(stream) : "refused";
 }
 
-// An E-AC-3 frame at 48 kHz: of 1536 samples, or of 256 with a block count of 0.
-Buffer eac3(uint32_t type, uint32_t substream, uint32_t size, uint32_t acmod, uint32_t lfe, int map = -1, uint32_t blocks = 3) {
-    BitBuilder out;
-    out.bits(0x0B77, 16).bits(type, 2).bits(substream, 3).bits(size / 2 - 1, 11).bits(0, 2).bits(blocks, 2);
-    out.bits(acmod, 3).bits(lfe, 1).bits(16, 5).bits(31, 5).bits(0, 1);
-    out.bits(0, acmod == 0 ? 6 : 0);
-    if (type == 1) {
-        out.bits(map >= 0 ? 1 : 0, 1).bits(static_cast<uint64_t>(map), map >= 0 ? 16 : 0);
-    }
-    return ByteBuilder().append(out.bytes).pad_to(size).bytes;
-}
-
-Buffer joined(std::initializer_list<Buffer> parts) {
-    ByteBuilder all;
-    for (const Buffer& part : parts) {
-        all.append(part);
-    }
-    return all.bytes;
-}
-
 TEST(StreamFacts, TellsEac3BySubstreams) {
-    const Buffer core = eac3(0, 0, 800, 7, 1);
-    const Buffer rear = eac3(1, 0, 400, 6, 0, 0x1A00); // Ls, Rs once more, and Lrs/Rrs
+    const Buffer core = eac3_frame(0, 0, 800, 7, 1);
+    const Buffer rear = eac3_frame(1, 0, 400, 6, 0, 0x1A00); // Ls, Rs once more, and Lrs/Rrs
     EXPECT_EQ(described(describe_eac3_frame, joined({core, rear, core, rear, core})),
         "[E-AC-3 3/2.1] 48000Hz 8ch 300.000kbps | audio estimated=2 bit_rate=300000 sample_rate=48000 channels=8 codec=E-AC-3 "
         "layout=L R C LFE Lb Rb Ls Rs");
     // Another programme is none of its channels, but of its bytes.
-    EXPECT_EQ(described(describe_eac3_frame, joined({eac3(0, 0, 400, 0, 0, -1, 0), eac3(0, 1, 400, 7, 1)})),
+    EXPECT_EQ(described(describe_eac3_frame, joined({eac3_frame(0, 0, 400, 0, 0, -1, 0), eac3_frame(0, 1, 400, 7, 1)})),
         "[E-AC-3 1+1] 48000Hz 2ch 1200.000kbps | audio estimated=2 bit_rate=1200000 sample_rate=48000 channels=2 codec=E-AC-3");
     EXPECT_EQ(described(describe_eac3_frame, {core.begin(), core.begin() + 20}).substr(0, 42),
         "[E-AC-3 3/2.1] 48000Hz 6ch 200.000kbps | a");
@@ -56,22 +36,13 @@ TEST(StreamFacts, TellsEac3BySubstreams) {
 }
 
 std::string dts_hd_text(uint32_t coding_mode, uint32_t extensions) {
-    BitBuilder out;
-    out.bits(dts_hd_sync, 32).bits(0, 8).bits(0, 2).bits(0, 1).bits(40, 8).bits(139, 16);
-    out.bits(1, 1).bits(0, 5).bits(1, 1).bits(0, 36).bits(0, 6).bits(1, 1).bits(3, 8); // time stamp, one asset
-    out.bits(1, 1).bits(0, 2).bits(3, 2).bits(0, 2).bits(3, 16);                       // mixed into C, L and R
-    out.bits(99, 16).bits(30, 9).bits(0, 3).bits(0, 2).bits(1, 1).bits(0, 10).bits('x', 8);
-    out.bits(23, 5).bits(13, 4).bits(7, 8).bits(1, 1).bits(0, 2).bits(1, 1).bits(3, 2).bits(0x84B, 16).bits(0, 3);
-    out.bits(1, 1).bits(0, 8).bits(0, 1);                       // dynamic range, dialogue
-    out.bits(1, 1).bits(0, 7).bits(0, 5).bits(0, 1).bits(0, 6); // mixing: gain, compression, scale
-    out.bits(0, 21).bits(7, 3).bits(0, 18);                     // three coefficients of the last channel
-    out.bits(coding_mode, 2).bits(extensions, 12).bits(0, 8);
+    const Buffer bytes = dts_extension(coding_mode, extensions);
     DtsHdInfo info;
     ZatStream stream = new_stream(ZAT_STREAM_AUDIO);
     stream.bit_rate = 1536000; // the core's
-    EXPECT_TRUE(dts_hd_info(out.bytes, &info));
+    EXPECT_TRUE(dts_hd_info(bytes, &info));
     EXPECT_EQ(info.size, 140U);
-    EXPECT_FALSE(dts_hd_info(Bytes(out.bytes).first(30), &info));
+    EXPECT_FALSE(dts_hd_info(Bytes(bytes).first(30), &info));
     dts_hd_facts(info, &stream);
     return dts_hd_name(info.kind) + (" | " + stream_text(stream));
 }
@@ -86,9 +57,8 @@ TEST(StreamFacts, TellsDtsHdByItsExtensionSubstream) {
     EXPECT_EQ(dts_hd_text(3, 0), " | audio bit_rate=1536000 sample_rate=96000 channels=8 codec=DTS" + rest);
 }
 
-// A LOAS frame of 200 bytes around the bits of an AudioMuxElement.
 Buffer loas(const BitBuilder& element) {
-    return ByteBuilder().be24(0x2B7 << 13 | 197).append(element.bytes).pad_to(200).bytes;
+    return loas_frame(element, 200);
 }
 
 TEST(StreamFacts, TellsLoasByItsConfiguration) {

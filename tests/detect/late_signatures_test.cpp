@@ -1,5 +1,5 @@
 #include "common/messages.h"
-#include "support/byte_builder.h"
+#include "support/audio_builder.h"
 #include "support/mpeg_audio_builder.h"
 #include "support/temp_file.h"
 #include "support/video_builder.h"
@@ -26,25 +26,12 @@ Contents zeros_before(size_t count, const Contents& rest) {
     return ByteBuilder().fill(count).append(rest).bytes;
 }
 
-Contents behind(const Contents& first, const Contents& rest) {
-    return ByteBuilder().append(first).append(rest).bytes;
+Contents adts_frames(int count, uint32_t size = 16) {
+    return repeated(count, adts_frame(size));
 }
 
-// AAC LC at 44.1 kHz in two channels.
-Contents adts_frames(int count, size_t size = 16) {
-    ByteBuilder builder;
-    for (int i = 0; i < count; ++i) {
-        builder.be32(0xFFF15080 | size >> 11).be24((size << 5 & 0xFFFF) << 8 | 0xFC).fill(size - 7, 1);
-    }
-    return builder.bytes;
-}
-
-Contents loas_frames(int count, size_t size = 16) {
-    ByteBuilder builder;
-    for (int i = 0; i < count; ++i) {
-        builder.be24(0x56E000 | (size - 3)).fill(size - 3);
-    }
-    return builder.bytes;
+Contents loas_frames(int count, uint32_t size = 16) {
+    return repeated(count, loas_frame({}, size));
 }
 
 Contents chunk_of(std::string_view id, std::string_view form) {
@@ -126,18 +113,18 @@ std::vector<Row> late_rows() {
         {"event message", box_of("emsg"), 24, ""},
         {"another box", box_of("mfra"), 1, unsupported},
         {"adif", chunk_of("ADIF", ""), 118, ""},
-        {"adts", behind(adts_frames(3), {0}), 118, ""},
-        {"adts, long frames", behind(adts_frames(3, 8191), {0}), 118, ""},
-        {"adts, two frames", behind(adts_frames(2), Contents(20)), 1, unsupported},
-        {"adts, another stream's frame", behind(adts_frames(2), ByteBuilder{adts_frames(1)}.put(2, "\x54").fill(4).bytes), 1,
+        {"adts", joined({adts_frames(3), {0}}), 118, ""},
+        {"adts, long frames", joined({adts_frames(3, 8191), {0}}), 118, ""},
+        {"adts, two frames", joined({adts_frames(2), Contents(20)}), 1, unsupported},
+        {"adts, another stream's frame", joined({adts_frames(2), ByteBuilder{adts_frames(1)}.put(2, "\x54").fill(4).bytes}), 1,
             unsupported},
-        {"adts, reserved rate", behind(ByteBuilder{adts_frames(1)}.put(2, "\x74").bytes, adts_frames(3)), 1, unsupported},
+        {"adts, reserved rate", joined({ByteBuilder{adts_frames(1)}.put(2, "\x74").bytes, adts_frames(3)}), 1, unsupported},
         {"adts, empty frames", bytes_of({0xFF, 0xF1, 0x50, 0x80, 0, 0xFF, 0xFC}), 1, unsupported},
-        {"adts behind a tag", behind(tag, behind(adts_frames(3), {0})), 118, ""},
-        {"adts with a tag between frames", behind(adts_frames(1), behind(tag, adts_frames(2))), 118, ""},
-        {"adts behind a tag and its footer", behind(tag, behind(footer, adts_frames(3))), 118, ""},
-        {"latm", behind(loas_frames(2), loas_frames(1, 8194)), 118, ""},
-        {"latm, two frames", behind(loas_frames(2), Contents(9)), 1, unsupported},
+        {"adts behind a tag", joined({tag, joined({adts_frames(3), {0}})}), 118, ""},
+        {"adts with a tag between frames", joined({adts_frames(1), joined({tag, adts_frames(2)})}), 118, ""},
+        {"adts behind a tag and its footer", joined({tag, joined({footer, adts_frames(3)})}), 118, ""},
+        {"latm", joined({loas_frames(2), loas_frames(1, 8194)}), 118, ""},
+        {"latm, two frames", joined({loas_frames(2), Contents(9)}), 1, unsupported},
         {"dts, 14 bits", bytes_of({0x1F, 0xFF, 0xE8, 0x00, 0x07, 0xF5}), 122, ""},
         {"dts, 14 bits, bytes swapped", bytes_of({0xFF, 0x1F, 0x00, 0xE8, 0xF5, 0x07}), 121, ""},
         {"dts, 14 bits, a termination frame", bytes_of({0x1F, 0xFF, 0xE8, 0x00, 0x06, 0xF5}), 1, unsupported},
@@ -164,10 +151,10 @@ std::vector<Row> late_rows() {
         {"pack behind a zero", zeros_before(1, ByteBuilder().be32(0x1BA).raw({0x44, 1}).bytes), 17, ""},
         {"flac behind zeros", zeros_before(2048, flac), 117, ""},
         {"flac behind more zeros", zeros_before(2049, flac), 1, dummy_data},
-        {"flac behind a footer", behind(tag, behind(footer, flac)), 117, ""},
-        {"flac behind a footer and zeros", behind(tag, behind(footer, zeros_before(99, flac))), 117, ""},
-        {"flac behind letters", behind({'3', 'D', 'i', 0, 0, 0, 0, 0, 0, 0}, flac), 1, unsupported},
-        {"ac3 behind zeros", zeros_before(9, behind(ac3_frame, ac3_frame)), 114, ""},
+        {"flac behind a footer", joined({tag, joined({footer, flac})}), 117, ""},
+        {"flac behind a footer and zeros", joined({tag, joined({footer, zeros_before(99, flac)})}), 117, ""},
+        {"flac behind letters", joined({{'3', 'D', 'i', 0, 0, 0, 0, 0, 0, 0}, flac}), 1, unsupported},
+        {"ac3 behind zeros", zeros_before(9, joined({ac3_frame, ac3_frame})), 114, ""},
         {"an ac3 sync word behind zeros", zeros_before(9, ac3_frame), 1, unsupported},
     };
 }

@@ -30,7 +30,7 @@ uint32_t FileRead(FileRecord* file, void* destination, uint32_t count) {
     if (faults.reads++ == faults.good_reads) {
         got /= 2; // the file shrinks here
     }
-    std::memcpy(destination, file_bytes.data() + file->position, got);
+    std::memcpy(destination, file_bytes.data() + platform_position(file, file->position), got);
     file->position += got;
     return got;
 }

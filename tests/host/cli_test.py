@@ -166,8 +166,7 @@ class Cli(unittest.TestCase):
             path = self.folder / "tree" / name
             path.parent.mkdir(parents=True, exist_ok=True)
             shutil.copy(SAMPLE, path)
-        if not WINDOWS:
-            os.symlink("..", self.folder / "tree/b/loop")
+        os.symlink("..", self.folder / "tree/b/loop")  # a folder in itself for Windows programs, as on network drives
         expected = ["tree/a/z/1.mp3", "tree/b/10.mp3", "tree/b/2.mp3", "tree/c.mp3"]
         for jobs in ["1", "4"]:
             out, _ = self.check(["--jobs", jobs, "--format", "jsonl", "tree"], OK, "{", "4 files: 4 described")
@@ -362,16 +361,36 @@ class Cli(unittest.TestCase):
             self.check([names[0]], OK, "MPEG1-LayerIII")
 
     @unittest.skipIf(WINDOWS, "names are Unicode on Windows")
-    def test_names_of_any_bytes_and_length(self):
+    def test_names_of_any_bytes(self):
         name = b"\xff\xfe.mp3"
         shutil.copy(SAMPLE, name)
         _, out, _ = zat("--format", "jsonl", name)
         self.assertEqual(json.loads(out)["path"], "\ufffd\ufffd.mp3")
         self.assertEqual(json.loads(out)["path_percent"], "%FF%FE.mp3")
-        deep = os.path.join(*["d" * 200] * 4)
+
+    def test_names_of_any_length(self):
+        deep = "/".join(["d" * 200] * 4)
         os.makedirs(deep)
         shutil.copy(SAMPLE, deep)
-        self.check([os.path.join(deep, SAMPLE)], OK, "MPEG1-LayerIII")
+        path = f"{deep}/{SAMPLE}"
+        (self.folder / "list.txt").write_text(path)
+        for arguments in [[path], ["d" * 200], ["--files-from", "list.txt"]]:
+            _, out, _ = zat("--format", "jsonl", *arguments)
+            record = json.loads(out)
+            self.assertEqual((record["path"], record["format"]), (path, "MPEG audio"))
+        if WINDOWS:
+            root = "\\\\?\\Z:" + str(self.folder.resolve()).replace("/", "\\")
+            _, out, _ = zat("--format", "jsonl", "--sort", "size", f"{root}\\{'d' * 200}")
+            self.assertEqual(json.loads(out)["path"], f"{root}\\{path}".replace("/", "\\"))
+
+    @unittest.skipUnless(WINDOWS, "names are bytes elsewhere")
+    def test_lists_in_any_encoding(self):
+        shutil.copy(SAMPLE, "日本.mp3")
+        for encoding, works in [("utf-8", ["auto", "utf-8"]), ("cp932", ["auto", "console"])]:
+            (self.folder / "list.txt").write_text("日本.mp3\r\n", encoding=encoding)
+            for option in ["auto", "utf-8", "console"]:
+                status, _, _ = zat("--list-encoding", option, "--files-from", "list.txt")
+                self.assertEqual(status, OK if option in works else FAILURES, (encoding, option))
 
     @unittest.skipIf(WINDOWS, "made with POSIX calls")
     def test_what_is_no_file_is_passed_over(self):

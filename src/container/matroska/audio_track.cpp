@@ -191,11 +191,7 @@ void describe_truehd(Description* text, ZatStream* stream) {
     if (truehd_info(text->start, &info) != 0) {
         return;
     }
-    char channels[channel_name_size] = "";
-    truehd_channel_name(info.channels, channels);
-    format_text(text->line, sizeof text->line, "Dolby_TrueHD %dHz [%s %s] %.3fkbps",
-        static_cast<int32_t>(info.sample_rate), channels, info.vbr != 0 ? "VBR" : "CBR",
-        info.peak_bitrate * 0.001);
+    named_truehd_line(info, "Dolby_TrueHD", text->line);
     truehd_facts(info, stream);
 }
 

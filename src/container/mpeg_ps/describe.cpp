@@ -185,11 +185,7 @@ bool describe_truehd(Bytes access_unit, Stream* stream) {
     if (truehd_info(access_unit, &info) != 0) {
         return false;
     }
-    char channels[channel_name_size] = "";
-    truehd_channel_name(info.channels, channels);
-    format_text(stream->line, sizeof stream->line, "Dolby_TrueHD %dHz [%s %s] %.3fkbps",
-        static_cast<int32_t>(info.sample_rate), channels, info.vbr != 0 ? "VBR" : "CBR",
-        info.peak_bitrate * 0.001);
+    named_truehd_line(info, "Dolby_TrueHD", stream->line);
     truehd_facts(info, &stream->facts);
     return true;
 }

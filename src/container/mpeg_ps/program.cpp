@@ -104,7 +104,7 @@ void measure_rate(Stream* stream) {
 
 void walk_head(Program* program, int64_t from, int64_t to, bool in_order) {
     // No packet is longer than 64 KiB: where none begins in much more than that there are none.
-    constexpr int64_t start_limit = 262'144;
+    constexpr int64_t start_limit = 131'072;
     Walk walk;
     walk_start(
         &walk, &program->source, from, in_order ? to : std::min(to, from + start_limit), in_order);

@@ -1,0 +1,39 @@
+// Counting the frames of a stream that has nothing between them: what a file without a container
+// tells of its length and its mean rate.
+#pragma once
+
+#include "common/reader.h"
+
+#include <cstdint>
+
+namespace zat {
+
+struct AudioFrame {
+    uint32_t size = 0;    // bytes
+    uint32_t samples = 0; // per channel; 0 for one that belongs to the frame before it
+};
+
+// How the frames of a kind of stream follow one another.
+struct FrameFormat {
+    uint32_t header_size; // bytes that `read` looks at
+    // Reads the header at the front. False when none stands there.
+    bool (*read)(Bytes bytes, AudioFrame* frame);
+    // Offset of the first place where frames follow one another; -1 without one.
+    int64_t (*find)(Bytes bytes);
+};
+
+struct FrameCount {
+    uint64_t frames = 0;
+    uint64_t bytes = 0;
+    uint64_t samples = 0;
+    int64_t tags = 0;     // bytes of ID3v2 tags between the frames
+    bool sampled = false; // at a few places; else all frames are counted
+    bool varies = false;  // in the size of the frames, each with those that belong to it
+    bool cut = false;     // the last frame is
+};
+
+// Counts the frames of a stream that begins with one. Those of a large stream are sampled unless
+// the count is to be `exact`. What is no frame is passed over.
+FrameCount count_frames(Reader* reader, Span stream, const FrameFormat& format, bool exact);
+
+} // namespace zat

@@ -1,0 +1,96 @@
+#include "audio/framed_file.h"
+
+#include "common/details.h"
+#include "common/extra_lines.h"
+#include "common/numbers.h"
+#include "common/record_lines.h"
+#include "common/stream_lines.h"
+#include "common/tag_lines.h"
+
+namespace zat {
+
+namespace {
+
+// As many zeros may stand between tags and stream as detection steps over.
+constexpr int64_t most_zeros = 2048;
+
+void write_facts(FramedFile* framed, const Output& out) {
+    TagTexts texts;
+    complete_by_tags(&framed->reader, framed->tags, {}, {}, &texts);
+    write_artist_and_title(texts, out);
+    ExtraLines extra;
+    add_tag_fact(&extra, {.outer = framed->tags, .inner_id3v2 = framed->count.tags});
+    if (framed->count.cut) {
+        add_note(out, &extra, "truncated");
+    }
+    if ((framed->facts.estimated & ZAT_ESTIMATED_DURATION) != 0) {
+        add_note(out, &extra, "time estimated");
+    }
+    write_extra_lines(extra, out.record);
+    note_work_limit(out, framed->reader);
+}
+
+} // namespace
+
+void open_framed_file(FramedFile* framed, FileRecord* file) {
+    reader_open(&framed->reader, file);
+    framed->facts = new_stream(ZAT_STREAM_AUDIO);
+    framed->tags = measure_outer_tags(&framed->reader);
+    framed->stream = framed->tags.stream;
+    const int64_t zeros =
+        count_zeros(&framed->reader, sub_span(framed->stream, 0, most_zeros + 1), 0);
+    if (zeros > 0 && zeros <= most_zeros) {
+        framed->stream.start += zeros;
+    }
+}
+
+Bytes framed_start(FramedFile* framed, uint32_t length) {
+    return read_view(&framed->reader, framed->stream, 0, length);
+}
+
+bool count_framed_file(
+    FramedFile* framed, const FrameFormat& format, const Output& out, uint32_t unit) {
+    if ((out.record->options & option_thorough) != 0) {
+        reader_allow(&framed->reader, table_allowance);
+    }
+    framed->count = count_frames(
+        &framed->reader, framed->stream, format, (out.record->options & option_thorough) != 0);
+    const FrameCount& count = framed->count;
+    if (count.samples == 0 || framed->facts.sample_rate == 0) {
+        return false;
+    }
+    ZatStream* facts = &framed->facts;
+    facts->bytes = count.bytes;
+    double samples = static_cast<double>(count.samples) * unit;
+    if (count.sampled) {
+        facts->bytes = static_cast<uint64_t>(size_of(framed->stream));
+        samples *= static_cast<double>(facts->bytes) / static_cast<double>(count.bytes);
+        facts->estimated |= count.varies ? uint32_t{ZAT_ESTIMATED_DURATION} |
+                                               uint32_t{ZAT_ESTIMATED_BIT_RATE} |
+                                               uint32_t{ZAT_ESTIMATED_SAMPLES}
+                                         : 0;
+    }
+    facts->samples = clamp_to_integer<uint64_t>(samples + 0.5);
+    facts->duration = samples / facts->sample_rate;
+    facts->bit_rate =
+        clamp_to_integer<uint64_t>(static_cast<double>(facts->bytes) * 8 / facts->duration + 0.5);
+    return true;
+}
+
+void name_framed_file(const Output& out, const char* label, std::string_view format) {
+    set_label(out.record, "%s", label);
+    if (out.details != nullptr) {
+        copy_utf8(out.details->format, format);
+    }
+}
+
+void write_framed_file(FramedFile* framed, const Output& out) {
+    out.record->play_time = framed->facts.duration;
+    if (out.details != nullptr) {
+        out.details->estimated |= framed->facts.estimated & uint32_t{ZAT_ESTIMATED_DURATION};
+    }
+    add_stream_line(out, framed->facts, bounded_text(framed->line));
+    write_facts(framed, out);
+}
+
+} // namespace zat
