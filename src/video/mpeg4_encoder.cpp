@@ -78,6 +78,10 @@ void set_encoder(const DivxProbe& probe, Bytes codec_data, Bytes media, ZatStrea
 
 } // namespace
 
+void set_mpeg4_encoder(Bytes media, ZatStream* stream) {
+    copy_utf8(stream->encoder, user_data_text(media));
+}
+
 bool shows_mpeg4_encoder(Bytes media) {
     DivxProbe probe;
     return find_divx_strings(media, &probe) == two_strings ||

@@ -17,6 +17,9 @@ constexpr size_t mpeg4_encoder_size = 192; // bytes of a name with an aspect, te
 void name_mpeg4_encode(Bytes codec_data, Bytes media, const uint8_t* compression,
     char (&name)[mpeg4_encoder_size], ZatStream* stream);
 
+// Sets the stream's encoder alone, by the first user data.
+void set_mpeg4_encoder(Bytes media, ZatStream* stream);
+
 // Whether the bytes show an encoder's name, or the header that it stands behind.
 bool shows_mpeg4_encoder(Bytes media);
 

@@ -77,6 +77,28 @@ TEST(ElementaryStream, counts_pictures) {
     }
 }
 
+TEST(ElementaryStream, names_its_encoder) {
+    const auto message = [](const char* header, const char* identifier, std::string_view text) {
+        return ByteBuilder().raw({0, 0, 1}).append(bytes_of_hex(header)).append(bytes_of_hex(identifier)).text(text).bytes;
+    };
+    constexpr const char* x264 = "DC 45 E9 BD E6 D9 48 B7 96 2C D8 20 D9 23 EE EF";
+    constexpr const char* x265 = "2C A2 DE 09 B5 17 47 DB BB 55 A4 FE 7F C2 FC 4E";
+    const Data avc = units({avc_sps, avc_pps});
+    const struct {
+        Data bytes;
+        const char* encoder;
+    } rows[] = {
+        {join({avc, message("06 05 FF", x264, "x264 - core 164 r3095 baee400 - H.264")}), "x264 core 164"},
+        {join({avc, message("06 05 FF", x265, "x265 (build 199) - 3.5+1-f0c1022b6:[Linux]")}), "x265 3.5+1-f0c1022b6"},
+        {join({avc, message("06 05 FF", x264, "x264 - core \x80 ")}), ""},
+        {join({avc, message("06 05 FF", x264, "x2")}), ""},
+        {join({units({mpeg4_vol}), message("B2", "", "XviD0069"), vop(0, 0, 0)}), "XviD0069"},
+    };
+    for (const auto& row : rows) {
+        EXPECT_STREQ(dispatched(FILETYPE_MPEG, row.bytes)->details.streams[0].encoder, row.encoder);
+    }
+}
+
 TEST(ElementaryStream, samples_what_is_large) {
     ByteBuilder large;
     large.append(units({avc_sps, avc_pps}));

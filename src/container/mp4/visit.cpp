@@ -168,6 +168,13 @@ constexpr Rule detail_rules[] = {
     {"/moov/trak/mdia/minf/stbl/stsc", visit_track_detail<&Track::sample_to_chunk>},
 };
 
+template <size_t N>
+consteval bool by_length(const Rule (&table)[N]) {
+    return std::is_sorted(std::begin(table), std::end(table),
+        [](const Rule& a, const Rule& b) { return a.path.length < b.path.length; });
+}
+static_assert(by_length(rules) && by_length(detail_rules));
+
 // From the last type on, which most rules differ in.
 bool matches(const Path& rule, std::span<const uint32_t> path) {
     size_t i = path.size();
@@ -184,6 +191,9 @@ template <size_t N>
 void apply_rules(const Rule (&table)[N], Reader* reader, const Atom& atom,
     std::span<const uint32_t> path, Movie* movie) {
     for (const Rule& rule : table) {
+        if (rule.path.length > path.size()) {
+            return;
+        }
         if (matches(rule.path, path)) {
             rule.visit(reader, atom, movie);
             return;

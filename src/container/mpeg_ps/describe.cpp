@@ -7,7 +7,9 @@
 #include "audio/sync_search.h"
 #include "common/details.h"
 #include "common/start_code.h"
+#include "video/encoder_message.h"
 #include "video/hevc_sps.h"
+#include "video/mpeg4_encoder.h"
 #include "video/video_kind.h"
 
 #include <algorithm>
@@ -48,6 +50,7 @@ bool describe_avc(Stream* stream) {
     }
     stream->avc = info;
     avc_facts(info, &stream->facts);
+    set_message_encoder(collected(*stream), &stream->facts);
     avc_codec_text(info, stream->codec);
     return true;
 }
@@ -59,6 +62,7 @@ bool describe_mpeg4(Stream* stream) {
     }
     stream->mpeg4 = headers.vol;
     mpeg4_facts(headers, &stream->facts);
+    set_mpeg4_encoder(collected(*stream), &stream->facts);
     mpeg4_codec_text(headers, stream->codec);
     return true;
 }
@@ -81,6 +85,7 @@ bool describe_hevc(Stream* stream) {
     char text[hevc_text_size];
     stream->field_pictures = sequence.field_sequence;
     set_hevc_facts(&stream->facts, sequence);
+    set_message_encoder(collected(*stream), &stream->facts);
     hevc_codec_text(sequence, text);
     copy_text(stream->codec, bounded_text(text));
     return true;

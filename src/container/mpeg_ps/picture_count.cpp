@@ -68,25 +68,26 @@ void count_mpeg(Counter* counter, uint8_t code, Bytes behind) {
     }
 }
 
-// The first slice of a picture (ITU-T H.264, 7.3.3).
-void count_avc(Counter* counter, uint8_t code, Bytes behind) {
-    const uint8_t type = code & 0x9F;
-    if (type != 1 && type != 5) {
-        return;
-    }
+// field_pic_flag of a slice (ITU-T H.264, 7.3.3).
+bool is_field(const Counter& counter, Bytes behind) {
     RbspReader reader = rbsp_reader(behind);
-    if (read_ue(&reader) != 0) { // first_mb_in_slice
-        return;
-    }
+    read_ue(&reader); // first_mb_in_slice
     read_ue(&reader); // slice_type
     read_ue(&reader); // pic_parameter_set_id
-    if (counter->avc.separate_colour_planes) {
+    if (counter.avc.separate_colour_planes) {
         read_u(&reader, 2); // colour_plane_id
     }
-    read_u(&reader, counter->avc.frame_num_bits); // frame_num
-    const bool field =
-        counter->avc.frame_mbs_only == 0 && read_u(&reader, 1) != 0; // field_pic_flag
-    add_picture(counter, field ? 1 : 2);
+    read_u(&reader, counter.avc.frame_num_bits); // frame_num
+    return read_u(&reader, 1) != 0;
+}
+
+// The first slice of a picture: its first_mb_in_slice is 0, which is a set bit.
+void count_avc(Counter* counter, uint8_t code, Bytes behind) {
+    const uint8_t type = code & 0x9F;
+    if ((type == 1 || type == 5) && (byte_at(behind, 0) & 0x80) != 0) {
+        const bool field = counter->avc.frame_mbs_only == 0 && is_field(*counter, behind);
+        add_picture(counter, field ? 1 : 2);
+    }
 }
 
 void take_time(PictureCount* count, int64_t time) {
