@@ -444,9 +444,10 @@ std::vector<BenchFile> make_corpus(const std::string& directory) {
              "plain.dff", "packed.dff", "text.wsd"}) {
         add(std::string("long-") + seed, stretched(seed));
     }
-    for (const char* real : {"mp3-vbr.mp3", "pcm.wav", "surround.ac3", "surround.dts", "avc.mp4",
-             "fragmented.mp4", "asp.mov", "avc.flv", "video.rm", "vp9.mkv", "avc.mkv", "opus.ogg",
-             "theora.ogv", "xvid.avi", "wmv.wmv", "rf64.wav", "tone.aiff", "song.mid"}) {
+    for (const char* real : {"mp3-vbr.mp3", "pcm.wav", "surround.ac3", "surround.dts", "adts.aac",
+             "surround.eac3", "surround.thd", "avc.mp4", "fragmented.mp4", "asp.mov", "avc.flv",
+             "video.rm", "vp9.mkv", "avc.mkv", "opus.ogg", "theora.ogv", "xvid.avi", "wmv.wmv",
+             "rf64.wav", "tone.aiff", "song.mid"}) {
         files.push_back({real, std::string(ZAT_SOURCE_DIR "fuzz/seeds/") + real});
     }
     return files;
