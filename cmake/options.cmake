@@ -15,4 +15,7 @@ endif()
 if(ZAT_SANITIZE)
     add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
     add_link_options(-fsanitize=address,undefined)
+    if(CMAKE_CXX_COMPILER_ID STREQUAL Clang) # for the programs in C that load the library
+        add_link_options(-fsanitize-link-c++-runtime $<$<LINK_LANGUAGE:C>:-lstdc++>)
+    endif()
 endif()

@@ -1,5 +1,6 @@
 // Goes through the library as a host does: a file, GetDetails, both reports. Aborts when the record
 // that comes back is not sound, so that a fuzzer sees more than memory errors.
+#include "target.h"
 #include "zat/details.h"
 
 #include <algorithm>

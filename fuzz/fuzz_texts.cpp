@@ -1,5 +1,7 @@
 // The texts of broadcasts: every table, every size of the buffer. Aborts when a result is not a
 // terminated, well-formed text of the length that was returned.
+#include "target.h"
+
 #include "common/utf8.h"
 #include "text/arib_text.h"
 #include "text/dvb_text.h"

@@ -1,12 +1,12 @@
 // Runs the fuzz target on files, for the normal test run: replay PATH...
+#include "target.h"
+
 #include <cstdint>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <vector>
-
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size);
 
 int main(int argc, char** argv) {
     int count = 0;

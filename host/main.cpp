@@ -5,6 +5,11 @@
 #include "run.h"
 #include "terminal.h"
 
+#include <cstdio>
+#include <exception>
+#include <string>
+#include <vector>
+
 namespace {
 
 using namespace host;
@@ -28,11 +33,9 @@ std::string with_separator(std::string directory) {
     return directory;
 }
 
-} // namespace
-
-int main(int argc, char** argv) {
+int run_with(const std::vector<std::string>& arguments) {
     Options options;
-    const int status = parse_options(program_arguments(argc, argv), &options);
+    const int status = parse_options(arguments, &options);
     if (status >= 0) {
         return status;
     }
@@ -52,4 +55,15 @@ int main(int argc, char** argv) {
         with_separator(options.catalogue.empty() ? default_catalogue() : options.catalogue);
     library.set_path(with_separator(path_for_library(catalogue)).c_str());
     return run(library, options);
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    try {
+        return run_with(program_arguments(argc, argv));
+    } catch (const std::exception& error) { // mostly of memory that is not there
+        std::fprintf(stderr, "zat: %s\n", error.what());
+        return exit_failures;
+    }
 }

@@ -34,10 +34,6 @@ constexpr TypeRow stream_types[] = {
     {guid(0x3AFB65E2, 0x47EF), StreamType::binary},
 };
 
-// The audio of recorded television, as a binary stream whose data begins with this type.
-constexpr uint64_t binary_audio = guid(0x31178C9D, 0x03E1);
-constexpr int64_t binary_format_at = 64;
-
 template <uint32_t N>
 bool read_fields(Reader* reader, Span data, int64_t offset, uint8_t (&fields)[N]) {
     return read_all(reader, data, offset, fields, N);
