@@ -1,6 +1,8 @@
 #include "common/messages.h"
 #include "support/audio_builder.h"
 #include "support/mpeg_audio_builder.h"
+#include "support/record_text.h"
+#include "support/riff_builder.h"
 #include "support/temp_file.h"
 #include "support/video_builder.h"
 #include "zat/zat.h"
@@ -170,6 +172,34 @@ TEST(LateSignatures, count_where_nothing_else_knew_the_start) {
         EXPECT_STREQ(record.general[0], row.line);
         expect_sound(record);
     }
+}
+
+std::string described(const Contents& contents) {
+    const TempFile file(contents);
+    InfoRecord record{};
+    std::memcpy(record.path, file.path.c_str(), file.path.size());
+    GetInfo(&record);
+    expect_sound(record);
+    return record_text(record);
+}
+
+// What stands before the stream changes nothing of what is told about it.
+TEST(LateSignatures, leave_out_padding) {
+    const Contents format = ByteBuilder().le16(1).le16(2).le32(44100).le32(176400).le16(4).le16(16).bytes;
+    const Contents wave = riff_list("RIFF", "WAVE", {riff_chunk("fmt ", format), riff_chunk("data", Contents(17640))});
+    // A tag of Sorenson H.263, 352x288, at 2 seconds.
+    const Contents flash = ByteBuilder()
+                               .text("FLV")
+                               .raw({1, 1, 0, 0, 0, 9, 0, 0, 0, 0})
+                               .raw({9, 0, 0, 12, 0, 7, 0xD0, 0, 0, 0, 0, 0x12, 0, 0, 0x84, 1, 0})
+                               .fill(20)
+                               .bytes;
+    const Contents footer = ByteBuilder().text("3DI").fill(7).bytes;
+    EXPECT_NE(described(wave).find("0001] 44100Hz 2ch 1411.20kbps 16Bit"), std::string::npos);
+    EXPECT_EQ(described(flash).substr(0, 9), "V 352x288");
+    EXPECT_EQ(described(zeros_before(700, wave)), described(wave));
+    EXPECT_EQ(described(zeros_before(1, flash)), described(flash));
+    EXPECT_EQ(described(joined({id3v2_tag(300).bytes, footer, flash})), described(flash));
 }
 
 } // namespace
