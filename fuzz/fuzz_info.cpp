@@ -1,5 +1,5 @@
-// Goes through the library as a host does: a file, GetDetails, both reports; for some files a second
-// call. Aborts when what comes back is not sound, or cost more than is promised.
+// Goes through the library as a host does: a file, GetDetails, both reports; for some files a
+// second call. Aborts when what comes back is not sound, or cost more than is promised.
 #include "input_file.h"
 #include "sound.h"
 #include "target.h"
@@ -7,6 +7,7 @@
 #include "common/output.h"
 #include "common/text.h"
 
+#include <algorithm>
 #include <cstring>
 #include <ctime>
 
@@ -77,6 +78,12 @@ void require_cost(const InputCost& cost, size_t size) {
     require(cost.bytes <= most_bytes + bytes, "bytes read");
 }
 
+template <class Structure>
+void require_same(const Structure& a, const Structure& b, const char* what) {
+    const auto* bytes = reinterpret_cast<const uint8_t*>(&a);
+    require(std::equal(bytes, bytes + sizeof a, reinterpret_cast<const uint8_t*>(&b)), what);
+}
+
 // Neither the details' former content nor that of the stack may show in a result, and a host that
 // asks for the record alone gets the same one.
 void require_same_again(const Result& first, const char* path, uint32_t options) {
@@ -86,13 +93,11 @@ void require_same_again(const Result& first, const char* path, uint32_t options)
     again.details.size = sizeof again.details;
     fill_stack(0x5A);
     call(&again);
-    require(std::memcmp(&first.record, &again.record, sizeof first.record) == 0 &&
-                std::memcmp(&first.details, &again.details, sizeof first.details) == 0,
-        "a second call has another result");
+    require_same(first.record, again.record, "a second call has another record");
+    require_same(first.details, again.details, "a second call has other details");
     clear(&again.record, path, options);
     GetInfo(&again.record);
-    require(std::memcmp(&first.record, &again.record, sizeof first.record) == 0,
-        "a call without details has another record");
+    require_same(first.record, again.record, "a call without details has another record");
 }
 
 } // namespace

@@ -309,9 +309,8 @@ void latm(Bytes bytes) {
 
 // What the frames of several codecs share: facts and a line by the stream's start.
 void first_frames(Bytes bytes) {
-    for (const FrameDescriber describe :
-        {describe_mpeg_audio_frame, describe_ac3_frame, describe_eac3_frame, describe_dts_frame,
-            describe_adts_frame, describe_loas_frame}) {
+    for (const FrameDescriber describe : {describe_mpeg_audio_frame, describe_ac3_frame,
+             describe_eac3_frame, describe_dts_frame, describe_adts_frame, describe_loas_frame}) {
         ZatStream stream = audio();
         Line line = "";
         if (describe(bytes, &stream, line)) {

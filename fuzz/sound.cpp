@@ -48,8 +48,8 @@ bool is_clear(const Field (&fields)[N]) {
 
 uint32_t streams_of(const ZatDetails& details, uint32_t kind) {
     const auto* end = details.streams + std::min<uint32_t>(details.stream_count, ZAT_STREAM_SLOTS);
-    return static_cast<uint32_t>(std::count_if(details.streams, end,
-        [kind](const ZatStream& stream) { return stream.kind == kind; }));
+    return static_cast<uint32_t>(std::count_if(
+        details.streams, end, [kind](const ZatStream& stream) { return stream.kind == kind; }));
 }
 
 } // namespace
