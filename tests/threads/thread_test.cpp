@@ -76,7 +76,8 @@ int main(int argc, char** argv) {
         paths.push_back(entry.path().string());
     }
     int wrong = paths.empty() ? 1 : 0;
-    for (const char* catalogue : {argv[1], "no catalogue/"}) {
+    const char* const catalogues[] = {argv[1], "no catalogue/"};
+    for (const char* catalogue : catalogues) {
         SetPath(catalogue); // no other thread is in the library
         Answers expected;
         for (const std::string& path : paths) {
