@@ -39,12 +39,19 @@ else()
     gtest_discover_tests(unit_tests DISCOVERY_MODE PRE_TEST)
 
     # The library over a file layer that fails.
-    add_executable(fault_tests faults/faults_test.cpp faults/faulty_file_access.cpp support/temp_file.cpp
+    add_executable(fault_tests faults/faults_test.cpp support/temp_file.cpp
+        ${PROJECT_SOURCE_DIR}/fuzz/memory_file_access.cpp
         $<TARGET_OBJECTS:zat_portable>)
-    target_include_directories(fault_tests PRIVATE ${PROJECT_SOURCE_DIR}/tests)
+    target_include_directories(fault_tests PRIVATE ${PROJECT_SOURCE_DIR}/tests ${PROJECT_SOURCE_DIR}/fuzz)
     target_link_libraries(fault_tests PRIVATE zat_options GTest::gtest_main)
     target_compile_definitions(fault_tests PRIVATE ZAT_SOURCE_DIR="${PROJECT_SOURCE_DIR}")
     gtest_discover_tests(fault_tests DISCOVERY_MODE PRE_TEST)
+
+    # Several threads in the library at once, against one alone; with preset linux-tsan the proof.
+    find_package(Threads REQUIRED)
+    add_executable(thread_test threads/thread_test.cpp $<TARGET_OBJECTS:zat_portable> $<TARGET_OBJECTS:zat_platform>)
+    target_link_libraries(thread_test PRIVATE zat_options Threads::Threads)
+    add_test(NAME threads COMMAND thread_test ${PROJECT_SOURCE_DIR}/catalogue/ ${PROJECT_SOURCE_DIR}/fuzz/seeds)
 
     add_test(NAME lint COMMAND ${PROJECT_SOURCE_DIR}/tools/lint)
     add_test(NAME code_tables COMMAND ${PROJECT_SOURCE_DIR}/tools/make-code-tables --check)
