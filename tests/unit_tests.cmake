@@ -39,9 +39,10 @@ else()
     gtest_discover_tests(unit_tests DISCOVERY_MODE PRE_TEST)
 
     # The library over a file layer that fails.
-    add_executable(fault_tests faults/faults_test.cpp faults/faulty_file_access.cpp support/temp_file.cpp
+    add_executable(fault_tests faults/faults_test.cpp support/temp_file.cpp
+        ${PROJECT_SOURCE_DIR}/fuzz/memory_file_access.cpp
         $<TARGET_OBJECTS:zat_portable>)
-    target_include_directories(fault_tests PRIVATE ${PROJECT_SOURCE_DIR}/tests)
+    target_include_directories(fault_tests PRIVATE ${PROJECT_SOURCE_DIR}/tests ${PROJECT_SOURCE_DIR}/fuzz)
     target_link_libraries(fault_tests PRIVATE zat_options GTest::gtest_main)
     target_compile_definitions(fault_tests PRIVATE ZAT_SOURCE_DIR="${PROJECT_SOURCE_DIR}")
     gtest_discover_tests(fault_tests DISCOVERY_MODE PRE_TEST)

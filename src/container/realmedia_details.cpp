@@ -98,7 +98,7 @@ void describe_realmedia_stream(const RealMediaStreamHead& head, ZatDetails* deta
     stream.bit_rate = ReadBE32(chunk + average_rate_at);
     stream.start = ReadBE32(chunk + start_at) * 0.001;
     stream.duration = ReadBE32(chunk + duration_at) * 0.001;
-    copy_utf8(stream.codec_id, mime);
+    unknown_to_utf8(mime, stream.codec_id);
     const Bytes data = head.chunk.subspan(head.data_at);
     if (stream.kind == ZAT_STREAM_VIDEO) {
         describe_video(data, &stream);
