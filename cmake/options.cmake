@@ -11,10 +11,12 @@ target_include_directories(zat_options INTERFACE ${PROJECT_SOURCE_DIR}/src ${PRO
 
 if(WIN32)
     target_link_options(zat_options INTERFACE -static)
+    # The same bytes whenever it is linked (tools/check-reproducible).
+    target_link_options(zat_options INTERFACE -Wl,--no-insert-timestamp)
 endif()
 if(ZAT_SANITIZE)
-    add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
-    add_link_options(-fsanitize=address,undefined)
+    add_compile_options(-fsanitize=${ZAT_SANITIZERS} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    add_link_options(-fsanitize=${ZAT_SANITIZERS})
     if(CMAKE_CXX_COMPILER_ID STREQUAL Clang) # for the programs in C that load the library
         add_link_options(-fsanitize-link-c++-runtime $<$<LINK_LANGUAGE:C>:-lstdc++>)
     endif()

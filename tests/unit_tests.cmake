@@ -47,6 +47,12 @@ else()
     target_compile_definitions(fault_tests PRIVATE ZAT_SOURCE_DIR="${PROJECT_SOURCE_DIR}")
     gtest_discover_tests(fault_tests DISCOVERY_MODE PRE_TEST)
 
+    # Several threads in the library at once, against one alone; with preset linux-tsan the proof.
+    find_package(Threads REQUIRED)
+    add_executable(thread_test threads/thread_test.cpp $<TARGET_OBJECTS:zat_portable> $<TARGET_OBJECTS:zat_platform>)
+    target_link_libraries(thread_test PRIVATE zat_options Threads::Threads)
+    add_test(NAME threads COMMAND thread_test ${PROJECT_SOURCE_DIR}/catalogue/ ${PROJECT_SOURCE_DIR}/fuzz/seeds)
+
     add_test(NAME lint COMMAND ${PROJECT_SOURCE_DIR}/tools/lint)
     add_test(NAME code_tables COMMAND ${PROJECT_SOURCE_DIR}/tools/make-code-tables --check)
 endif()

@@ -42,7 +42,7 @@ constexpr AnnotationRow annotation_rows[] = {
 bool take_annotation_line(std::string_view line, SoundFile* sound) {
     for (const AnnotationRow& row : annotation_rows) {
         if (same_letters(line.substr(0, row.key.size()), row.key)) {
-            row.take(line.substr(row.key.size()), sound);
+            row.take(text_from(line, row.key.size()), sound);
             return true;
         }
     }

@@ -105,7 +105,7 @@ void describe_origin(const WavChunks& chunks, InfoRecord* record) {
         char parameter[sizeof chunks.description] = {};
         const size_t at = text.find("-cbs");
         if (at != std::string_view::npos && at + 5 < text.size()) {
-            const std::string_view rest = text.substr(at + 5);
+            const std::string_view rest = text_from(text, at + 5);
             copy_text(parameter, rest.substr(0, rest.find(' ')));
         }
         format_text(record->label, sizeof record->label, "[RIFF(lossyWAV(%s))]", parameter);

@@ -108,7 +108,7 @@ bool entry_matches(std::string_view line, std::string_view key, std::string_view
     if (tab == std::string_view::npos || tab == 0 || !key.starts_with(line.substr(0, tab))) {
         return false;
     }
-    *name = line.substr(tab + 1);
+    *name = text_from(line, tab + 1);
     return true;
 }
 

@@ -269,7 +269,7 @@ CodecName find_code(const FourccRow (&rows)[N], uint32_t code) {
     const std::string_view key(wanted, sizeof wanted);
     for (const FourccRow& row : rows) {
         for (size_t at = 0; at < row.codes.size(); at += key.size()) {
-            if (row.codes.substr(at, key.size()) == key) {
+            if (text_from(row.codes, at).starts_with(key)) {
                 return row.name;
             }
         }

@@ -104,7 +104,7 @@ void note_details(ZatDetails* details, std::string_view note) {
         if (rest.substr(0, end) == note) {
             return;
         }
-        rest = end == std::string_view::npos ? std::string_view{} : rest.substr(end + 1);
+        rest = end == std::string_view::npos ? std::string_view{} : text_from(rest, end + 1);
     }
     if (used + 1 + note.size() < sizeof details->notes) {
         append_text(details->notes, used != 0 ? "\n" : "");

@@ -1,5 +1,6 @@
 // The printf of text.h. The C library's own is no choice: its decimal point follows the locale that
 // the host has set, and its rounding of ties and its NaN differ between platforms.
+#include "common/fixed_decimal.h"
 #include "common/text.h"
 
 #include <algorithm>
@@ -10,10 +11,6 @@
 namespace zat {
 
 namespace {
-
-// Long enough for the largest double in full: 309 digits before the point.
-constexpr size_t number_size = 400;
-constexpr int precision_limit = 40;
 
 struct Output {
     char* text;
@@ -133,12 +130,10 @@ void put_double(Output* out, const Conversion& conversion, double value) {
         put_number(out, conversion, std::isnan(value) ? "nan" : value < 0 ? "-inf" : "inf", false);
         return;
     }
-    char digits[number_size];
-    const int precision =
-        conversion.precision < 0 ? 6 : std::min(conversion.precision, precision_limit);
-    const auto end =
-        std::to_chars(digits, digits + sizeof digits, value, std::chars_format::fixed, precision);
-    put_number(out, conversion, {digits, static_cast<size_t>(end.ptr - digits)}, true);
+    FixedDecimalText digits;
+    const int places =
+        conversion.precision < 0 ? 6 : std::min(conversion.precision, fixed_decimal_places);
+    put_number(out, conversion, fixed_decimal(value, places, &digits), true);
 }
 
 void put_string(Output* out, const Conversion& conversion, const char* text) {

@@ -31,7 +31,7 @@ std::string_view trimmed(std::string_view text) {
     const size_t first = text.find_first_not_of(blanks);
     return first == std::string_view::npos
                ? std::string_view{}
-               : text.substr(first, text.find_last_not_of(blanks) - first + 1);
+               : text_from(text.substr(0, text.find_last_not_of(blanks) + 1), first);
 }
 
 // True when the value is one of those that the field joins.
@@ -40,7 +40,7 @@ bool has_value(std::string_view field, std::string_view value) {
     for (size_t at = field.find(value); at != std::string_view::npos;
          at = field.find(value, at + 1)) {
         const bool starts = at == 0 || field.substr(0, at).ends_with(separator);
-        const std::string_view rest = field.substr(at + value.size());
+        const std::string_view rest = text_from(field, at + value.size());
         if (starts && (rest.empty() || rest.starts_with(separator))) {
             return true;
         }

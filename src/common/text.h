@@ -1,6 +1,7 @@
 // Bounded texts: every line that the library writes is composed here.
 #pragma once
 
+#include <algorithm>
 #include <cstdarg>
 #include <cstddef>
 #include <cstdint>
@@ -52,6 +53,13 @@ std::string_view bounded_text(const char* text, size_t size);
 template <size_t N>
 std::string_view bounded_text(const char (&text)[N]) {
     return bounded_text(text, N);
+}
+
+// The text from `at` on, empty when it ends before. Unlike substr it cannot throw, which would end
+// the host.
+constexpr std::string_view text_from(std::string_view text, size_t at) {
+    text.remove_prefix(std::min(at, text.size()));
+    return text;
 }
 
 template <size_t N>

@@ -1,5 +1,7 @@
 #include "common/utf8.h"
 
+#include "common/text.h"
+
 #include <cstring>
 
 namespace zat {
@@ -74,7 +76,7 @@ std::string_view without_cut_character(std::string_view text) {
         --start;
     }
     if (start > 0 && static_cast<uint8_t>(text[start - 1]) >= 0xC0) {
-        const std::string_view last = text.substr(start - 1);
+        const std::string_view last = text_from(text, start - 1);
         return is_utf8(last) ? text : text.substr(0, start - 1);
     }
     return text;

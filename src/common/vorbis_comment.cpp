@@ -1,5 +1,6 @@
 #include "common/vorbis_comment.h"
 
+#include "common/text.h"
 #include "common/text_codes.h"
 #include "common/utf8.h"
 
@@ -92,7 +93,7 @@ bool next_comment(VorbisComments* comments, VorbisComment* comment) {
     ++comments->read;
     const size_t sign = text.find('=');
     comment->name = text.substr(0, sign == std::string_view::npos ? 0 : sign);
-    comment->value = sign == std::string_view::npos ? text : text.substr(sign + 1);
+    comment->value = sign == std::string_view::npos ? text : text_from(text, sign + 1);
     return true;
 }
 

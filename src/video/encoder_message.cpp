@@ -34,7 +34,7 @@ void set_message_encoder(Bytes stream_start, ZatStream* stream) {
         if (at == std::string_view::npos) {
             continue;
         }
-        std::string_view text = start.substr(at + row.identifier.size(), longest);
+        std::string_view text = text_from(start, at + row.identifier.size()).substr(0, longest);
         const size_t before = text.find(row.before);
         if (!text.starts_with(row.name) || before == std::string_view::npos) {
             continue;

@@ -1,5 +1,7 @@
 #include "container/avi/language.h"
 
+#include "common/text.h"
+
 namespace zat::avi {
 
 namespace {
@@ -17,8 +19,9 @@ constexpr std::string_view languages = "arabulcatzhocesdandeuellengspafinfrahebh
 std::string_view language_of(uint16_t identifier) {
     constexpr size_t code_size = 3;
     const size_t at = (size_t{identifier} & primary_mask) * code_size;
-    return at == 0 || at > languages.size() ? std::string_view{}
-                                            : languages.substr(at - code_size, code_size);
+    return at == 0 || at > languages.size()
+               ? std::string_view{}
+               : text_from(languages, at - code_size).substr(0, code_size);
 }
 
 } // namespace zat::avi

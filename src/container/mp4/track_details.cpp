@@ -124,7 +124,7 @@ void read_kind(Reader* reader, Span payload, ZatStream* stream) {
     const std::string_view text = text_of(read_box(reader, sub_span(payload, 4), buffer));
     const size_t end = text.find('\0');
     if (end != std::string_view::npos) {
-        const std::string_view value = text.substr(end + 1);
+        const std::string_view value = text_from(text, end + 1);
         apply_role(value.substr(0, value.find('\0')), stream);
     }
 }
