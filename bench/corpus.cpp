@@ -1,5 +1,6 @@
 #include "corpus.h"
 
+#include "common/bytes.h"
 #include "common/crc.h"
 #include "support/byte_builder.h"
 #include "support/ebml_builder.h"
@@ -12,6 +13,7 @@
 #include <filesystem>
 #include <fstream>
 #include <random>
+#include <set>
 
 namespace {
 
@@ -385,6 +387,49 @@ Bytes long_matroska(bool with_statistics, uint64_t size) {
         sized_element(0x1F43B675, rest, number(0xE7, 100'000))});
 }
 
+// The seed's fragment again and again: two hours in pieces of ten seconds with 1.5 MB of media
+// each.
+void write_fragments(const std::string& path) {
+    const Bytes seed = seed_bytes("fragmented.mp4");
+    const auto type_at = [&seed](size_t at) {
+        return std::string(seed.begin() + static_cast<std::ptrdiff_t>(at) + 4,
+            seed.begin() + static_cast<std::ptrdiff_t>(at) + 8);
+    };
+    size_t start = 0;
+    while (type_at(start) != "moof") {
+        start += zat::ReadBE32(&seed[start]);
+    }
+    const size_t end = start + zat::ReadBE32(&seed[start]);
+    const auto place = [&seed](
+                           size_t at) { return seed.begin() + static_cast<std::ptrdiff_t>(at); };
+    constexpr uint32_t media_size = 1'500'000;
+    const Bytes fragment =
+        ByteBuilder().append({place(start), place(end)}).be32(media_size + 8).text("mdat").bytes;
+    constexpr int fragments = 720;
+    write_file(path, {place(0), place(start)}, start + fragments * (fragment.size() + media_size));
+    std::fstream file(path, std::ios::binary | std::ios::in | std::ios::out);
+    for (size_t i = 0; i < fragments; ++i) {
+        file.seekp(static_cast<std::streamoff>(start + i * (fragment.size() + media_size)));
+        file.write(reinterpret_cast<const char*>(fragment.data()),
+            static_cast<std::streamsize>(fragment.size()));
+    }
+}
+
+// Ten minutes of pictures and sound; the tags in the first mebibyte are looked at.
+Bytes long_flv() {
+    ByteBuilder file;
+    file.text("FLV").raw({1, 5, 0, 0, 0, 9, 0, 0, 0, 0});
+    const auto tag = [&file](uint8_t type, uint64_t time, uint8_t head, size_t size) {
+        file.u8(type).be24(size).be24(time).u8(0).be24(0).u8(head).fill(size - 1, 0x55);
+        file.be32(size + 11);
+    };
+    for (uint64_t time = 0; file.bytes.size() < (2 << 20); time += 40) {
+        tag(9, time, time % 2000 == 0 ? 0x14 : 0x24, 5000);
+        tag(8, time, 0x2F, 417);
+    }
+    return file.bytes;
+}
+
 // Twenty seconds of MPEG-2 video at 16 Mbit/s with MPEG audio. What is read of a transport stream
 // does not grow with it from here on.
 Bytes broadcast() {
@@ -435,20 +480,25 @@ std::vector<BenchFile> make_corpus(const std::string& directory) {
     add_packs("vob-500mb", 244'000, false);
     add_packs("vob-1.4mb", 700, false);
     add_packs("videocd-700mb", 297'600, true);
+    write_fragments(directory + "mp4-2h-fragments");
+    files.push_back({"mp4-2h-fragments", directory + "mp4-2h-fragments"});
+    add("flv-10min", long_flv());
     add("random-1mib", random_bytes(1 << 20));
     add("random-5mib", random_bytes(5 << 20));
     add("ts-20s", broadcast());
     add("tta-60min", hour_of_tta(), 344600000U);
-    for (const char* seed : {"tone.flac", "tone.wv", "dsd.wv", "monkey.ape", "monkey-old.ape",
-             "tone.tta", "sv7.mpc", "sv8.mpc", "preset.tak", "optimfrog.ofr", "tag.dsf",
-             "plain.dff", "packed.dff", "text.wsd"}) {
+    for (const char* seed : {"adts.aac", "surround.eac3", "surround.thd", "latm.loas", "avc.h264",
+             "hevc.h265", "mpeg2.m2v", "tone.aiff", "mulaw.au", "tone.flac", "tone.wv", "dsd.wv",
+             "monkey.ape", "monkey-old.ape", "tone.tta", "sv7.mpc", "sv8.mpc", "preset.tak",
+             "optimfrog.ofr", "tag.dsf", "plain.dff", "packed.dff", "text.wsd"}) {
         add(std::string("long-") + seed, stretched(seed));
     }
-    for (const char* real : {"mp3-vbr.mp3", "pcm.wav", "surround.ac3", "surround.dts", "adts.aac",
-             "surround.eac3", "surround.thd", "avc.mp4", "fragmented.mp4", "asp.mov", "avc.flv",
-             "video.rm", "vp9.mkv", "avc.mkv", "opus.ogg", "theora.ogv", "xvid.avi", "wmv.wmv",
-             "rf64.wav", "tone.aiff", "song.mid"}) {
-        files.push_back({real, std::string(ZAT_SOURCE_DIR "fuzz/seeds/") + real});
+    std::set<std::filesystem::path> seeds;
+    for (const auto& seed : std::filesystem::directory_iterator(ZAT_SOURCE_DIR "fuzz/seeds")) {
+        seeds.insert(seed.path());
+    }
+    for (const std::filesystem::path& seed : seeds) {
+        files.push_back({seed.filename().string(), seed.string()});
     }
     return files;
 }

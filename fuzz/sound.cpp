@@ -17,9 +17,6 @@ namespace {
 
 constexpr uint8_t host_mark = 0xA5;
 
-// Seconds that no file's fields may be taken for: 64 bits of ticks at the finest clock.
-constexpr double longest_duration = 1e19;
-
 template <size_t Slots>
 void require_lines(
     const char (&lines)[Slots][ZAT_LINE_SIZE], int32_t count, int32_t expected_slots) {
@@ -37,7 +34,7 @@ void require_text(const char (&text)[N], const char* name) {
 }
 
 void require_duration(double duration) {
-    require(duration >= 0 && duration < longest_duration, "a duration");
+    require(duration >= 0 && duration < duration_limit, "a duration");
 }
 
 template <class Field, size_t N>

@@ -51,7 +51,9 @@ ZAT_EXPORT void ZAT_CALL GetFileFormat(InfoRecord* record) {
 }
 
 ZAT_EXPORT void ZAT_CALL GetInfo(InfoRecord* record) {
+    zat::FileEnds ends;
     zat::FileRecord file;
+    file.ends = &ends;
     zat::fill_file_format(record, &file);
     zat::DispatchAnalyser(&file, {record, nullptr});
 }
@@ -61,7 +63,9 @@ ZAT_EXPORT int32_t ZAT_CALL GetDetails(InfoRecord* record, ZatDetails* details) 
         return -1;
     }
     zat::clear_details(details);
+    zat::FileEnds ends;
     zat::FileRecord file;
+    file.ends = &ends;
     zat::fill_file_format(record, &file);
     zat::DispatchAnalyser(&file, {record, details});
     zat::finish_details(*record, details);

@@ -10,6 +10,27 @@ namespace {
 // What is wanted in one piece of this size gains nothing from the block.
 constexpr uint32_t direct_size = BlockReader::block_size / 2;
 
+// A step ahead over less than this costs as much as reading what lies between.
+constexpr int64_t short_step = 16384;
+
+// So many short steps in a row are a walk, which will make more of them.
+constexpr uint32_t steps_of_walk = 2;
+
+// How much to read at a position behind which `least` bytes are wanted.
+uint32_t length_to_read(BlockReader* reader, int64_t position, uint32_t least) {
+    const int64_t step = position - (reader->start + reader->loaded);
+    const bool goes_on = reader->loaded != 0 && position >= reader->start && step <= 0;
+    if (!goes_on) {
+        const bool is_short = reader->loaded != 0 && step > 0 && step < short_step;
+        reader->short_steps = is_short ? reader->short_steps + 1 : 0;
+    }
+    const uint32_t wanted = goes_on || reader->short_steps >= steps_of_walk
+                                ? BlockReader::block_size
+                                : std::max(reader->jump, least);
+    const uint32_t held = held_at(reader->file, position);
+    return held != 0 && held >= least ? std::min(held, wanted) : wanted;
+}
+
 // The bytes that the block shows from a file position, loaded if fewer than `least` are there; 0 at
 // the end of the file.
 uint32_t load(BlockReader* reader, int64_t position, uint32_t least, const uint8_t** bytes) {
@@ -19,10 +40,9 @@ uint32_t load(BlockReader* reader, int64_t position, uint32_t least, const uint8
         if (position < 0 || position >= reader->file->size) {
             return 0;
         }
-        const bool goes_on = reader->loaded != 0 && (inside || position == end);
+        const uint32_t length = length_to_read(reader, position, least);
         reader->start = position;
-        reader->loaded = read_at(reader->file, position, reader->block,
-            goes_on ? BlockReader::block_size : std::max(reader->jump, least));
+        reader->loaded = read_at(reader->file, position, reader->block, length);
     }
     const auto offset = static_cast<uint32_t>(position - reader->start);
     *bytes = reader->block + offset;
@@ -35,6 +55,7 @@ void block_open(BlockReader* reader, FileRecord* file) {
     reader->file = file;
     reader->start = 0;
     reader->loaded = 0;
+    reader->short_steps = 0;
     reader->jump = BlockReader::jump_size;
 }
 

@@ -19,6 +19,7 @@ struct BlockReader {
     uint32_t loaded = 0; // bytes of it
     // Bytes read behind a jump. A walk that only looks at headers far apart may want fewer.
     uint32_t jump = jump_size;
+    uint32_t short_steps = 0; // in a row: steps ahead that left out little
     uint8_t block[block_size];
 };
 

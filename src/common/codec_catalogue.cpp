@@ -41,6 +41,28 @@ void fill_block(LineReader* reader) {
     reader->at_end_of_file = got == 0 || reader->file->position >= reader->file->size;
 }
 
+// Passes over lines of which none begins with '[', without a look at each: up to a bracket that
+// begins one, or may, or up to the last line of which the block shows the whole. Brackets are rare.
+void skip_to_bracket(LineReader* reader) {
+    const char* const block = reader->block;
+    size_t from = reader->at;
+    while (from < reader->end) {
+        const void* found = std::memchr(block + from, '[', reader->end - from);
+        const size_t at = found != nullptr
+                              ? static_cast<size_t>(static_cast<const char*>(found) - block)
+                              : reader->end;
+        size_t start = at; // of the line: behind a newline
+        while (start > reader->at && block[start - 1] != '\n') {
+            --start;
+        }
+        reader->at = start;
+        if (start == at || at - start >= line_limit) {
+            return; // what is that long goes on as a line of its own
+        }
+        from = at + 1;
+    }
+}
+
 // The next line without its newline, up to its first zero byte; valid until the next call. False
 // at the end of the file.
 bool read_line(LineReader* reader, std::string_view* line) {
@@ -69,6 +91,14 @@ bool read_line(LineReader* reader, std::string_view* line) {
     return true;
 }
 
+// The next line of a section, or the next one that may be the header of one.
+bool next_line(LineReader* reader, bool in_section, std::string_view* line) {
+    if (!in_section) {
+        skip_to_bracket(reader);
+    }
+    return read_line(reader, line);
+}
+
 // True for an entry that matches the key.
 bool entry_matches(std::string_view line, std::string_view key, std::string_view* name) {
     if (line.empty() || key.empty() || line.front() != key.front()) {
@@ -89,7 +119,7 @@ int search(LineReader* reader, CodecQuery* query) {
     bool in_section = false;
     int result = codec_not_listed;
     std::string_view line;
-    while (read_line(reader, &line)) {
+    while (next_line(reader, in_section, &line)) {
         if (line.starts_with('[')) {
             if (in_section) {
                 return codec_not_listed;
@@ -125,7 +155,7 @@ void match_keys(std::string_view line, std::span<CodecKey> keys) {
 void search_all(LineReader* reader, std::string_view section, std::span<CodecKey> keys) {
     bool in_section = false;
     std::string_view line;
-    while (read_line(reader, &line)) {
+    while (next_line(reader, in_section, &line)) {
         if (line.starts_with('[')) {
             if (in_section) { // as for a single key: what was found counts for nothing then
                 for (CodecKey& key : keys) {

@@ -3,7 +3,6 @@
 #include "common/numbers.h"
 #include "common/text.h"
 
-#include <cmath>
 #include <cstring>
 #include <limits>
 #include <numeric>
@@ -25,6 +24,10 @@ ZatStream new_stream(ZatStreamKind kind) {
     return stream;
 }
 
+double known_duration(double seconds) {
+    return seconds > 0 && seconds < duration_limit ? seconds : 0;
+}
+
 void add_stream(ZatDetails* details, const ZatStream& stream) {
     if (details == nullptr) {
         return;
@@ -33,6 +36,7 @@ void add_stream(ZatDetails* details, const ZatStream& stream) {
         ZatStream* kept = &details->streams[details->stream_count];
         *kept = stream;
         kept->bit_rate = stream.bit_rate < bit_rate_limit ? stream.bit_rate : 0;
+        kept->duration = known_duration(stream.duration);
     }
     ++details->stream_count;
 }
@@ -128,11 +132,9 @@ void finish_details(const InfoRecord& record, ZatDetails* details) {
     if (record.type_code < FILETYPE_MEDIA) {
         return;
     }
-    if (std::isnan(details->duration)) {
-        details->duration = 0; // the analyser knows better than the record
-    } else if (details->duration == 0 && std::isfinite(record.play_time) && record.play_time > 0) {
-        details->duration = record.play_time;
-    }
+    // NaN: the analyser knows better than the record.
+    details->duration =
+        known_duration(details->duration == 0 ? record.play_time : details->duration);
     // The duration is the declared one, also of a file that was cut.
     const double size =
         static_cast<double>(record.file_size) + static_cast<double>(details->missing_bytes);

@@ -14,11 +14,17 @@ namespace zat {
 // Bits a second that no stream has, whatever a damaged file claims.
 constexpr uint64_t bit_rate_limit = 10'000'000'000;
 
+// Seconds that no file has, whatever a damaged one claims: reports show none of these either.
+constexpr double duration_limit = 2'147'483'648.0;
+
+// The duration, or 0 for one that is negative, not finite or beyond the limit.
+double known_duration(double seconds);
+
 // A stream of which nothing is known yet.
 ZatStream new_stream(ZatStreamKind kind);
 
-// Appends a stream, without a bit rate beyond the limit; one beyond the slots is only counted. Does
-// nothing without details.
+// Appends a stream, without a bit rate or duration beyond the limits; one beyond the slots is only
+// counted. Does nothing without details.
 void add_stream(ZatDetails* details, const ZatStream& stream);
 
 // Copies UTF-8, cut to `size` bytes, terminator included, at a whole character.

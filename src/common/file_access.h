@@ -15,12 +15,24 @@ struct FileWork {
 
 constexpr FileWork unlimited_work = {INT64_MAX, INT64_MAX};
 
+// The first and the last bytes of an open file, which are looked at again and again.
+struct FileEnds {
+    static constexpr uint32_t front_size = 8192; // what detection reads
+    static constexpr uint32_t back_size = 4096;
+
+    uint32_t front_loaded = 0; // bytes from position 0 on
+    uint32_t back_loaded = 0;  // bytes up to the end
+    uint8_t front[front_size];
+    uint8_t back[back_size];
+};
+
 // An open file, closed with its record. `handle` belongs to the platform; -1 when no file is open.
 struct FileRecord {
     intptr_t handle = -1;
-    int64_t position = 0; // byte position after the last seek or read
-    int64_t size = 0;     // bytes, taken when the file was opened
-    int64_t origin = 0;   // bytes before the place that counts as position 0
+    int64_t position = 0;     // byte position after the last seek or read
+    int64_t size = 0;         // bytes, taken when the file was opened
+    int64_t origin = 0;       // bytes before the place that counts as position 0
+    FileEnds* ends = nullptr; // the owner's; read_at keeps the ends there, if it may
     FileWork done = {};
     FileWork limit = unlimited_work;
     bool exhausted = false; // a read was refused because of the limit
@@ -82,9 +94,9 @@ uint8_t* reserve_memory(size_t size);
 void release_memory(uint8_t* memory, size_t size);
 
 // Reads at an absolute position; same result as FileSeek and FileRead.
-inline uint32_t read_at(FileRecord* file, int64_t position, void* destination, uint32_t count) {
-    FileSeek(file, position, SeekOrigin::begin);
-    return FileRead(file, destination, count);
-}
+uint32_t read_at(FileRecord* file, int64_t position, void* destination, uint32_t count);
+
+// The bytes from a position on that read_at gives without a call of the system.
+uint32_t held_at(const FileRecord* file, int64_t position);
 
 } // namespace zat

@@ -4,8 +4,6 @@
 #include "common/record_lines.h"
 #include "common/text_codes.h"
 
-#include <cmath>
-
 namespace zat {
 
 namespace {
@@ -200,9 +198,7 @@ void drop_nonsense(ZatStream* stream, double highest_frame_rate) {
     if (stream->channels >= channel_limit) {
         stream->channels = 0;
     }
-    if (!std::isfinite(stream->duration) || stream->duration < 0) {
-        stream->duration = 0;
-    }
+    stream->duration = known_duration(stream->duration);
 }
 
 } // namespace zat

@@ -14,7 +14,6 @@
 #include "container/matroska/track_stream.h"
 
 #include <algorithm>
-#include <cmath>
 
 namespace zat {
 
@@ -38,7 +37,8 @@ void make_wishes(const Segment& segment, ClusterWalk* walk) {
 
 double play_time(Reader* reader, const Segment& segment) {
     const double told = seconds_of(segment, segment.duration);
-    return segment.duration_told && std::isfinite(told) ? told : measured_duration(reader, segment);
+    return segment.duration_told && known_duration(told) > 0 ? told
+                                                             : measured_duration(reader, segment);
 }
 
 void add_tracks(const Source& source) {

@@ -47,6 +47,8 @@ const Row rows[] = {
     {"a substitute character is no end", "[A]\n\x1A\n1\tx\n", "[A]", "1", 0, "x"},
     {"a name up to the limit", "[A]\n1\t" + std::string(253, 'x') + "\n", "[A]", "1", 0, std::string(253, 'x')},
     {"the rest of a long line is a line", "[A]\n" + std::string(255, 'x') + "1\ty\n", "[A]", "1", 0, "y"},
+    {"the rest of a long line is a header", "1\tx\n" + std::string(255, 'x') + "[A]\n1\ty\n", "[A]", "1", 0, "y"},
+    {"brackets that begin no line", "x[A]\n" + std::string(256, 'x') + "[A]\n1\ty\n", "[A]", "1", 1, ""},
     {"the last match of the identifiers", "[MPEG2-TS-PID]\n001\tr\n0010\tNIT\n", "[MPEG2-TS-PID]", "0010", 0, "NIT"},
     {"a header behind the identifiers", "[MPEG2-TS-PID]\n0010\tNIT\n[A]\n", "[MPEG2-TS-PID]", "0010", 1, "NIT"},
 };
@@ -74,6 +76,20 @@ TEST(CodecLookup, LosesNoLineBetweenBlocks) {
         CodecQuery query = query_of(file.path, "[A]", std::to_string(100000 + i));
         EXPECT_EQ(CodecLookup(&query), codec_found);
         EXPECT_EQ(query.result, "name " + std::to_string(i));
+    }
+}
+
+TEST(CodecLookup, FindsTheHeaderWhereverABlockEnds) {
+    for (size_t before = 16384 - 300; before < 16384 + 10; before += 7) {
+        std::string text = "[A]\n1\tx\n";
+        while (text.size() < before) {
+            text += text.size() % 3 == 0 ? "a [B]\n" : std::string(250, 'b') + "[B]\n";
+        }
+        text += "[B]\n1\ty\n";
+        const TempFile file(ByteBuilder().text(text).bytes);
+        CodecQuery query = query_of(file.path, "[B]", "1");
+        EXPECT_EQ(CodecLookup(&query), codec_found) << before;
+        EXPECT_STREQ(query.result, "y");
     }
 }
 

@@ -10,28 +10,23 @@
 
 namespace zat::test {
 
-// Against the bytes themselves, at places and of lengths that cross blocks.
-TEST(Reader, ReadsWhatStandsInTheFile) {
-    std::vector<uint8_t> bytes(200000);
-    uint32_t state = 1;
-    for (uint8_t& byte : bytes) {
-        state = state * 1664525 + 1013904223;
-        byte = state >> 30 == 0 ? static_cast<uint8_t>(state >> 22) : 0;
-    }
-    std::fill(bytes.begin() + 50000, bytes.begin() + 150000, uint8_t{0});
-    const TempFile temp(bytes);
-    FileRecord file;
-    ASSERT_EQ(FileOpen(&file, temp.path.c_str()), 0);
+namespace {
+
+// Reads of every kind against the bytes themselves: onward, ahead, to and fro, behind the end.
+void expect_bytes(FileRecord* file, const std::vector<uint8_t>& bytes, uint32_t state) {
     Reader reader;
-    reader_open(&reader, &file);
+    reader_open(&reader, file);
     const Span whole = whole_file(&reader);
+    const auto size = static_cast<uint32_t>(bytes.size());
     int64_t position = 0;
     for (int i = 0; i < 3000; ++i) {
         reader_allow(&reader, walk_allowance);
         state = state * 1664525 + 1013904223;
         const uint32_t count = state >> 16 & 0x3FF;
-        // Mostly onward, now and then a jump, the end of the file included.
-        position = i % 7 == 6 ? static_cast<int64_t>(state % 200100) : position + count / 2;
+        position = i % 7 == 6    ? int64_t{state % (size + 100)}
+                   : i % 31 == 0 ? int64_t{size - state % 5000}
+                   : i % 64 < 16 ? position + state % 20000
+                                 : position + count / 2;
         const Span wanted = sub_span(whole, position, count);
         const std::vector<uint8_t> expected(bytes.data() + wanted.start, bytes.data() + wanted.end);
         std::vector<uint8_t> got(count);
@@ -45,6 +40,30 @@ TEST(Reader, ReadsWhatStandsInTheFile) {
         EXPECT_EQ(count_zeros(&reader, whole, position), other == end ? -1 : other - rest);
     }
     EXPECT_EQ(count_zeros(&reader, whole, 1LL << 40), -1);
+}
+
+} // namespace
+
+TEST(Reader, ReadsWhatStandsInTheFile) {
+    for (const size_t size : {6000U, 10000U, 200000U}) {
+        std::vector<uint8_t> bytes(size);
+        uint32_t state = 1;
+        for (uint8_t& byte : bytes) {
+            state = state * 1664525 + 1013904223;
+            byte = state >> 30 == 0 ? static_cast<uint8_t>(state >> 22) : 0;
+        }
+        std::fill(bytes.begin() + 1500, bytes.end() - 3000, uint8_t{0});
+        const TempFile temp(bytes);
+        for (const bool keeps_ends : {false, true}) {
+            FileEnds ends;
+            FileRecord file;
+            file.ends = keeps_ends ? &ends : nullptr;
+            ASSERT_EQ(FileOpen(&file, temp.path.c_str()), 0);
+            expect_bytes(&file, bytes, state);
+            FileBeginAt(&file, 1000);
+            expect_bytes(&file, {bytes.begin() + 1000, bytes.end()}, state);
+        }
+    }
 }
 
 #ifndef _WIN32 // where a seek past the end leaves no hole

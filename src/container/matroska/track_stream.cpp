@@ -46,7 +46,7 @@ ZatStream track_stream(const Source& source, const Track& track, ZatStreamKind k
                                                         : "");
     copy_text_of(source, track.name, stream.title, sizeof stream.title);
     copy_text_of(source, track.encoder, stream.encoder, sizeof stream.encoder);
-    stream.duration = track.statistics.duration;
+    stream.duration = known_duration(track.statistics.duration);
     stream.bytes = track.statistics.bytes;
     if (source.segment->counted) {
         stream.bytes = track.counts.bytes;
