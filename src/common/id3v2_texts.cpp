@@ -118,8 +118,10 @@ uint32_t sync_safe(const uint8_t* bytes) {
     return value;
 }
 
+// Some writers put identifiers of version 2.2 into later tags, with a blank behind them.
 bool is_frame_id(Bytes id) {
-    return std::all_of(id.begin(), id.end(),
+    const bool blank = id.size() == 4 && id[3] == ' ';
+    return std::all_of(id.begin(), id.end() - (blank ? 1 : 0),
         [](uint8_t c) { return (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9'); });
 }
 

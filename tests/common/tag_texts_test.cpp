@@ -102,6 +102,7 @@ TEST(TagTexts, Id3v2) {
             "A, B|あ"},
         {"2.4 size without the 7-bit rule", id3v2(4, 0, join({frame("TPE1", "\3" + long_text), title})),
             std::string(511, 'x') + "|T"},
+        {"2.4 identifiers of 2.2", id3v2(4, 0, join({frame("TST ", "\0S"sv), title})), "|T"},
         {"two tags", join({id3v2(3, 0, frame("TPE1", "\0A"sv)), id3v2(3, 0, join({frame("TPE1", "\0B"sv), title}))}), "A|T"},
         {"frame beyond the tag",
             id3v2(3, 0, join({title, ByteBuilder().text("TPE1").be32(0x7FFFFFFF).be16(0).text("\0A"sv).bytes})), "|T"},
