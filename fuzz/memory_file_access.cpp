@@ -148,6 +148,9 @@ int FileOpen(FileRecord* file, const char* path) {
 }
 
 uint32_t FileRead(FileRecord* file, void* destination, uint32_t count) {
+    if (!take_work(file, count)) {
+        return 0;
+    }
     ++memory_files.reads;
     const bool due = fault_is_due();
     const Bytes bytes =

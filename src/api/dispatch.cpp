@@ -22,6 +22,7 @@
 #include "common/details.h"
 #include "common/messages.h"
 #include "common/numbers.h"
+#include "common/output.h"
 #include "common/record_lines.h"
 #include "container/asf.h"
 #include "container/avi.h"
@@ -39,6 +40,7 @@
 #include "picture/gif_file.h"
 #include "picture/jpeg_file.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <iterator>
 
@@ -51,62 +53,69 @@ using Analyser = int (*)(FileRecord* file, const Output& out);
 // What an analyser's result means to the host.
 enum class Result : uint8_t { unused, error_count };
 
+// What a call without options may read of a file, detection included; docs/host-guide.md promises
+// it. Structures that a decoder needs stand in few places; tables that are summed, and what stands
+// between the media, take more.
+constexpr FileWork headers = {4096, 24LL << 20};
+constexpr FileWork tables = {8192, 64LL << 20};
+
 struct Row {
     Analyser analyser;
     uint32_t type_code;
+    FileWork limit;
     Result result = Result::unused;
 };
 
 // A code without a row has no analyser: its record holds what detection wrote. Most results are not
 // looked at; what an analyser could not read is missing in the record, and that says it.
 constexpr Row rows[] = {
-    {AnalyzeAviFile, FILETYPE_AVI},
-    {AnalyzeAsfFile, FILETYPE_WMV},
-    {AnalyzeMp4File, FILETYPE_QUICKTIME},
-    {AnalyzeMpegTsFile, FILETYPE_MPEG2_TS},
-    {AnalyzeMpegTsFile, FILETYPE_MPEG2_M2TS},
-    {AnalyzeMp4File, FILETYPE_3GPP2},
-    {AnalyzeMp4File, FILETYPE_MPEG4},
-    {AnalyzeAacFile, FILETYPE_AAC},
-    {AnalyzeOggFile, FILETYPE_OGGMEDIA},
-    {AnalyzeOggFile, FILETYPE_OGGVORBIS},
-    {AnalyzeOggFile, FILETYPE_OGGSPEEX},
-    {AnalyzeOggFile, FILETYPE_OGGFLAC},
-    {AnalyzeOggFile, FILETYPE_OGGOPUS},
-    {AnalyzeWavFile, FILETYPE_WAV},
-    {AnalyzeMidiFile, FILETYPE_MID},
-    {AnalyzeMidiFile, FILETYPE_RMI},
-    {AnalyzeAuFile, FILETYPE_AU},
-    {AnalyzeAiffFile, FILETYPE_AIFF},
-    {AnalyzeMp3File, FILETYPE_MP3},
-    {AnalyzeMp3File, FILETYPE_SHOCKWAVEMP3},
-    {AnalyzeCdTrackFile, FILETYPE_CDA},
-    {AnalyzeRmp3File, FILETYPE_RMP3},
-    {AnalyzeRealAudioFile, FILETYPE_REALAUDIO},
-    {ac3_file, FILETYPE_AC3},
-    {dts_file, FILETYPE_DTS14LE},
-    {dts_file, FILETYPE_DTS14BE},
-    {dts_file, FILETYPE_DTS16BE},
-    {AnalyzeMatroskaFile, FILETYPE_MATROSKA},
-    {AnalyzeFlacFile, FILETYPE_FLAC},
-    {AnalyzeMonkeyFile, FILETYPE_MONKEY},
-    {AnalyzeMusePackFile, FILETYPE_MUSEPACK},
-    {AnalyzeTtaFile, FILETYPE_TTA},
-    {AnalyzeOptimFrogFile, FILETYPE_OPTIMFROG},
-    {AnalyzeTakFile, FILETYPE_TAK},
-    {AnalyzeDsdiffFile, FILETYPE_DSDIFF},
-    {AnalyzeDsfFile, FILETYPE_DSF},
-    {AnalyzeWsdFile, FILETYPE_WSD},
-    {AnalyzeWavPackFile, FILETYPE_WAVPACK},
-    {AnalyzeFlvFile, FILETYPE_FLV},
-    {AnalyzeBmpFile, FILETYPE_BMP},
-    {AnalyzeJpegFile, FILETYPE_JPEG},
-    {AnalyzeGifFile, FILETYPE_GIF},
-    {AnalyzeProgramStreamFile, FILETYPE_MPEG1, Result::error_count},
-    {AnalyzeProgramStreamFile, FILETYPE_MPEG2, Result::error_count},
-    {AnalyzeVideoCdFile, FILETYPE_MPEG1VCD, Result::error_count},
-    {AnalyzeProgramStreamFile, FILETYPE_MPEG, Result::error_count},
-    {AnalyzeRealMediaFile, FILETYPE_REALMEDIA},
+    {AnalyzeAviFile, FILETYPE_AVI, tables},
+    {AnalyzeAsfFile, FILETYPE_WMV, tables},
+    {AnalyzeMp4File, FILETYPE_QUICKTIME, tables},
+    {AnalyzeMpegTsFile, FILETYPE_MPEG2_TS, headers},
+    {AnalyzeMpegTsFile, FILETYPE_MPEG2_M2TS, headers},
+    {AnalyzeMp4File, FILETYPE_3GPP2, tables},
+    {AnalyzeMp4File, FILETYPE_MPEG4, tables},
+    {AnalyzeAacFile, FILETYPE_AAC, headers},
+    {AnalyzeOggFile, FILETYPE_OGGMEDIA, headers},
+    {AnalyzeOggFile, FILETYPE_OGGVORBIS, headers},
+    {AnalyzeOggFile, FILETYPE_OGGSPEEX, headers},
+    {AnalyzeOggFile, FILETYPE_OGGFLAC, headers},
+    {AnalyzeOggFile, FILETYPE_OGGOPUS, headers},
+    {AnalyzeWavFile, FILETYPE_WAV, headers},
+    {AnalyzeMidiFile, FILETYPE_MID, headers},
+    {AnalyzeMidiFile, FILETYPE_RMI, headers},
+    {AnalyzeAuFile, FILETYPE_AU, headers},
+    {AnalyzeAiffFile, FILETYPE_AIFF, headers},
+    {AnalyzeMp3File, FILETYPE_MP3, headers},
+    {AnalyzeMp3File, FILETYPE_SHOCKWAVEMP3, headers},
+    {AnalyzeCdTrackFile, FILETYPE_CDA, headers},
+    {AnalyzeRmp3File, FILETYPE_RMP3, headers},
+    {AnalyzeRealAudioFile, FILETYPE_REALAUDIO, headers},
+    {ac3_file, FILETYPE_AC3, headers},
+    {dts_file, FILETYPE_DTS14LE, headers},
+    {dts_file, FILETYPE_DTS14BE, headers},
+    {dts_file, FILETYPE_DTS16BE, headers},
+    {AnalyzeMatroskaFile, FILETYPE_MATROSKA, tables},
+    {AnalyzeFlacFile, FILETYPE_FLAC, headers},
+    {AnalyzeMonkeyFile, FILETYPE_MONKEY, headers},
+    {AnalyzeMusePackFile, FILETYPE_MUSEPACK, headers},
+    {AnalyzeTtaFile, FILETYPE_TTA, headers},
+    {AnalyzeOptimFrogFile, FILETYPE_OPTIMFROG, headers},
+    {AnalyzeTakFile, FILETYPE_TAK, headers},
+    {AnalyzeDsdiffFile, FILETYPE_DSDIFF, headers},
+    {AnalyzeDsfFile, FILETYPE_DSF, headers},
+    {AnalyzeWsdFile, FILETYPE_WSD, headers},
+    {AnalyzeWavPackFile, FILETYPE_WAVPACK, headers},
+    {AnalyzeFlvFile, FILETYPE_FLV, tables},
+    {AnalyzeBmpFile, FILETYPE_BMP, headers},
+    {AnalyzeJpegFile, FILETYPE_JPEG, headers},
+    {AnalyzeGifFile, FILETYPE_GIF, headers},
+    {AnalyzeProgramStreamFile, FILETYPE_MPEG1, headers, Result::error_count},
+    {AnalyzeProgramStreamFile, FILETYPE_MPEG2, headers, Result::error_count},
+    {AnalyzeVideoCdFile, FILETYPE_MPEG1VCD, headers, Result::error_count},
+    {AnalyzeProgramStreamFile, FILETYPE_MPEG, headers, Result::error_count},
+    {AnalyzeRealMediaFile, FILETYPE_REALMEDIA, headers},
 };
 
 constexpr bool has_duplicate_codes() {
@@ -121,12 +130,30 @@ constexpr bool has_duplicate_codes() {
 }
 static_assert(!has_duplicate_codes());
 
+// A host that wants all of a file counted says with the scan budget where that ends; without
+// options the budget comes on top.
+FileWork limit_of(const InfoRecord& record, const FileWork& usual) {
+    constexpr int64_t bytes_per_read = 512; // the least that an analyser reads in vain
+    const int64_t budget = record.scan_budget;
+    if ((record.options & (option_thorough | option_check)) == 0) {
+        return {usual.reads + budget / bytes_per_read, usual.bytes + budget};
+    }
+    return budget == 0 ? unlimited_work
+                       : FileWork{std::max(usual.reads, budget / bytes_per_read),
+                             std::max(usual.bytes, budget)};
+}
+
 } // namespace
 
 void DispatchAnalyser(FileRecord* file, const Output& out) {
     for (const Row& row : rows) {
         if (row.type_code == out.record->type_code) {
+            file->limit = limit_of(*out.record, row.limit);
+            file->exhausted = false;
             const int result = row.analyser(file, out);
+            if (file->exhausted) {
+                note_details(out.details, "work limit");
+            }
             out.record->play_time = without_negative_zero(out.record->play_time);
             if (out.details != nullptr && out.details->format[0] == '\0') {
                 copy_utf8(out.details->format, type_format(row.type_code));

@@ -12,18 +12,54 @@ namespace {
 
 constexpr int32_t first_streams = 6; // shown before facts and notes when not all lines fit
 
-void add_line(ExtraLines::Group* group, const char* format, va_list arguments) ZAT_PRINTF(2, 0);
+// How many of each group are written in the end. More lines never make it more for another group.
+struct Share {
+    int32_t of[ExtraLines::groups];
+    int32_t before_facts; // streams
+};
 
-void add_line(ExtraLines::Group* group, const char* format, va_list arguments) {
-    if (group->count < ZAT_LINE_COUNT) {
-        format_text_v(group->lines[group->count], line_size, format, arguments);
-    }
-    ++group->count;
+Share share_lines(const ExtraLines& extra) {
+    const int32_t streams = extra.counts[ExtraLines::streams];
+    const int32_t notes = std::min(extra.counts[ExtraLines::notes], int32_t{ZAT_LINE_COUNT});
+    const bool all_fit = streams + extra.counts[ExtraLines::facts] + notes <= ZAT_LINE_COUNT;
+    const int32_t first = all_fit ? streams : std::min(streams, first_streams);
+    const int32_t facts =
+        std::min(extra.counts[ExtraLines::facts], std::max(ZAT_LINE_COUNT - first - notes, 0));
+    return {{std::min(streams, ZAT_LINE_COUNT - facts - notes), facts, notes},
+        std::min(first, ZAT_LINE_COUNT - notes)};
 }
 
-void write_lines(const ExtraLines::Group& group, int32_t from, int32_t to, InfoRecord* record) {
-    for (int32_t i = from; i < std::min(to, int32_t{ZAT_LINE_COUNT}); ++i) {
-        add_extra_line(record, "%s", group.lines[i]);
+// A place for one more line of the group, perhaps that of another group's last; null when it would
+// not be written.
+char* new_line(ExtraLines* extra, ExtraLines::Group group) {
+    ++extra->counts[group];
+    const Share share = share_lines(*extra);
+    if (share.of[group] < extra->counts[group]) {
+        return nullptr;
+    }
+    int32_t slot = extra->kept[0] + extra->kept[1] + extra->kept[2];
+    for (int32_t i = 0; i < ExtraLines::groups && slot == ZAT_LINE_COUNT; ++i) {
+        if (extra->kept[i] > share.of[i]) {
+            slot = extra->slots[i][--extra->kept[i]];
+        }
+    }
+    extra->slots[group][extra->kept[group]++] = static_cast<uint8_t>(slot);
+    return extra->lines[slot];
+}
+
+void add_line(ExtraLines* extra, ExtraLines::Group group, const char* format, va_list arguments)
+    ZAT_PRINTF(3, 0);
+
+void add_line(ExtraLines* extra, ExtraLines::Group group, const char* format, va_list arguments) {
+    if (char* line = new_line(extra, group); line != nullptr) {
+        format_text_v(line, line_size, format, arguments);
+    }
+}
+
+void write_lines(const ExtraLines& extra, ExtraLines::Group group, int32_t from, int32_t to,
+    InfoRecord* record) {
+    for (int32_t i = from; i < std::min(to, extra.kept[group]); ++i) {
+        add_extra_line(record, "%s", extra.lines[extra.slots[group][i]]);
     }
 }
 
@@ -32,14 +68,14 @@ void write_lines(const ExtraLines::Group& group, int32_t from, int32_t to, InfoR
 void add_stream_fact(ExtraLines* extra, const char* format, ...) {
     va_list arguments;
     va_start(arguments, format);
-    add_line(&extra->streams, format, arguments);
+    add_line(extra, ExtraLines::streams, format, arguments);
     va_end(arguments);
 }
 
 void add_fact(ExtraLines* extra, const char* format, ...) {
     va_list arguments;
     va_start(arguments, format);
-    add_line(&extra->facts, format, arguments);
+    add_line(extra, ExtraLines::facts, format, arguments);
     va_end(arguments);
 }
 
@@ -61,11 +97,9 @@ void add_note(const Output& out, ExtraLines* extra, const char* format, ...) {
     va_start(arguments, format);
     format_text_v(note, sizeof note, format, arguments);
     va_end(arguments);
-    ExtraLines::Group* group = &extra->notes;
-    if (group->count < ZAT_LINE_COUNT) {
-        copy_text(group->lines[group->count], bounded_text(note));
+    if (char* line = new_line(extra, ExtraLines::notes); line != nullptr) {
+        copy_text(line, line_size, bounded_text(note));
     }
-    ++group->count;
     const std::string_view words = bounded_text(note);
     note_details(out.details, words.substr(0, words.find('(')));
 }
@@ -80,16 +114,11 @@ void add_truncated_note(const Output& out, ExtraLines* extra, uint64_t missing_b
 }
 
 void write_extra_lines(const ExtraLines& extra, InfoRecord* record) {
-    const int32_t streams = extra.streams.count;
-    const int32_t notes = std::min(extra.notes.count, int32_t{ZAT_LINE_COUNT});
-    const bool all_fit = streams + extra.facts.count + notes <= ZAT_LINE_COUNT;
-    const int32_t shown_streams = all_fit ? streams : std::min(streams, first_streams);
-    const int32_t room = std::max(ZAT_LINE_COUNT - shown_streams - notes, 0);
-    const int32_t shown_facts = std::min(extra.facts.count, room);
-    write_lines(extra.streams, 0, std::min(shown_streams, ZAT_LINE_COUNT - notes), record);
-    write_lines(extra.facts, 0, shown_facts, record);
-    write_lines(extra.notes, 0, notes, record);
-    write_lines(extra.streams, shown_streams, streams, record);
+    const int32_t before_facts = share_lines(extra).before_facts;
+    write_lines(extra, ExtraLines::streams, 0, before_facts, record);
+    write_lines(extra, ExtraLines::facts, 0, ZAT_LINE_COUNT, record);
+    write_lines(extra, ExtraLines::notes, 0, ZAT_LINE_COUNT, record);
+    write_lines(extra, ExtraLines::streams, before_facts, ZAT_LINE_COUNT, record);
 }
 
 } // namespace zat

@@ -12,13 +12,13 @@
 namespace zat {
 
 struct ExtraLines {
-    struct Group {
-        int32_t count = 0; // may be more than the lines that are kept
-        char lines[ZAT_LINE_COUNT][line_size];
-    };
-    Group streams;
-    Group facts;
-    Group notes;
+    enum Group : uint8_t { streams, facts, notes };
+    static constexpr int32_t groups = 3;
+
+    int32_t counts[groups] = {}; // may be more than the lines that are kept
+    int32_t kept[groups] = {};   // the first ones of each
+    uint8_t slots[groups][ZAT_LINE_COUNT];
+    char lines[ZAT_LINE_COUNT][line_size]; // no more than can be written: it stands on the stack
 };
 
 void add_stream_fact(ExtraLines* extra, const char* format, ...) ZAT_PRINTF(2, 3);

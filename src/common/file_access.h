@@ -7,6 +7,14 @@
 
 namespace zat {
 
+// Reading: how much was done, or may be done.
+struct FileWork {
+    int64_t reads;
+    int64_t bytes; // asked for
+};
+
+constexpr FileWork unlimited_work = {INT64_MAX, INT64_MAX};
+
 // The first and the last bytes of an open file, which are looked at again and again.
 struct FileEnds {
     static constexpr uint32_t front_size = 8192; // what detection reads
@@ -25,6 +33,9 @@ struct FileRecord {
     int64_t size = 0;         // bytes, taken when the file was opened
     int64_t origin = 0;       // bytes before the place that counts as position 0
     FileEnds* ends = nullptr; // the owner's; read_at keeps the ends there, if it may
+    FileWork done = {};
+    FileWork limit = unlimited_work;
+    bool exhausted = false; // a read was refused because of the limit
 
     FileRecord() = default;
     FileRecord(const FileRecord&) = delete;
@@ -49,8 +60,19 @@ inline int64_t platform_position(const FileRecord* file, int64_t position) {
     return position > INT64_MAX - file->origin ? INT64_MAX : position + file->origin;
 }
 
+// Takes a read off what the file's limit leaves. False when it does not fit.
+inline bool take_work(FileRecord* file, uint32_t count) {
+    if (file->done.reads >= file->limit.reads || count > file->limit.bytes - file->done.bytes) {
+        file->exhausted = true;
+        return false;
+    }
+    ++file->done.reads;
+    file->done.bytes += count;
+    return true;
+}
+
 // Reads up to `count` bytes at the position and moves it. Returns the bytes read: fewer at the end
-// of the file, 0 on failure.
+// of the file, 0 on failure and when the file's limit does not allow so much.
 uint32_t FileRead(FileRecord* file, void* destination, uint32_t count);
 
 // The first position from `position` on where anything but zeros may stand: past the holes of a

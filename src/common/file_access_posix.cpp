@@ -31,6 +31,9 @@ int FileOpen(FileRecord* file, const char* path) {
 uint32_t FileRead(FileRecord* file, void* destination, uint32_t count) {
     auto* bytes = static_cast<uint8_t*>(destination);
     uint32_t done = 0;
+    if (!take_work(file, count)) {
+        return 0;
+    }
     while (done < count && file->position >= 0) {
         const ssize_t got = pread(static_cast<int>(file->handle), bytes + done, count - done,
             platform_position(file, file->position));

@@ -45,6 +45,9 @@ int FileOpen(FileRecord* file, const char* path) {
 uint32_t FileRead(FileRecord* file, void* destination, uint32_t count) {
     auto* bytes = static_cast<uint8_t*>(destination);
     uint32_t done = 0;
+    if (!take_work(file, count)) {
+        return 0;
+    }
     while (done < count && file->position >= 0) {
         // The position travels with the read, so that a seek costs no system call.
         OVERLAPPED at{};

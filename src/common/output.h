@@ -9,6 +9,7 @@ namespace zat {
 
 // Bits of InfoRecord.options.
 constexpr uint32_t option_thorough = 1; // walk the whole file where that makes the answer exact
+constexpr uint32_t option_check = 2;    // walk a program stream for damage
 
 struct Output {
     InfoRecord* record = nullptr;

@@ -23,6 +23,11 @@ bool spend(Reader* reader, int64_t position, uint32_t count) {
     return true;
 }
 
+// A read that the limit of the file itself refused ends the walk as well.
+void note_limit(Reader* reader) {
+    reader->limited |= reader->block.file->exhausted;
+}
+
 } // namespace
 
 void reader_open(Reader* reader, FileRecord* file) {
@@ -43,9 +48,12 @@ uint32_t read_some(
     }
     const int64_t position = span.start + offset;
     const auto wanted = static_cast<uint32_t>(std::min<int64_t>(count, span.end - position));
-    return spend(reader, position, wanted)
-               ? block_read(&reader->block, position, destination, wanted)
-               : 0;
+    if (!spend(reader, position, wanted)) {
+        return 0;
+    }
+    const uint32_t got = block_read(&reader->block, position, destination, wanted);
+    note_limit(reader);
+    return got;
 }
 
 bool read_all(Reader* reader, Span span, int64_t offset, uint8_t* destination, uint32_t count) {
@@ -58,7 +66,12 @@ Bytes read_view(Reader* reader, Span span, int64_t offset, uint32_t count) {
     }
     const int64_t position = span.start + offset;
     const auto wanted = static_cast<uint32_t>(std::min<int64_t>(count, span.end - position));
-    return spend(reader, position, wanted) ? block_view(&reader->block, position, wanted) : Bytes{};
+    if (!spend(reader, position, wanted)) {
+        return {};
+    }
+    const Bytes bytes = block_view(&reader->block, position, wanted);
+    note_limit(reader);
+    return bytes;
 }
 
 int64_t count_zeros(Reader* reader, Span span, int64_t offset) {

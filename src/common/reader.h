@@ -35,10 +35,10 @@ struct Allowance {
 };
 
 // For walks over the headers of chunks, elements, atoms, pages or tags.
-constexpr Allowance walk_allowance = {2'000'000, 32LL << 20};
+constexpr Allowance walk_allowance = {1'000'000, 32LL << 20};
 
 // For tables that are summed.
-constexpr Allowance table_allowance = {2'000'000, 64LL << 20};
+constexpr Allowance table_allowance = {1'000'000, 64LL << 20};
 
 struct Reader {
     BlockReader block;

@@ -2,6 +2,7 @@
 
 #include "common/extra_info.h"
 #include "common/numbers.h"
+#include "common/output.h"
 #include "common/record_lines.h"
 #include "container/avi/index.h"
 #include "container/avi/info_list.h"
@@ -15,8 +16,6 @@ namespace zat {
 namespace {
 
 using namespace avi;
-
-constexpr uint32_t option_thorough = 1; // of the record's options: count the whole file
 
 // Chunks that are counted in a file that neither tells lengths nor has an index.
 constexpr uint32_t counted_chunks = 1024;

@@ -1,5 +1,6 @@
 #include "container/mpeg_ts.h"
 
+#include "common/output.h"
 #include "container/mpeg_ts/analysis.h"
 #include "container/mpeg_ts/describe.h"
 #include "container/mpeg_ts/output.h"
@@ -13,7 +14,6 @@ namespace {
 
 constexpr uint32_t least_budget = 4 << 20; // bytes of the head
 constexpr int64_t layout_limit = 2 << 20;  // searched for packets
-constexpr uint32_t option_thorough = 1;
 
 // Looks for packets piece by piece, each overlapping the one before it by a few packets.
 ts::Layout find_packets(ts::Analysis* analysis) {

@@ -21,6 +21,9 @@ namespace {
 // No probe sees more than this of a file.
 constexpr uint32_t view_size = 5242880;
 
+// The view in a dozen steps, once more behind a tag, and the tags themselves.
+constexpr FileWork detection_limit = {64, 3 * int64_t{view_size}};
+
 // An ID3v2 tag of this size or more is stepped over with a read of its own, a smaller one within
 // what the view loads anyway.
 constexpr uint32_t large_tag = 4096;
@@ -205,6 +208,7 @@ int detect(DetectContext* context, FileRecord* file) {
         return refuse(context, FILETYPE_OPENFAILED, -1, message::open_failed);
     }
     context->file_size = file->size;
+    file->limit = detection_limit;
     FileWindow window;
     window_open(&window, file, 0, view_size);
     int result = classify(&window, context);

@@ -1,6 +1,7 @@
 #include "container/mpeg_ps/program.h"
 
 #include "common/file_access.h"
+#include "common/output.h"
 #include "container/mpeg_ps/describe.h"
 #include "container/mpeg_ps/walk.h"
 
@@ -10,9 +11,6 @@
 namespace zat::ps {
 
 namespace {
-
-constexpr uint32_t option_thorough = 1; // walk all for exact answers
-constexpr uint32_t option_check = 2;    // walk all for damage
 
 // Steps of the search for the clocks at the end, and the longest look for some between.
 constexpr int64_t tail_sizes[] = {262'144, 1'048'576, 2'097'152};
