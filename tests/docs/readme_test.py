@@ -130,7 +130,7 @@ class Documents(unittest.TestCase):
         known = {}
         for name, code, mark in re.findall(r"FILETYPE_(\w+) = (\d+),?\s*(/\* \+)?", text_of("include/zat/zat.h")):
             known[name] = (int(code), "detected" if mark else "")
-        for name in re.findall(r"\{\w+, FILETYPE_(\w+)", text_of("src/api/dispatch.cpp")):
+        for name in re.findall(r"\{\w+, \w+, FILETYPE_(\w+)", text_of("src/api/dispatch.cpp")):
             known[name] = (known[name][0], "**described**")
         told = {}
         for row in re.findall(r"^\| (\d+(?:, | to )?\d*) \| (.*?) \|.*\| ?(.*?) ?\|$", text_of("docs/host-guide.md"), re.M):

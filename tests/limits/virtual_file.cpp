@@ -127,6 +127,8 @@ void* malloc(size_t size) {
     return __libc_malloc(size);
 }
 
+// The C library's own names are reserved ones, and the system's addresses are numbers.
+// NOLINTBEGIN(readability-inconsistent-declaration-parameter-name,performance-no-int-to-ptr)
 int stat64(const char* path, struct stat64* status) {
     if (path == virtual_path) {
         pay_for_a_call();
@@ -189,4 +191,5 @@ int munmap(void* at, size_t size) noexcept {
     system_costs.memory -= size;
     return static_cast<int>(syscall(SYS_munmap, at, size));
 }
+// NOLINTEND(readability-inconsistent-declaration-parameter-name,performance-no-int-to-ptr)
 }
