@@ -4,6 +4,7 @@
 #include "support/analysed.h"
 #include "support/byte_builder.h"
 #include "support/details_text.h"
+#include "support/dispatched.h"
 #include "support/record_text.h"
 
 namespace zat::test {
