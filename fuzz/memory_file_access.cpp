@@ -211,7 +211,7 @@ int FileExists(const char* /*path*/) {
     return 0;
 }
 
-uint8_t* reserve_memory(size_t size) {
+uint8_t* reserve_memory(size_t size, size_t /*filled*/) {
     if (memory_files.no_memory) {
         return nullptr;
     }

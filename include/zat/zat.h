@@ -9,8 +9,8 @@
  * the bytes of the file name). Texts that the library writes are ASCII, except its own messages,
  * which are Shift-JIS (code page 932); texts taken from a file keep the file's bytes.
  *
- * Threads. Calls on different records may run on different threads. SetPath changes the library's
- * only global state without a lock: no other thread may be inside the library meanwhile.
+ * Threads. Calls on different records may run on different threads. SetPath changes what they all
+ * depend on, without a lock: no other thread may be inside the library meanwhile.
  *
  * The library only reads files, and keeps none open between calls. No call raises; a failure shows
  * as a type code and a general line in the record.

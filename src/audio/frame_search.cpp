@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstring>
 
 namespace zat {
 
@@ -87,9 +88,12 @@ int64_t find_audio_frame(FrameKind kind, Bytes bytes) {
     const Kind& row = kind_of(kind);
     int64_t unconfirmed = -1;
     for (size_t at = 0; at + header_size <= bytes.size(); ++at) {
-        if (bytes[at] != row.first_byte) {
-            continue;
+        const void* hit =
+            std::memchr(&bytes[at], row.first_byte, bytes.size() - at - (header_size - 1));
+        if (hit == nullptr) {
+            break;
         }
+        at = static_cast<size_t>(static_cast<const uint8_t*>(hit) - bytes.data());
         const Bytes frame = bytes.subspan(at);
         const uint32_t size = row.size(frame);
         if (size < header_size) {

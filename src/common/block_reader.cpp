@@ -16,17 +16,24 @@ constexpr int64_t short_step = 16384;
 // So many short steps in a row are a walk, which will make more of them.
 constexpr uint32_t steps_of_walk = 2;
 
+// A reader with a larger block reads so many times as much with each step that goes on.
+constexpr uint32_t growth = 2;
+
 // How much to read at a position behind which `least` bytes are wanted.
 uint32_t length_to_read(BlockReader* reader, int64_t position, uint32_t least) {
     const int64_t step = position - (reader->start + reader->loaded);
-    const bool goes_on = reader->loaded != 0 && position >= reader->start && step <= 0;
+    const bool was_long = reader->loaded > BlockReader::block_size;
+    const bool goes_on = reader->loaded != 0 && position >= reader->start &&
+                         (step <= 0 || (was_long && step < short_step));
     if (!goes_on) {
         const bool is_short = reader->loaded != 0 && step > 0 && step < short_step;
         reader->short_steps = is_short ? reader->short_steps + 1 : 0;
     }
-    const uint32_t wanted = goes_on || reader->short_steps >= steps_of_walk
-                                ? BlockReader::block_size
-                                : std::max(reader->jump, least);
+    const bool is_walk = goes_on || reader->short_steps >= steps_of_walk;
+    const uint32_t longer = std::max(BlockReader::block_size, reader->loaded * growth);
+    const uint32_t usual = is_walk ? std::min(longer, reader->capacity) : reader->jump;
+    const auto wanted = static_cast<uint32_t>(
+        std::min<int64_t>(std::max(usual, least), reader->file->size - position));
     const uint32_t held = held_at(reader->file, position);
     return held != 0 && held >= least ? std::min(held, wanted) : wanted;
 }
@@ -42,10 +49,10 @@ uint32_t load(BlockReader* reader, int64_t position, uint32_t least, const uint8
         }
         const uint32_t length = length_to_read(reader, position, least);
         reader->start = position;
-        reader->loaded = read_at(reader->file, position, reader->block, length);
+        reader->loaded = read_at(reader->file, position, reader->bytes, length);
     }
     const auto offset = static_cast<uint32_t>(position - reader->start);
-    *bytes = reader->block + offset;
+    *bytes = reader->bytes + offset;
     return reader->loaded - offset;
 }
 
@@ -57,6 +64,21 @@ void block_open(BlockReader* reader, FileRecord* file) {
     reader->loaded = 0;
     reader->short_steps = 0;
     reader->jump = BlockReader::jump_size;
+    reader->bytes = reader->block;
+    reader->capacity = BlockReader::block_size;
+}
+
+void block_enlarge(BlockReader* reader, uint8_t* memory, uint32_t capacity) {
+    reader->loaded = 0;
+    reader->bytes = memory;
+    reader->capacity = capacity;
+}
+
+void block_read_ahead(BlockReader* reader, int64_t position, uint32_t count) {
+    const int64_t rest = std::max<int64_t>(reader->file->size - position, 0);
+    const uint8_t* bytes = nullptr;
+    load(reader, position,
+        static_cast<uint32_t>(std::min<int64_t>(std::min(count, reader->capacity), rest)), &bytes);
 }
 
 uint32_t block_read(BlockReader* reader, int64_t position, void* destination, uint32_t count) {

@@ -20,18 +20,28 @@ struct BlockReader {
     // Bytes read behind a jump. A walk that only looks at headers far apart may want fewer.
     uint32_t jump = jump_size;
     uint32_t short_steps = 0; // in a row: steps ahead that left out little
+    uint8_t* bytes = nullptr; // the block: the one below, or a larger one
+    uint32_t capacity = 0;    // bytes it may have
     uint8_t block[block_size];
 };
 
 // Starts on an open file; reads nothing yet.
 void block_open(BlockReader* reader, FileRecord* file);
 
+// Gives a reader that was opened a larger block, of at least block_size. It is filled the more of
+// it the longer the reading goes on from where it was.
+void block_enlarge(BlockReader* reader, uint8_t* memory, uint32_t capacity);
+
+// Loads what is going to be looked at piece by piece: `count` bytes from a file position, as far as
+// block and file have them.
+void block_read_ahead(BlockReader* reader, int64_t position, uint32_t count);
+
 // Copies up to `count` bytes from a file position. Returns the bytes copied: fewer at the end of
 // the file.
 uint32_t block_read(BlockReader* reader, int64_t position, void* destination, uint32_t count);
 
-// Up to `count` (at most jump_size) bytes from a file position without a copy, fewer at the end of
-// the file. Valid until the reader's next use.
+// Up to `count` (at most the block's capacity) bytes from a file position without a copy, fewer at
+// the end of the file. Valid until the reader's next use.
 Bytes block_view(BlockReader* reader, int64_t position, uint32_t count);
 
 } // namespace zat

@@ -4,19 +4,21 @@ namespace zat {
 
 namespace {
 
-constexpr size_t block_size = 64;
+constexpr size_t block_size = 128;
 constexpr size_t word_size = 8;
+constexpr size_t near = 64; // bytes in which words find a pair sooner than blocks
 
-// Free of branches, so that the compiler makes vector instructions of it: as fast as memchr, and
-// not slower on data that is full of the first byte.
+// Free of branches, so that the compiler makes vector instructions of it, the fewest of a sum: as
+// fast as memchr, and not slower on data that is full of the first byte.
 bool block_has_pair(const uint8_t* block, uint8_t a, uint8_t b) {
-    uint8_t found = 0;
+    uint8_t pairs = 0;
+    static_assert(block_size <= UINT8_MAX);
     for (size_t i = 0; i < block_size; ++i) {
         const auto first = static_cast<uint8_t>(block[i] == a ? 1 : 0);
         const auto second = static_cast<uint8_t>(block[i + 1] == b ? 1 : 0);
-        found = static_cast<uint8_t>(found | (first & second));
+        pairs = static_cast<uint8_t>(pairs + (first & second));
     }
-    return found != 0;
+    return pairs != 0;
 }
 
 // The first of eight places where the pair stands, 8 when it stands at none: a byte of `difference`
@@ -38,7 +40,7 @@ int64_t find_byte_pair(Bytes bytes, size_t from, uint8_t a, uint8_t b) {
     size_t at = from;
     // A pair is often close by: blocks only once it is not.
     for (size_t checked = 0; at + word_size <= end; at += word_size, checked += word_size) {
-        if (checked >= block_size) {
+        if (checked >= near) {
             while (end - at >= block_size && !block_has_pair(p + at, a, b)) {
                 at += block_size;
             }

@@ -88,9 +88,9 @@ int64_t FileSizeByPath(const char* path);
 // 0 when something stands at `path`, a directory included; 1 when nothing does.
 int FileExists(const char* path);
 
-// Reserves `size` bytes that read as zero and cost memory only where they are written; null on
-// failure.
-uint8_t* reserve_memory(size_t size);
+// Reserves `size` bytes that read as zero and cost memory only where they are written, as the first
+// `filled` of them are going to be at once; null on failure.
+uint8_t* reserve_memory(size_t size, size_t filled = 0);
 void release_memory(uint8_t* memory, size_t size);
 
 // Reads at an absolute position; same result as FileSeek and FileRead.

@@ -8,6 +8,20 @@
 
 namespace zat {
 
+namespace {
+
+// Taking small pages one by one costs more than the reading into them; clearing a large one costs
+// as much as taking a hundred.
+constexpr size_t large_page = 2 << 20;
+constexpr size_t worth_large_page = large_page / 4;
+
+// A multiple of large pages is placed so that the system can grant them.
+size_t whole_pages(size_t size) {
+    return size < worth_large_page ? size : (size + large_page - 1) / large_page * large_page;
+}
+
+} // namespace
+
 int FileOpen(FileRecord* file, const char* path) {
     file->handle = -1;
     struct stat status {};
@@ -78,7 +92,8 @@ int FileExists(const char* path) {
     return stat(path, &status) == 0 ? 0 : 1;
 }
 
-uint8_t* reserve_memory(size_t size) {
+uint8_t* reserve_memory(size_t size, size_t filled) {
+    size = whole_pages(size);
     void* memory = mmap(
         nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
     if (memory == MAP_FAILED) {
@@ -86,11 +101,10 @@ uint8_t* reserve_memory(size_t size) {
     }
     auto* bytes = static_cast<uint8_t*>(memory);
 #if defined(MADV_HUGEPAGE)
-    // Taking small pages one by one costs more than the reading. Who gets beyond the first mebibyte
-    // fills most of the rest, so large pages, where the system grants them, are not wasted.
-    constexpr size_t small_pages = 1048576;
-    if (size > 4 * small_pages) {
-        madvise(bytes + small_pages, size - small_pages, MADV_HUGEPAGE);
+    // Who gets beyond the first of several fills most of the rest.
+    const size_t start = filled >= worth_large_page ? 0 : large_page;
+    if (size > start) {
+        madvise(bytes + start, size - start, MADV_HUGEPAGE);
     }
 #endif
     return bytes;
@@ -98,7 +112,7 @@ uint8_t* reserve_memory(size_t size) {
 
 void release_memory(uint8_t* memory, size_t size) {
     if (memory != nullptr) {
-        munmap(memory, size);
+        munmap(memory, whole_pages(size));
     }
 }
 

@@ -106,7 +106,7 @@ int FileExists(const char* path) {
     return 0;
 }
 
-uint8_t* reserve_memory(size_t size) {
+uint8_t* reserve_memory(size_t size, size_t /*filled*/) {
     return static_cast<uint8_t*>(
         VirtualAlloc(nullptr, size, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE));
 }

@@ -13,9 +13,12 @@ constexpr uint32_t growth = 2;
 // Behind the capacity, so that a field may be looked at across the end.
 constexpr uint32_t padding = 8;
 
-// Moves the view to memory for the whole capacity. False when there is none.
-bool reserve(FileWindow* window) {
-    uint8_t* memory = reserve_memory(size_t{window->capacity} + padding);
+// Moves the view to memory for the whole capacity, the first `target` bytes of which are loaded
+// next. False when there is none.
+bool reserve(FileWindow* window, uint32_t target) {
+    const int64_t rest = window->file->size - window->start;
+    uint8_t* memory = reserve_memory(size_t{window->capacity} + padding,
+        static_cast<size_t>(std::clamp<int64_t>(rest, 0, target)));
     if (memory == nullptr) {
         return false;
     }
@@ -55,7 +58,7 @@ uint32_t window_load(FileWindow* window, uint32_t wanted) {
             target = window->loaded < window->capacity / growth ? window->loaded * growth
                                                                 : window->capacity;
             target = std::max(target, wanted);
-            if (window->reserved == nullptr && !reserve(window)) {
+            if (window->reserved == nullptr && !reserve(window, target)) {
                 window->complete = true;
                 window->no_memory = true;
                 break;

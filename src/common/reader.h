@@ -63,7 +63,7 @@ uint32_t read_some(Reader* reader, Span span, int64_t offset, uint8_t* destinati
 // All of `count` bytes, or false.
 bool read_all(Reader* reader, Span span, int64_t offset, uint8_t* destination, uint32_t count);
 
-// The `count` (at most BlockReader::jump_size) bytes from `offset` of the span without a copy,
+// The `count` (at most the block's capacity) bytes from `offset` of the span without a copy,
 // fewer where the span or the file ends. Valid until the reader's next use.
 Bytes read_view(Reader* reader, Span span, int64_t offset, uint32_t count);
 

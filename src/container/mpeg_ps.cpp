@@ -62,8 +62,8 @@ void set_data_size(const Program& program, InfoRecord* record) {
 } // namespace
 
 int AnalyzeProgramStreamFile(FileRecord* file, const Output& out) {
-    const ProgramMemory memory(file);
-    Program* program = memory.program;
+    const WorkMemory memory(sizeof(Program));
+    Program* program = start_program(memory, file);
     if (program == nullptr) {
         return 0;
     }

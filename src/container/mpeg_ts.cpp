@@ -20,7 +20,7 @@ ts::Layout find_packets(ts::Analysis* analysis) {
     constexpr int64_t overlap = 2048;
     for (int64_t position = 0; position < std::min(layout_limit, analysis->file_size);
          position += ts::piece_size - overlap) {
-        const Bytes piece = ts::file_bytes(analysis, position, ts::piece_size);
+        const Bytes piece = ts::file_bytes(analysis, position, ts::piece_size, ts::buffer_size);
         const bool reaches_end =
             position + static_cast<int64_t>(piece.size()) == analysis->file_size;
         ts::Layout layout = ts::find_layout(piece, reaches_end);
@@ -71,22 +71,16 @@ void analyse(ts::Analysis* analysis, const Output& out) {
 } // namespace
 
 int AnalyzeMpegTsFile(FileRecord* file, const Output& out) {
-    uint8_t* memory = reserve_memory(sizeof(ts::Analysis));
-    if (memory == nullptr) {
+    const WorkMemory memory(sizeof(ts::Analysis));
+    if (memory.bytes == nullptr) {
         return 1;
     }
-    // Reserved memory is zero, which is what the analysis starts from.
-    auto* analysis = reinterpret_cast<ts::Analysis*>(memory);
-    uint8_t piece[ts::piece_size];
-    analysis->buffer = piece;
-    analysis->file = file;
-    analysis->file_size = file->size;
+    ts::Analysis* analysis = ts::start_analysis(memory, file);
     analysis->layout = find_packets(analysis);
     const bool found = analysis->layout.stride != 0;
     if (found) {
         analyse(analysis, out);
     }
-    release_memory(memory, sizeof(ts::Analysis));
     return found ? 0 : 1;
 }
 

@@ -63,8 +63,8 @@ Span find_sectors(Reader* reader) {
 } // namespace
 
 int AnalyzeVideoCdFile(FileRecord* file, const Output& out) {
-    const ProgramMemory memory(file);
-    Program* program = memory.program;
+    const WorkMemory memory(sizeof(Program));
+    Program* program = start_program(memory, file);
     if (program == nullptr) {
         return 0;
     }

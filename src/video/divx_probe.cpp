@@ -111,7 +111,8 @@ int FindDivxStrings(FileRecord* file, DivxProbe* probe) {
     const int64_t left = file->size - int64_t{probe->movi_pos};
     probe->search_len =
         static_cast<uint32_t>(std::clamp(left, int64_t{0}, int64_t{divx_search_limit}));
-    uint8_t* memory = probe->search_len == 0 ? nullptr : reserve_memory(probe->search_len);
+    uint8_t* memory =
+        probe->search_len == 0 ? nullptr : reserve_memory(probe->search_len, probe->search_len);
     Bytes bytes;
     if (memory != nullptr) {
         bytes = {memory, read_at(file, probe->movi_pos, memory, probe->search_len)};

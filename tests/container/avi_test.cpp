@@ -160,7 +160,7 @@ Data mp3_track() {
 
 Data mp3_file(uint64_t frame_size) {
     return avi({headers({mp3_track()}), movi({riff_chunk("00wb", mp3_frame())}),
-        idx1({{"00wb", 4, frame_size}, {"00wb", 4, 0}, {"00wb", 4, frame_size}})});
+        idx1({{"00wb", 4, frame_size}, {"00pc", 4, 9}, {"00wb", 4, 0}, {"10wb", 4, 9}, {"00wb", 4, frame_size}})});
 }
 
 // Two parts; the second one has its media data only. The index of the stream lies between them.
@@ -260,14 +260,14 @@ TEST(Avi, describes_streams) {
             "[AVI]\n"
             "A MPEG1-LayerIII 48000Hz [CBR Joint Stereo /MS] 128.00kbps [384bpf] \n"
             "0.072",
-            "AVI duration=0.072 bit_rate=72222\n"
+            "AVI duration=0.072 bit_rate=75778\n"
             "audio duration=0.072 bit_rate=128000 bytes=768 sample_rate=48000 channels=2 codec=MP3 codec_id=0x0055 "
             "layout=L R"},
         {"frames of another rate", mp3_file(192),
             "[AVI]\n"
             "A MPEG1-LayerIII 48000Hz [VBR Joint Stereo /MS] 64.00kbps [384bpf] \n"
             "0.072",
-            "AVI duration=0.072 bit_rate=72222\n"
+            "AVI duration=0.072 bit_rate=75778\n"
             "audio mode=2 duration=0.072 bit_rate=64000 nominal_bit_rate=128000 bytes=384 sample_rate=48000 channels=2 codec=MP3 "
             "codec_id=0x0055 layout=L R"},
         {"OpenDML in two parts", opendml(),

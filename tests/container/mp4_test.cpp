@@ -191,12 +191,12 @@ TEST_F(Mp4, NamesAudioByItsFirstFrame) {
 TEST_F(Mp4, SumsSampleTables) {
     const auto video = [](const Data& table) { return movie({track(1, "vide", {descriptions({video_entry("hvc1")}), table})}); };
     const auto line = [](const std::string& numbers) { return "V 320x240 [HEVC] 24Bit " + numbers + " interlace\n2.000"; };
-    const std::vector<uint64_t> many(20000, 1000);
+    const std::vector<uint64_t> many(20000, 0x80FF);
     const auto compact = [](int bits, uint64_t count, std::initializer_list<int> table) {
         return atom("stz2", ByteBuilder().be32(0).be32(static_cast<uint64_t>(bits)).be32(count).raw(table).bytes);
     };
     expect_rows({
-        {"more than a block", video(sizes(many)), line("10000.000fps 80000.000kbps 20000f")},
+        {"more than a block", video(sizes(many)), line("10000.000fps 2641840.000kbps 20000f")},
         {"a count of 2^32 - 1", video(sizes({1000, 250}, 0xFFFFFFFF)), line("2147483647.500fps 5.000kbps -1f")},
         {"4-bit sizes, padded", video(compact(4, 3, {0x12, 0x3F})), line("1.500fps 0.024kbps 3f")},
         {"8-bit sizes", video(compact(8, 3, {1, 2, 3})), line("1.500fps 0.024kbps 3f")},

@@ -128,6 +128,51 @@ int64_t idx1_base(Reader* reader, const Movie& movie, const uint8_t* entry) {
                : list;
 }
 
+void count_chunks(Stream* stream, uint32_t chunks, uint32_t empty, uint64_t bytes) {
+    stream->chunks += chunks - (stream->type == fourcc("auds") ? empty : 0);
+    stream->bytes += bytes;
+}
+
+// Entries of one ID. An index has few IDs, which take turns: they are told apart once, and not for
+// each of hundreds of thousands of entries.
+struct Tally {
+    uint32_t id = 0;
+    uint32_t chunks = 0;
+    uint32_t empty = 0; // of the chunks
+    uint64_t bytes = 0;
+    Stream* unlocated = nullptr; // the stream, while its first data may be unknown
+};
+
+// By the last digit of the stream's number. Adding to what has just been added to must wait for
+// that, so several sets share the entries.
+struct Tallies {
+    static constexpr uint32_t sets = 4;
+    static constexpr uint32_t slots = 16;
+
+    Tally of[slots][sets];
+    uint32_t entries = 0;
+};
+
+void end_tally(Movie* movie, const Tally& tally) {
+    const uint32_t number = stream_of_chunk(*movie, tally.id);
+    if (number != movie->stream_count) {
+        count_chunks(&movie->streams[number], tally.chunks, tally.empty, tally.bytes);
+    }
+}
+
+Tally* tally_of(Movie* movie, const uint8_t* entry, Tallies* tallies) {
+    const uint32_t id = ReadBE32(entry);
+    const uint32_t set = tallies->entries++ / 2 % Tallies::sets;
+    Tally* tally = &tallies->of[entry[1] % Tallies::slots][set];
+    if (tally->id != id) {
+        end_tally(movie, *tally);
+        const uint32_t number = stream_of_chunk(*movie, id);
+        *tally = {.id = id};
+        tally->unlocated = number == movie->stream_count ? nullptr : &movie->streams[number];
+    }
+    return tally;
+}
+
 void count_idx1(Reader* reader, Movie* movie) {
     uint8_t first[idx1_entry_size];
     if (!read_all(reader, movie->idx1, 0, first, sizeof first)) {
@@ -135,19 +180,26 @@ void count_idx1(Reader* reader, Movie* movie) {
     }
     const int64_t base = idx1_base(reader, *movie, first);
     const Span file = whole_file(reader);
+    Tallies tallies;
     for_each_entry(reader, movie->idx1, idx1_entry_size, [&](const uint8_t* entry) {
-        const uint32_t number = stream_of_chunk(*movie, ReadBE32(entry));
-        if (number == movie->stream_count) {
-            return;
-        }
-        Stream* stream = &movie->streams[number];
+        Tally* tally = tally_of(movie, entry, &tallies);
         const uint32_t size = ReadLE32(entry + 12);
-        if (size != 0 && size_of(stream->first_data) == 0) {
-            const int64_t data = base + ReadLE32(entry + 8) + chunk_header_size;
-            stream->first_data = sub_span(file, data, size);
+        ++tally->chunks;
+        tally->empty += size == 0 ? 1 : 0;
+        tally->bytes += size;
+        if (size != 0 && tally->unlocated != nullptr) {
+            Span* data = &tally->unlocated->first_data;
+            if (size_of(*data) == 0) {
+                *data = sub_span(file, base + ReadLE32(entry + 8) + chunk_header_size, size);
+            }
+            tally->unlocated = size_of(*data) == 0 ? tally->unlocated : nullptr;
         }
-        count_chunk(stream, size);
     });
+    for (const auto& slot : tallies.of) {
+        for (const Tally& tally : slot) {
+            end_tally(movie, tally);
+        }
+    }
 }
 
 // False when no stream has such an index, or all together cost too much.
@@ -178,10 +230,7 @@ uint32_t stream_of_chunk(const Movie& movie, uint32_t id) {
 }
 
 void count_chunk(Stream* stream, uint32_t bytes) {
-    if (bytes != 0 || stream->type != fourcc("auds")) {
-        ++stream->chunks;
-        stream->bytes += bytes;
-    }
+    count_chunks(stream, 1, bytes == 0 ? 1 : 0, bytes);
 }
 
 bool has_index(const Movie& movie) {

@@ -57,6 +57,16 @@ void sum_samples(
     }
 }
 
+// Fragments of a file are much alike, with media data between them: the next one is read at once,
+// with what stands before it and the header behind it, and not much more.
+void expect_alike(BlockReader* block, const Atom& fragment) {
+    constexpr int64_t next_header = 16;
+    constexpr int64_t least = 1024;
+    const int64_t size = fragment.payload.end + next_header - block->start;
+    block->jump =
+        static_cast<uint32_t>(std::clamp<int64_t>(size + size / 4, least, BlockReader::block_size));
+}
+
 } // namespace
 
 void visit_fragment_announcement(Reader* reader, const Atom& atom, Movie* movie) {
@@ -72,9 +82,10 @@ void visit_fragment_announcement(Reader* reader, const Atom& atom, Movie* movie)
     }
 }
 
-void visit_fragment(Reader* /*reader*/, const Atom& /*atom*/, Movie* movie) {
+void visit_fragment(Reader* reader, const Atom& atom, Movie* movie) {
     close_track(movie);
     ++movie->fragments;
+    expect_alike(&reader->block, atom);
 }
 
 void visit_track_fragment(Reader* /*reader*/, const Atom& /*atom*/, Movie* movie) {

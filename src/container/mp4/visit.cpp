@@ -130,8 +130,10 @@ struct Path {
 struct Rule {
     Path path;
     Visit visit;
+    bool of_details = false; // only they need it
 };
 
+// Shorter paths first.
 constexpr Rule rules[] = {
     {"/ftyp", visit_brand},
     {"/moov", visit_movie},
@@ -143,59 +145,57 @@ constexpr Rule rules[] = {
     {"/moov/mvhd", visit_movie_header},
     {"/moov/mvex", visit_fragment_announcement},
     {"/moov/trak", visit_track},
+    {"/moov/udta", visit_movie_detail<&Movie::user_data>, true},
+    {"/moov/meta", visit_movie_detail<&Movie::metadata>, true},
     {"/moof/traf", visit_track_fragment},
     {"/moov/udta/chpl", visit_chapter_list},
     {"/moov/trak/tkhd", visit_track_header},
+    {"/moov/trak/udta", visit_track_detail<&Track::user_data>, true},
     {"/moof/traf/tfhd", visit_track_fragment_header},
     {"/moof/traf/trun", visit_track_run},
     {"/moov/trak/mdia/mdhd", visit_media_header},
     {"/moov/trak/mdia/hdlr", visit_handler},
+    {"/moov/trak/edts/elst", visit_track_detail<&Track::edit_list>, true},
+    {"/moov/trak/tref/chap", visit_track_detail<&Track::chapter_reference>, true},
+    {"/moov/trak/mdia/elng", visit_track_detail<&Track::extended_language>, true},
     {"/moov/trak/mdia/minf/stbl/stsd", visit_sample_description},
     {"/moov/trak/mdia/minf/stbl/stsz", visit_sample_sizes},
     {"/moov/trak/mdia/minf/stbl/stz2", visit_sample_sizes},
     {"/moov/trak/mdia/minf/stbl/stco", visit_chunk_offsets},
     {"/moov/trak/mdia/minf/stbl/co64", visit_chunk_offsets},
+    {"/moov/trak/mdia/minf/stbl/stts", visit_track_detail<&Track::time_to_sample>, true},
+    {"/moov/trak/mdia/minf/stbl/stsc", visit_track_detail<&Track::sample_to_chunk>, true},
 };
+static_assert(std::is_sorted(std::begin(rules), std::end(rules),
+    [](const Rule& a, const Rule& b) { return a.path.length < b.path.length; }));
 
-constexpr Rule detail_rules[] = {
-    {"/moov/udta", visit_movie_detail<&Movie::user_data>},
-    {"/moov/meta", visit_movie_detail<&Movie::metadata>},
-    {"/moov/trak/udta", visit_track_detail<&Track::user_data>},
-    {"/moov/trak/edts/elst", visit_track_detail<&Track::edit_list>},
-    {"/moov/trak/tref/chap", visit_track_detail<&Track::chapter_reference>},
-    {"/moov/trak/mdia/elng", visit_track_detail<&Track::extended_language>},
-    {"/moov/trak/mdia/minf/stbl/stts", visit_track_detail<&Track::time_to_sample>},
-    {"/moov/trak/mdia/minf/stbl/stsc", visit_track_detail<&Track::sample_to_chunk>},
-};
+// Where the rules of each length begin; those of the longest end with the table.
+struct Lengths {
+    size_t begin[Path::longest + 2] = {};
 
-template <size_t N>
-consteval bool by_length(const Rule (&table)[N]) {
-    return std::is_sorted(std::begin(table), std::end(table),
-        [](const Rule& a, const Rule& b) { return a.path.length < b.path.length; });
-}
-static_assert(by_length(rules) && by_length(detail_rules));
-
-// From the last type on, which most rules differ in.
-bool matches(const Path& rule, std::span<const uint32_t> path) {
-    size_t i = path.size();
-    if (rule.length != i) {
-        return false;
-    }
-    while (i != 0 && rule.types[i - 1] == path[i - 1]) {
-        --i;
-    }
-    return i == 0;
-}
-
-template <size_t N>
-void apply_rules(const Rule (&table)[N], Reader* reader, const Atom& atom,
-    std::span<const uint32_t> path, Movie* movie) {
-    for (const Rule& rule : table) {
-        if (rule.path.length > path.size()) {
-            return;
+    consteval Lengths() {
+        for (size_t length = 0; length < std::size(begin); ++length) {
+            begin[length] = static_cast<size_t>(std::count_if(std::begin(rules), std::end(rules),
+                [length](const Rule& rule) { return rule.path.length < length; }));
         }
-        if (matches(rule.path, path)) {
-            rule.visit(reader, atom, movie);
+    }
+};
+
+constexpr Lengths lengths;
+
+void apply_rules(Reader* reader, const Atom& atom, std::span<const uint32_t> path, Movie* movie) {
+    const size_t length = path.size();
+    if (length > Path::longest) {
+        return;
+    }
+    for (size_t i = lengths.begin[length]; i != lengths.begin[length + 1]; ++i) {
+        // The last type is what most rules differ in.
+        const Rule& rule = rules[i];
+        if (rule.path.types[length - 1] == atom.type &&
+            std::equal(path.begin(), path.end() - 1, rule.path.types)) {
+            if (!rule.of_details || movie->detailed) {
+                rule.visit(reader, atom, movie);
+            }
             return;
         }
     }
@@ -218,14 +218,12 @@ void collect_movie(Reader* reader, Movie* movie) {
     Atom atom;
     std::span<const uint32_t> path;
     while (next_atom(&walk, &atom, &path)) {
-        apply_rules(rules, reader, atom, path, movie);
-        if (movie->detailed) {
-            apply_rules(detail_rules, reader, atom, path, movie);
-        }
+        apply_rules(reader, atom, path, movie);
         if (path.size() == 1 && atom.missing != 0) {
             note_missing_bytes(atom, movie);
         }
     }
+    reader->block.jump = BlockReader::jump_size; // from what fragments want
     close_track(movie);
     settle_segment(movie);
     movie->large_atom_seen = walk.large_atom_seen;

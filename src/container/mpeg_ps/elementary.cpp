@@ -22,6 +22,8 @@ constexpr int64_t end_size = 2'097'152;
 // Of others so many stretches, the first at the start, the last at the end.
 constexpr int64_t stretch_size = 65'536;
 constexpr int64_t stretch_count = 32;
+// Of the search for the picture behind a stretch.
+constexpr int64_t next_picture_step = 16'384;
 
 struct LabelRow {
     std::string_view codec;
@@ -141,7 +143,7 @@ PlayTime sample_ends(Source* source, Stream* stream, int64_t from) {
 // Position of the first picture at or behind `from`, the end where there is none; -1 when it is too
 // far.
 int64_t next_picture(Source* source, const Stream& stream, int64_t from) {
-    constexpr int64_t step = 16'384;
+    constexpr int64_t step = next_picture_step;
     constexpr int64_t reach = 524'288;
     for (int64_t at = from; at < from + reach; at += step) {
         PictureCount count;
@@ -160,6 +162,7 @@ PlayTime sample_stretches(Source* source, Stream* stream, int64_t from) {
     int64_t bytes = 0;
     for (int64_t i = 0; i < stretch_count; ++i) {
         const int64_t start = from + (size - stretch_size) / (stretch_count - 1) * i;
+        source_read_ahead(source, start, stretch_size + next_picture_step);
         PictureCount count;
         count_pictures(source, *stream, start, start + stretch_size, &count);
         if (i == 0) {

@@ -1,6 +1,5 @@
 #include "container/mpeg_ps/pack.h"
 
-#include "common/bits.h"
 #include "common/start_code.h"
 #include "container/mpeg_pes.h"
 
@@ -15,26 +14,24 @@ constexpr size_t mpeg1_size = 12;
 constexpr size_t mpeg2_size = 14; // without its stuffing
 
 int read_mpeg2_pack(PackHeader* pack, Bytes bytes) {
-    BitReader reader{bytes.subspan(start_code_size)};
-    uint32_t markers = 1;
-    skip_bits(&reader, 2);                         // '01'
-    int64_t clock = read_bits(&reader, 3);         // system_clock_reference_base [32..30]
-    markers &= read_bits(&reader, 1);              // marker_bit
-    clock = clock << 15 | read_bits(&reader, 15);  // [29..15]
-    markers &= read_bits(&reader, 1);              // marker_bit
-    clock = clock << 15 | read_bits(&reader, 15);  // [14..0]
-    markers &= read_bits(&reader, 1);              // marker_bit
-    skip_bits(&reader, 9);                         // system_clock_reference_extension
-    markers &= read_bits(&reader, 1);              // marker_bit
-    const uint32_t rate = read_bits(&reader, 22);  // program_mux_rate
-    markers &= read_bits(&reader, 1);              // marker_bit
-    markers &= read_bits(&reader, 1);              // marker_bit
-    skip_bits(&reader, 5);                         // reserved
-    const size_t stuffing = read_bits(&reader, 3); // pack_stuffing_length
-    if (reader.failed || markers == 0) {
+    if (bytes.size() < mpeg2_size) {
         return 1;
     }
-    *pack = {true, mpeg2_size + stuffing, clock, rate * rate_unit};
+    // '01', system_clock_reference_base [32..30], a marker_bit, [29..15], a marker_bit, [14..0], a
+    // marker_bit, system_clock_reference_extension of 9 bits, a marker_bit
+    const uint64_t clock = ReadBE64(&bytes[4]) >> 16;
+    constexpr uint64_t clock_markers = 1ULL << 42 | 1 << 26 | 1 << 10 | 1;
+    // program_mux_rate of 22 bits, two marker_bits
+    const uint32_t rate = ReadBE24(&bytes[10]);
+    constexpr uint32_t rate_markers = 3;
+    if ((clock & clock_markers) != clock_markers || (rate & rate_markers) != rate_markers) {
+        return 1;
+    }
+    pack->mpeg2 = true;
+    pack->size = mpeg2_size + (bytes[13] & 7U); // pack_stuffing_length
+    pack->clock = static_cast<int64_t>(
+        (clock >> 43 & 7) << 30 | (clock >> 27 & 0x7FFF) << 15 | (clock >> 11 & 0x7FFF));
+    pack->byte_rate = (rate >> 2) * rate_unit;
     return 0;
 }
 

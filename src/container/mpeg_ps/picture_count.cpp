@@ -11,8 +11,8 @@ namespace zat::ps {
 
 namespace {
 
-constexpr uint32_t block_size = 32768;
-constexpr uint32_t header_size = 64; // enough for every header that is looked at
+constexpr uint32_t block_size = 131'072; // looked through at a time
+constexpr uint32_t header_size = 64;     // enough for every header that is looked at
 
 struct Counter {
     PictureCount* count = nullptr;
@@ -162,10 +162,9 @@ void count_pictures(
     counter.avc = stream.avc;
     counter.clock.resolution = stream.mpeg4.time_increment_resolution;
     counter.field_pictures = stream.field_pictures;
-    uint8_t block[block_size];
     while (from < to) {
         const auto wanted = static_cast<uint32_t>(std::min<int64_t>(block_size, to - from));
-        const Bytes bytes = {block, source_read(source, from, block, wanted)};
+        const Bytes bytes = read_view(source->reader, source->span, from, wanted);
         // Codes near the end are left to the next block, which has what follows them.
         const bool is_last = bytes.size() < block_size || from + block_size >= to;
         const size_t limit = is_last ? bytes.size() : bytes.size() - header_size;

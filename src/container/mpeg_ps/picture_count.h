@@ -23,7 +23,8 @@ struct PictureCount {
     int64_t last_time = 0;
 };
 
-// Adds what the stretch [from, to) of a stream that is described has.
+// Adds what the stretch [from, to) of a stream that is described has. The source is without
+// sectors.
 void count_pictures(
     Source* source, const Stream& stream, int64_t from, int64_t to, PictureCount* count);
 

@@ -6,6 +6,7 @@
 #include "container/mpeg_ps/walk.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstring>
 
 namespace zat::ps {
@@ -16,6 +17,9 @@ namespace {
 constexpr int64_t tail_sizes[] = {262'144, 1'048'576, 2'097'152};
 constexpr int64_t probe_size = 262'144;
 constexpr int32_t probes_between = 14;
+
+// All of this is looked at, be it a program's packets or bare video.
+constexpr uint32_t first_read = 135'168;
 
 // Bytes of a stream that are searched for its headers. A video that was cut may be far from the
 // next one; audio has a header in every frame.
@@ -142,6 +146,7 @@ bool walk_tail(Program* program, int64_t from, ClockTrack* clocks) {
     bool any_stamp = false;
     bool video_stamp = false;
     bool any_video = false;
+    source_read_ahead(&program->source, from, Program::block_size);
     Walk walk;
     walk_start(&walk, &program->source, from, program->source.size, false);
     Unit unit;
@@ -171,6 +176,8 @@ bool walk_tail(Program* program, int64_t from, ClockTrack* clocks) {
 
 // The clocks of a stretch between head and tail: all of them, or the first ones that agree.
 void probe(Program* program, int64_t from, bool all) {
+    constexpr uint32_t usual_probe = 16'384; // of packs of 2 KiB, as they mostly are
+    source_read_ahead(&program->source, from, usual_probe);
     Walk walk;
     walk_start(&walk, &program->source, from, from + probe_size, false);
     ClockTrack clocks;
@@ -215,19 +222,20 @@ void read_rest(Program* program, int64_t head_end) {
 
 } // namespace
 
-ProgramMemory::ProgramMemory(FileRecord* file) {
-    uint8_t* memory = reserve_memory(sizeof(Program));
-    if (memory != nullptr) {
-        program = reinterpret_cast<Program*>(memory);
-        program->stream_at = -1;
-        reader_open(&program->reader, file);
+Program* start_program(const WorkMemory& memory, FileRecord* file) {
+    if (memory.bytes == nullptr) {
+        return nullptr;
     }
-}
-
-ProgramMemory::~ProgramMemory() {
-    if (program != nullptr) {
-        release_memory(reinterpret_cast<uint8_t*>(program), sizeof(Program));
-    }
+    // The large tables behind are left alone: their entries are cleared when they come into use.
+    std::memset(memory.bytes, 0, offsetof(Program, source));
+    auto* program = reinterpret_cast<Program*>(memory.bytes);
+    program->stream_at = -1;
+    program->clocks.count = 0;
+    program->table.count = 0;
+    program->table.plain_ac3 = false;
+    reader_open(&program->reader, file);
+    block_enlarge(&program->reader.block, program->block, sizeof program->block);
+    return program;
 }
 
 void collect_payload(Source* source, Stream* stream, const Payload& payload) {
@@ -257,6 +265,7 @@ uint32_t read_program(Program* program, const InfoRecord& record, int64_t from) 
     // Headers of a dozen bytes behind one another are more than any true stream has.
     reader_allow(
         &program->reader, {400'000 + (all ? size / 2 : 0), (16LL << 20) + (all ? size * 8 : 0)});
+    source_read_ahead(&program->source, from, first_read);
     PackHeader pack;
     const Bytes start = source_view(&program->source, from, pack_header_limit);
     walk_head(program, from, head_end, read_pack_header(&pack, start) == 0);

@@ -4,6 +4,7 @@
 
 #include "common/output.h"
 #include "common/reader.h"
+#include "common/work_memory.h"
 #include "container/mpeg_ps/source.h"
 #include "container/mpeg_ps/stream_table.h"
 #include "container/mpeg_ps/timing.h"
@@ -22,10 +23,9 @@ struct PlayTime {
 };
 
 struct Program {
-    Reader reader;
-    Source source;
-    StreamTable table;
-    ClockProbes clocks;
+    // Bytes of the file in memory at one time: few reads, and what was read is still in the caches.
+    static constexpr uint32_t block_size = 262'144;
+
     bool bare = false; // one elementary stream, without packets
     bool any_pack = false;
     bool mpeg2 = false; // by the first pack
@@ -35,18 +35,16 @@ struct Program {
     int64_t damaged = 0;    // packets
     int64_t stream_at = -1; // of the first unit; -1 when there is none
     PlayTime told;          // where clocks and stamps tell none
+
+    Source source;
+    ClockProbes clocks;
+    StreamTable table;
+    Reader reader;
+    uint8_t block[block_size]; // of the reader
 };
 
-// Gives its memory back with itself. `program` is null when there is none.
-struct ProgramMemory {
-    Program* program = nullptr;
-
-    // Opens the reader on the file.
-    explicit ProgramMemory(FileRecord* file);
-    ProgramMemory(const ProgramMemory&) = delete;
-    ProgramMemory& operator=(const ProgramMemory&) = delete;
-    ~ProgramMemory();
-};
+// Begins a program in memory for one, its reader on the file. Null when there is no memory.
+Program* start_program(const WorkMemory& memory, FileRecord* file);
 
 // Walks the stream that begins at or behind `from` of the source. Reads the record's options and
 // its scan budget; returns the budget that was used, which the analyser writes back.

@@ -27,6 +27,10 @@ struct Source {
 // Starts on a part of the file.
 void source_open(Source* source, Reader* reader, Span span, bool sectors);
 
+// Reads `count` bytes that are going to be looked at piece by piece, as far as the reader's block
+// has room.
+void source_read_ahead(Source* source, int64_t position, uint32_t count);
+
 // Up to `count` (at most view_limit) bytes from a position of the stream, fewer where it ends.
 // Valid until the source's next use.
 Bytes source_view(Source* source, int64_t position, uint32_t count);

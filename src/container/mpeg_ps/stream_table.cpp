@@ -112,11 +112,11 @@ Stream* enter(StreamTable* table, uint16_t key, Kind kind) {
     if (table->count == stream_limit) {
         return nullptr;
     }
-    Stream* stream = &table->streams[table->count++];
+    Stream* stream = &table->streams[table->count];
+    *stream = Stream{};
     stream->key = key;
     stream->kind = kind;
-    stream->head = {};
-    stream->tail = {};
+    stream->collect = table->collect[table->count++];
     stream->facts = new_stream(kind == Kind::video          ? ZAT_STREAM_VIDEO
                                : kind == Kind::navigation   ? ZAT_STREAM_DATA
                                : kind >= Kind::dvd_subtitle ? ZAT_STREAM_TEXT

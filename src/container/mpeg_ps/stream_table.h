@@ -69,7 +69,7 @@ struct Stream {
     uint64_t searched = 0;     // bytes of payload looked at
     uint32_t next_attempt = 0; // to describe it, once so much is collected
     uint32_t collected = 0;
-    uint8_t collect[collect_size];
+    uint8_t* collect; // of collect_size bytes
 };
 
 constexpr size_t stream_limit = 64;
@@ -79,6 +79,7 @@ struct StreamTable {
     bool plain_ac3 = false; // private stream 1 is AC-3 without substream headers
     Stream streams[stream_limit];
     uint8_t order[stream_limit]; // by key, set by sort_streams
+    uint8_t collect[stream_limit][Stream::collect_size];
 };
 
 constexpr uint8_t id_of(const Stream& stream) {

@@ -12,8 +12,10 @@ namespace {
 constexpr uint32_t head_size = 64;
 constexpr uint32_t largest_head_size = 1024;
 constexpr size_t payload_start_size = 16;
-// Bytes of one step of a search.
-constexpr uint32_t search_size = 2048;
+// Bytes of the first step of a search, and how many times as long each further one is: mostly there
+// are but a few zeros between units.
+constexpr uint32_t first_search_size = 64;
+constexpr uint32_t search_growth = 8;
 
 constexpr bool is_unit_code(uint8_t code) {
     return code >= id_program_end;
@@ -72,8 +74,9 @@ bool is_confirmed(Source* source, const Unit& unit) {
 // Moves to the next start code of a unit. Tells whether only zeros were passed over.
 bool search(Walk* walk, bool* zeros_only) {
     *zeros_only = true;
-    while (walk->position < walk->end) {
-        const Bytes bytes = source_view(walk->source, walk->position, search_size);
+    for (uint32_t size = first_search_size; walk->position < walk->end;
+         size = std::min(size * search_growth, Source::view_limit)) {
+        const Bytes bytes = source_view(walk->source, walk->position, size);
         if (bytes.size() < start_code_size) {
             break;
         }
@@ -82,8 +85,7 @@ bool search(Walk* walk, bool* zeros_only) {
             at = find_start_code(bytes, static_cast<size_t>(at) + 3);
         }
         const size_t passed = at >= 0 ? static_cast<size_t>(at) : bytes.size() - 3;
-        const Bytes before = bytes.first(passed);
-        *zeros_only = *zeros_only && std::ranges::all_of(before, [](uint8_t b) { return b == 0; });
+        *zeros_only = *zeros_only && leading_zeros(bytes.first(passed)) == passed;
         walk->position += static_cast<int64_t>(passed);
         if (at >= 0) {
             return walk->position < walk->end;

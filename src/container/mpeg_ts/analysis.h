@@ -1,8 +1,8 @@
-// What is known of a transport stream while its packets are read. All zero is the start: the record
-// lives in reserved memory, of which only the parts in use cost anything.
+// What is known of a transport stream while its packets are read.
 #pragma once
 
 #include "common/file_access.h"
+#include "common/work_memory.h"
 #include "container/mpeg_pes.h"
 #include "container/mpeg_ts/packets.h"
 #include "container/mpeg_ts/sections.h"
@@ -25,7 +25,8 @@ constexpr uint32_t video_capture = 4096;  // from the first header on
 constexpr uint32_t audio_capture = 65536; // of the first streams whose frames are counted
 constexpr uint32_t small_capture = 8192;  // of all the others
 constexpr uint32_t first_captures = 8;
-constexpr uint32_t piece_size = 32 << 10; // of the file at a time: stays in the caches
+constexpr uint32_t piece_size = 32 << 10;   // of the file: after each it is judged what is known
+constexpr uint32_t buffer_size = 256 << 10; // of the file that is read at a time
 
 struct Program {
     uint16_t number = 0;
@@ -89,12 +90,15 @@ struct Pid {
     uint8_t section = 0;
     uint8_t clock = 0;
     uint8_t counter = 0;
-    bool has_counter = false;
-    bool carries_map = false;
-    bool scrambled = false;
+    bool has_counter : 1 = false;
+    bool carries_map : 1 = false;
+    bool scrambled : 1 = false;
 };
 
+// The start is all zero as far as the services. What stands behind them is cleared when it comes
+// into use: clearing it all would cost more than reading most files.
 struct Analysis {
+    FileRecord* file = nullptr;
     Layout layout;
     int64_t file_size = 0;
     int64_t head_end = 0; // what was read from the file's start on
@@ -112,26 +116,34 @@ struct Analysis {
     uint32_t stamped_count = 0;
     uint32_t capture_count = 0; // of audio
     uint32_t pool_used = 0;
+    int64_t buffer_start = 0; // position in the file
+    uint32_t buffer_loaded = 0;
+    uint64_t seen[pid_count / 64]; // a bit for each identifier, apart: they are all looked at
+    Pid pids[pid_count];
+    ServiceInfo services;
     Program programs[program_slots];
     Stream streams[stream_slots];
     Unit units[stream_slots];
     Clock clocks[clock_slots];
-    uint64_t seen[pid_count / 64]; // a bit for each identifier, apart: they are all looked at
-    Pid pids[pid_count];
-    ServiceInfo services;
     SectionBuffer sections[section_slots];
     uint8_t section_bytes[section_slots][section_limit];
     int64_t stamps[stamped_units][stamp_slots];
     uint8_t pool[capture_pool];
-
-    // What stands in the buffer.
-    FileRecord* file = nullptr;
-    int64_t buffer_start = 0;
-    uint32_t buffer_loaded = 0;
-    uint8_t* buffer = nullptr; // of piece_size bytes
+    uint8_t buffer[buffer_size];
 };
 
-static_assert(sizeof(Analysis) < 2 << 20);
+static_assert(sizeof(Analysis) <= WorkMemory::kept_size);
+
+// Begins an analysis in memory for one.
+Analysis* start_analysis(const WorkMemory& memory, FileRecord* file);
+
+// The next entry of a table that has room, cleared.
+template <typename T, size_t N>
+T* take_entry(T (&table)[N], uint32_t* count) {
+    T* entry = &table[(*count)++];
+    *entry = {};
+    return entry;
+}
 
 // The streams of programs that count: of those in the association table, or of all without one.
 inline bool is_active(const Analysis* analysis, const Program& program) {
@@ -143,8 +155,12 @@ inline bool was_seen(const Analysis* analysis, uint32_t pid) {
 }
 
 // The `wanted` (at most piece_size) bytes of the file from a position on, fewer where it ends.
+// `ahead`: how many bytes from there on are going to be wanted, which are then read in one go.
 // Valid until the next call.
-Bytes file_bytes(Analysis* analysis, int64_t position, uint32_t wanted);
+Bytes file_bytes(Analysis* analysis, int64_t position, uint32_t wanted, int64_t ahead);
+
+// Adds a stream, of which there are fewer than stream_slots, and its unit.
+Stream* enter_stream(Analysis* analysis);
 
 // Takes the sections of a packet's payload that belong to the program tables.
 void read_program_tables(Analysis* analysis, const Packet& packet);

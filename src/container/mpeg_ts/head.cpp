@@ -2,12 +2,15 @@
 #include "container/mpeg_ts/analysis.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <cstring>
 
 namespace zat::ts {
 
 namespace {
 
 constexpr int64_t least_head = 256 << 10; // bytes read of a file that is larger
+constexpr int64_t step_size = 128 << 10;  // read at a time of what comes behind
 constexpr uint32_t least_stamps = 12;     // that tell a frame rate
 constexpr int64_t tables_limit = 1 << 20; // bytes searched for the first tables
 constexpr int64_t whole_limit = 1 << 20;  // files up to this size are read whole
@@ -38,7 +41,8 @@ void find_tables(Analysis* analysis, int64_t limit) {
     int64_t position = analysis->layout.offset;
     while (position + packet_size <= limit) {
         const auto wanted = static_cast<uint32_t>(std::min<int64_t>(piece_size, limit - position));
-        PacketCursor cursor{file_bytes(analysis, position, wanted), analysis->layout.stride, 0};
+        PacketCursor cursor{
+            file_bytes(analysis, position, wanted, buffer_size), analysis->layout.stride, 0};
         Packet packet;
         while (next_packet(&cursor, &packet)) {
             if (packet.has_payload && !packet.damaged && packet.scrambling == 0) {
@@ -58,7 +62,8 @@ void find_tables(Analysis* analysis, int64_t limit) {
 
 void take_pcr(Analysis* analysis, Pid* place, const Packet& packet, int64_t position) {
     if (place->clock == 0 && analysis->clock_count < clock_slots) {
-        place->clock = static_cast<uint8_t>(++analysis->clock_count);
+        take_entry(analysis->clocks, &analysis->clock_count);
+        place->clock = static_cast<uint8_t>(analysis->clock_count);
     }
     if (place->clock != 0) {
         Clock* clock = &analysis->clocks[place->clock - 1];
@@ -82,7 +87,7 @@ void add_unlisted_stream(Analysis* analysis, Pid* place, const Packet& packet) {
     } else if (header.stream_id != id_private_1 && header.stream_id != id_extended) {
         return;
     }
-    Stream* stream = &analysis->streams[analysis->stream_count++];
+    Stream* stream = enter_stream(analysis);
     place->stream = static_cast<uint16_t>(analysis->stream_count);
     stream->pid = packet.pid;
     stream->program = program_slots; // none
@@ -168,13 +173,29 @@ bool is_complete(const Analysis* analysis) {
 
 } // namespace
 
-Bytes file_bytes(Analysis* analysis, int64_t position, uint32_t wanted) {
-    const int64_t left = analysis->file_size - position;
-    wanted = static_cast<uint32_t>(std::clamp<int64_t>(left, 0, wanted));
+Analysis* start_analysis(const WorkMemory& memory, FileRecord* file) {
+    auto* analysis = reinterpret_cast<Analysis*>(memory.bytes);
+    std::memset(memory.bytes, 0, offsetof(Analysis, services));
+    clear_services(&analysis->services);
+    analysis->file = file;
+    analysis->file_size = file->size;
+    return analysis;
+}
+
+Stream* enter_stream(Analysis* analysis) {
+    analysis->units[analysis->stream_count] = {};
+    return take_entry(analysis->streams, &analysis->stream_count);
+}
+
+Bytes file_bytes(Analysis* analysis, int64_t position, uint32_t wanted, int64_t ahead) {
+    const int64_t left = std::max<int64_t>(analysis->file_size - position, 0);
+    wanted = static_cast<uint32_t>(std::min<int64_t>(left, wanted));
     const int64_t end = analysis->buffer_start + analysis->buffer_loaded;
     if (position < analysis->buffer_start || position + wanted > end) {
+        ahead = std::clamp<int64_t>(std::min(ahead, left), wanted, buffer_size);
         analysis->buffer_start = position;
-        analysis->buffer_loaded = read_at(analysis->file, position, analysis->buffer, wanted);
+        analysis->buffer_loaded =
+            read_at(analysis->file, position, analysis->buffer, static_cast<uint32_t>(ahead));
     }
     const auto offset = static_cast<size_t>(position - analysis->buffer_start);
     return part_of({analysis->buffer, analysis->buffer_loaded}, offset, wanted);
@@ -189,7 +210,9 @@ void read_head(Analysis* analysis, int64_t limit, bool thorough) {
     const bool reads_all = thorough || analysis->file_size <= whole_limit;
     for (;;) {
         const auto wanted = static_cast<uint32_t>(std::min<int64_t>(piece_size, end - position));
-        PacketCursor cursor{file_bytes(analysis, position, wanted), analysis->layout.stride, 0};
+        const int64_t ahead = reads_all || position < least_head ? buffer_size : step_size;
+        PacketCursor cursor{file_bytes(analysis, position, wanted, std::min(ahead, end - position)),
+            analysis->layout.stride, 0};
         Packet packet;
         while (next_packet(&cursor, &packet)) {
             const auto at = static_cast<int64_t>(cursor.position - cursor.stride);

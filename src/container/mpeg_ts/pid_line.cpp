@@ -4,6 +4,8 @@
 #include "common/record_lines.h"
 #include "common/text.h"
 
+#include <bit>
+
 namespace zat::ts {
 
 namespace {
@@ -26,6 +28,18 @@ bool belongs_to_stream(const Analysis* analysis, const Pid& place) {
     return program == program_slots || is_active(analysis, analysis->programs[program]);
 }
 
+// The first identifier from `pid` on of which packets were seen; pid_count without one.
+uint32_t next_seen(const Analysis* analysis, uint32_t pid) {
+    while (pid < pid_count) {
+        const uint64_t seen = analysis->seen[pid / 64] >> pid % 64;
+        if (seen != 0) {
+            return pid + static_cast<uint32_t>(std::countr_zero(seen));
+        }
+        pid = (pid / 64 + 1) * 64;
+    }
+    return pid_count;
+}
+
 // Identifiers in the line: as many as the shortest entries would fill it with.
 constexpr uint32_t entry_slots = line_size / 5;
 
@@ -38,8 +52,9 @@ void write_pid_line(const Analysis* analysis, InfoRecord* record) {
     CodecKey keys[entry_slots] = {};
     uint16_t pids[entry_slots];
     uint32_t count = 0;
-    for (uint32_t pid = 0; pid < pid_count && count < entry_slots; ++pid) {
-        if (was_seen(analysis, pid) && !belongs_to_stream(analysis, analysis->pids[pid])) {
+    for (uint32_t pid = next_seen(analysis, 0); pid < pid_count && count < entry_slots;
+         pid = next_seen(analysis, pid + 1)) {
+        if (!belongs_to_stream(analysis, analysis->pids[pid])) {
             format_text(keys[count].key, sizeof keys[count].key, "%04X", pid);
             pids[count++] = static_cast<uint16_t>(pid);
         }

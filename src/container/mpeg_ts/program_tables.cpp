@@ -19,7 +19,7 @@ Program* program_of(Analysis* analysis, uint16_t number, uint16_t map_pid) {
     if (analysis->program_count == program_slots) {
         return nullptr;
     }
-    Program* program = &analysis->programs[analysis->program_count++];
+    Program* program = take_entry(analysis->programs, &analysis->program_count);
     program->number = number;
     program->map_pid = map_pid;
     return program;
@@ -44,7 +44,7 @@ void add_map_stream(Analysis* analysis, uint16_t program, uint32_t registration,
     if (place->stream != 0 || analysis->stream_count == stream_slots) {
         return; // shared between programs
     }
-    Stream* stream = &analysis->streams[analysis->stream_count++];
+    Stream* stream = enter_stream(analysis);
     place->stream = static_cast<uint16_t>(analysis->stream_count);
     stream->pid = pid;
     stream->program = program;
@@ -105,9 +105,9 @@ void take_service_section(void* context, Bytes bytes) {
 SectionBuffer* buffer_of(Analysis* analysis, uint16_t pid) {
     Pid* place = &analysis->pids[pid];
     if (place->section == 0 && analysis->section_count < section_slots) {
-        analysis->sections[analysis->section_count].bytes =
-            analysis->section_bytes[analysis->section_count];
-        place->section = static_cast<uint8_t>(++analysis->section_count);
+        uint8_t* bytes = analysis->section_bytes[analysis->section_count];
+        take_entry(analysis->sections, &analysis->section_count)->bytes = bytes;
+        place->section = static_cast<uint8_t>(analysis->section_count);
     }
     return place->section != 0 ? &analysis->sections[place->section - 1] : nullptr;
 }

@@ -3,6 +3,7 @@
 #include "text/dvb_text.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstring>
 #include <iterator>
 
@@ -71,6 +72,7 @@ Service* service_of(ServiceInfo* info, uint16_t id) {
         return nullptr;
     }
     Service* service = &info->services[info->service_count++];
+    *service = Service{};
     service->id = id;
     return service;
 }
@@ -303,6 +305,10 @@ void read_vct(ServiceInfo* info, Bytes bytes) {
 }
 
 } // namespace
+
+void clear_services(ServiceInfo* info) {
+    std::memset(static_cast<void*>(info), 0, offsetof(ServiceInfo, services));
+}
 
 bool carries_service_info(uint16_t pid) {
     static constexpr uint16_t pids[] = {

@@ -90,6 +90,9 @@ struct ServiceInfo {
     Service services[service_slots];
 };
 
+// Starts anew; the services are cleared when they come into use.
+void clear_services(ServiceInfo* info);
+
 // Whether sections of the identifier are read here.
 bool carries_service_info(uint16_t pid);
 

@@ -117,11 +117,13 @@ void sample_payload(Analysis* analysis, const Packet& packet) {
     analysis->units[stream - 1].sampled += size;
 }
 
-// Takes what the packets of a piece of the file tell. Returns the bytes used.
-int64_t scan(const Timeline* line, int64_t position, int64_t size, Stretch* stretch) {
+// Takes what the packets of a piece of the file tell; `ahead` as in file_bytes. Returns the bytes
+// used.
+int64_t scan(
+    const Timeline* line, int64_t position, int64_t size, int64_t ahead, Stretch* stretch) {
     Analysis* analysis = line->analysis;
     const auto wanted = static_cast<uint32_t>(std::min<int64_t>(size, piece_size));
-    PacketCursor cursor{file_bytes(analysis, position, wanted), analysis->layout.stride, 0};
+    PacketCursor cursor{file_bytes(analysis, position, wanted, ahead), analysis->layout.stride, 0};
     Packet packet;
     while (next_packet(&cursor, &packet)) {
         if (packet.damaged) {
@@ -142,7 +144,7 @@ int64_t scan(const Timeline* line, int64_t position, int64_t size, Stretch* stre
 
 void scan_all(const Timeline* line, int64_t start, int64_t end, Stretch* stretch) {
     while (start + packet_size <= end) {
-        const int64_t used = scan(line, start, end - start, stretch);
+        const int64_t used = scan(line, start, end - start, end - start, stretch);
         if (used == 0) {
             return;
         }
@@ -176,10 +178,17 @@ void read_tail(const Timeline* line, Stretch* tail) {
     }
 }
 
-void read_probe(const Timeline* line, int64_t position, Stretch* probe) {
+// The bytes that mostly hold two values of the clock, by how far apart they are in the head.
+int64_t usual_probe(const Clock& clock) {
+    const int64_t steps = std::max<int64_t>(int64_t{clock.count} - 1, 1);
+    return 2 * (clock.last_position - clock.first_position) / steps;
+}
+
+void read_probe(const Timeline* line, int64_t position, int64_t usual, Stretch* probe) {
     const int64_t end = position + probe_size;
     while (position < end && probe->clock.count < 2) {
-        const int64_t used = scan(line, position, end - position, probe);
+        const int64_t ahead = std::min(usual, end - position);
+        const int64_t used = scan(line, position, end - position, ahead, probe);
         if (used == 0) {
             return;
         }
@@ -350,14 +359,15 @@ bool stamps_jump(const Timeline* line) {
     return false;
 }
 
-void add_probes(const Timeline* line, int64_t end, Chain* chain) {
+void add_probes(const Timeline* line, const Clock& clock, int64_t end, Chain* chain) {
     const int64_t start = line->analysis->head_end;
     const int64_t gap = end - start;
     const auto count =
         static_cast<uint32_t>(std::clamp<int64_t>(gap / probed_size, 0, probe_count));
+    const int64_t usual = usual_probe(clock);
     for (uint32_t i = 1; i <= count; ++i) {
         Stretch probe;
-        read_probe(line, start + gap / (count + 1) * i, &probe);
+        read_probe(line, start + gap / (count + 1) * i, usual, &probe);
         add_link(chain, probe.clock);
     }
 }
@@ -371,7 +381,7 @@ PlayTime probed_time(const Timeline* line) {
     Sum sum;
     if (const Clock* clock = head_clock(line)) {
         add_link(&chain, *clock);
-        add_probes(line, line->analysis->file_size - probe_size, &chain);
+        add_probes(line, *clock, line->analysis->file_size - probe_size, &chain);
         add_link(&chain, tail.clock);
         holds = add_up(chain, &sum) && holds;
     }
