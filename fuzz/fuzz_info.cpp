@@ -1,6 +1,6 @@
-// Goes through the library as a host does: a file, GetDetails, both reports; for some files, and for
-// all in a replay, a second call. Aborts when what comes back is not sound, or cost more than is
-// promised.
+// Goes through the library as a host does: a file, GetDetails, both reports; for some files, and
+// for all in a replay, a second call. Aborts when what comes back is not sound, or cost more than
+// is promised.
 #include "input_file.h"
 #include "sound.h"
 #include "target.h"
