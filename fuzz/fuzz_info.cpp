@@ -15,10 +15,10 @@
 
 // libFuzzer's counters, one for each edge; none in a replay.
 extern "C" {
-// NOLINTBEGIN(bugprone-reserved-identifier): the linker names them
+// NOLINTBEGIN(bugprone-reserved-identifier,readability-identifier-naming): the linker names them
 [[gnu::weak]] extern uint8_t __start___sancov_cntrs[];
 [[gnu::weak]] extern uint8_t __stop___sancov_cntrs[];
-// NOLINTEND(bugprone-reserved-identifier)
+// NOLINTEND(bugprone-reserved-identifier,readability-identifier-naming)
 }
 
 namespace {
