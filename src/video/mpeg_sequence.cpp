@@ -11,9 +11,6 @@ namespace zat {
 
 namespace {
 
-constexpr uint8_t sequence_header_code = 0xB3;
-constexpr uint8_t extension_start_code = 0xB5;
-
 // extension_start_code_identifier (ISO/IEC 13818-2, table 6-2).
 constexpr uint32_t sequence_extension_id = 1;
 constexpr uint32_t sequence_display_extension_id = 2;

@@ -12,6 +12,17 @@
 
 namespace zat {
 
+// Values of the byte behind the start code prefix.
+enum VideoStartCode : uint8_t {
+    picture_start_code = 0x00,
+    slice_first_code = 0x01,
+    slice_last_code = 0xAF,
+    sequence_header_code = 0xB3,
+    extension_start_code = 0xB5,
+    sequence_end_code = 0xB7,
+    group_start_code = 0xB8,
+};
+
 struct SequenceHeader {
     uint32_t width = 0;
     uint32_t height = 0;

@@ -10,17 +10,6 @@
 
 namespace zat {
 
-// Values of the byte behind the start code prefix.
-enum VideoStartCode : uint8_t {
-    picture_start_code = 0x00,
-    slice_first_code = 0x01,
-    slice_last_code = 0xAF,
-    sequence_header_code = 0xB3,
-    extension_start_code = 0xB5,
-    sequence_end_code = 0xB7,
-    group_start_code = 0xB8,
-};
-
 // time_code of a group_of_pictures_header.
 struct GopTime {
     bool found = false;
