@@ -13,13 +13,19 @@ namespace zat::test {
 namespace {
 
 // Reads of every kind against the bytes themselves: onward, ahead, to and fro, behind the end.
-void expect_bytes(FileRecord* file, const std::vector<uint8_t>& bytes, uint32_t state) {
+// With a larger block and reading ahead, if one of that size is given.
+void expect_bytes(FileRecord* file, const std::vector<uint8_t>& bytes, uint32_t state, uint32_t block_size = 0) {
     Reader reader;
     reader_open(&reader, file);
+    std::vector<uint8_t> block(block_size);
+    if (block_size != 0) {
+        block_enlarge(&reader.block, block.data(), block_size);
+    }
     const Span whole = whole_file(&reader);
     const auto size = static_cast<uint32_t>(bytes.size());
     int64_t position = 0;
-    for (int i = 0; i < 3000; ++i) {
+    const int reads = block_size == 0 ? 3000 : 600;
+    for (int i = 0; i < reads; ++i) {
         reader_allow(&reader, walk_allowance);
         state = state * 1664525 + 1013904223;
         const uint32_t count = state >> 16 & 0x3FF;
@@ -27,6 +33,9 @@ void expect_bytes(FileRecord* file, const std::vector<uint8_t>& bytes, uint32_t 
                    : i % 31 == 0 ? int64_t{size - state % 5000}
                    : i % 64 < 16 ? position + state % 20000
                                  : position + count / 2;
+        if (block_size != 0 && i % 50 == 0) {
+            block_read_ahead(&reader.block, position, state % (2 * block_size));
+        }
         const Span wanted = sub_span(whole, position, count);
         const std::vector<uint8_t> expected(bytes.data() + wanted.start, bytes.data() + wanted.end);
         std::vector<uint8_t> got(count);
@@ -60,6 +69,7 @@ TEST(Reader, ReadsWhatStandsInTheFile) {
             file.ends = keeps_ends ? &ends : nullptr;
             ASSERT_EQ(FileOpen(&file, temp.path.c_str()), 0);
             expect_bytes(&file, bytes, state);
+            expect_bytes(&file, bytes, state, 100'000);
             FileBeginAt(&file, 1000);
             expect_bytes(&file, {bytes.begin() + 1000, bytes.end()}, state);
         }
