@@ -77,7 +77,7 @@ void require_line(const Line& line) {
 // Facts as the details would have them, and the line that is made from them.
 void require_facts(const ZatStream& stream) {
     static ZatDetails details;
-    details = {};
+    details.stream_count = 0; // the rest is as it was: nothing but the first slot is written
     add_stream(&details, stream);
     Line line;
     if (stream.kind == ZAT_STREAM_VIDEO) {
@@ -282,15 +282,29 @@ void bitmap(Bytes bytes) {
 
 // Audio.
 
+template <class Info>
+using LineWriter = void (*)(const Info* info, Line& line);
+
+// The facts of a codec's headers, and the line that its own files have.
+template <class Info>
+void require_codec(
+    const Info& info, void (*set_facts)(const Info&, ZatStream*), LineWriter<Info> write_line) {
+    ZatStream stream = audio();
+    set_facts(info, &stream);
+    require_facts(stream);
+    Line line;
+    write_line(&info, line);
+    require_line(line);
+}
+
+void name_aac(const AudioSpecificConfig* config, Line& line) {
+    aac_stream_name(*config, line);
+}
+
 void audio_specific_config(Bytes bytes) {
     AudioSpecificConfig config;
     if (read_audio_specific_config(bytes, &config)) {
-        ZatStream stream = audio();
-        aac_facts(config, &stream);
-        require_facts(stream);
-        Line line;
-        aac_stream_name(config, line);
-        require_line(line);
+        require_codec(config, aac_facts, name_aac);
     }
 }
 
@@ -298,12 +312,7 @@ void latm(Bytes bytes) {
     const int64_t at = find_loas_sync(bytes);
     LatmInfo info;
     if (latm_info(bytes.subspan(at < 0 ? 0 : static_cast<size_t>(at)), &info)) {
-        ZatStream stream = audio();
-        latm_facts(info, &stream);
-        require_facts(stream);
-        Line line;
-        latm_line(&info, line);
-        require_line(line);
+        require_codec(info, latm_facts, latm_line);
     }
 }
 
@@ -323,25 +332,15 @@ void first_frames(Bytes bytes) {
 void ac3(Bytes bytes) {
     Ac3Info info;
     if (ac3_info(bytes, &info) == 0) {
-        ZatStream stream = audio();
-        ac3_facts(info, &stream);
-        require_facts(stream);
-        Line line;
-        ac3_line(&info, line);
-        truehd_line(&info, line);
-        require_line(line);
+        require_codec(info, ac3_facts, ac3_line);
+        require_codec(info, ac3_facts, truehd_line);
     }
 }
 
 void eac3(Bytes bytes) {
     Eac3Info info;
     if (eac3_info(bytes, &info)) {
-        ZatStream stream = audio();
-        eac3_facts(info, &stream);
-        require_facts(stream);
-        Line line;
-        eac3_line(&info, line);
-        require_line(line);
+        require_codec(info, eac3_facts, eac3_line);
     }
 }
 
@@ -356,12 +355,7 @@ void ac3_configs(Bytes bytes) {
 void dts(Bytes bytes) {
     DtsInfo info;
     if (dts_info(bytes, &info) == 0) {
-        ZatStream stream = audio();
-        dts_facts(info, &stream);
-        require_facts(stream);
-        Line line;
-        dts_line(&info, line);
-        require_line(line);
+        require_codec(info, dts_facts, dts_line);
     }
 }
 

@@ -1,6 +1,7 @@
 #include "memory_file_access.h"
 
 #include "common/file_access.h"
+#include "common/file_window.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -64,10 +65,11 @@ struct Arena {
     size_t usable = 0;   // not poisoned
 };
 
-// Views, which only reading fills: what was not read stays poisoned, what was is cleared.
+// Views, which only reading fills: what was not read stays poisoned, what was is cleared. Bytes
+// that are held of the file's end are copied behind those that were read.
 Arena views = {size_t{4} << 20, size_t{64} << 20};
-constexpr size_t view_start = 8192; // bytes of a view that are copied, not read, into it
-constexpr size_t view_padding = 8;
+constexpr size_t view_start = FileWindow::first_size; // bytes that are copied into a new view
+constexpr size_t view_padding = FileEnds::back_size + 8;
 
 // Tables, of which a run touches few pages: the system takes those back.
 Arena tables = {65536, size_t{4} << 20};

@@ -143,26 +143,30 @@ FileWork limit_of(const InfoRecord& record, const FileWork& usual) {
                              std::max(usual.bytes, budget)};
 }
 
+void analyse(const Row& row, FileRecord* file, const Output& out) {
+    file->limit = limit_of(*out.record, row.limit);
+    file->exhausted = false;
+    const int result = row.analyser(file, out);
+    if (file->exhausted) {
+        note_details(out.details, "work limit");
+    }
+    out.record->play_time = without_negative_zero(out.record->play_time);
+    if (row.result == Result::error_count && result != 0) {
+        set_general_line(out.record, message::errors_found, result);
+    }
+}
+
 } // namespace
 
 void DispatchAnalyser(FileRecord* file, const Output& out) {
     for (const Row& row : rows) {
         if (row.type_code == out.record->type_code) {
-            file->limit = limit_of(*out.record, row.limit);
-            file->exhausted = false;
-            const int result = row.analyser(file, out);
-            if (file->exhausted) {
-                note_details(out.details, "work limit");
-            }
-            out.record->play_time = without_negative_zero(out.record->play_time);
-            if (out.details != nullptr && out.details->format[0] == '\0') {
-                copy_utf8(out.details->format, type_format(row.type_code));
-            }
-            if (row.result == Result::error_count && result != 0) {
-                set_general_line(out.record, message::errors_found, result);
-            }
-            return;
+            analyse(row, file, out);
+            break;
         }
+    }
+    if (out.details != nullptr && out.details->format[0] == '\0') {
+        copy_utf8(out.details->format, type_format(out.record->type_code));
     }
 }
 

@@ -13,15 +13,14 @@ namespace {
 
 constexpr size_t header_size = 8; // enough for every kind
 
-bool read_mpeg_header(Bytes bytes, MpegAudioInfo* info) {
-    *info = {};
+bool read_mpeg_header(Bytes bytes, MpegAudioHeader* info) {
     return IsMpegAudioSync(bytes.data()) && read_mpeg_audio_header(bytes, info) == 0 &&
            info->bitrate > 0;
 }
 
 // ISO/IEC 11172-3, 2.4.3.1, by slots; the frame size of the info is one that lines show.
 uint32_t mpeg_audio_size(Bytes bytes) {
-    MpegAudioInfo info;
+    MpegAudioHeader info;
     if (!read_mpeg_header(bytes, &info)) {
         return 0;
     }
@@ -116,7 +115,7 @@ uint32_t audio_frame_samples(FrameKind kind, Bytes bytes) {
     if (audio_frame_size(kind, bytes) == 0) {
         return 0;
     }
-    MpegAudioInfo info;
+    MpegAudioHeader info;
     switch (kind) {
     case FrameKind::mpeg_audio:
         read_mpeg_header(bytes, &info);

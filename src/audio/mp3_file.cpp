@@ -33,7 +33,7 @@ uint32_t take_frame_size(FileWindow* window, uint32_t offset) {
     if (offset >= window->loaded || !IsMpegAudioSync(window->bytes + offset)) {
         return 0;
     }
-    MpegAudioInfo info;
+    MpegAudioHeader info;
     const std::span<uint8_t, mpeg_audio_header_size> header(
         window->bytes + offset, mpeg_audio_header_size);
     return DecodeMpegAudioHeader(header, &info) == 0 ? info.frame_size : 0;

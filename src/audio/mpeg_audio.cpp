@@ -71,7 +71,7 @@ void put_back(uint32_t bits, std::span<uint8_t, mpeg_audio_header_size> bytes) {
 
 } // namespace
 
-int DecodeMpegAudioHeader(std::span<uint8_t, mpeg_audio_header_size> bytes, MpegAudioInfo* info) {
+int DecodeMpegAudioHeader(std::span<uint8_t, mpeg_audio_header_size> bytes, MpegAudioHeader* info) {
     uint32_t header = ReadBE32(bytes.data());
     take(&header, 11); // syncword
     const uint32_t version = take(&header, 2);
@@ -108,13 +108,13 @@ int DecodeMpegAudioHeader(std::span<uint8_t, mpeg_audio_header_size> bytes, Mpeg
     return info->frame_size == 0 ? error_empty_frame : 0;
 }
 
-int read_mpeg_audio_header(Bytes frame, MpegAudioInfo* info) {
+int read_mpeg_audio_header(Bytes frame, MpegAudioHeader* info) {
     uint8_t header[mpeg_audio_header_size] = {};
     std::copy_n(frame.begin(), std::min(frame.size(), sizeof header), header);
     return DecodeMpegAudioHeader(header, info);
 }
 
-uint32_t mpeg_audio_frame_samples(const MpegAudioInfo* info) {
+uint32_t mpeg_audio_frame_samples(const MpegAudioHeader* info) {
     if (info->layer == 1) {
         return 384;
     }

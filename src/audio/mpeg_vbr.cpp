@@ -54,17 +54,19 @@ void name_vbr_method(uint8_t method, MpegAudioInfo* info) {
     }
 }
 
+// The bytes up to the first that is not printable.
+std::string_view printable_text(const uint8_t* bytes, size_t size) {
+    const auto* text = reinterpret_cast<const char*>(bytes);
+    return {text, static_cast<size_t>(std::find_if(text, text + size, IsNotPrintable) - text)};
+}
+
 // Copies the printable text at `bytes` without a space that ends it.
 void copy_encoder(const uint8_t* bytes, MpegAudioInfo* info) {
-    const auto is_printable = [&](uint32_t i) {
-        return IsNotPrintable(static_cast<char>(bytes[i])) == 0;
-    };
-    uint32_t length = 0;
-    while (length < encoder_limit && is_printable(length) &&
-           (bytes[length] != ' ' || is_printable(length + 1))) {
-        ++length;
+    std::string_view text = printable_text(bytes, encoder_limit + 1);
+    if (text.size() > encoder_limit || text.ends_with(' ')) {
+        text.remove_suffix(1);
     }
-    copy_text(info->encoder_string, {reinterpret_cast<const char*>(bytes), length});
+    copy_text(info->encoder_string, text);
 }
 
 // The encoder's name and method from a Xing or Info header; the annotation goes to `annotation`.
@@ -116,8 +118,7 @@ int ParseVbrHeader(Bytes frame, MpegAudioInfo* info) {
     }
     // Frames of silence begin with the encoder's name where there is no header.
     if (starts_with(bytes + vbri_offset, "LAME")) {
-        copy_text(info->encoder_string,
-            bounded_text(reinterpret_cast<const char*>(bytes + vbri_offset), 8));
+        copy_text(info->encoder_string, printable_text(bytes + vbri_offset, 8));
     }
 
     uint32_t frame_count = 0;

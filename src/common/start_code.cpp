@@ -2,14 +2,10 @@
 
 namespace zat {
 
-int64_t find_start_code(Bytes bytes, size_t from) {
-    if (bytes.size() < start_code_size) {
-        return -1;
-    }
-    // Of the prefix its last two bytes are looked for; the value behind them must exist, too.
-    const Bytes prefixes = bytes.first(bytes.size() - 1);
+int64_t find_start_code_prefix(Bytes bytes, size_t from) {
+    // Its last two bytes are looked for.
     for (size_t at = from + 1;;) {
-        const int64_t pair = find_byte_pair(prefixes, at, 0x00, 0x01);
+        const int64_t pair = find_byte_pair(bytes, at, 0x00, 0x01);
         if (pair < 0) {
             return -1;
         }
@@ -18,6 +14,10 @@ int64_t find_start_code(Bytes bytes, size_t from) {
         }
         at = static_cast<size_t>(pair) + 2;
     }
+}
+
+int64_t find_start_code(Bytes bytes, size_t from) {
+    return bytes.empty() ? -1 : find_start_code_prefix(bytes.first(bytes.size() - 1), from);
 }
 
 int64_t find_start_code_of(Bytes bytes, size_t from, uint8_t code) {

@@ -11,6 +11,9 @@ namespace zat {
 
 constexpr size_t start_code_size = 4; // the prefix and the byte behind it
 
+// Position of the first prefix that begins at or after `from`, or -1.
+int64_t find_start_code_prefix(Bytes bytes, size_t from);
+
 // Position of the first start code that begins at or after `from` and whose four bytes all lie in
 // `bytes`, or -1.
 int64_t find_start_code(Bytes bytes, size_t from);

@@ -15,14 +15,14 @@ constexpr uint32_t frame_limit = 5116;
 
 // Decodes a copy of the header at `at`, zeros where the bytes end. False without a sync or when it
 // does not decode.
-bool decode_header(Bytes bytes, size_t at, MpegAudioInfo* info) {
+bool decode_header(Bytes bytes, size_t at, MpegAudioHeader* info) {
     const uint8_t sync[2] = {byte_at(bytes, at), byte_at(bytes, at + 1)};
     return IsMpegAudioSync(sync) && read_mpeg_audio_header(bytes.subspan(at), info) == 0;
 }
 
 bool has_frame_pair(Bytes bytes, size_t at) {
-    MpegAudioInfo first{};
-    MpegAudioInfo second{};
+    MpegAudioHeader first{};
+    MpegAudioHeader second{};
     return decode_header(bytes, at, &first) && first.frame_size < frame_limit &&
            decode_header(bytes, at + first.frame_size, &second);
 }

@@ -1,6 +1,7 @@
 #include "video/hevc_sps.h"
 
 #include "common/details.h"
+#include "common/start_code.h"
 #include "common/text.h"
 #include "video/hevc_syntax.h"
 
@@ -134,18 +135,11 @@ bool parse_hevc_config(Bytes record, HevcSequence* sequence) {
 }
 
 bool find_hevc_sps(Bytes stream, HevcSequence* sequence) {
-    for (int64_t at = find_byte_pair(stream, 0, 0, 0); at >= 0;
-         at = find_byte_pair(stream, static_cast<size_t>(at) + 1, 0, 0)) {
-        const auto start = static_cast<size_t>(at);
-        if (!has_at(stream, start, "\0\0\1")) {
-            continue;
-        }
-        const Bytes nal = stream.subspan(start + 3);
-        size_t end = 0;
-        while (end < nal.size() && !has_at(nal, end, "\0\0\1")) {
-            ++end;
-        }
-        if (parse_hevc_sps(nal.first(end), sequence)) {
+    constexpr size_t prefix_size = 3;
+    for (int64_t at = find_start_code_prefix(stream, 0); at >= 0;) {
+        stream = stream.subspan(static_cast<size_t>(at) + prefix_size);
+        at = find_start_code_prefix(stream, 0);
+        if (parse_hevc_sps(at < 0 ? stream : stream.first(static_cast<size_t>(at)), sequence)) {
             return true;
         }
     }

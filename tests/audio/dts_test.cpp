@@ -4,6 +4,7 @@
 #include "support/analysed.h"
 #include "support/byte_builder.h"
 #include "support/details_text.h"
+#include "support/dispatched.h"
 #include "support/record_text.h"
 
 namespace zat::test {
@@ -97,6 +98,12 @@ TEST(DtsFile, describes_a_file_that_begins_with_a_frame) {
 }
 
 // Two frames of a core of 96 bytes with 512 samples and an extension substream of 64.
+TEST(DtsFile, has_a_format_without_an_analyser) {
+    const auto result = dispatched(FILETYPE_DTS16LE, swapped(header({})));
+    EXPECT_STREQ(result->details.format, "DTS");
+    EXPECT_EQ(result->details.stream_count, 0U);
+}
+
 TEST(DtsFile, averages_the_rate_of_extended_frames) {
     BitBuilder core;
     core.bits(0x7FFE8001, 32).bits(0x3E, 7).bits(15, 7).bits(95, 14).bits(9, 6).bits(13, 4).bits(24, 5).bits(0, 10);

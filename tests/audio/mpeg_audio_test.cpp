@@ -85,6 +85,8 @@ TEST(MpegAudioLine, tells_what_the_vbr_header_says) {
             0, "MPEG1-LayerIII 44100Hz [CBR Joint Stereo /MS] 128.00kbps [enc] [417bpf/7f] [GOGO]"},
         {"LAME's name in a silent frame", stereo, 36, ByteBuilder().text("LAME3.98.4"), 0,
             "MPEG1-LayerIII 44100Hz [CBR Joint Stereo /MS] 128.00kbps [LAME3.98] [417bpf] "},
+        {"LAME's name ends where text does", stereo, 36, ByteBuilder().text("LAMEE\x07\xCA\x02"), 0,
+            "MPEG1-LayerIII 44100Hz [CBR Joint Stereo /MS] 128.00kbps [LAMEE] [417bpf] "},
         {"no frame count: the encoder is read, the rest not stored", stereo, 36, xing_header("Xing", 2, 101, 52200, "Lavc58.91"),
             1, "MPEG1-LayerIII 44100Hz [VBR Xing Joint Stereo /MS] 0.00kbps [Lavc58.91] [417bpf] "},
         {"a count of 0 ends before encoder and rate mode", stereo, 36, xing_header("Info", 3, 0, 52200, "Lavc58.91"), 1,

@@ -7,6 +7,7 @@
 #include "common/fourcc.h"
 #include "common/numbers.h"
 #include "common/stream_lines.h"
+#include "common/text_codes.h"
 
 #include <algorithm>
 #include <cmath>
@@ -216,9 +217,8 @@ void add_text(const LogicalStream& stream, const Output& out, ExtraLines* extra,
     if (kate && facts->language[0] == '\0') {
         constexpr size_t language_at = 32;
         constexpr size_t language_length = 16;
-        copy_text(
-            facts->language, bounded_text(reinterpret_cast<const char*>(stream.head) + language_at,
-                                 language_length));
+        const char* language = reinterpret_cast<const char*>(stream.head) + language_at;
+        unknown_to_utf8(bounded_text(language, language_length), facts->language);
     }
     add_text_stream(out, extra, *facts, name);
 }
