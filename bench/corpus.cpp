@@ -329,6 +329,47 @@ Bytes stretched(const char* seed) {
     return ByteBuilder().append(seed_bytes(seed)).append(random_bytes(4 << 20)).bytes;
 }
 
+// A thousand frames of two kilobytes each.
+Bytes long_gif() {
+    ByteBuilder file;
+    file.text("GIF89a").le16(320).le16(200).raw({0, 0, 0});
+    for (int frame = 0; frame < 1000; ++frame) {
+        file.raw({0x21, 0xF9, 4, 0, 10, 0, 0, 0, 0x2C})
+            .le16(0)
+            .le16(0)
+            .le16(320)
+            .le16(200)
+            .raw({0, 8});
+        for (int block = 0; block < 8; ++block) {
+            file.u8(255).fill(255, 0x55);
+        }
+        file.u8(0);
+    }
+    return file.u8(0x3B).bytes;
+}
+
+// A hundred thousand notes in one track.
+Bytes long_midi() {
+    constexpr uint64_t notes = 100'000;
+    ByteBuilder file;
+    file.text("MThd").be32(6).be16(0).be16(1).be16(480).text("MTrk").be32(notes * 4 + 4);
+    for (uint64_t note = 0; note < notes; ++note) {
+        file.raw({0x60, 0x90, 60, 64});
+    }
+    return file.raw({0, 0xFF, 0x2F, 0}).bytes;
+}
+
+// Four mebibytes of application data in front of the frame header.
+Bytes long_jpeg() {
+    const Bytes seed = seed_bytes("baseline.jpg");
+    ByteBuilder file;
+    file.raw({0xFF, 0xD8});
+    for (int segment = 0; segment < 64; ++segment) {
+        file.raw({0xFF, 0xE1}).be16(0xFFFF).fill(0xFFFD, 0x55);
+    }
+    return file.append({seed.begin() + 2, seed.end()}).bytes;
+}
+
 // The seek table has an entry for each frame, and its checksum is held against it.
 Bytes hour_of_tta() {
     const auto with_crc = [](ByteBuilder bytes) {
@@ -487,10 +528,14 @@ std::vector<BenchFile> make_corpus(const std::string& directory) {
     add("random-5mib", random_bytes(5 << 20));
     add("ts-20s", broadcast());
     add("tta-60min", hour_of_tta(), 344600000U);
+    add("gif-1000-frames", long_gif());
+    add("midi-100000-notes", long_midi());
+    add("jpeg-4mib-of-application-data", long_jpeg());
     for (const char* seed : {"adts.aac", "surround.eac3", "surround.thd", "latm.loas", "avc.h264",
              "hevc.h265", "mpeg2.m2v", "tone.aiff", "mulaw.au", "tone.flac", "tone.wv", "dsd.wv",
              "monkey.ape", "monkey-old.ape", "tone.tta", "sv7.mpc", "sv8.mpc", "preset.tak",
-             "optimfrog.ofr", "tag.dsf", "plain.dff", "packed.dff", "text.wsd"}) {
+             "optimfrog.ofr", "tag.dsf", "plain.dff", "packed.dff", "text.wsd", "palette.bmp",
+             "rf64.wav", "tone.w64"}) {
         add(std::string("long-") + seed, stretched(seed));
     }
     std::set<std::filesystem::path> seeds;

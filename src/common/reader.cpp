@@ -37,6 +37,13 @@ void reader_open(Reader* reader, FileRecord* file) {
     reader_allow(reader, walk_allowance);
 }
 
+void reader_open(Reader* reader, FileRecord* file, const WorkMemory& memory) {
+    reader_open(reader, file);
+    if (memory.bytes != nullptr) {
+        block_enlarge(&reader->block, memory.bytes, static_cast<uint32_t>(memory.size));
+    }
+}
+
 void reader_allow(Reader* reader, Allowance allowance) {
     reader->left = allowance;
 }

@@ -5,6 +5,7 @@
 
 #include "common/block_reader.h"
 #include "common/bytes.h"
+#include "common/work_memory.h"
 
 #include <cstdint>
 
@@ -49,6 +50,11 @@ struct Reader {
 
 // Starts on an open file with the walk's allowance; reads nothing yet.
 void reader_open(Reader* reader, FileRecord* file);
+
+// The same for a walk or a table that may be long: what goes on and on is read in blocks as large
+// as the memory.
+constexpr uint32_t long_walk_memory = 262144;
+void reader_open(Reader* reader, FileRecord* file, const WorkMemory& memory);
 
 // Replaces what is left of the allowance.
 void reader_allow(Reader* reader, Allowance allowance);

@@ -1,6 +1,7 @@
 #include "common/work_memory.h"
 
 #include "common/file_access.h"
+#include "common/poison.h"
 
 #include <atomic>
 
@@ -25,6 +26,7 @@ uint8_t* take_place(size_t wanted) {
     if (wanted <= WorkMemory::kept_size) {
         for (Place& place : places) {
             if (!place.taken.test_and_set(std::memory_order_acquire)) {
+                ASAN_POISON_MEMORY_REGION(place.bytes + wanted, WorkMemory::kept_size - wanted);
                 return place.bytes;
             }
         }
@@ -35,6 +37,7 @@ uint8_t* take_place(size_t wanted) {
 void leave_place(const uint8_t* bytes) {
     for (Place& place : places) {
         if (place.bytes == bytes) {
+            ASAN_UNPOISON_MEMORY_REGION(place.bytes, WorkMemory::kept_size);
             place.taken.clear(std::memory_order_release);
         }
     }

@@ -124,8 +124,9 @@ void write_file_facts(const Movie& movie, bool estimated, const Output& out) {
 } // namespace
 
 int AnalyzeAviFile(FileRecord* file, const Output& out) {
+    const WorkMemory memory(long_walk_memory);
     Reader reader;
-    reader_open(&reader, file);
+    reader_open(&reader, file, memory);
     if (read_view(&reader, whole_file(&reader), 0, riff_header_size).empty()) {
         return 1;
     }

@@ -114,8 +114,9 @@ void write_record(const FlvInfo* info, InfoRecord* record) {
 } // namespace
 
 int AnalyzeFlvFile(FileRecord* file, const Output& out) {
+    const WorkMemory memory(long_walk_memory);
     Reader reader;
-    reader_open(&reader, file);
+    reader_open(&reader, file, memory);
     FlvInfo info;
     info.detailed = out.details != nullptr;
     if (!read_flv_tags(&reader, &info)) {

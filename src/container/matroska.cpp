@@ -145,8 +145,9 @@ void write_file_facts(const Source& source) {
 } // namespace
 
 int AnalyzeMatroskaFile(FileRecord* file, const Output& out) {
+    const WorkMemory memory(long_walk_memory);
     Reader reader;
-    reader_open(&reader, file);
+    reader_open(&reader, file, memory);
     Segment segment;
     if (!read_segment(&reader, &segment)) {
         return 1;

@@ -8,8 +8,9 @@
 namespace zat {
 
 int AnalyzeMp4File(FileRecord* file, const Output& out) {
+    const WorkMemory memory(long_walk_memory);
     Reader reader;
-    reader_open(&reader, file);
+    reader_open(&reader, file, memory);
     mp4::Movie movie;
     movie.detailed = out.details != nullptr;
     mp4::collect_movie(&reader, &movie);

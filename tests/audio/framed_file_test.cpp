@@ -7,23 +7,6 @@ namespace zat::test {
 
 namespace {
 
-using Data = std::vector<uint8_t>;
-
-struct Row {
-    const char* name;
-    Data bytes;
-    std::string expected; // lines and play time, then the details
-};
-
-void expect_rows(uint32_t type_code, const char* label, const std::vector<Row>& rows) {
-    for (const Row& row : rows) {
-        const auto found = dispatched(type_code, row.bytes);
-        EXPECT_EQ(found->text(), row.expected) << row.name;
-        EXPECT_STREQ(found->record.label, label) << row.name;
-    }
-    expect_sound_when_cut(type_code, rows[0].bytes);
-}
-
 // A program_config_element with a pair in front, one channel behind and an LFE.
 BitBuilder program_config(BitBuilder out, uint32_t rate_index) {
     out.bits(0, 4).bits(1, 2).bits(rate_index, 4).bits(1, 4).bits(0, 4).bits(1, 4).bits(1, 2).bits(0, 3).bits(0, 4);

@@ -6,24 +6,22 @@ namespace zat::test {
 
 namespace {
 
-using Buffer = std::vector<uint8_t>;
-
-Buffer header(uint64_t format, uint64_t tracks, uint64_t division) {
+Data header(uint64_t format, uint64_t tracks, uint64_t division) {
     return ByteBuilder().text("MThd").be32(6).be16(format).be16(tracks).be16(division).bytes;
 }
 
-Buffer track(const Buffer& events, int64_t size = -1) {
+Data track(const Data& events, int64_t size = -1) {
     return ByteBuilder().text("MTrk").be32(size < 0 ? events.size() : static_cast<uint64_t>(size)).append(events).bytes;
 }
 
 // Hexadecimal events, times among them.
-Buffer track(std::string_view events) {
+Data track(std::string_view events) {
     return track(bytes_of_hex(events));
 }
 
-Buffer join(std::initializer_list<Buffer> parts) {
+Data join(std::initializer_list<Data> parts) {
     ByteBuilder all;
-    for (const Buffer& part : parts) {
+    for (const Data& part : parts) {
         all.append(part);
     }
     return all.bytes;
@@ -35,11 +33,11 @@ const char* const end_of_track = "00 FF2F00";
 
 TEST(MidiFile, DescribesTracksAndTime) {
     const std::string one_second = "81 40 FF5103 0F4240 "; // behind half a quarter: 1 s a quarter
-    const Buffer named = track("00 FF0304 536F6E67 00 FF0301 58 83 60 903C40 00 3C00 00 FF2F00");
+    const Data named = track("00 FF0304 536F6E67 00 FF0301 58 83 60 903C40 00 3C00 00 FF2F00");
     const struct {
         const char* name;
         uint32_t type_code;
-        Buffer bytes;
+        Data bytes;
         const char* expected;
     } rows[] = {
         {"a tempo in the second track; the name of the first", 102,
@@ -142,7 +140,7 @@ TEST(MidiFile, BoundsItsWork) {
     ByteBuilder changes;
     changes.append(header(1, 3000, 1));
     for (int i = 3000; i > 0; --i) {
-        const Buffer tempo = ByteBuilder().u8(static_cast<uint64_t>(0x80 | i >> 7)).u8(static_cast<uint64_t>(i & 0x7F)).bytes;
+        const Data tempo = ByteBuilder().u8(static_cast<uint64_t>(0x80 | i >> 7)).u8(static_cast<uint64_t>(i & 0x7F)).bytes;
         changes.append(track(ByteBuilder().append(tempo).append(bytes_of_hex("FF5103 07A120")).bytes));
     }
     EXPECT_EQ(dispatched(102, changes.bytes)->text(), "A [SMF 1] 3000 tracks 1 ticks\n"
@@ -151,7 +149,7 @@ TEST(MidiFile, BoundsItsWork) {
                                                       "MIDI notes=time estimated duration=1500.000 estimated=1\n"
                                                       "audio estimated=1 duration=1500.000 bytes=24000 codec=MIDI profile=SMF 1");
 
-    const Buffer notes = ByteBuilder().append(bytes_of_hex("01 903C40")).fill(18'000'000).bytes;
+    const Data notes = ByteBuilder().append(bytes_of_hex("01 903C40")).fill(18'000'000).bytes;
     EXPECT_EQ(dispatched(102, join({header(1, 1, 1), track(notes)}))->text(),
         "A [SMF 1] 1 tracks 1 ticks\n"
         "X time estimated\n"

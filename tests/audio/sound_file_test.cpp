@@ -6,12 +6,10 @@ namespace zat::test {
 
 namespace {
 
-using Buffer = std::vector<uint8_t>;
-
 struct Row {
     const char* name;
     uint32_t type_code;
-    Buffer bytes;
+    Data bytes;
     const char* label;
     const char* expected;
 };
@@ -25,41 +23,41 @@ void expect_rows(const std::vector<Row>& rows) {
 }
 
 // An IFF chunk whose size may lie, with its pad byte.
-Buffer chunk(std::string_view id, const Buffer& payload, int64_t size = -1) {
+Data chunk(std::string_view id, const Data& payload, int64_t size = -1) {
     auto out = ByteBuilder().text(id).be32(size < 0 ? payload.size() : static_cast<uint64_t>(size)).append(payload);
     return out.fill(payload.size() % 2).bytes;
 }
 
-Buffer text_chunk(std::string_view id, std::string_view text) {
+Data text_chunk(std::string_view id, std::string_view text) {
     return chunk(id, ByteBuilder().text(text).bytes);
 }
 
 // "COMM" of 44100 Hz, as 80 bits of floating point.
-Buffer common(int channels, int frames, int bits, std::string_view type = "") {
+Data common(int channels, int frames, int bits, std::string_view type = "") {
     auto out = ByteBuilder().be16(static_cast<uint64_t>(channels)).be32(static_cast<uint64_t>(frames));
     out.be16(static_cast<uint64_t>(bits)).be16(0x400E).be64(0xAC44000000000000).text(type);
     return chunk("COMM", type.empty() ? out.bytes : out.be16(0).bytes);
 }
 
-Buffer sound(size_t size, int64_t told = -1, int offset = 0) {
+Data sound(size_t size, int64_t told = -1, int offset = 0) {
     return chunk("SSND", ByteBuilder().be32(static_cast<uint64_t>(offset)).be32(0).fill(size, 1).bytes, told);
 }
 
-Buffer form(std::string_view type, const std::vector<Buffer>& chunks) {
+Data form(std::string_view type, const std::vector<Data>& chunks) {
     ByteBuilder out;
     out.text("FORM").be32(0).text(type);
-    for (const Buffer& each : chunks) {
+    for (const Data& each : chunks) {
         out.append(each);
     }
     return out.bytes;
 }
 
-Buffer au(uint64_t encoding, uint64_t size, size_t present, std::string_view annotation = "", uint64_t channels = 1) {
+Data au(uint64_t encoding, uint64_t size, size_t present, std::string_view annotation = "", uint64_t channels = 1) {
     auto out = ByteBuilder().text(".snd").be32(24 + annotation.size()).be32(size).be32(encoding).be32(8000).be32(channels);
     return out.text(annotation).fill(present, 1).bytes;
 }
 
-Buffer cd_track(uint64_t track, uint64_t start, uint64_t length) {
+Data cd_track(uint64_t track, uint64_t start, uint64_t length) {
     auto out = ByteBuilder().le16(1).le16(track).le32(0x12345678).le32(start).le32(length).le32(0).le32(0);
     return riff_list("RIFF", "CDDA", {riff_chunk("fmt ", out.bytes)});
 }
@@ -67,9 +65,8 @@ Buffer cd_track(uint64_t track, uint64_t start, uint64_t length) {
 } // namespace
 
 TEST(SoundFile, DescribesAiff) {
-    const Buffer tag =
-        ByteBuilder().text("ID3").raw({3, 0, 0, 0, 0, 0, 15}).text("TIT2").be32(5).be16(0).u8(0).text("Song").bytes;
-    std::vector<Buffer> names;
+    const Data tag = ByteBuilder().text("ID3").raw({3, 0, 0, 0, 0, 0, 15}).text("TIT2").be32(5).be16(0).u8(0).text("Song").bytes;
+    std::vector<Data> names;
     for (char name = 'a'; name <= 't'; ++name) {
         names.push_back(text_chunk("NAME", {&name, 1}));
     }

@@ -11,17 +11,15 @@ namespace zat::test {
 
 namespace {
 
-using Buffer = std::vector<uint8_t>;
-
-std::string described(FrameDescriber describe, const Buffer& bytes) {
+std::string described(FrameDescriber describe, const Data& bytes) {
     ZatStream stream = new_stream(ZAT_STREAM_AUDIO);
     char line[line_size];
     return describe(bytes, &stream, line) ? std::string(line) + " | " + stream_text(stream) : "refused";
 }
 
 TEST(StreamFacts, TellsEac3BySubstreams) {
-    const Buffer core = eac3_frame(0, 0, 800, 7, 1);
-    const Buffer rear = eac3_frame(1, 0, 400, 6, 0, 0x1A00); // Ls, Rs once more, and Lrs/Rrs
+    const Data core = eac3_frame(0, 0, 800, 7, 1);
+    const Data rear = eac3_frame(1, 0, 400, 6, 0, 0x1A00); // Ls, Rs once more, and Lrs/Rrs
     EXPECT_EQ(described(describe_eac3_frame, joined({core, rear, core, rear, core})),
         "[E-AC-3 3/2.1] 48000Hz 8ch 300.000kbps | audio estimated=2 bit_rate=300000 sample_rate=48000 channels=8 codec=E-AC-3 "
         "layout=L R C LFE Lb Rb Ls Rs");
@@ -36,7 +34,7 @@ TEST(StreamFacts, TellsEac3BySubstreams) {
 }
 
 std::string dts_hd_text(uint32_t coding_mode, uint32_t extensions) {
-    const Buffer bytes = dts_extension(coding_mode, extensions);
+    const Data bytes = dts_extension(coding_mode, extensions);
     DtsHdInfo info;
     ZatStream stream = new_stream(ZAT_STREAM_AUDIO);
     stream.bit_rate = 1536000; // the core's
@@ -57,7 +55,7 @@ TEST(StreamFacts, TellsDtsHdByItsExtensionSubstream) {
     EXPECT_EQ(dts_hd_text(3, 0), " | audio bit_rate=1536000 sample_rate=96000 channels=8 codec=DTS" + rest);
 }
 
-Buffer loas(const BitBuilder& element) {
+Data loas(const BitBuilder& element) {
     return loas_frame(element, 200);
 }
 
@@ -76,7 +74,7 @@ TEST(StreamFacts, TellsLoasByItsConfiguration) {
 }
 
 TEST(StreamFacts, TellsAacByItsWholeConfiguration) {
-    const auto facts = [](const Buffer& bytes) {
+    const auto facts = [](const Data& bytes) {
         AudioSpecificConfig config;
         read_audio_specific_config(bytes, &config);
         ZatStream stream = new_stream(ZAT_STREAM_AUDIO);
@@ -97,7 +95,7 @@ TEST(StreamFacts, TellsAacByItsWholeConfiguration) {
     elements.bits(0, 3).bits(0x10, 5).bits(0x10, 5).bits(0, 4).bits(0, 5).bits(0, 8);
     BitBuilder usac; // object type 42 by escape, 48 kHz stereo
     usac.bits(31, 5).bits(10, 6).bits(3, 4).bits(0, 4).bits(3, 5).bits(1, 3).bits(2, 5);
-    const std::pair<Buffer, const char*> rows[] = {
+    const std::pair<Data, const char*> rows[] = {
         {{0x12, 0x10}, "audio sample_rate=44100 channels=2 codec=AAC profile=LC layout=L R"},
         {{0x13, 0x10, 0x56, 0xE5, 0x98}, "audio sample_rate=48000 channels=2 codec=AAC profile=HE-AAC layout=L R"},
         {{0x13, 0x88, 0x56, 0xE5, 0xA5, 0x48, 0x80}, "audio sample_rate=44100 channels=2 codec=AAC profile=HE-AACv2 layout=L R"},

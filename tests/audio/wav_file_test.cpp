@@ -12,14 +12,12 @@ namespace zat::test {
 
 namespace {
 
-using Buffer = std::vector<uint8_t>;
-
 // A chunk whose announced size may lie.
-Buffer chunk(std::string_view id, const Buffer& payload, int64_t size = -1) {
+Data chunk(std::string_view id, const Data& payload, int64_t size = -1) {
     return ByteBuilder().text(id).le32(size < 0 ? payload.size() : static_cast<uint64_t>(size)).append(payload).bytes;
 }
 
-Buffer chunk(std::string_view id, std::string_view payload, int64_t size = -1) {
+Data chunk(std::string_view id, std::string_view payload, int64_t size = -1) {
     return chunk(id, ByteBuilder().text(payload).bytes, size);
 }
 
@@ -27,31 +25,31 @@ struct Format {
     uint32_t tag = 1, channels = 2, rate = 44100, byte_rate = 176400, align = 4, bits = 16;
 };
 
-Buffer fmt(const Format& format, const Buffer& extension = {}, int64_t size = -1) {
+Data fmt(const Format& format, const Data& extension = {}, int64_t size = -1) {
     auto out = ByteBuilder().le16(format.tag).le16(format.channels).le32(format.rate);
     return chunk("fmt ", out.le32(format.byte_rate).le16(format.align).le16(format.bits).append(extension).bytes, size);
 }
 
 // cbSize, valid bits, mask and the GUID of PCM.
-Buffer extension(uint32_t mask) {
+Data extension(uint32_t mask) {
     return ByteBuilder().le16(22).le16(24).le32(mask).raw({1, 0, 0, 0, 0, 0, 16, 0, 0x80, 0, 0, 0xAA, 0, 0x38, 0x9B, 0x71}).bytes;
 }
 
-Buffer wave(const std::vector<Buffer>& chunks) {
+Data wave(const std::vector<Data>& chunks) {
     ByteBuilder builder;
     builder.text("RIFF").le32(0).text("WAVE");
-    for (const Buffer& bytes : chunks) {
+    for (const Data& bytes : chunks) {
         builder.append(bytes);
     }
     return builder.bytes;
 }
 
-Buffer data(size_t size) {
-    return chunk("data", Buffer(size, 1));
+Data data(size_t size) {
+    return chunk("data", Data(size, 1));
 }
 
 // There is no catalogue: the name of a codec is "C", one character, and the key.
-std::unique_ptr<InfoRecord> analyse(const Buffer& bytes) {
+std::unique_ptr<InfoRecord> analyse(const Data& bytes) {
     set_catalogue_directory("no catalogue/");
     auto record = analysed(AnalyzeWavFile, bytes);
     set_catalogue_directory("");
@@ -59,13 +57,13 @@ std::unique_ptr<InfoRecord> analyse(const Buffer& bytes) {
 }
 
 // The first frame of a stream: MPEG-1 Layer III, 128 kbit/s, 44100 Hz, stereo.
-Buffer mpeg_frame(std::string_view kind = "", uint32_t flags = 0, uint32_t frames = 0) {
+Data mpeg_frame(std::string_view kind = "", uint32_t flags = 0, uint32_t frames = 0) {
     auto out = ByteBuilder().be32(0xFFFB9000).pad_to(36).text(kind);
     return out.be32(flags).be32(frames).be32(100000).pad_to(417).bytes;
 }
 
 // A core frame header: 48000 Hz, 3/2 channels and LFE, 1536 kbit/s, 24 bits.
-Buffer dts_frame() {
+Data dts_frame() {
     BitBuilder bits;
     bits.bits(0x7FFE8001, 32).bits(1, 1).bits(31, 5).bits(0, 1).bits(15, 7).bits(2012, 14);
     bits.bits(9, 6).bits(13, 4).bits(24, 5).bits(0, 10).bits(1, 2).bits(0, 8).bits(6, 3);
@@ -85,7 +83,7 @@ const std::string plain_line = unnamed("0001] 44100Hz 2ch 1411.20kbps 16Bit [fmt
 
 struct Row {
     const char* name;
-    Buffer bytes;
+    Data bytes;
     std::string audio;
     double play_time;
     const char* chain = "[fmt ][data]";
@@ -109,7 +107,7 @@ const Row rows[] = {
     {"a later fmt and data replace all of the earlier ones",
         wave({fmt({0xFFFE, 2}, extension(3)), fmt({}, extension(3)), fmt(mu_law), data(9), data(4000)}),
         unnamed("0007] 8000Hz 1ch 64.00kbps 8Bit [fmt:16Byte]"), 0.5, "[fmt ][fmt ][fmt ][data][data]"},
-    {"a short fmt reads as zeros", wave({chunk("fmt ", Buffer{1, 0, 2, 0}), data(4)}),
+    {"a short fmt reads as zeros", wave({chunk("fmt ", Data{1, 0, 2, 0}), data(4)}),
         unnamed("0001] 0Hz 2ch 0.00kbps 0Bit [fmt:4Byte]"), 0},
     {"an fmt of 4 GiB", wave({fmt({}, {}, 0xFFFFFFFF), data(4)}), unnamed("0001] 44100Hz 2ch(C) 1411.20kbps 16Bit [fmt:-1Byte]"),
         0, "[fmt ]"},
@@ -121,13 +119,13 @@ const Row rows[] = {
             chunk("LIST", "x"), chunk("last", "x"), chunk("more", "x")}),
         plain_line, 1 / 44100.0, "[fmt ][a][data][LIST(INFOTAG)][LIST(INFOTAG)][LIST(INFOTAG)][la"},
     {"the first description that is not empty",
-        wave({chunk("fact", Buffer{0, 'B'}), chunk("bext", "BWF"), chunk("fact", "lossyWAV"), fmt({}), data(4)}), plain_line,
+        wave({chunk("fact", Data{0, 'B'}), chunk("bext", "BWF"), chunk("fact", "lossyWAV"), fmt({}), data(4)}), plain_line,
         1 / 44100.0, "[fact][bext][fact][fmt ][data]", "[RIFF(WAVE-BWF)]"},
-    {"MPEG audio", wave({fmt(mp3, Buffer(14)), chunk("data", mpeg_frame())}),
+    {"MPEG audio", wave({fmt(mp3, Data(14)), chunk("data", mpeg_frame())}),
         "MPEG1-LayerIII 44100Hz [CBR Stereo] 128.00kbps [417bpf] ", static_cast<double>(417.0F / 16000.0F)},
     {"an unusable Xing header keeps the plain line", wave({fmt(mp3), chunk("data", mpeg_frame("Xing", 1, 0))}),
         unnamed("0055] 44100Hz 2ch 128.00kbps 0Bit [fmt:16Byte]"), 417 / 16000.0},
-    {"DTS far behind the file's start", wave({fmt({}), chunk("junk", Buffer(2000000, 1)), chunk("data", dts_frame())}),
+    {"DTS far behind the file's start", wave({fmt({}), chunk("junk", Data(2000000, 1)), chunk("data", dts_frame())}),
         "DTS(16BitBE) 48000Hz 5.1Ch C+L+R+SL+SR+LFE 1536.000kbps 24Bit", 100 / 44100.0, "[fmt ][junk][data]"},
     {"many channels replace a DTS line", wave({fmt({1, 3, 44100, 176400, 4, 16}), chunk("data", dts_frame())}),
         unnamed("0001] 44100Hz 3ch(L+R+C) 1411.20kbps 16Bit [fmt:16Byte]"), 100 / 44100.0, "[fmt ][data]", "[RIFF(WAVE-EXT)]"},
@@ -135,26 +133,26 @@ const Row rows[] = {
 };
 
 // "ds64": the sizes of "data" and of one other chunk.
-Buffer sizes(uint64_t data, uint64_t samples, std::string_view id, uint64_t size) {
+Data sizes(uint64_t data, uint64_t samples, std::string_view id, uint64_t size) {
     return chunk("ds64", ByteBuilder().le64(0).le64(data).le64(samples).le32(1).text(id).le64(size).bytes);
 }
 
-Buffer guid(std::string_view id, bool is_riff = false) {
-    static const Buffer tails[] = {bytes_of_hex("F3ACD311 8CD100C0 4F8EDB8A"), bytes_of_hex("2E91CF11 A5D628DB 04C10000")};
+Data guid(std::string_view id, bool is_riff = false) {
+    static const Data tails[] = {bytes_of_hex("F3ACD311 8CD100C0 4F8EDB8A"), bytes_of_hex("2E91CF11 A5D628DB 04C10000")};
     return ByteBuilder().text(id).append(tails[is_riff ? 1 : 0]).bytes;
 }
 
 // With its padding to eight bytes.
-Buffer guid_chunk(std::string_view id, const Buffer& payload, int64_t size = -1) {
+Data guid_chunk(std::string_view id, const Data& payload, int64_t size = -1) {
     const uint64_t told = size < 0 ? payload.size() + 24 : static_cast<uint64_t>(size);
     auto out = ByteBuilder().append(guid(id)).le64(told).append(payload);
     return out.pad_to((out.bytes.size() + 7) / 8 * 8, 0xEE).bytes;
 }
 
-Buffer wave64(const std::vector<Buffer>& chunks) {
+Data wave64(const std::vector<Data>& chunks) {
     ByteBuilder builder;
     builder.append(guid("riff", true)).le64(0).append(guid("wave"));
-    for (const Buffer& bytes : chunks) {
+    for (const Data& bytes : chunks) {
         builder.append(bytes);
     }
     return builder.bytes;
@@ -177,14 +175,13 @@ TEST(WavFile, DescribesWhatTheChunksSay) {
 }
 
 TEST(WavFile, TellsTypedDetails) {
-    const Buffer info =
-        chunk("LIST", ByteBuilder().text("INFO").append(chunk("INAM", "Name")).append(chunk("ISFT", "Tool")).bytes);
+    const Data info = chunk("LIST", ByteBuilder().text("INFO").append(chunk("INAM", "Name")).append(chunk("ISFT", "Tool")).bytes);
     const Format valid_20_of_24 = {0xFFFE, 2, 48000, 288000, 6, 24};
-    Buffer valid_bits = extension(0x3);
+    Data valid_bits = extension(0x3);
     valid_bits[2] = 20;
     const struct {
         const char* name;
-        Buffer bytes;
+        Data bytes;
         const char* expected;
     } files[] = {
         {"Broadcast Wave of 20 bits in 24, cut",
@@ -198,7 +195,7 @@ TEST(WavFile, TellsTypedDetails) {
             "audio mode=1 duration=0.001 bit_rate=64000 bytes=8 samples=8 sample_rate=8000 channels=1 bit_depth=8 codec=PCM "
             "codec_id=0x0001 profile=unsigned 8 layout=C"},
         {"samples by the fact chunk",
-            wave({fmt({0x11, 2, 8000, 8110, 256, 4}), chunk("fact", Buffer{0x40, 0x1F, 0, 0}), data(8192)}),
+            wave({fmt({0x11, 2, 8000, 8110, 256, 4}), chunk("fact", Data{0x40, 0x1F, 0, 0}), data(8192)}),
             "WAV duration=1.000 bit_rate=65984\n"
             "audio duration=1.000 bit_rate=64880 bytes=8192 samples=8000 sample_rate=8000 channels=2 codec=ADPCM codec_id=0x0011 "
             "profile=IMA layout=L R"},
@@ -218,13 +215,13 @@ TEST(WavFile, TellsTypedDetails) {
 
 TEST(WavFile, TakesSizesOf64Bits) {
     constexpr int64_t elsewhere = 0xFFFFFFFF;
-    const Buffer format = fmt({});
-    const Buffer plain_format(format.begin() + 8, format.end());
-    const Buffer adpcm = fmt({0x11, 2, 8000, 8110, 256, 4});
-    const auto with_id = [](std::string_view id, const Buffer& bytes) { return ByteBuilder().append(bytes).put(0, id).bytes; };
+    const Data format = fmt({});
+    const Data plain_format(format.begin() + 8, format.end());
+    const Data adpcm = fmt({0x11, 2, 8000, 8110, 256, 4});
+    const auto with_id = [](std::string_view id, const Data& bytes) { return ByteBuilder().append(bytes).put(0, id).bytes; };
     const struct {
         const char* name;
-        Buffer bytes;
+        Data bytes;
         const char* label;
         const char* expected;
     } files[] = {
@@ -239,7 +236,7 @@ TEST(WavFile, TakesSizesOf64Bits) {
             "WAV profile=RF64 notes=truncated duration=28344.671 missing=4999999998\n"
             "audio mode=1 duration=28344.671 bit_rate=1411200 bytes=2 samples=1250000000 sample_rate=44100 channels=2 "
             "bit_depth=16 codec=PCM codec_id=0x0001 profile=signed 16 LE layout=L R"},
-        {"no sizes: all there is", with_id("BW64", wave({format, chunk("data", Buffer(176400, 1), elsewhere)})), "[RIFF64(WAVE)]",
+        {"no sizes: all there is", with_id("BW64", wave({format, chunk("data", Data(176400, 1), elsewhere)})), "[RIFF64(WAVE)]",
             "A [C\x96\xB3"
             "0001] 44100Hz 2ch 1411.20kbps 16Bit [fmt:16Byte]\n"
             "X [fmt ][data]\n"
@@ -248,7 +245,7 @@ TEST(WavFile, TakesSizesOf64Bits) {
             "audio mode=1 duration=1.000 bit_rate=1411200 bytes=176400 samples=44100 sample_rate=44100 channels=2 bit_depth=16 "
             "codec=PCM codec_id=0x0001 profile=signed 16 LE layout=L R"},
         {"samples of ds64; sizes of 32 bits stand",
-            with_id("RF64", wave({sizes(99, 8000, "x   ", 0), adpcm, chunk("fact", Buffer(4, 0xFF)), data(8192)})),
+            with_id("RF64", wave({sizes(99, 8000, "x   ", 0), adpcm, chunk("fact", Data(4, 0xFF)), data(8192)})),
             "[RIFF64(WAVE)]",
             "A [C\x96\xB3"
             "0011] 8000Hz 2ch 64.88kbps 4Bit [fmt:16Byte]\n"
@@ -259,7 +256,7 @@ TEST(WavFile, TakesSizesOf64Bits) {
             "profile=IMA layout=L R"},
         {"Wave64, other GUIDs, padding that is not zeros",
             wave64({guid_chunk("levl", {1}), guid_chunk("\x01xyz", {1}), guid_chunk("fmt ", plain_format),
-                guid_chunk("fact", ByteBuilder().le64(44100).bytes), guid_chunk("data", Buffer(176400, 1))}),
+                guid_chunk("fact", ByteBuilder().le64(44100).bytes), guid_chunk("data", Data(176400, 1))}),
             "[Wave64]",
             "A [C\x96\xB3"
             "0001] 44100Hz 2ch 1411.20kbps 16Bit [fmt:16Byte]\n"
@@ -350,13 +347,13 @@ TEST(WavFile, EstimatesThePlayTimeBeyond2Gb) {
 }
 
 TEST(WavFile, IsSoundAtEveryLength) {
-    const Buffer whole = wave({chunk("bext", "BWF"), {0}, fmt(mp3, extension(63)), chunk("data", mpeg_frame("Xing", 3, 100))});
+    const Data whole = wave({chunk("bext", "BWF"), {0}, fmt(mp3, extension(63)), chunk("data", mpeg_frame("Xing", 3, 100))});
     expect_sound_when_cut(AnalyzeWavFile, whole);
 }
 
 // A read or a text for each of them would take seconds.
 TEST(WavFile, WalksAMillionTinyChunks) {
-    const Buffer tiny = chunk("fmt ", Buffer{1, 0, 2, 0});
+    const Data tiny = chunk("fmt ", Data{1, 0, 2, 0});
     ByteBuilder builder;
     builder.append(wave({fmt({})}));
     for (int i = 0; i < 1000000; ++i) {

@@ -10,8 +10,6 @@
 namespace zat::test {
 namespace {
 
-using Data = std::vector<uint8_t>;
-
 constexpr int64_t own_size = -1;
 
 // A GUID by its first two fields and the rest, as it stands in a file.

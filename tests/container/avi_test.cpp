@@ -10,8 +10,6 @@
 namespace zat::test {
 namespace {
 
-using Data = std::vector<uint8_t>;
-
 struct Video {
     std::string_view code = "MJPG";
     uint64_t scale = 1, rate = 25, length = 50;

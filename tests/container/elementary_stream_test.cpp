@@ -6,8 +6,6 @@ namespace {
 using namespace zat;
 using namespace zat::test;
 
-using Data = std::vector<uint8_t>;
-
 // Units, each behind a start code.
 Data units(std::initializer_list<const char*> digits) {
     ByteBuilder to;

@@ -10,8 +10,6 @@ namespace {
 using namespace zat;
 using namespace zat::test;
 
-using Data = std::vector<uint8_t>;
-
 constexpr int64_t late = 0x123456789; // needs all 33 bits
 const Data late_pts = {0x39, 0x8D, 0x15, 0xCF, 0x13};
 

@@ -11,8 +11,6 @@ namespace zat::test {
 
 namespace {
 
-using Data = std::vector<uint8_t>;
-
 struct Row {
     const char* name;
     Data bytes;

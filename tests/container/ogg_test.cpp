@@ -11,8 +11,6 @@ namespace zat::test {
 
 namespace {
 
-using Data = std::vector<uint8_t>;
-
 Data opus_head(uint64_t pre_skip = 312, uint64_t channels = 2) {
     return ByteBuilder().text("OpusHead").u8(1).u8(channels).le16(pre_skip).le32(44100).le16(0).u8(0).bytes;
 }

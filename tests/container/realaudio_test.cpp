@@ -5,21 +5,19 @@ namespace zat::test {
 
 namespace {
 
-using Buffer = std::vector<uint8_t>;
-
 // Title, author, copyright and comment, each behind its length.
-Buffer texts(std::string_view title, std::string_view author) {
+Data texts(std::string_view title, std::string_view author) {
     return ByteBuilder().u8(title.size()).text(title).u8(author.size()).text(author).be16(0).bytes;
 }
 
-Buffer version3(const Buffer& texts, uint64_t data_size, size_t present) {
+Data version3(const Data& texts, uint64_t data_size, size_t present) {
     auto out = ByteBuilder().text(".ra\xFD").be16(3).be16(14 + texts.size() + 6).fill(8).be16(60000).be32(data_size);
     return out.append(texts).u8(0).u8(4).text("lpcJ").fill(present, 1).bytes;
 }
 
 // Of 22050 Hz, two channels, 32 kbit/s, with a sound of 4000 bytes.
-Buffer version4or5(int version, std::string_view codec, size_t present, uint64_t rate = 22050) {
-    const Buffer names = texts("Title", "\x83\x65\x83\x58\x83\x67");
+Data version4or5(int version, std::string_view codec, size_t present, uint64_t rate = 22050) {
+    const Data names = texts("Title", "\x83\x65\x83\x58\x83\x67");
     ByteBuilder out;
     out.text(".ra\xFD").be16(static_cast<uint64_t>(version)).be16(0).text(version == 4 ? ".ra4" : ".ra5").be32(4000 + 60);
     out.be16(0).be32((version == 4 ? 69 : 73) + names.size() - 16).be16(0).be32(0).be32(4000).be32(240000).fill(10);
@@ -37,7 +35,7 @@ Buffer version4or5(int version, std::string_view codec, size_t present, uint64_t
 TEST(RealAudio, DescribesEveryVersion) {
     const struct {
         const char* name;
-        Buffer bytes;
+        Data bytes;
         const char* expected;
     } rows[] = {
         {"version 3", version3(texts("A", "B"), 8000, 8000),

@@ -11,8 +11,6 @@ namespace {
 using namespace zat;
 using namespace zat::test;
 
-using Data = std::vector<uint8_t>;
-
 constexpr int64_t own_size = -1;
 
 struct RealBuilder : ByteBuilder {

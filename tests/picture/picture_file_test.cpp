@@ -6,23 +6,6 @@ namespace {
 using namespace zat;
 using namespace zat::test;
 
-using Data = std::vector<uint8_t>;
-
-struct Row {
-    const char* name;
-    Data bytes;
-    std::string expected; // lines and play time, then the details
-};
-
-void expect_rows(uint32_t type_code, const char* label, const std::vector<Row>& rows) {
-    for (const Row& row : rows) {
-        const auto found = dispatched(type_code, row.bytes);
-        EXPECT_EQ(found->text(), row.expected) << row.name;
-        EXPECT_STREQ(found->record.label, label) << row.name;
-    }
-    expect_sound_when_cut(type_code, rows[0].bytes);
-}
-
 struct JpegBuilder : ByteBuilder {
     JpegBuilder() { raw({0xFF, 0xD8}); }
 

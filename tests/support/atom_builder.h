@@ -10,8 +10,6 @@
 
 namespace zat::test {
 
-using Data = std::vector<uint8_t>;
-
 constexpr int64_t own_size = -1;
 
 inline Data join(std::initializer_list<Data> parts) {

@@ -8,10 +8,12 @@
 
 namespace zat::test {
 
+using Data = std::vector<uint8_t>;
+
 // The functions that insert are kept out of line: inlined, GCC 12 takes the vector's own moves and
 // fills for overflows.
 struct ByteBuilder {
-    std::vector<uint8_t> bytes;
+    Data bytes;
 
     ByteBuilder& raw(std::initializer_list<int> values) {
         for (const int value : values) {
@@ -23,7 +25,7 @@ struct ByteBuilder {
         bytes.insert(bytes.end(), value.begin(), value.end());
         return *this;
     }
-    [[gnu::noinline]] ByteBuilder& append(const std::vector<uint8_t>& value) {
+    [[gnu::noinline]] ByteBuilder& append(const Data& value) {
         bytes.insert(bytes.end(), value.begin(), value.end());
         return *this;
     }
@@ -66,8 +68,8 @@ private:
 };
 
 // Bytes as hexadecimal digits, blanks between them: "00 01 B3".
-inline std::vector<uint8_t> bytes_of_hex(std::string_view digits) {
-    std::vector<uint8_t> bytes;
+inline Data bytes_of_hex(std::string_view digits) {
+    Data bytes;
     for (size_t i = 0; i + 1 < digits.size(); i += digits[i] == ' ' ? 1 : 2) {
         if (digits[i] != ' ') {
             bytes.push_back(static_cast<uint8_t>(std::stoi(std::string(digits.substr(i, 2)), nullptr, 16)));
@@ -78,7 +80,7 @@ inline std::vector<uint8_t> bytes_of_hex(std::string_view digits) {
 
 // Fields of any width, most significant bit first.
 struct BitBuilder {
-    std::vector<uint8_t> bytes;
+    Data bytes;
     int used = 0; // bits of the last byte
 
     BitBuilder& bits(uint64_t value, int width) {

@@ -11,8 +11,6 @@
 
 namespace zat::test {
 
-using Data = std::vector<uint8_t>;
-
 // An identifier and a size of eight bytes, then the data.
 inline Data sized_element(uint64_t id, uint64_t size, const Data& data) {
     ByteBuilder to;

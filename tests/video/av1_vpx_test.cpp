@@ -11,8 +11,6 @@
 namespace zat::test {
 namespace {
 
-using Data = std::vector<uint8_t>;
-
 // Stream starts that libaom and libvpx wrote, checked with other readers.
 const Data av1_hlg = bytes_of_hex("12 00 0a 0e 00 00 00 04 3d 06 d4 da f9 50 91 20 90 40 32 c1");
 const Data av1_444 = bytes_of_hex("12 00 0a 0a 20 00 00 04 3d 06 d4 da f9 02 32 95");

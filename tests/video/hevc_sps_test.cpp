@@ -9,8 +9,6 @@
 namespace zat::test {
 namespace {
 
-using Data = std::vector<uint8_t>;
-
 // What x265 wrote, checked with other readers.
 const Data main_10 = bytes_of_hex("42 01 01 02 20 00 00 03 00 90 00 00 03 00 00 03 00 3c a0 0a 48 0b 9c 94 d9 65 66 92 4c af 04 "
                                   "6a 12 20 12 08 00 00 1f 48 00 02 ee 00 40");

@@ -9,8 +9,6 @@
 namespace zat::test {
 namespace {
 
-using Data = std::vector<uint8_t>;
-
 Data joined(std::initializer_list<Data> parts) {
     ByteBuilder all;
     for (const Data& part : parts) {
