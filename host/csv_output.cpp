@@ -60,15 +60,6 @@ struct Row {
     const ZatStream* stream = nullptr;
 };
 
-template <size_t Slots>
-std::vector<std::string> lines_of(const char (&lines)[Slots][ZAT_LINE_SIZE], int32_t count) {
-    std::vector<std::string> out;
-    for (int32_t i = 0; i < count && i < static_cast<int32_t>(Slots); ++i) {
-        out.push_back(utf8_of_shift_jis(lines[i]));
-    }
-    return out;
-}
-
 std::vector<const ZatStream*> streams_of(const Description& description, uint32_t kind) {
     std::vector<const ZatStream*> out;
     const ZatDetails* details = description.details.get();

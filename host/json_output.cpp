@@ -15,15 +15,6 @@ using Json = nlohmann::ordered_json;
 // Raised whenever a reader of the output would have to change.
 constexpr int schema_version = 2;
 
-template <size_t Slots>
-Json lines_of(const char (&lines)[Slots][ZAT_LINE_SIZE], int32_t count) {
-    auto out = Json::array();
-    for (int32_t i = 0; i < count && i < static_cast<int32_t>(Slots); ++i) {
-        out.push_back(utf8_of_shift_jis(lines[i]));
-    }
-    return out;
-}
-
 // RFC 3986, section 2.1: every byte that is neither unreserved nor a slash as %XX.
 std::string percent_encoded(const std::string& bytes) {
     constexpr char digits[] = "0123456789ABCDEF";

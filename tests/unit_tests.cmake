@@ -32,6 +32,7 @@ target_sources(unit_tests PRIVATE ${catalogue_source})
 if(WIN32)
     add_test(NAME windows_unit_tests
         COMMAND ${PROJECT_SOURCE_DIR}/tools/wine-run $<TARGET_FILE:unit_tests> --gtest_brief=1)
+    set_tests_properties(windows_unit_tests PROPERTIES COST 200) # the longest start first
 else()
     include(GoogleTest)
     gtest_discover_tests(unit_tests DISCOVERY_MODE PRE_TEST)
@@ -52,5 +53,6 @@ else()
     add_test(NAME threads COMMAND thread_test ${PROJECT_SOURCE_DIR}/catalogue/ ${PROJECT_SOURCE_DIR}/fuzz/seeds)
 
     add_test(NAME lint COMMAND ${PROJECT_SOURCE_DIR}/tools/lint)
+    set_tests_properties(lint PROPERTIES COST 200)
     add_test(NAME code_tables COMMAND ${PROJECT_SOURCE_DIR}/tools/make-code-tables --check)
 endif()
