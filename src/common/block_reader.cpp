@@ -32,8 +32,8 @@ uint32_t length_to_read(BlockReader* reader, int64_t position, uint32_t least) {
     const bool is_walk = goes_on || reader->short_steps >= steps_of_walk;
     const uint32_t longer = std::max(BlockReader::block_size, reader->loaded * growth);
     const uint32_t usual = is_walk ? std::min(longer, reader->capacity) : reader->jump;
-    const auto wanted = static_cast<uint32_t>(
-        std::min<int64_t>(std::max(usual, least), reader->file->size - position));
+    const int64_t most = std::min(std::max(usual, least), reader->capacity);
+    const auto wanted = static_cast<uint32_t>(std::min(most, reader->file->size - position));
     const uint32_t held = held_at(reader->file, position);
     return held != 0 && held >= least ? std::min(held, wanted) : wanted;
 }
