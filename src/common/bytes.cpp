@@ -6,7 +6,7 @@ namespace {
 
 constexpr size_t block_size = 128;
 constexpr size_t word_size = 8;
-constexpr size_t near = 64; // bytes in which words find a pair sooner than blocks
+constexpr size_t nearby = 64; // bytes in which words find a pair sooner than blocks
 
 // Free of branches, so that the compiler makes vector instructions of it, the fewest of a sum: as
 // fast as memchr, and not slower on data that is full of the first byte.
@@ -40,7 +40,7 @@ int64_t find_byte_pair(Bytes bytes, size_t from, uint8_t a, uint8_t b) {
     size_t at = from;
     // A pair is often close by: blocks only once it is not.
     for (size_t checked = 0; at + word_size <= end; at += word_size, checked += word_size) {
-        if (checked >= near) {
+        if (checked >= nearby) {
             while (end - at >= block_size && !block_has_pair(p + at, a, b)) {
                 at += block_size;
             }
