@@ -154,8 +154,15 @@ TEST(Ogg, describes_each_stream_with_what_its_pages_tell) {
             "0055] 44100Hz 2ch 16.036kbps\nX [text]\n2.000"},
         {"unknown stream", OggBuilder().page(2, 0, {Data(40, 7)}).page(0, 5, {Data(5)}).bytes,
             "[Ogg]\nX [unknown stream]\n0.000"},
-        {"same serial twice", OggBuilder().page(2, 0, {opus_head()}).page(2, 0, {opus_head(0, 1)}).bytes,
-            "[Ogg]\nA [Opus] 48000Hz 2ch\n0.000"},
+        {"same serial over and over",
+            OggBuilder()
+                .page(2, 0, {opus_head()})
+                .page(2, 0, {opus_head(0, 1)})
+                .page(2, 0, {opus_head(0, 1)})
+                .stream(2)
+                .page(2, 0, {opus_head()})
+                .bytes,
+            "[Ogg]\nA [Opus] 48000Hz 2ch\nA [Opus] 48000Hz 2ch\n0.000"},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
