@@ -243,12 +243,18 @@ Data avc_picture() {
         .bytes;
 }
 
+// Advanced profile, level 1, 64x48, 10 frames a second, behind a byte that is none of it.
+Data vc1_sequence() {
+    return bytes_of_hex("24 00 00 01 0F CB 84 07 70 33 8A 07 78 1D FF 9B 9B 80 44 80 19 00");
+}
+
 Data pictures() {
     const auto top_down = static_cast<uint64_t>(-240);
     return avi({headers({video({.code = "h264", .width = 256, .height = 144}, properties(4, 3, 2)),
                     video({.code = {"\0\0\0\0", 4}, .height = top_down}),
                     video({.code = "WMV3", .codec_data = {0x4E, 0x39, 0x0A, 0x01}}),
-                    video({.code = "XVID", .codec_data = mpeg4_picture("DivX999b000p/XviD0046")})}),
+                    video({.code = "XVID", .codec_data = mpeg4_picture("DivX999b000p/XviD0046")}),
+                    video({.code = "WVC1", .codec_data = vc1_sequence()})}),
         movi({riff_chunk("00dc", avc_picture())})});
 }
 
@@ -362,9 +368,10 @@ TEST(Avi, describes_streams) {
             "00000000] 24Bit 25.000fps 50f\n"
             "V 320x240 [C\x96\xB3WMV3] 25.000fps 50f\n"
             "V 320x240 [C\x96\xB3XviD0046(BVOP)] 25.000fps 50f\n"
+            "V 320x240 [VC-1 Advanced@1] 25.000fps 50f Progressive\n"
             "X no index\n"
             "2.000",
-            "AVI notes=no index duration=2.000 bit_rate=2992\n"
+            "AVI notes=no index duration=2.000 bit_rate=3576\n"
             "video duration=2.000 frame_rate=25.000 frames=50 size=256:144 pixel=3:4 display=4:3 fps_ratio=25:1 scan=2 "
             "bit_depth=8 codec=H.264 codec_id=h264 profile=High level=1.3 chroma=4:2:0\n"
             "video id=1 duration=2.000 frame_rate=25.000 frames=50 size=320:240 fps_ratio=25:1 bit_depth=8 codec=Raw video "
@@ -372,7 +379,9 @@ TEST(Avi, describes_streams) {
             "video id=2 duration=2.000 frame_rate=25.000 frames=50 size=320:240 fps_ratio=25:1 bit_depth=8 codec=WMV3 "
             "codec_id=WMV3 profile=Main chroma=4:2:0\n"
             "video id=3 duration=2.000 frame_rate=25.000 frames=50 size=320:240 fps_ratio=25:1 codec=MPEG-4 Visual codec_id=XVID "
-            "encoder=XviD0046"},
+            "encoder=XviD0046\n"
+            "video id=4 duration=2.000 frame_rate=25.000 frames=50 size=320:240 pixel=1:1 display=4:3 fps_ratio=25:1 scan=1 "
+            "bit_depth=8 codec=VC-1 codec_id=WVC1 profile=Advanced level=1 chroma=4:2:0"},
     });
 }
 

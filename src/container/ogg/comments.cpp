@@ -20,6 +20,7 @@ constexpr uint32_t item_count_limit = 1024;
 struct CommentRow {
     Coding coding;
     std::string_view prefix; // before the vendor's length
+    uint32_t packet = 1;     // of the stream, counted from 0
 };
 
 constexpr CommentRow rows[] = {
@@ -29,8 +30,8 @@ constexpr CommentRow rows[] = {
     {Coding::celt, ""sv},
     {Coding::theora, "\x81theora"sv},
     {Coding::vp8, "OVP80\2 "sv},
-    {Coding::flac, "\4***"sv},     // a metadata block's header
-    {Coding::old_flac, "\4***"sv}, // '*' stands for any byte
+    {Coding::flac, "\4***"sv},        // a metadata block's header
+    {Coding::old_flac, "\4***"sv, 2}, // '*' stands for any byte
     {Coding::kate, "\x81kate\0\0\0"sv},
     {Coding::ogm_video, "\3vorbis"sv},
     {Coding::ogm_audio, "\3vorbis"sv},
@@ -43,12 +44,15 @@ bool skip_prefix(PacketCursor* cursor, std::string_view prefix) {
     if (read_packet(cursor, bytes, length) != length) {
         return false;
     }
+    if (prefix.ends_with('*')) {
+        bytes[0] &= 0x7F; // above the type of a FLAC block a bit says that it is the last one
+    }
     for (uint32_t i = 0; i < length; ++i) {
         if (prefix[i] != '*' && static_cast<uint8_t>(prefix[i]) != bytes[i]) {
             return false;
         }
     }
-    return length == 0 || (bytes[0] & 0x7F) == (static_cast<uint8_t>(prefix[0]) & 0x7F);
+    return true;
 }
 
 // A packet with its long items cut.
@@ -134,7 +138,12 @@ void read_comments(Reader* reader, const LogicalStream& stream, StreamComments* 
         return;
     }
     start_packet(&cursor, reader, stream.first_page, 0);
-    if (!next_packet(&cursor) || !skip_prefix(&cursor, row->prefix)) {
+    for (uint32_t i = 0; i < row->packet; ++i) {
+        if (!next_packet(&cursor)) {
+            return;
+        }
+    }
+    if (!skip_prefix(&cursor, row->prefix)) {
         return;
     }
     Packet packet;
