@@ -19,23 +19,23 @@ constexpr uint32_t item_count_limit = 1024;
 
 struct CommentRow {
     Coding coding;
+    uint8_t packet;          // of the stream, counted from 0
     std::string_view prefix; // before the vendor's length
-    uint32_t packet = 1;     // of the stream, counted from 0
 };
 
 constexpr CommentRow rows[] = {
-    {Coding::vorbis, "\3vorbis"sv},
-    {Coding::opus, "OpusTags"sv},
-    {Coding::speex, ""sv},
-    {Coding::celt, ""sv},
-    {Coding::theora, "\x81theora"sv},
-    {Coding::vp8, "OVP80\2 "sv},
-    {Coding::flac, "\4***"sv},        // a metadata block's header
-    {Coding::old_flac, "\4***"sv, 2}, // '*' stands for any byte
-    {Coding::kate, "\x81kate\0\0\0"sv},
-    {Coding::ogm_video, "\3vorbis"sv},
-    {Coding::ogm_audio, "\3vorbis"sv},
-    {Coding::ogm_text, "\3vorbis"sv},
+    {Coding::vorbis, 1, "\3vorbis"sv},
+    {Coding::opus, 1, "OpusTags"sv},
+    {Coding::speex, 1, ""sv},
+    {Coding::celt, 1, ""sv},
+    {Coding::theora, 1, "\x81theora"sv},
+    {Coding::vp8, 1, "OVP80\2 "sv},
+    {Coding::flac, 1, "\4***"sv},     // a metadata block's header
+    {Coding::old_flac, 2, "\4***"sv}, // '*' stands for any byte
+    {Coding::kate, 1, "\x81kate\0\0\0"sv},
+    {Coding::ogm_video, 1, "\3vorbis"sv},
+    {Coding::ogm_audio, 1, "\3vorbis"sv},
+    {Coding::ogm_text, 1, "\3vorbis"sv},
 };
 
 bool skip_prefix(PacketCursor* cursor, std::string_view prefix) {
