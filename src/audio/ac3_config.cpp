@@ -67,7 +67,8 @@ bool read_eac3_config(Bytes record, Ac3Config* config) {
     if (read_bits(&bits, 4) == 0) { // num_dep_sub
         skip_bits(&bits, 1);
     } else {
-        config->locations = read_bits(&bits, 9);
+        const uint32_t locations = read_bits(&bits, 9);
+        config->locations = bits.failed ? 0 : locations;
         for (int i = 0; i < std::ssize(channels_by_location); ++i) {
             config->channels +=
                 (config->locations >> (8 - i) & 1) != 0 ? channels_by_location[i] : 0;

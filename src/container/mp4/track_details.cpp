@@ -20,10 +20,6 @@ namespace {
 constexpr uint32_t text_handlers[] = {
     fourcc("text"), fourcc("sbtl"), fourcc("subt"), fourcc("subp"), fourcc("clcp")};
 
-std::string_view text_of(Bytes bytes) {
-    return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
-}
-
 bool version_1(Reader* reader, Span payload) {
     return read_be32(reader, payload, 0) >> 24 == 1;
 }
