@@ -17,7 +17,6 @@ namespace zat {
 
 namespace {
 
-constexpr size_t codec_name_size = 256;
 constexpr size_t extra_info_size = 256; // bytes used of the extra-info text, terminator included
 
 void set_play_time(const WavChunks& chunks, InfoRecord* record) {

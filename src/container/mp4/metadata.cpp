@@ -12,10 +12,6 @@ namespace {
 // Well-known types of values (QuickTime File Format, "Well-Known Types").
 enum ValueType : uint32_t { value_utf8 = 1, value_utf16 = 2 };
 
-std::string_view text_of(Bytes bytes) {
-    return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
-}
-
 // UTF-16 announces itself with a byte order mark.
 void convert(Bytes bytes, char* out, size_t size) {
     if (bytes.size() >= 2 && bytes[0] == 0xFE && bytes[1] == 0xFF) {

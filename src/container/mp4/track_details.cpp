@@ -20,10 +20,6 @@ namespace {
 constexpr uint32_t text_handlers[] = {
     fourcc("text"), fourcc("sbtl"), fourcc("subt"), fourcc("subp"), fourcc("clcp")};
 
-std::string_view text_of(Bytes bytes) {
-    return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
-}
-
 bool version_1(Reader* reader, Span payload) {
     return read_be32(reader, payload, 0) >> 24 == 1;
 }
@@ -256,7 +252,7 @@ uint64_t movie_bytes(const TrackFacts& facts, const ZatStream& stream) {
 }
 
 // A claim within this part of the counted rate is the same.
-constexpr double same_rate = 0.01;
+constexpr double same_bit_rate = 0.01;
 
 void count_bytes(TrackFacts* facts, ZatStream* stream) {
     stream->bytes = movie_bytes(*facts, *stream) + facts->track->fragment_bytes;
@@ -272,7 +268,7 @@ void count_bytes(TrackFacts* facts, ZatStream* stream) {
     }
     const double difference =
         std::abs(static_cast<double>(claim) - static_cast<double>(stream->bit_rate));
-    if (claim != 0 && difference > same_rate * static_cast<double>(stream->bit_rate)) {
+    if (claim != 0 && difference > same_bit_rate * static_cast<double>(stream->bit_rate)) {
         stream->nominal_bit_rate = claim;
     }
 }
