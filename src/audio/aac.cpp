@@ -11,10 +11,8 @@ namespace zat {
 
 namespace {
 
-constexpr uint32_t sbr_sync_extension = 0x2B7;
-
 // -1 for reserved indices and the explicit rate.
-int32_t sample_rate_of(uint32_t index) {
+int32_t table_rate_of(uint32_t index) {
     const uint32_t rate = aac_sample_rate(index);
     return rate != 0 ? static_cast<int32_t>(rate) : -1;
 }
@@ -22,7 +20,7 @@ int32_t sample_rate_of(uint32_t index) {
 // Whether the container's rate tells of SBR that the configuration does not announce, or confirms
 // that which it does.
 bool container_tells_sbr(const AacConfig* cfg) {
-    const int32_t table_rate = sample_rate_of(cfg->sampling_frequency_index);
+    const int32_t table_rate = table_rate_of(cfg->sampling_frequency_index);
     if (static_cast<uint32_t>(table_rate) == cfg->container_sample_rate) {
         return false;
     }
@@ -188,7 +186,7 @@ void AacObjectTypeName(uint32_t object_type, char (&out)[aac_name_size]) {
 }
 
 int32_t aac_config_rate(const AacConfig* cfg) {
-    const int32_t table_rate = sample_rate_of(cfg->sampling_frequency_index);
+    const int32_t table_rate = table_rate_of(cfg->sampling_frequency_index);
     return cfg->sbr_flag == 1 || container_tells_sbr(cfg) ? 2 * table_rate : table_rate;
 }
 

@@ -16,7 +16,7 @@ struct AacConfig {
     uint8_t object_type = 0;
     uint8_t sampling_frequency_index = 0;
     uint8_t channel_configuration = 0;
-    uint32_t sync_extension_type = 0; // 0x2B7 when the extension fields are there
+    uint32_t sync_extension_type = 0; // sbr_sync_extension where there are extension fields
     uint8_t extension_object_type = 0;
     uint8_t sbr_flag = 0;
     uint32_t extension_sampling_frequency_index = 0;

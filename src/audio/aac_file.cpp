@@ -18,7 +18,7 @@ namespace zat {
 
 namespace {
 
-constexpr uint32_t block_samples = 1024; // of a raw_data_block
+constexpr uint32_t aac_block_samples = 1024; // of a raw_data_block
 
 // ADTS (ISO/IEC 13818-7, 6.2)
 
@@ -29,7 +29,8 @@ bool read_adts_frame(Bytes bytes, AudioFrame* frame) {
     if (frame->size <= adts_header_size || aac_sample_rate(bytes[2] >> 2 & 0xF) == 0) {
         return false;
     }
-    frame->samples = block_samples * ((bytes[6] & 3U) + 1); // number_of_raw_data_blocks_in_frame
+    frame->samples =
+        aac_block_samples * ((bytes[6] & 3U) + 1); // number_of_raw_data_blocks_in_frame
     return true;
 }
 
@@ -90,7 +91,7 @@ int analyze_adts(FramedFile* framed, const Output& out) {
 
 // The samples are those of one sub-frame.
 bool read_loas_frame(Bytes bytes, AudioFrame* frame) {
-    *frame = {loas_frame_size(bytes), block_samples};
+    *frame = {loas_frame_size(bytes), aac_block_samples};
     return frame->size > loas_header_size;
 }
 

@@ -11,7 +11,7 @@ namespace zat {
 namespace {
 
 // ATSC A/52, 5.4.1.3; -1 for the reserved code.
-int32_t sample_rate_of(uint32_t fscod) {
+int32_t ac3_sample_rate(uint32_t fscod) {
     static constexpr int32_t rates[] = {48000, 44100, 32000};
     static_assert(std::size(rates) == 3);
     return fscod < std::size(rates) ? rates[fscod] : -1;
@@ -21,7 +21,7 @@ int32_t sample_rate_of(uint32_t fscod) {
 // frmsizecod.
 constexpr uint16_t invalid_bitrate = 0xFFFF;
 
-uint16_t bitrate_of(uint32_t frmsizecod_pair) {
+uint16_t ac3_bitrate(uint32_t frmsizecod_pair) {
     static constexpr uint16_t rates[] = {
         32, 40, 48, 56, 64, 80, 96, 112, 128, 160, 192, 224, 256, 320, 384, 448, 512, 576, 640};
     static_assert(std::size(rates) == 19);
@@ -57,13 +57,6 @@ CodingMode coding_mode(uint32_t acmod) {
     };
     static_assert(std::size(modes) == 8);
     return acmod < std::size(modes) ? modes[acmod] : CodingMode{"Multi Channnel(Unknown)", 0};
-}
-
-// Skips a field behind the flag that says whether it is there.
-void skip_optional(BitReader* reader, size_t bits) {
-    if (read_bits(reader, 1) != 0) {
-        skip_bits(reader, bits);
-    }
 }
 
 // What the two programmes of a dual mono stream have each.
@@ -154,12 +147,12 @@ int ac3_info(Bytes frame, Ac3Info* info) {
     }
     skip_bits(&reader, 16); // crc1
     const uint32_t fscod = read_bits(&reader, 2);
-    info->sample_rate = sample_rate_of(fscod);
+    info->sample_rate = ac3_sample_rate(fscod);
     if (info->sample_rate == -1) {
         return 1;
     }
     const uint32_t frmsizecod = read_bits(&reader, 6);
-    info->bitrate = bitrate_of(frmsizecod >> 1);
+    info->bitrate = ac3_bitrate(frmsizecod >> 1);
     if (info->bitrate == invalid_bitrate) {
         return 1;
     }

@@ -13,7 +13,7 @@ namespace {
 
 // ISO/IEC 13818-7, table 35, but for the 22500 of index 7, which this line has always shown, and
 // the rate of index 12, which MPEG-2 lacks; 0 for the rest.
-uint32_t sample_rate_of(uint32_t index) {
+uint32_t adts_sample_rate(uint32_t index) {
     static constexpr uint32_t rates[] = {
         96000, 88200, 64000, 48000, 44100, 32000, 24000, 22500, 16000, 12000, 11025, 8000};
     static_assert(std::size(rates) == 12);
@@ -62,7 +62,7 @@ int ParseAdtsHeader(Bytes frame, AdtsHeader* header) {
     skip_bits(&reader, 1); // protection_absent
     header->profile = read_bits(&reader, 2);
     header->sampling_frequency_index = read_bits(&reader, 4);
-    header->sample_rate = sample_rate_of(header->sampling_frequency_index);
+    header->sample_rate = adts_sample_rate(header->sampling_frequency_index);
     skip_bits(&reader, 1); // private_bit
     header->channel_configuration = read_bits(&reader, 3);
     skip_bits(&reader, 1); // original_copy

@@ -170,12 +170,12 @@ void take_note(const Chunk& chunk, AiffFile* aiff) {
     take_annotation(chunk_text(chunk, aiff), &aiff->sound);
 }
 
-struct Handler {
+struct AiffHandler {
     uint32_t id;
     void (*take)(const Chunk& chunk, AiffFile* aiff);
 };
 
-constexpr Handler handlers[] = {
+constexpr AiffHandler aiff_handlers[] = {
     {fourcc("COMM"), take_common},
     {fourcc("SSND"), take_sound},
     {fourcc("CHAN"), take_layout},
@@ -192,7 +192,7 @@ void walk_chunks(AiffFile* aiff) {
     Chunk chunk;
     while (read_chunk(&aiff->reader, rest, &chunk, std::endian::big)) {
         add_to_chain(&aiff->sound.chain, chunk.id, zeros != 0);
-        for (const Handler& handler : handlers) {
+        for (const AiffHandler& handler : aiff_handlers) {
             if (handler.id == chunk.id) {
                 handler.take(chunk, aiff);
             }

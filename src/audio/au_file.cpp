@@ -14,7 +14,7 @@ namespace zat {
 namespace {
 
 // ".snd", the offset of the sound, its size, encoding, rate, channels; the annotation behind.
-constexpr uint32_t header_size = 24;
+constexpr uint32_t au_header_size = 24;
 constexpr uint32_t unknown_size = 0xFFFFFFFF;
 constexpr uint32_t annotation_limit = 2048; // bytes that are read
 
@@ -45,7 +45,7 @@ void read_annotation(Reader* reader, Span annotation, SoundFile* sound) {
 
 void read_header(Reader* reader, SoundFile* sound) {
     const Span file = span_behind_id3v2(reader);
-    uint8_t fields[header_size];
+    uint8_t fields[au_header_size];
     if (!read_all(reader, file, 0, fields, sizeof fields)) {
         return;
     }
@@ -63,8 +63,8 @@ void read_header(Reader* reader, SoundFile* sound) {
         set_sample_form(sound, row->form, 0);
         format_text(sound->facts.codec_id, sizeof sound->facts.codec_id, "%u", encoding);
     }
-    if (offset > header_size) {
-        read_annotation(reader, sub_span(file, header_size, offset - header_size), sound);
+    if (offset > au_header_size) {
+        read_annotation(reader, sub_span(file, au_header_size, offset - au_header_size), sound);
     }
 }
 

@@ -12,7 +12,6 @@ constexpr uint32_t object_type_scalable = 6;
 constexpr uint32_t object_type_er_scalable = 20;
 constexpr uint32_t object_type_er_bsac = 22;
 constexpr uint32_t object_type_er_eld = 39;
-constexpr uint32_t sbr_sync_extension = 0x2B7;
 constexpr uint32_t ps_sync_extension = 0x548;
 
 // GASpecificConfig belongs to these types, the flags of error resilience to those from 17 on.

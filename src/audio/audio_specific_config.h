@@ -42,6 +42,8 @@ struct ProgramConfig {
 // Decodes the element at the cursor; its bytes are aligned to the bit `start`.
 ProgramConfig read_program_config(BitReader* reader, size_t start);
 
+constexpr uint32_t sbr_sync_extension = 0x2B7; // syncExtensionType
+
 // Hz by samplingFrequencyIndex (table 1.18); 0 for reserved indices and the explicit rate.
 uint32_t aac_sample_rate(uint32_t index);
 

@@ -12,20 +12,20 @@ namespace zat {
 
 namespace {
 
-constexpr LosslessKind kind = {"[DSDIFF]", "DSDIFF", "DSD"};
+constexpr LosslessKind dsdiff_kind = {"[DSDIFF]", "DSDIFF", "DSD"};
 constexpr LosslessKind packed_kind = {"[DSDIFF]", "DSDIFF", "DST"};
 
-constexpr uint32_t chunk_limit = 4096; // of one level
-constexpr uint32_t chunk_header_size = 12;
+constexpr uint32_t dsdiff_chunk_limit = 4096; // of one level
+constexpr uint32_t dsdiff_chunk_header_size = 12;
 constexpr int64_t form_header_size = 16; // "FRM8", its size, which is often wrong, "DSD "
 constexpr uint32_t channel_limit = 64;
 
-struct Speaker {
+struct DsdiffSpeaker {
     char id[5];
     uint32_t mask;
 };
 
-constexpr Speaker speakers[] = {
+constexpr DsdiffSpeaker dsdiff_speakers[] = {
     {"SLFT", 0x1},
     {"SRGT", 0x2},
     {"MLFT", 0x1},
@@ -44,15 +44,15 @@ struct DsdiffFile {
     uint32_t packed_rate = 0; // frames per second
 };
 
-struct Chunk {
+struct DsdiffChunk {
     uint32_t id = 0;
     int64_t size = 0; // as it is told
     Span content;     // what the file holds of it
 };
 
-using Take = void (*)(const Chunk& chunk, DsdiffFile* dsdiff);
+using Take = void (*)(const DsdiffChunk& chunk, DsdiffFile* dsdiff);
 
-struct Row {
+struct DsdiffRow {
     uint32_t id;
     Take take;
 };
@@ -72,23 +72,23 @@ int64_t padding(Reader* reader, Span space, int64_t end) {
     return without && !is_chunk_id(read_view(reader, space, end + 1, 4)) ? 0 : 1;
 }
 
-void walk_chunks(DsdiffFile* dsdiff, Span space, std::span<const Row> rows) {
+void walk_chunks(DsdiffFile* dsdiff, Span space, std::span<const DsdiffRow> rows) {
     Reader* reader = &dsdiff->lossless.reader;
     int64_t at = 0;
-    for (uint32_t i = 0; i < chunk_limit; ++i) {
-        const Bytes header = read_view(reader, space, at, chunk_header_size);
-        if (header.size() < chunk_header_size) {
+    for (uint32_t i = 0; i < dsdiff_chunk_limit; ++i) {
+        const Bytes header = read_view(reader, space, at, dsdiff_chunk_header_size);
+        if (header.size() < dsdiff_chunk_header_size) {
             return;
         }
-        Chunk chunk;
+        DsdiffChunk chunk;
         chunk.id = ReadBE32(header.data());
         chunk.size = ReadBE64(&header[4]);
-        at += chunk_header_size;
+        at += dsdiff_chunk_header_size;
         if (chunk.size < 0) {
             return;
         }
         chunk.content = sub_span(space, at, chunk.size);
-        for (const Row& row : rows) {
+        for (const DsdiffRow& row : rows) {
             if (row.id == chunk.id) {
                 row.take(chunk, dsdiff);
             }
@@ -101,11 +101,11 @@ void walk_chunks(DsdiffFile* dsdiff, Span space, std::span<const Row> rows) {
     }
 }
 
-void take_rate(const Chunk& chunk, DsdiffFile* dsdiff) {
+void take_rate(const DsdiffChunk& chunk, DsdiffFile* dsdiff) {
     set_sample_rate(&dsdiff->lossless, read_be32(&dsdiff->lossless.reader, chunk.content, 0));
 }
 
-void take_channels(const Chunk& chunk, DsdiffFile* dsdiff) {
+void take_channels(const DsdiffChunk& chunk, DsdiffFile* dsdiff) {
     Reader* reader = &dsdiff->lossless.reader;
     uint8_t count[2] = {};
     read_all(reader, chunk.content, 0, count, sizeof count);
@@ -113,7 +113,7 @@ void take_channels(const Chunk& chunk, DsdiffFile* dsdiff) {
     set_channels(&dsdiff->lossless, channels);
     for (uint32_t i = 0; i < std::min(channels, channel_limit); ++i) {
         const Bytes id = read_view(reader, chunk.content, 2 + int64_t{i} * 4, 4);
-        for (const Speaker& speaker : speakers) {
+        for (const DsdiffSpeaker& speaker : dsdiff_speakers) {
             if (text_of(id) == speaker.id) {
                 dsdiff->channel_mask |= speaker.mask;
             }
@@ -121,40 +121,40 @@ void take_channels(const Chunk& chunk, DsdiffFile* dsdiff) {
     }
 }
 
-void take_compression(const Chunk& chunk, DsdiffFile* dsdiff) {
+void take_compression(const DsdiffChunk& chunk, DsdiffFile* dsdiff) {
     dsdiff->is_packed = read_be32(&dsdiff->lossless.reader, chunk.content, 0) == fourcc("DST ");
 }
 
-constexpr Row property_rows[] = {
+constexpr DsdiffRow property_rows[] = {
     {fourcc("FS  "), take_rate},
     {fourcc("CHNL"), take_channels},
     {fourcc("CMPR"), take_compression},
 };
 
-void take_properties(const Chunk& chunk, DsdiffFile* dsdiff) {
+void take_properties(const DsdiffChunk& chunk, DsdiffFile* dsdiff) {
     if (read_be32(&dsdiff->lossless.reader, chunk.content, 0) == fourcc("SND ")) {
         walk_chunks(dsdiff, sub_span(chunk.content, 4), property_rows);
     }
 }
 
-void take_sound(const Chunk& chunk, DsdiffFile* dsdiff) {
+void take_sound(const DsdiffChunk& chunk, DsdiffFile* dsdiff) {
     dsdiff->lossless.declared_payload = chunk.size;
     dsdiff->lossless.payload = size_of(chunk.content);
 }
 
 // The frame information stands first: their number, and how many make a second.
-void take_packed_sound(const Chunk& chunk, DsdiffFile* dsdiff) {
+void take_packed_sound(const DsdiffChunk& chunk, DsdiffFile* dsdiff) {
     take_sound(chunk, dsdiff);
     dsdiff->is_packed = true;
-    uint8_t info[chunk_header_size + 6];
+    uint8_t info[dsdiff_chunk_header_size + 6];
     if (read_all(&dsdiff->lossless.reader, chunk.content, 0, info, sizeof info) &&
         ReadBE32(info) == fourcc("FRTE")) {
-        dsdiff->packed_frames = ReadBE32(info + chunk_header_size);
-        dsdiff->packed_rate = ReadBE16(info + chunk_header_size + 4);
+        dsdiff->packed_frames = ReadBE32(info + dsdiff_chunk_header_size);
+        dsdiff->packed_rate = ReadBE16(info + dsdiff_chunk_header_size + 4);
     }
 }
 
-void take_id3v2(const Chunk& chunk, DsdiffFile* dsdiff) {
+void take_id3v2(const DsdiffChunk& chunk, DsdiffFile* dsdiff) {
     uint8_t header[id3v2_header_size];
     if (read_all(&dsdiff->lossless.reader, chunk.content, 0, header, sizeof header)) {
         dsdiff->lossless.id3v2 = sub_span(chunk.content, 0, whole_id3v2_size(header));
@@ -162,7 +162,7 @@ void take_id3v2(const Chunk& chunk, DsdiffFile* dsdiff) {
 }
 
 // A text behind its length.
-void take_text(const Chunk& chunk, DsdiffFile* dsdiff, TagText& field) {
+void take_text(const DsdiffChunk& chunk, DsdiffFile* dsdiff, TagText& field) {
     Reader* reader = &dsdiff->lossless.reader;
     const uint32_t length = std::min<uint32_t>(read_be32(reader, chunk.content, 0), 1024);
     TagText value;
@@ -170,24 +170,24 @@ void take_text(const Chunk& chunk, DsdiffFile* dsdiff, TagText& field) {
     add_tag_value(field, value);
 }
 
-void take_artist(const Chunk& chunk, DsdiffFile* dsdiff) {
+void take_artist(const DsdiffChunk& chunk, DsdiffFile* dsdiff) {
     take_text(chunk, dsdiff, dsdiff->lossless.own_texts.artist);
 }
 
-void take_title(const Chunk& chunk, DsdiffFile* dsdiff) {
+void take_title(const DsdiffChunk& chunk, DsdiffFile* dsdiff) {
     take_text(chunk, dsdiff, dsdiff->lossless.own_texts.title);
 }
 
-constexpr Row edited_rows[] = {
+constexpr DsdiffRow edited_rows[] = {
     {fourcc("DIAR"), take_artist},
     {fourcc("DITI"), take_title},
 };
 
-void take_edited_information(const Chunk& chunk, DsdiffFile* dsdiff) {
+void take_edited_information(const DsdiffChunk& chunk, DsdiffFile* dsdiff) {
     walk_chunks(dsdiff, chunk.content, edited_rows);
 }
 
-constexpr Row form_rows[] = {
+constexpr DsdiffRow form_rows[] = {
     {fourcc("PROP"), take_properties},
     {fourcc("DSD "), take_sound},
     {fourcc("DST "), take_packed_sound},
@@ -240,7 +240,7 @@ int AnalyzeDsdiffFile(FileRecord* file, const Output& out) {
     open_lossless_file(&dsdiff.lossless, file);
     dsdiff.lossless.facts.flags |= ZAT_FLAG_LOSSLESS;
     describe_stream(&dsdiff);
-    write_lossless_file(&dsdiff.lossless, dsdiff.is_packed ? packed_kind : kind, out);
+    write_lossless_file(&dsdiff.lossless, dsdiff.is_packed ? packed_kind : dsdiff_kind, out);
     return 0;
 }
 

@@ -10,12 +10,12 @@ namespace zat {
 
 namespace {
 
-constexpr LosslessKind kind = {"[DSF]", "DSF", "DSD"};
+constexpr LosslessKind dsf_kind = {"[DSF]", "DSF", "DSD"};
 
 constexpr int64_t format_at = 28; // behind the DSD chunk
 constexpr uint32_t format_size = 52;
 constexpr uint32_t data_header_size = 12;
-constexpr uint32_t header_size = format_at + format_size + data_header_size;
+constexpr uint32_t dsf_header_size = format_at + format_size + data_header_size;
 
 // Channel masks by the channel type, from 1 on.
 constexpr uint32_t channel_masks[] = {0x4, 0x3, 0x7, 0x33, 0xF, 0x37, 0x3F};
@@ -24,7 +24,7 @@ constexpr uint32_t channel_masks[] = {0x4, 0x3, 0x7, 0x33, 0xF, 0x37, 0x3F};
 void take_tag(LosslessFile* dsf, uint64_t pointer) {
     const Span file = whole_file(&dsf->reader);
     const auto size = static_cast<uint64_t>(size_of(file));
-    if (pointer < header_size || pointer >= size) {
+    if (pointer < dsf_header_size || pointer >= size) {
         return;
     }
     const auto start = static_cast<int64_t>(pointer);
@@ -41,10 +41,10 @@ int64_t bytes_of_samples(const ZatStream& facts) {
                : static_cast<int64_t>(facts.samples * facts.channels / 8);
 }
 
-void describe_stream(LosslessFile* dsf) {
+void describe_dsf(LosslessFile* dsf) {
     dsf->is_dsd = true;
     dsf->constant_rate = true;
-    uint8_t header[header_size];
+    uint8_t header[dsf_header_size];
     dsf->damaged = !find_stream_start(dsf, "DSD ") ||
                    !read_all(&dsf->reader, dsf->tags.stream, 0, header, sizeof header) ||
                    !starts_with(header + format_at, "fmt ");
@@ -81,8 +81,8 @@ int AnalyzeDsfFile(FileRecord* file, const Output& out) {
     LosslessFile dsf;
     open_lossless_file(&dsf, file);
     dsf.facts.flags |= ZAT_FLAG_LOSSLESS;
-    describe_stream(&dsf);
-    write_lossless_file(&dsf, kind, out);
+    describe_dsf(&dsf);
+    write_lossless_file(&dsf, dsf_kind, out);
     return 0;
 }
 

@@ -41,7 +41,7 @@ Arrangement arrangement_of(uint32_t amode) {
 }
 
 // ETSI TS 102 114, table 5-5.
-int32_t sample_rate_of(uint32_t sfreq) {
+int32_t dts_sample_rate(uint32_t sfreq) {
     static constexpr int32_t rates[] = {
         -1, 8000, 16000, 32000, -1, -1, 11025, 22050, 44100, -1, -1, 12000, 24000, 48000, -1, -1};
     static_assert(std::size(rates) == 16);
@@ -49,7 +49,7 @@ int32_t sample_rate_of(uint32_t sfreq) {
 }
 
 // ETSI TS 102 114, table 5-7. The rate of code 22 is meant as it stands.
-int32_t bitrate_of(uint32_t rate) {
+int32_t dts_bitrate(uint32_t rate) {
     static constexpr int32_t rates[] = {32000, 56000, 64000, 96000, 112000, 128000, 192000, 224000,
         256000, 320000, 384000, 448000, 512000, 576000, 640000, 768000, 960000, 1024000, 1152000,
         1280000, 1344000, 1408000, 1411020, 1472000, 1536000, 1920000, 2048000, 3072000, 3840000};
@@ -168,8 +168,8 @@ int dts_info(Bytes frame, DtsInfo* info) {
     const Arrangement arrangement = arrangement_of(info->amode);
     copy_text(info->arrangement, arrangement.name);
     info->channels = arrangement.channels;
-    info->sample_rate = sample_rate_of(read_bits(&reader, 4));        // SFREQ
-    info->bitrate = bitrate_of(read_bits(&reader, 5));                // RATE
+    info->sample_rate = dts_sample_rate(read_bits(&reader, 4));       // SFREQ
+    info->bitrate = dts_bitrate(read_bits(&reader, 5));               // RATE
     skip_bits(&reader, 1);                                            // MIX
     skip_bits(&reader, 1);                                            // DYNF
     skip_bits(&reader, 1);                                            // TIMEF

@@ -33,16 +33,6 @@ uint32_t count_speakers(uint32_t mask) {
     return static_cast<uint32_t>(std::popcount(mask) + std::popcount(mask & pairs));
 }
 
-bool read_flag(BitReader* reader) {
-    return read_bits(reader, 1) != 0;
-}
-
-void skip_optional(BitReader* reader, size_t bits) {
-    if (read_flag(reader)) {
-        skip_bits(reader, bits);
-    }
-}
-
 // 7.4.1, from bStaticFieldsPresent's fields on.
 void read_static_fields(BitReader* reader, uint32_t substream_index, StaticFields* fields) {
     skip_bits(reader, 2 + 3);  // nuRefClockCode, nuExSSFrameDurationCode

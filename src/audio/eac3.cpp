@@ -11,10 +11,10 @@ namespace zat {
 
 namespace {
 
-constexpr size_t header_size = 12; // bytes that are looked at
+constexpr size_t eac3_header_size = 12; // bytes that are looked at
 constexpr uint32_t sync_word = 0x0B77;
 constexpr uint32_t ac3_samples = 1536;
-constexpr uint32_t block_samples = 256;
+constexpr uint32_t eac3_block_samples = 256;
 constexpr size_t bsid_offset = 5; // of the byte that begins with it
 constexpr uint32_t last_ac3_bsid = 8;
 
@@ -52,8 +52,8 @@ uint16_t eac3_locations(uint8_t acmod, bool has_lfe) {
     // ATSC A/52, table 5.8: L C R Ls Rs ... Cs
     static constexpr uint16_t by_mode[] = {
         0xA000, 0x4000, 0xA000, 0xE000, 0xA100, 0xE100, 0xB800, 0xF800};
-    const uint16_t speakers = acmod < std::size(by_mode) ? by_mode[acmod] : uint16_t{0};
-    return static_cast<uint16_t>(speakers | (has_lfe ? 1 : 0));
+    const uint16_t locations = acmod < std::size(by_mode) ? by_mode[acmod] : uint16_t{0};
+    return static_cast<uint16_t>(locations | (has_lfe ? 1 : 0));
 }
 
 // The channels of the speakers of a channel map.
@@ -94,11 +94,9 @@ bool read_ac3_frame(Bytes bytes, Eac3Frame* frame) {
 }
 
 // Skips what each of the two programmes of a dual mono stream has.
-void skip_programme(BitReader* reader) {
-    skip_bits(reader, 5);            // dialnorm
-    if (read_bits(reader, 1) != 0) { // compre
-        skip_bits(reader, 8);        // compr
-    }
+void skip_eac3_programme(BitReader* reader) {
+    skip_bits(reader, 5);     // dialnorm
+    skip_optional(reader, 8); // compre, compr
 }
 
 } // namespace
@@ -106,7 +104,7 @@ void skip_programme(BitReader* reader) {
 bool read_eac3_frame(Bytes bytes, Eac3Frame* frame) {
     static constexpr uint32_t rates[] = {48000, 44100, 32000};
     static constexpr uint8_t block_counts[] = {1, 2, 3, 6};
-    uint8_t header[header_size] = {};
+    uint8_t header[eac3_header_size] = {};
     std::copy_n(bytes.begin(), std::min(bytes.size(), sizeof header), header);
     BitReader reader{.bytes = header};
     if (read_bits(&reader, 16) != sync_word) {
@@ -127,18 +125,18 @@ bool read_eac3_frame(Bytes bytes, Eac3Frame* frame) {
     const uint32_t code = read_bits(&reader, 2); // fscod2 or numblkscod
     if (fscod == 3) {
         frame->sample_rate = code < 3 ? rates[code] / 2 : 0;
-        frame->samples = 6 * block_samples;
+        frame->samples = 6 * eac3_block_samples;
     } else {
         frame->sample_rate = rates[fscod];
-        frame->samples = block_counts[code] * block_samples;
+        frame->samples = block_counts[code] * eac3_block_samples;
     }
     frame->acmod = static_cast<uint8_t>(read_bits(&reader, 3));
     frame->has_lfe = read_bits(&reader, 1) != 0; // lfeon
     frame->locations = eac3_locations(frame->acmod, frame->has_lfe);
     skip_bits(&reader, 5); // bsid
-    skip_programme(&reader);
+    skip_eac3_programme(&reader);
     if (frame->acmod == 0) {
-        skip_programme(&reader);
+        skip_eac3_programme(&reader);
     }
     if (frame->dependent && read_bits(&reader, 1) != 0) { // chanmape
         frame->locations = static_cast<uint16_t>(read_bits(&reader, 16));

@@ -8,7 +8,7 @@ namespace zat {
 
 namespace {
 
-constexpr uint32_t header_look = 12; // bytes
+constexpr uint32_t eac3_header_look = 12; // bytes
 
 // A frame of another programme, or one that adds channels to the one before it, takes no time.
 bool read_frame(Bytes bytes, AudioFrame* frame) {
@@ -33,7 +33,7 @@ int64_t find_frames(Bytes bytes) {
     return -1;
 }
 
-constexpr FrameFormat eac3_frames = {header_look, read_frame, find_frames};
+constexpr FrameFormat eac3_frames = {eac3_header_look, read_frame, find_frames};
 
 } // namespace
 

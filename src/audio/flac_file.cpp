@@ -14,7 +14,7 @@ namespace zat {
 
 namespace {
 
-constexpr LosslessKind kind = {"[FLAC]", "FLAC", "FLAC"};
+constexpr LosslessKind flac_kind = {"[FLAC]", "FLAC", "FLAC"};
 
 enum BlockType : uint8_t {
     block_streaminfo = 0,
@@ -315,7 +315,7 @@ int AnalyzeFlacFile(FileRecord* file, const Output& out) {
         lossless->payload = std::max<int64_t>(size_of(lossless->tags.stream) - flac.audio, 0);
     }
     lossless->facts.flags |= ZAT_FLAG_LOSSLESS;
-    write_lossless_file(lossless, kind, out);
+    write_lossless_file(lossless, flac_kind, out);
     return 0;
 }
 

@@ -8,21 +8,21 @@ namespace zat {
 
 namespace {
 
-constexpr uint32_t reserved = 0xFFFFFFFF;
+constexpr uint32_t reserved_code = 0xFFFFFFFF;
 constexpr uint32_t in_next_8_bits = 0xFFFFFFF0;
 constexpr uint32_t in_next_16_bits = 0xFFFFFFF1;
 constexpr uint32_t in_next_16_bits_by_10 = 0xFFFFFFF2;
 
-constexpr uint32_t sample_rates[16] = {0, 88200, 176400, 192000, 8000, 16000, 22050, 24000, 32000,
-    44100, 48000, 96000, in_next_8_bits, in_next_16_bits, in_next_16_bits_by_10, reserved};
+constexpr uint32_t flac_rates[16] = {0, 88200, 176400, 192000, 8000, 16000, 22050, 24000, 32000,
+    44100, 48000, 96000, in_next_8_bits, in_next_16_bits, in_next_16_bits_by_10, reserved_code};
 
-constexpr uint32_t sample_sizes[8] = {0, 8, 12, reserved, 16, 20, 24, 32};
+constexpr uint32_t sample_sizes[8] = {0, 8, 12, reserved_code, 16, 20, 24, 32};
 
-constexpr uint32_t channel_counts[16] = {
-    1, 2, 3, 4, 5, 6, 7, 8, 2, 2, 2, reserved, reserved, reserved, reserved, reserved};
+constexpr uint32_t channel_counts[16] = {1, 2, 3, 4, 5, 6, 7, 8, 2, 2, 2, reserved_code,
+    reserved_code, reserved_code, reserved_code, reserved_code};
 
 constexpr uint32_t block_size(uint32_t code) {
-    return code == 0   ? reserved
+    return code == 0   ? reserved_code
            : code == 1 ? 192
            : code < 6  ? 576U << (code - 2)
            : code == 6 ? in_next_8_bits
@@ -73,12 +73,12 @@ bool read_flac_frame(Bytes bytes, FlacFrame* frame) {
     FlacFrame found;
     found.variable = read_bits(&bits, 1) != 0;
     found.block = block_size(read_bits(&bits, 4));
-    found.sample_rate = sample_rates[read_bits(&bits, 4)];
+    found.sample_rate = flac_rates[read_bits(&bits, 4)];
     found.channels = channel_counts[read_bits(&bits, 4)];
     found.bits = sample_sizes[read_bits(&bits, 3)];
     const bool reserved_bit = read_bits(&bits, 1) != 0;
-    if (reserved_bit || found.block == reserved || found.sample_rate == reserved ||
-        found.channels == reserved || found.bits == reserved) {
+    if (reserved_bit || found.block == reserved_code || found.sample_rate == reserved_code ||
+        found.channels == reserved_code || found.bits == reserved_code) {
         return false;
     }
     found.number = read_coded_number(&bits);

@@ -11,7 +11,7 @@ namespace zat {
 
 namespace {
 
-constexpr size_t header_size = 8; // enough for every kind
+constexpr size_t frame_header_size = 8; // enough for every kind
 
 bool read_mpeg_header(Bytes bytes, MpegAudioHeader* info) {
     return IsMpegAudioSync(bytes.data()) && read_mpeg_audio_header(bytes, info) == 0 &&
@@ -55,7 +55,7 @@ struct Kind {
     uint8_t first_byte;
     uint32_t (*size)(Bytes);
     // The bits of the header that all frames of a stream share.
-    std::array<uint8_t, header_size> shared;
+    std::array<uint8_t, frame_header_size> shared;
 };
 
 constexpr Kind kinds[] = {
@@ -72,13 +72,13 @@ const Kind& kind_of(FrameKind kind) {
 } // namespace
 
 uint32_t audio_frame_size(FrameKind kind, Bytes bytes) {
-    return bytes.size() >= header_size ? kind_of(kind).size(bytes) : 0;
+    return bytes.size() >= frame_header_size ? kind_of(kind).size(bytes) : 0;
 }
 
 bool same_stream(FrameKind kind, Bytes first, Bytes second) {
     const Kind& row = kind_of(kind);
     bool same = true;
-    for (size_t i = 0; i < header_size; ++i) {
+    for (size_t i = 0; i < frame_header_size; ++i) {
         same = same && ((first[i] ^ second[i]) & row.shared[i]) == 0;
     }
     return same;
@@ -87,19 +87,19 @@ bool same_stream(FrameKind kind, Bytes first, Bytes second) {
 int64_t find_audio_frame(FrameKind kind, Bytes bytes) {
     const Kind& row = kind_of(kind);
     int64_t unconfirmed = -1;
-    for (size_t at = 0; at + header_size <= bytes.size(); ++at) {
+    for (size_t at = 0; at + frame_header_size <= bytes.size(); ++at) {
         const void* hit =
-            std::memchr(&bytes[at], row.first_byte, bytes.size() - at - (header_size - 1));
+            std::memchr(&bytes[at], row.first_byte, bytes.size() - at - (frame_header_size - 1));
         if (hit == nullptr) {
             break;
         }
         at = static_cast<size_t>(static_cast<const uint8_t*>(hit) - bytes.data());
         const Bytes frame = bytes.subspan(at);
         const uint32_t size = row.size(frame);
-        if (size < header_size) {
+        if (size < frame_header_size) {
             continue;
         }
-        if (size + header_size > frame.size()) {
+        if (size + frame_header_size > frame.size()) {
             unconfirmed = unconfirmed < 0 ? static_cast<int64_t>(at) : unconfirmed;
             continue;
         }

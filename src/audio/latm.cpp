@@ -8,7 +8,7 @@ namespace zat {
 namespace {
 
 constexpr uint32_t loas_sync = 0x2B7; // 11 bits
-constexpr uint32_t frame_samples = 1024;
+constexpr uint32_t latm_frame_samples = 1024;
 
 // LatmGetValue
 uint32_t read_value(BitReader* reader) {
@@ -92,7 +92,7 @@ bool latm_info(Bytes bytes, LatmInfo* info) {
     if (!configured) {
         return false;
     }
-    const uint64_t samples = frames * info->sub_frames * frame_samples;
+    const uint64_t samples = frames * info->sub_frames * latm_frame_samples;
     info->bitrate =
         static_cast<uint32_t>((size * 8 * info->config.sample_rate + samples / 2) / samples);
     return true;

@@ -12,7 +12,7 @@ namespace zat {
 
 namespace {
 
-constexpr uint32_t search_limit = 1048576; // bytes
+constexpr uint32_t lossless_search_limit = 1048576; // bytes
 
 } // namespace
 
@@ -30,7 +30,8 @@ bool find_stream_start(LosslessFile* lossless, std::string_view magic) {
         return true;
     }
     FileWindow window;
-    const auto reach = static_cast<uint32_t>(std::min<int64_t>(size_of(*stream), search_limit));
+    const auto reach =
+        static_cast<uint32_t>(std::min<int64_t>(size_of(*stream), lossless_search_limit));
     window_open(&window, lossless->reader.block.file, stream->start, reach);
     window_load_all(&window);
     const size_t found = text_of(window_bytes(&window)).find(magic);

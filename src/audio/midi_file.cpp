@@ -51,7 +51,6 @@ void open_riff(MidiFile* midi) {
     midi->smf = {};
     Chunk chunk;
     for (uint32_t i = 0; i < riff_chunk_limit && next_chunk(&midi->reader, &rest, &chunk); ++i) {
-        constexpr int64_t list_type_size = 4;
         if (chunk.id == fourcc("data")) {
             midi->smf = chunk.payload;
         } else if (chunk.id == fourcc("LIST") &&

@@ -11,9 +11,9 @@ namespace zat {
 
 namespace {
 
-constexpr LosslessKind kind = {"[Monkey's Audio]", "Monkey's Audio", "Monkey's Audio"};
+constexpr LosslessKind monkey_kind = {"[Monkey's Audio]", "Monkey's Audio", "Monkey's Audio"};
 
-constexpr uint32_t first_version = 3200; // thousandths
+constexpr uint32_t first_monkey_version = 3200; // thousandths
 constexpr uint32_t first_with_descriptor = 3980;
 constexpr uint32_t most_channels = 32;
 
@@ -185,7 +185,7 @@ void describe_stream(MonkeyFile* monkey) {
     }
     const bool is_float = start[3] == 'F';
     monkey->version = ReadLE16(start + 4);
-    if (monkey->version < first_version ||
+    if (monkey->version < first_monkey_version ||
         !(monkey->version >= first_with_descriptor ? read_new_header(monkey)
                                                    : read_old_header(monkey))) {
         lossless->damaged = true;
@@ -212,7 +212,7 @@ int AnalyzeMonkeyFile(FileRecord* file, const Output& out) {
     open_lossless_file(&monkey.lossless, file);
     monkey.lossless.facts.flags |= ZAT_FLAG_LOSSLESS;
     describe_stream(&monkey);
-    write_lossless_file(&monkey.lossless, kind, out);
+    write_lossless_file(&monkey.lossless, monkey_kind, out);
     return 0;
 }
 

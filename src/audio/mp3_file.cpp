@@ -15,7 +15,7 @@ namespace zat {
 namespace {
 
 // The first frame is looked for in this much of the file behind its tags.
-constexpr uint32_t search_limit = 0x500000;
+constexpr uint32_t mp3_search_limit = 0x500000;
 
 // What the walk through the file finds.
 struct Mp3Stream {
@@ -70,8 +70,8 @@ int find_stream(Reader* reader, Mp3Stream* stream, uint8_t (&header)[mpeg_audio_
         return 1;
     }
     FileWindow window;
-    window_open(
-        &window, file, start, static_cast<uint32_t>(std::min<int64_t>(file->size, search_limit)));
+    window_open(&window, file, start,
+        static_cast<uint32_t>(std::min<int64_t>(file->size, mp3_search_limit)));
     if (window_load(&window, 1) == 0) {
         return 1;
     }
@@ -177,7 +177,7 @@ int AnalyzeMp3File(FileRecord* file, const Output& out) {
     }
     char line[line_size];
     FormatMpegAudioLine(&stream.info, line);
-    add_stream_line(out, facts, line);
+    set_stream_line(out, facts, line);
     const double bitrate = stream.info.rate_mode == rate_mode_constant
                                ? stream.info.bitrate
                                : stream.info.average_bitrate;

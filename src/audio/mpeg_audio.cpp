@@ -20,7 +20,7 @@ constexpr int8_t version_codes[4] = {25, -1, 20, 10};
 constexpr int8_t layers[4] = {-1, 3, 2, 1};
 
 // ISO/IEC 11172-3 and 13818-3, 2.4.2.3 "sampling_frequency", by version bits and index.
-constexpr uint32_t sample_rates[4][4] = {
+constexpr uint32_t mpeg_rates[4][4] = {
     {11025, 12000, 8000, reserved},
     {reserved, reserved, reserved, reserved},
     {22050, 24000, 16000, reserved},
@@ -80,7 +80,7 @@ int DecodeMpegAudioHeader(std::span<uint8_t, mpeg_audio_header_size> bytes, Mpeg
     take(&header, 1); // protection_bit
     info->bitrate_index = static_cast<uint8_t>(take(&header, 4));
     info->sample_rate_index = static_cast<uint8_t>(take(&header, 2));
-    info->sample_rate = sample_rates[version][info->sample_rate_index];
+    info->sample_rate = mpeg_rates[version][info->sample_rate_index];
     if (info->sample_rate_index == 3) {
         put_back(header, bytes);
         return error_reserved_sample_rate;

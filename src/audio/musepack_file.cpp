@@ -13,9 +13,9 @@ namespace zat {
 
 namespace {
 
-constexpr LosslessKind kind = {"[MusePack]", "Musepack", "Musepack"};
+constexpr LosslessKind musepack_kind = {"[MusePack]", "Musepack", "Musepack"};
 
-constexpr uint32_t sample_rates[] = {44100, 48000, 37800, 32000};
+constexpr uint32_t musepack_rates[] = {44100, 48000, 37800, 32000};
 
 // By the number of the profile; quality is that less five.
 constexpr std::string_view profiles[16] = {"", "Experimental", "", "", "", "", "", "Telephone",
@@ -85,7 +85,7 @@ void describe_version_7(LosslessFile* musepack) {
     add_profile(musepack, (form >> 20 & 0xF) * 8, 7);
     set_old_encoder(musepack, header[27]);
     set_channels(musepack, 2);
-    set_sample_rate(musepack, sample_rates[form >> 16 & 3]);
+    set_sample_rate(musepack, musepack_rates[form >> 16 & 3]);
 
     const uint32_t last = ending >> 20 & 0x7FF;
     musepack->gapless = (ending & 0x80000000) != 0;
@@ -136,7 +136,7 @@ void take_stream_header(Bytes data, LosslessFile* musepack) {
         return;
     }
     musepack->damaged = crc32(data.subspan(4)) != crc;
-    set_sample_rate(musepack, rate < std::size(sample_rates) ? sample_rates[rate] : 0);
+    set_sample_rate(musepack, rate < std::size(musepack_rates) ? musepack_rates[rate] : 0);
     set_channels(musepack, channels);
     set_samples(musepack, samples > silence ? samples - silence : 0);
 }
@@ -235,7 +235,7 @@ int AnalyzeMusePackFile(FileRecord* file, const Output& out) {
     } else {
         describe_version_7(&musepack);
     }
-    write_lossless_file(&musepack, kind, out);
+    write_lossless_file(&musepack, musepack_kind, out);
     return 0;
 }
 

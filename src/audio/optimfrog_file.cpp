@@ -11,11 +11,11 @@ namespace zat {
 
 namespace {
 
-constexpr LosslessKind kind = {"[OptimFROG]", "OptimFROG", "OptimFROG"};
+constexpr LosslessKind optimfrog_kind = {"[OptimFROG]", "OptimFROG", "OptimFROG"};
 
-constexpr uint32_t chunk_limit = 16384;
-constexpr int64_t chunk_header_size = 8;
-constexpr uint32_t first_version = 4500;
+constexpr uint32_t optimfrog_chunk_limit = 16384;
+constexpr int64_t optimfrog_chunk_header_size = 8;
+constexpr uint32_t first_optimfrog_version = 4500;
 constexpr uint32_t dual_stream = 4; // the algorithm of DualStream files
 
 // Bits by the sample type.
@@ -39,13 +39,13 @@ void walk_chunks(OptimFrogFile* frog) {
     const Span stream = lossless->tags.stream;
     int64_t at = 0;
     bool is_first = true;
-    for (uint32_t i = 0; i < chunk_limit; ++i) {
+    for (uint32_t i = 0; i < optimfrog_chunk_limit; ++i) {
         const Bytes chunk = read_view(&lossless->reader, stream, at, look);
-        if (chunk.size() < chunk_header_size) {
+        if (chunk.size() < optimfrog_chunk_header_size) {
             return;
         }
         const int64_t size = ReadLE32(&chunk[4]);
-        at += chunk_header_size;
+        at += optimfrog_chunk_header_size;
         if (starts_with(chunk.data(), "COMP")) {
             if (is_first && chunk.size() == look) {
                 frog->is_dual_stream = (ReadLE16(&chunk[18]) >> 6 & 0x1F) == dual_stream;
@@ -68,7 +68,7 @@ void set_name(OptimFrogFile* frog, const uint8_t* header, uint32_t size) {
         lossless->facts.flags |= ZAT_FLAG_LOSSLESS;
     }
     if (size >= 15) {
-        const uint32_t version = (ReadLE16(header + 20) >> 4) + first_version;
+        const uint32_t version = (ReadLE16(header + 20) >> 4) + first_optimfrog_version;
         char piece[16];
         format_text(piece, sizeof piece, "%u.%03u", version / 1000, version % 1000);
         add_name_word(lossless, piece);
@@ -122,7 +122,7 @@ int AnalyzeOptimFrogFile(FileRecord* file, const Output& out) {
     OptimFrogFile frog;
     open_lossless_file(&frog.lossless, file);
     describe_stream(&frog);
-    write_lossless_file(&frog.lossless, kind, out);
+    write_lossless_file(&frog.lossless, optimfrog_kind, out);
     return 0;
 }
 

@@ -7,11 +7,11 @@ namespace zat {
 
 namespace {
 
-constexpr size_t head_size = 19;
+constexpr size_t opus_head_size = 19;
 constexpr uint32_t longest_packet = 5760; // 120 ms
 
 // By the configuration number in the first byte's top five bits, in samples.
-uint32_t frame_samples(uint8_t toc) {
+uint32_t opus_frame_samples(uint8_t toc) {
     static constexpr uint16_t silk[] = {480, 960, 1920, 2880};
     static constexpr uint16_t hybrid[] = {480, 960};
     static constexpr uint16_t celt[] = {120, 240, 480, 960};
@@ -22,7 +22,7 @@ uint32_t frame_samples(uint8_t toc) {
 } // namespace
 
 bool read_opus_head(Bytes packet, OpusHead* head) {
-    if (packet.size() < head_size || !has_at(packet, 0, "OpusHead")) {
+    if (packet.size() < opus_head_size || !has_at(packet, 0, "OpusHead")) {
         return false;
     }
     // Version at 8, gain at 16.
@@ -39,7 +39,7 @@ uint32_t opus_packet_samples(Bytes packet) {
     }
     const uint32_t code = packet[0] & 3;
     const uint32_t frames = code == 0 ? 1 : code < 3 ? 2 : byte_at(packet, 1) & 0x3F;
-    const uint32_t samples = frames * frame_samples(packet[0]);
+    const uint32_t samples = frames * opus_frame_samples(packet[0]);
     return samples <= longest_packet ? samples : 0;
 }
 

@@ -4,6 +4,7 @@
 #include "common/info_list.h"
 #include "common/record_lines.h"
 #include "common/stream_lines.h"
+#include "common/tag_sizes.h"
 
 #include <algorithm>
 #include <cstring>
@@ -11,9 +12,6 @@
 namespace zat {
 
 namespace {
-
-constexpr int64_t id3v1_size = 128;
-constexpr int64_t list_type_size = 4;
 
 // Describes the frame at the start of a "data" chunk, which reaches from there to the file's end.
 // Returns 1 when nothing stands there or the file does not hold the whole frame; a header that does
@@ -113,7 +111,7 @@ int AnalyzeRmp3File(FileRecord* file, const Output& out) {
     }
     char line[line_size];
     FormatMpegAudioLine(&rmp3.info, line);
-    add_stream_line(out, stream, line);
+    set_stream_line(out, stream, line);
     copy_text(record->extra[0], rmp3.annotation);
     record->extra_count = 1;
     const int bytes_per_second = rmp3.info.bitrate * 1000 / 8;

@@ -17,8 +17,6 @@ namespace zat {
 
 namespace {
 
-constexpr size_t codec_name_size = 256; // bytes, terminator included
-
 // What stands before a value in an annotation, and where the value goes.
 struct AnnotationRow {
     std::string_view key;

@@ -9,7 +9,7 @@ namespace zat {
 
 namespace {
 
-constexpr size_t head_size = 80;
+constexpr size_t speex_head_size = 80;
 constexpr size_t version_size = 20;
 
 const char* mode_name(uint32_t mode) {
@@ -20,7 +20,7 @@ const char* mode_name(uint32_t mode) {
 } // namespace
 
 bool read_speex_head(Bytes packet, SpeexHead* head) {
-    if (packet.size() < head_size || !has_at(packet, 0, "Speex   ")) {
+    if (packet.size() < speex_head_size || !has_at(packet, 0, "Speex   ")) {
         return false;
     }
     const uint8_t* p = packet.data();

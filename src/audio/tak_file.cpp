@@ -11,12 +11,12 @@ namespace zat {
 
 namespace {
 
-constexpr LosslessKind kind = {"[TAK]", "TAK", "TAK"};
+constexpr LosslessKind tak_kind = {"[TAK]", "TAK", "TAK"};
 
-constexpr uint32_t block_limit = 256;
+constexpr uint32_t tak_block_limit = 256;
 constexpr uint32_t crc_size = 3; // behind each block's content
 
-enum BlockType : uint8_t {
+enum TakBlockType : uint8_t {
     block_end = 0,
     block_stream_info = 1,
     block_encoder = 4,
@@ -116,12 +116,12 @@ void take_last_frame(Bytes data, TakFile* tak) {
     }
 }
 
-struct Row {
+struct TakRow {
     uint8_t type;
     void (*take)(Bytes data, TakFile* tak);
 };
 
-constexpr Row rows[] = {
+constexpr TakRow block_rows[] = {
     {block_stream_info, take_stream_info},
     {block_encoder, take_encoder},
     {block_last_frame, take_last_frame},
@@ -130,7 +130,7 @@ constexpr Row rows[] = {
 // Takes a block that is known; one whose checksum is wrong is only told.
 void take_block(uint8_t type, Span block, TakFile* tak) {
     constexpr uint32_t largest_known = 512;
-    for (const Row& row : rows) {
+    for (const TakRow& row : block_rows) {
         if (row.type != type) {
             continue;
         }
@@ -155,7 +155,7 @@ void describe_stream(TakFile* tak) {
     const Span stream = lossless->tags.stream;
     int64_t at = 4; // behind "tBaK"
     bool ended = false;
-    for (uint32_t i = 0; i < block_limit && !ended && !lossless->damaged; ++i) {
+    for (uint32_t i = 0; i < tak_block_limit && !ended && !lossless->damaged; ++i) {
         const Bytes header = read_view(&lossless->reader, stream, at, 4);
         if (header.size() < 4) {
             break;
@@ -185,7 +185,7 @@ int AnalyzeTakFile(FileRecord* file, const Output& out) {
     open_lossless_file(&tak.lossless, file);
     tak.lossless.facts.flags |= ZAT_FLAG_LOSSLESS;
     describe_stream(&tak);
-    write_lossless_file(&tak.lossless, kind, out);
+    write_lossless_file(&tak.lossless, tak_kind, out);
     return 0;
 }
 

@@ -11,10 +11,10 @@ namespace zat {
 
 namespace {
 
-constexpr size_t search_size = 24; // positions at which format_sync is looked for
+constexpr size_t format_sync_reach = 24; // positions at which format_sync is looked for
 
 // format_info.audio_sampling_frequency.
-uint32_t sample_rate_of(uint32_t code) {
+uint32_t truehd_sample_rate(uint32_t code) {
     if (code == 15) {
         return 0;
     }
@@ -31,7 +31,7 @@ int truehd_info(Bytes access_unit, TrueHdInfo* info) {
     constexpr uint8_t truehd = 0xBA;    // ... up to this byte
     size_t position = 0;
     while (ReadBE24(buf + position) != sync) {
-        if (++position == search_size) {
+        if (++position == format_sync_reach) {
             return -1;
         }
     }
@@ -46,7 +46,7 @@ int truehd_info(Bytes access_unit, TrueHdInfo* info) {
     info->assignment =
         eight_channel_assignment != 0 ? eight_channel_assignment : six_channel_assignment;
     info->channels = TrueHDchannels(info->assignment);
-    info->sample_rate = sample_rate_of(p[0] >> 4);
+    info->sample_rate = truehd_sample_rate(p[0] >> 4);
     // Behind signature, flags and a reserved word (16 each): variable_rate (1) and peak_data_rate
     // (15), in sixteenths of a bit per sample.
     const uint16_t rate = ReadBE16(p + 10);
@@ -70,7 +70,7 @@ bool mlp_info(Bytes major_sync, MlpInfo* info) {
     const uint32_t quantization = p[0] >> 4;
     const uint32_t assignment = p[3] & 0x1FU;
     info->bits = quantization < std::size(bits) ? bits[quantization] : 0;
-    info->sample_rate = sample_rate_of(p[1] >> 4);
+    info->sample_rate = truehd_sample_rate(p[1] >> 4);
     info->channel_mask = assignment < std::size(masks) ? masks[assignment] : 0;
     info->channels = static_cast<uint32_t>(std::popcount(info->channel_mask));
     info->variable_rate = (major_sync[rate_offset] & 0x80) != 0;

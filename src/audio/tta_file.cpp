@@ -11,9 +11,9 @@ namespace zat {
 
 namespace {
 
-constexpr LosslessKind kind = {"[TTA]", "TTA", "TTA"};
+constexpr LosslessKind tta_kind = {"[TTA]", "TTA", "TTA"};
 
-constexpr uint32_t header_look = 36; // bytes of the largest header
+constexpr uint32_t tta_header_look = 36; // bytes of the largest header
 constexpr uint32_t tta1_size = 22;
 constexpr uint64_t largest_table = 8U << 20; // bytes: weeks of sound
 
@@ -21,7 +21,7 @@ enum Format : uint16_t { format_pcm = 1, format_encrypted = 2, format_float = 3 
 
 struct TtaFile {
     LosslessFile lossless;
-    uint8_t header[header_look];
+    uint8_t header[tta_header_look];
 };
 
 bool crc_fits(const TtaFile& tta, uint32_t size) {
@@ -139,7 +139,7 @@ void describe_stream(TtaFile* tta) {
     std::fill(std::begin(tta->header), std::end(tta->header), uint8_t{0});
     const uint32_t length =
         find_stream_start(lossless, "TTA")
-            ? read_some(&lossless->reader, lossless->tags.stream, 0, tta->header, header_look)
+            ? read_some(&lossless->reader, lossless->tags.stream, 0, tta->header, tta_header_look)
             : 0;
     const uint8_t version = tta->header[3];
     if (version == '1' && length >= tta1_size) {
@@ -160,7 +160,7 @@ int AnalyzeTtaFile(FileRecord* file, const Output& out) {
     open_lossless_file(&tta.lossless, file);
     tta.lossless.facts.flags |= ZAT_FLAG_LOSSLESS;
     describe_stream(&tta);
-    write_lossless_file(&tta.lossless, kind, out);
+    write_lossless_file(&tta.lossless, tta_kind, out);
     return 0;
 }
 

@@ -6,8 +6,8 @@ namespace zat {
 
 namespace {
 
-constexpr size_t fields_size = 17;     // audio_channels up to bitrate_minimum
-constexpr uint32_t unset = UINT32_MAX; // a bit rate that the encoder leaves open
+constexpr size_t vorbis_fields_size = 17; // audio_channels up to bitrate_minimum
+constexpr uint32_t unset = UINT32_MAX;    // a bit rate that the encoder leaves open
 
 const char* rate_mode(const VorbisInfo* info) {
     if (info->bitrate_minimum != info->bitrate_maximum) {
@@ -22,7 +22,7 @@ const char* rate_mode(const VorbisInfo* info) {
 } // namespace
 
 void vorbis_info(Bytes fields, VorbisInfo* info) {
-    uint8_t bytes[fields_size] = {};
+    uint8_t bytes[vorbis_fields_size] = {};
     std::copy_n(fields.begin(), std::min(fields.size(), sizeof bytes), bytes);
     info->channels = bytes[0];
     info->sample_rate = ReadLE32(bytes + 1);

@@ -2,6 +2,7 @@
 
 #include "audio/wav_chunk_forms.h"
 #include "common/fourcc.h"
+#include "common/riff.h"
 
 #include <algorithm>
 #include <limits>
@@ -47,7 +48,6 @@ void take_fact(Walk* walk, const WaveChunk& chunk) {
 }
 
 void take_list(Walk* walk, const WaveChunk& chunk) {
-    constexpr int64_t list_type_size = 4;
     if (read_be32(walk->reader, chunk.payload, 0) == fourcc("INFO")) {
         walk->chunks->info_list = sub_span(chunk.payload, list_type_size);
     }
@@ -57,12 +57,12 @@ void take_id3v2(Walk* walk, const WaveChunk& chunk) {
     walk->chunks->id3v2 = chunk.payload;
 }
 
-struct Handler {
+struct WaveHandler {
     uint32_t id;
     void (*take)(Walk* walk, const WaveChunk& chunk);
 };
 
-constexpr Handler handlers[] = {
+constexpr WaveHandler wave_handlers[] = {
     {fourcc("fmt "), take_fmt},
     {fourcc("data"), take_data},
     {fourcc("bext"), take_description},
@@ -86,7 +86,7 @@ int walk_chunks(Walk* walk) {
         }
         add_to_chain(&walk->chunks->chain, chunk.id, follows_zeros,
             chunk.id == fourcc("LIST") ? "(INFOTAG)" : "");
-        for (const Handler& handler : handlers) {
+        for (const WaveHandler& handler : wave_handlers) {
             if (handler.id == chunk.id) {
                 handler.take(walk, chunk);
             }

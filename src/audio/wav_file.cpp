@@ -17,7 +17,6 @@ namespace zat {
 
 namespace {
 
-constexpr size_t codec_name_size = 256;
 constexpr size_t extra_info_size = 256; // bytes used of the extra-info text, terminator included
 
 void set_play_time(const WavChunks& chunks, InfoRecord* record) {
@@ -179,7 +178,7 @@ int describe(Reader* reader, const Output& out) {
     if (out.details != nullptr) {
         write_wav_details(reader, chunks, &stream, out.details);
     }
-    add_stream_line(out, stream, line);
+    set_stream_line(out, stream, line);
     return 0;
 }
 

@@ -15,8 +15,7 @@ namespace zat {
 
 namespace {
 
-constexpr size_t extension_at = 18;     // behind the extension's size
-constexpr size_t codec_name_size = 256; // bytes, terminator included
+constexpr size_t extension_at = 18; // behind the extension's size
 constexpr double rate_tolerance = 0.01;
 
 // Format tags (RFC 2361 and the multimedia registry).

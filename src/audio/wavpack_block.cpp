@@ -82,12 +82,12 @@ void take_rate(Bytes data, WavPackStream* stream) {
     }
 }
 
-struct Row {
+struct WavpackRow {
     uint32_t id;
     void (*take)(Bytes data, WavPackStream* stream);
 };
 
-constexpr Row rows[] = {
+constexpr WavpackRow sub_block_rows[] = {
     {0x08, take_float_info}, {0x09, take_int32_info}, {0x0A, take_audio}, {0x0B, take_correction},
     {0x0C, take_extension}, {0x0D, take_channels}, {0x0E, take_dsd}, {0x25, take_config},
     {0x27, take_rate}, {0x2A, take_version_5},      // new configuration
@@ -132,9 +132,9 @@ void read_wavpack_sub_blocks(Reader* reader, Span block, WavPackStream* stream) 
         if (size < 0 || size > size_of(block) - at) {
             return;
         }
-        const auto* row = std::find_if(std::begin(rows), std::end(rows),
-            [id](const Row& candidate) { return candidate.id == (id & id_mask); });
-        if (row != std::end(rows)) {
+        const auto* row = std::find_if(std::begin(sub_block_rows), std::end(sub_block_rows),
+            [id](const WavpackRow& candidate) { return candidate.id == (id & id_mask); });
+        if (row != std::end(sub_block_rows)) {
             row->take(
                 read_view(reader, block, at, static_cast<uint32_t>(std::min<int64_t>(size, 16))),
                 stream);

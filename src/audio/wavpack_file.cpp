@@ -12,12 +12,12 @@ namespace zat {
 
 namespace {
 
-constexpr LosslessKind kind = {"[WavPack]", "WavPack", "WavPack"};
+constexpr LosslessKind wavpack_kind = {"[WavPack]", "WavPack", "WavPack"};
 
-constexpr int64_t search_limit = 1048576; // bytes at either end
+constexpr int64_t wavpack_search_limit = 1048576; // bytes at either end
 constexpr int first_blocks = 64; // looked at: metadata, and the streams of the first stretch
 
-constexpr uint32_t sample_rates[] = {6000, 8000, 9600, 11025, 12000, 16000, 22050, 24000, 32000,
+constexpr uint32_t wavpack_rates[] = {6000, 8000, 9600, 11025, 12000, 16000, 22050, 24000, 32000,
     44100, 48000, 64000, 88200, 96000, 192000};
 
 // Flags of the configuration.
@@ -51,7 +51,7 @@ bool find_first_block(WavPackFile* wavpack) {
         return true;
     }
     FileWindow window;
-    const auto reach = static_cast<uint32_t>(std::min(size_of(*stream), search_limit));
+    const auto reach = static_cast<uint32_t>(std::min(size_of(*stream), wavpack_search_limit));
     window_open(&window, wavpack->lossless.reader.block.file, stream->start, reach);
     window_load_all(&window);
     const Bytes bytes = window_bytes(&window);
@@ -95,7 +95,7 @@ void read_first_blocks(WavPackFile* wavpack) {
 uint64_t find_last_sample(WavPackFile* wavpack) {
     constexpr int64_t step = 65536;
     const Span stream = wavpack->lossless.tags.stream;
-    const int64_t lowest = std::max(stream.start, stream.end - search_limit);
+    const int64_t lowest = std::max(stream.start, stream.end - wavpack_search_limit);
     FileWindow window;
     window_open(&window, wavpack->lossless.reader.block.file, lowest, step + wavpack_header_size);
     uint64_t last = 0;
@@ -149,7 +149,7 @@ void set_format(WavPackFile* wavpack) {
     const WavPackStream& stream = wavpack->stream;
     const uint32_t flags = wavpack->first.flags;
     const uint32_t index = flags >> 23 & 0xF;
-    uint64_t rate = index < std::size(sample_rates) ? sample_rates[index] : stream.sample_rate;
+    uint64_t rate = index < std::size(wavpack_rates) ? wavpack_rates[index] : stream.sample_rate;
     if (lossless->is_dsd) {
         // The header's rate is that of bytes, or of several of them.
         rate = stream.dsd_power >= 0 && stream.dsd_power < 16 ? rate << stream.dsd_power << 3 : 0;
@@ -280,7 +280,7 @@ int AnalyzeWavPackFile(FileRecord* file, const Output& out) {
     WavPackFile wavpack;
     open_lossless_file(&wavpack.lossless, file);
     describe_stream(&wavpack, (out.record->options & option_thorough) != 0);
-    write_lossless_file(&wavpack.lossless, kind, out);
+    write_lossless_file(&wavpack.lossless, wavpack_kind, out);
     return 0;
 }
 

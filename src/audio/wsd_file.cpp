@@ -11,19 +11,19 @@ namespace zat {
 
 namespace {
 
-constexpr LosslessKind kind = {"[WSD]", "WSD", "DSD"};
+constexpr LosslessKind wsd_kind = {"[WSD]", "WSD", "DSD"};
 
-constexpr uint32_t header_size = 0x80;
+constexpr uint32_t wsd_header_size = 0x80;
 constexpr uint32_t old_text_at = 0x80; // before version 1.0
 constexpr uint32_t old_data_at = 0x800;
 
 // Speakers of the mask's bits, as bits of a WAVE channel mask.
-struct Speaker {
+struct WsdSpeaker {
     uint32_t bit;
     uint32_t mask;
 };
 
-constexpr Speaker speakers[] = {
+constexpr WsdSpeaker wsd_speakers[] = {
     {30, 0x1},
     {29, 0x40},
     {28, 0x4},
@@ -55,7 +55,7 @@ void take_text(LosslessFile* wsd, int64_t at, TagText& field) {
 
 void take_speakers(LosslessFile* wsd, uint32_t told) {
     uint32_t mask = 0;
-    for (const Speaker& speaker : speakers) {
+    for (const WsdSpeaker& speaker : wsd_speakers) {
         mask |= (told >> speaker.bit & 1) != 0 ? speaker.mask : 0;
     }
     if ((told & mask_is_unset) == 0 && mask != 0) {
@@ -63,11 +63,11 @@ void take_speakers(LosslessFile* wsd, uint32_t told) {
     }
 }
 
-void describe_stream(LosslessFile* wsd) {
+void describe_wsd(LosslessFile* wsd) {
     constexpr uint32_t version_1 = 0x10;
     wsd->is_dsd = true;
     wsd->constant_rate = true;
-    uint8_t header[header_size];
+    uint8_t header[wsd_header_size];
     wsd->damaged = !find_stream_start(wsd, "1bit") ||
                    !read_all(&wsd->reader, wsd->tags.stream, 0, header, sizeof header);
     if (wsd->damaged) {
@@ -83,12 +83,12 @@ void describe_stream(LosslessFile* wsd) {
     char name[16];
     dsd_name(wsd->facts.sample_rate, name);
     add_name_word(wsd, name);
-    if (text_at >= header_size) {
+    if (text_at >= wsd_header_size) {
         take_text(wsd, text_at + title_at, wsd->own_texts.title);
         take_text(wsd, text_at + artist_at, wsd->own_texts.artist);
         take_text(wsd, text_at + album_at, wsd->own_texts.album);
     }
-    if (data_at < header_size) {
+    if (data_at < wsd_header_size) {
         wsd->damaged = true;
         return;
     }
@@ -104,8 +104,8 @@ int AnalyzeWsdFile(FileRecord* file, const Output& out) {
     LosslessFile wsd;
     open_lossless_file(&wsd, file);
     wsd.facts.flags |= ZAT_FLAG_LOSSLESS;
-    describe_stream(&wsd);
-    write_lossless_file(&wsd, kind, out);
+    describe_wsd(&wsd);
+    write_lossless_file(&wsd, wsd_kind, out);
     return 0;
 }
 

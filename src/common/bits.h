@@ -30,6 +30,17 @@ uint32_t peek_bits(const BitReader* reader, int n);
 
 uint32_t read_bits(BitReader* reader, int n);
 
+inline bool read_flag(BitReader* reader) {
+    return read_bits(reader, 1) != 0;
+}
+
 void skip_bits(BitReader* reader, size_t n);
+
+// Skips n bits behind a flag that says whether they are there.
+inline void skip_optional(BitReader* reader, size_t n) {
+    if (read_flag(reader)) {
+        skip_bits(reader, n);
+    }
+}
 
 } // namespace zat

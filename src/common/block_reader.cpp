@@ -17,7 +17,7 @@ constexpr int64_t short_step = 16384;
 constexpr uint32_t steps_of_walk = 2;
 
 // A reader with a larger block reads so many times as much with each step that goes on.
-constexpr uint32_t growth = 2;
+constexpr uint32_t block_growth = 2;
 
 // How much to read at a position behind which `least` bytes are wanted.
 uint32_t length_to_read(BlockReader* reader, int64_t position, uint32_t least) {
@@ -30,7 +30,7 @@ uint32_t length_to_read(BlockReader* reader, int64_t position, uint32_t least) {
         reader->short_steps = is_short ? reader->short_steps + 1 : 0;
     }
     const bool is_walk = goes_on || reader->short_steps >= steps_of_walk;
-    const uint32_t longer = std::max(BlockReader::block_size, reader->loaded * growth);
+    const uint32_t longer = std::max(BlockReader::block_size, reader->loaded * block_growth);
     const uint32_t usual = is_walk ? std::min(longer, reader->capacity) : reader->jump;
     const int64_t most = std::min(std::max(usual, least), reader->capacity);
     const auto wanted = static_cast<uint32_t>(std::min(most, reader->file->size - position));

@@ -4,7 +4,7 @@ namespace zat {
 
 namespace {
 
-constexpr size_t block_size = 128;
+constexpr size_t wide_size = 128;
 constexpr size_t word_size = 8;
 constexpr size_t nearby = 64; // bytes in which words find a pair sooner than blocks
 
@@ -12,8 +12,8 @@ constexpr size_t nearby = 64; // bytes in which words find a pair sooner than bl
 // fast as memchr, and not slower on data that is full of the first byte.
 bool block_has_pair(const uint8_t* block, uint8_t a, uint8_t b) {
     uint8_t pairs = 0;
-    static_assert(block_size <= UINT8_MAX);
-    for (size_t i = 0; i < block_size; ++i) {
+    static_assert(wide_size <= UINT8_MAX);
+    for (size_t i = 0; i < wide_size; ++i) {
         const auto first = static_cast<uint8_t>(block[i] == a ? 1 : 0);
         const auto second = static_cast<uint8_t>(block[i + 1] == b ? 1 : 0);
         pairs = static_cast<uint8_t>(pairs + (first & second));
@@ -41,8 +41,8 @@ int64_t find_byte_pair(Bytes bytes, size_t from, uint8_t a, uint8_t b) {
     // A pair is often close by: blocks only once it is not.
     for (size_t checked = 0; at + word_size <= end; at += word_size, checked += word_size) {
         if (checked >= nearby) {
-            while (end - at >= block_size && !block_has_pair(p + at, a, b)) {
-                at += block_size;
+            while (end - at >= wide_size && !block_has_pair(p + at, a, b)) {
+                at += wide_size;
             }
             checked = 0;
             if (end - at < word_size) {

@@ -28,6 +28,8 @@ enum CodecLookupResult : int { codec_found = 0, codec_not_listed = 1, codec_no_c
 // turns even a match into codec_not_listed.
 int CodecLookup(CodecQuery* query);
 
+constexpr size_t codec_name_size = 256; // bytes for any name, terminator included
+
 // The same in the library's own catalogue. Writes the name to `out` or, without one, a remark that
 // says why and shows the code as `shown`. Returns the lookup's result.
 int codec_name(

@@ -8,7 +8,7 @@ namespace zat {
 namespace {
 
 // Each further step makes the view this many times as long: few calls, and little read in vain.
-constexpr uint32_t growth = 2;
+constexpr uint32_t window_growth = 2;
 
 // Behind the capacity, so that a field may be looked at across the end.
 constexpr uint32_t padding = 8;
@@ -55,8 +55,9 @@ uint32_t window_load(FileWindow* window, uint32_t wanted) {
     while (window->loaded < wanted && !window->complete) {
         uint32_t target = std::min(FileWindow::first_size, window->capacity);
         if (window->loaded >= FileWindow::first_size) {
-            target = window->loaded < window->capacity / growth ? window->loaded * growth
-                                                                : window->capacity;
+            target = window->loaded < window->capacity / window_growth
+                         ? window->loaded * window_growth
+                         : window->capacity;
             target = std::max(target, wanted);
             if (window->reserved == nullptr && !reserve(window, target)) {
                 window->complete = true;

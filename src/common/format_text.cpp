@@ -12,13 +12,13 @@ namespace zat {
 
 namespace {
 
-struct Output {
+struct Writer {
     char* text;
     size_t size;
     size_t length; // of the whole text, kept or not
 };
 
-void put(Output* out, std::string_view piece) {
+void put(Writer* out, std::string_view piece) {
     if (out->length < out->size) {
         std::memcpy(
             out->text + out->length, piece.data(), std::min(piece.size(), out->size - out->length));
@@ -26,7 +26,7 @@ void put(Output* out, std::string_view piece) {
     out->length += piece.size();
 }
 
-void put_repeated(Output* out, char c, int count) {
+void put_repeated(Writer* out, char c, int count) {
     for (int i = 0; i < count; ++i) {
         put(out, {&c, 1});
     }
@@ -79,7 +79,7 @@ Conversion parse_conversion(const char** at) {
 }
 
 // `digits` may begin with '-'.
-void put_number(Output* out, const Conversion& conversion, std::string_view digits, bool finite) {
+void put_number(Writer* out, const Conversion& conversion, std::string_view digits, bool finite) {
     const bool negative = digits.starts_with('-');
     digits.remove_prefix(negative ? 1 : 0);
     const bool integer = conversion.type != 'f';
@@ -124,7 +124,7 @@ uint64_t unsigned_argument(const Conversion& conversion, va_list* arguments) {
     }
 }
 
-void put_double(Output* out, const Conversion& conversion, double value) {
+void put_double(Writer* out, const Conversion& conversion, double value) {
     if (!std::isfinite(value)) {
         // The sign of a NaN says nothing and differs between processors.
         put_number(out, conversion, std::isnan(value) ? "nan" : value < 0 ? "-inf" : "inf", false);
@@ -136,7 +136,7 @@ void put_double(Output* out, const Conversion& conversion, double value) {
     put_number(out, conversion, fixed_decimal(value, places, &digits), true);
 }
 
-void put_string(Output* out, const Conversion& conversion, const char* text) {
+void put_string(Writer* out, const Conversion& conversion, const char* text) {
     const size_t limit =
         conversion.precision < 0 ? SIZE_MAX : static_cast<size_t>(conversion.precision);
     const std::string_view piece =
@@ -145,7 +145,7 @@ void put_string(Output* out, const Conversion& conversion, const char* text) {
     put(out, piece);
 }
 
-void put_conversion(Output* out, const Conversion& conversion, va_list* arguments) {
+void put_conversion(Writer* out, const Conversion& conversion, va_list* arguments) {
     char digits[32];
     std::to_chars_result end{};
     switch (conversion.type) {
@@ -186,7 +186,7 @@ void put_conversion(Output* out, const Conversion& conversion, va_list* argument
 } // namespace
 
 size_t format_text_v(char* text, size_t size, const char* format, va_list arguments) {
-    Output out{text, size, 0};
+    Writer out{text, size, 0};
     va_list rest; // a va_list that can be handed on by address on every platform
     va_copy(rest, arguments);
     while (*format != '\0') {

@@ -8,21 +8,18 @@ namespace zat {
 namespace {
 
 constexpr uint8_t has_footer = 0x10;
-constexpr int64_t id3v1_size = 128;
 
 // APE tag footer (APEv2): "APETAGEX", version, size of items and footer, count,
 // flags.
-constexpr int64_t ape_footer_size = 32;
 constexpr uint32_t ape_has_header = 0x80000000;
 
 constexpr int64_t lyrics3_trailer = 15; // six digits, "LYRICS200"
-constexpr int64_t lyrics3_digits = 6;
 
 // Files have one tag of a kind, or two.
 constexpr int tail_tag_limit = 16;
 
 // One read shows an ID3v1 tag with the footer before it.
-constexpr int64_t tail_look = 256;
+constexpr int64_t tail_view = 256;
 
 // The last `count` bytes of the stream, fewer when it is shorter.
 Bytes tail(Reader* reader, Span stream, int64_t count) {
@@ -117,7 +114,7 @@ OuterTags measure_outer_tags(Reader* reader) {
     tags.stream = span_behind_id3v2(reader);
     tags.id3v2.end = tags.stream.start;
     for (int i = 0; i < tail_tag_limit; ++i) {
-        const Bytes bytes = tail(reader, tags.stream, tail_look);
+        const Bytes bytes = tail(reader, tags.stream, tail_view);
         if (!peel_id3v1(bytes, &tags) && !peel_lyrics3(bytes, &tags) && !peel_ape(bytes, &tags)) {
             break;
         }

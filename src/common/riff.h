@@ -12,6 +12,8 @@ namespace zat {
 
 // "RIFF", the size and the form type: what stands before a file's chunks.
 constexpr int64_t riff_header_size = 12;
+// The type at the start of a list's payload.
+constexpr int64_t list_type_size = 4;
 
 struct Chunk {
     int64_t offset = 0; // file position of the header

@@ -15,10 +15,7 @@ constexpr int64_t tail_reach = 1048576;
 // Holds an ID3v1 tag with everything that is looked for right before it.
 constexpr uint32_t tail_look = 256;
 
-constexpr uint32_t id3v1_size = 128;
-constexpr uint32_t ape_footer_size = 32;
 constexpr uint32_t lyrics3_marker_size = 9;
-constexpr uint32_t lyrics3_digits = 6;
 
 uint32_t stacked_id3v2_size(Reader* reader) {
     uint32_t total = 0;

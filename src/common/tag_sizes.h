@@ -19,8 +19,10 @@ struct TagSizes {
     uint32_t lyrics3 = 0;    // with the size field and the end marker
 };
 
-// Bytes of a tag header, ID3v2's.
 constexpr uint32_t id3v2_header_size = 10;
+constexpr uint32_t id3v1_size = 128;
+constexpr uint32_t ape_footer_size = 32;
+constexpr uint32_t lyrics3_digits = 6;
 
 // The whole tag's size from its ten header bytes, 0 when they do not begin with "ID3". The size
 // bytes count with all eight bits, so that files of writers that ignore the sync-safe form come out

@@ -8,14 +8,14 @@ namespace zat {
 
 namespace {
 
-struct Form {
+struct Utf8Form {
     uint8_t mask;   // bits of the first byte that tell the form
     uint8_t lead;   // their value
     uint8_t length; // bytes
     uint32_t lowest;
 };
 
-constexpr Form forms[] = {
+constexpr Utf8Form forms[] = {
     {0x80, 0x00, 1, 0},
     {0xE0, 0xC0, 2, 0x80},
     {0xF0, 0xE0, 3, 0x800},
@@ -27,9 +27,9 @@ constexpr bool is_character(uint32_t code) {
 }
 
 // The character that `text` begins with; its form in `form`.
-uint32_t character_at(std::string_view text, const Form** form) {
+uint32_t character_at(std::string_view text, const Utf8Form** form) {
     const auto first = static_cast<uint8_t>(text[0]);
-    for (const Form& row : forms) {
+    for (const Utf8Form& row : forms) {
         if ((first & row.mask) != row.lead) {
             continue;
         }
@@ -53,7 +53,7 @@ uint32_t character_at(std::string_view text, const Form** form) {
 } // namespace
 
 uint32_t take_utf8(std::string_view* text) {
-    const Form* form = nullptr;
+    const Utf8Form* form = nullptr;
     const uint32_t code = character_at(*text, &form);
     text->remove_prefix(code == no_character ? 1 : form->length);
     return code;
@@ -84,8 +84,8 @@ std::string_view without_cut_character(std::string_view text) {
 
 void append_utf8(Utf8Text* text, uint32_t character) {
     const uint32_t code = is_character(character) ? character : replacement_character;
-    const Form* form = forms;
-    for (const Form& row : forms) {
+    const Utf8Form* form = forms;
+    for (const Utf8Form& row : forms) {
         form = code >= row.lowest ? &row : form;
     }
     if (text->full || form->length >= text->size - text->used) {

@@ -10,11 +10,11 @@ namespace zat {
 
 namespace {
 
-constexpr uint32_t item_limit = 1024;
+constexpr uint32_t comment_limit = 1024;
 constexpr uint32_t text_limit = 2048; // bytes read of one item: no text that is shown is longer
 constexpr int64_t length_size = 4;
 
-int64_t block_size(const VorbisComments& comments) {
+int64_t comments_size(const VorbisComments& comments) {
     return comments.reader != nullptr ? size_of(comments.span)
                                       : static_cast<int64_t>(comments.bytes.size());
 }
@@ -24,7 +24,7 @@ Bytes view(VorbisComments* comments, int64_t offset, uint32_t count) {
     if (comments->reader != nullptr) {
         return read_view(comments->reader, comments->span, offset, count);
     }
-    if (offset >= block_size(*comments)) {
+    if (offset >= comments_size(*comments)) {
         return {};
     }
     const Bytes rest = comments->bytes.subspan(static_cast<size_t>(offset));
@@ -45,7 +45,7 @@ bool take_number(VorbisComments* comments, uint32_t* number) {
 // The text behind its length. False when it does not lie in the block.
 bool take_text(VorbisComments* comments, std::string_view* text) {
     uint32_t length = 0;
-    if (!take_number(comments, &length) || length > block_size(*comments) - comments->at) {
+    if (!take_number(comments, &length) || length > comments_size(*comments) - comments->at) {
         return false;
     }
     *text = text_of(view(comments, comments->at, std::min(length, text_limit)));
@@ -63,7 +63,7 @@ void start(VorbisComments* comments) {
     if (take_text(comments, &writer)) {
         unknown_to_utf8(writer, comments->writer);
         if (take_number(comments, &count)) {
-            comments->left = std::min(count, item_limit);
+            comments->left = std::min(count, comment_limit);
         }
     }
 }

@@ -6,7 +6,7 @@ namespace zat {
 
 namespace {
 
-constexpr uint8_t sync[2] = {0x0B, 0x77};
+constexpr uint8_t sync_word[2] = {0x0B, 0x77};
 
 // fscod and frmsizecod stand behind the sync word and the two bytes of crc1.
 constexpr size_t codes_offset = 4;
@@ -21,7 +21,7 @@ int64_t Ac3SyncCheck(Bytes bytes) {
     // size - 5.
     const Bytes searched = bytes.first(bytes.size() - codes_offset);
     for (size_t from = 0;;) {
-        const int64_t hit = find_byte_pair(searched, from, sync[0], sync[1]);
+        const int64_t hit = find_byte_pair(searched, from, sync_word[0], sync_word[1]);
         if (hit < 0) {
             return -1;
         }
@@ -33,8 +33,8 @@ int64_t Ac3SyncCheck(Bytes bytes) {
             if (length > bytes.size()) {
                 return -1;
             }
-            if (byte_at(bytes, at + length) == sync[0] &&
-                byte_at(bytes, at + length + 1) == sync[1]) {
+            if (byte_at(bytes, at + length) == sync_word[0] &&
+                byte_at(bytes, at + length + 1) == sync_word[1]) {
                 return hit;
             }
         }

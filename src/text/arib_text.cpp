@@ -12,7 +12,7 @@ namespace zat {
 namespace {
 
 constexpr uint32_t geta_mark = 0x3013;
-constexpr uint32_t ideographic_space = 0x3000;
+constexpr uint32_t ideographic_space_code = 0x3000;
 constexpr uint8_t escape = 0x1B;
 
 enum class Set : uint8_t {
@@ -212,7 +212,7 @@ void read_graphic(Decoder* decoder, uint8_t byte) {
         return;
     }
     if (code == 0x20) {
-        put(decoder, set == Set::alphanumeric ? ' ' : ideographic_space);
+        put(decoder, set == Set::alphanumeric ? ' ' : ideographic_space_code);
     } else if (set == Set::macro) {
         run_macro(decoder, code);
     } else if (!takes_two_bytes(set)) {

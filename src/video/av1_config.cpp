@@ -20,10 +20,6 @@ constexpr uint8_t bt709_primaries = 1;
 constexpr uint8_t srgb_transfer = 13;
 constexpr uint8_t identity_matrix = 0;
 
-bool read_flag(BitReader* reader) {
-    return read_bits(reader, 1) != 0;
-}
-
 // uvlc() (4.10.3)
 uint64_t read_uvlc(BitReader* reader) {
     int zeros = 0;
@@ -158,7 +154,7 @@ const char* profile_name(uint8_t profile) {
 }
 
 // Annex A.3: 2.0 is 0.
-void level_name(uint8_t level_idx, char* out, size_t size) {
+void av1_level_name(uint8_t level_idx, char* out, size_t size) {
     out[0] = '\0';
     if (level_idx < most_levels) {
         format_text(out, size, "%d.%d", 2 + level_idx / 4, level_idx % 4);
@@ -224,7 +220,7 @@ bool parse_av1_config(Bytes record, Av1Sequence* sequence) {
 
 void av1_codec_text(const Av1Sequence& sequence, char (&out)[av1_text_size]) {
     char level[16];
-    level_name(sequence.level_idx, level, sizeof level);
+    av1_level_name(sequence.level_idx, level, sizeof level);
     const char* profile = profile_name(sequence.profile);
     const bool both = profile[0] != '\0' && level[0] != '\0';
     format_text(out, sizeof out, "AV1%s%s%s%s", profile[0] != '\0' ? " " : "", profile,
@@ -234,7 +230,7 @@ void av1_codec_text(const Av1Sequence& sequence, char (&out)[av1_text_size]) {
 void set_av1_facts(ZatStream* stream, const Av1Sequence& sequence) {
     copy_text(stream->codec, "AV1");
     copy_text(stream->profile, profile_name(sequence.profile));
-    level_name(sequence.level_idx, stream->level, sizeof stream->level);
+    av1_level_name(sequence.level_idx, stream->level, sizeof stream->level);
     stream->bit_depth = sequence.bit_depth;
     copy_text(stream->chroma, chroma_name(sequence));
     if (stream->width == 0 || stream->height == 0) {

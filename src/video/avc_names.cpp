@@ -15,7 +15,7 @@ struct CodeName {
 };
 
 // ITU-T H.264, A.2 (profile_idc alone; the constraint flags are not looked at).
-constexpr CodeName profiles[] = {
+constexpr CodeName avc_profiles[] = {
     {"Baseline", 66},
     {"Main", 77},
     {"Extended", 88},
@@ -29,7 +29,7 @@ constexpr CodeName profiles[] = {
 };
 
 // ITU-T H.264, table A-1. 9 is level 1b of the profiles from High on.
-constexpr CodeName levels[] = {
+constexpr CodeName avc_levels[] = {
     {"1", 10},
     {"1.1", 11},
     {"1.2", 12},
@@ -81,7 +81,7 @@ constexpr int last_named_aspect = 13;
 } // namespace
 
 const char* avc_profile_name(int profile_idc, AvcRules rules) {
-    return name_of(profiles, profile_idc, rules);
+    return name_of(avc_profiles, profile_idc, rules);
 }
 
 const char* avc_level_name(int profile_idc, int constraint_flags, int level_idc, AvcRules rules) {
@@ -90,7 +90,7 @@ const char* avc_level_name(int profile_idc, int constraint_flags, int level_idc,
     const bool old_profile = profile_idc == 66 || profile_idc == 77 || profile_idc == 88;
     const bool is_1b = rules == AvcRules::standard && old_profile && level_idc == 11 &&
                        (constraint_flags & constraint_set3) != 0;
-    return name_of(levels, is_1b ? 9 : level_idc, rules);
+    return name_of(avc_levels, is_1b ? 9 : level_idc, rules);
 }
 
 void FormatAvcProfileLevel(

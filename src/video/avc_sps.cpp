@@ -39,18 +39,6 @@ struct Sps {
     uint8_t vui_parameters_present_flag = 0;
 };
 
-// Reads an Exp-Golomb field, cut to the width of its target; false when it left the data.
-template <class Field>
-bool take_ue(RbspReader* reader, AvcParseState* state, Field* value) {
-    *value = static_cast<Field>(read_ue(reader));
-    return !avc_overrun(reader, state);
-}
-
-bool pass_ue(RbspReader* reader, AvcParseState* state) {
-    uint32_t ignored = 0;
-    return take_ue(reader, state, &ignored);
-}
-
 // scaling_list(). In the first lines every scale counts from 8, not from the entry before it, so
 // that a list ends early exactly at a delta of -8 modulo 256.
 void pass_scaling_list(RbspReader* reader, int entries, AvcRules rules) {

@@ -17,19 +17,9 @@ bool take_u(RbspReader* reader, AvcParseState* state, int n, uint32_t* value) {
     return !avc_overrun(reader, state);
 }
 
-bool take_ue(RbspReader* reader, AvcParseState* state, uint32_t* value) {
-    *value = read_ue(reader);
-    return !avc_overrun(reader, state);
-}
-
 bool pass_u(RbspReader* reader, AvcParseState* state, int n) {
     uint32_t ignored = 0;
     return take_u(reader, state, n, &ignored);
-}
-
-bool pass_ue(RbspReader* reader, AvcParseState* state) {
-    uint32_t ignored = 0;
-    return take_ue(reader, state, &ignored);
 }
 
 // The same for fields of one kind in a row.

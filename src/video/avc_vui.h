@@ -45,6 +45,18 @@ constexpr uint8_t extended_sar = 255;
 // Sets state->error and end_pos when the position has left the data. Returns whether it has.
 bool avc_overrun(const RbspReader* reader, AvcParseState* state);
 
+// Reads an Exp-Golomb field, cut to the width of its target; false when it left the data.
+template <class Field>
+bool take_ue(RbspReader* reader, AvcParseState* state, Field* value) {
+    *value = static_cast<Field>(read_ue(reader));
+    return !avc_overrun(reader, state);
+}
+
+inline bool pass_ue(RbspReader* reader, AvcParseState* state) {
+    uint32_t ignored = 0;
+    return take_ue(reader, state, &ignored);
+}
+
 // Reads vui_parameters() and keeps its positions and aspect fields in the state. Stops behind the
 // field that overran, with state->error set.
 void parse_avc_vui(RbspReader* reader, AvcVui* vui, AvcParseState* state);

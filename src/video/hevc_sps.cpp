@@ -41,8 +41,8 @@ struct FlagWord {
 };
 
 template <size_t N>
-const char* first_word(const FlagWord (&rows)[N], uint16_t flags, const char* otherwise) {
-    for (const FlagWord& row : rows) {
+const char* first_word(const FlagWord (&words)[N], uint16_t flags, const char* otherwise) {
+    for (const FlagWord& row : words) {
         if ((flags & row.flag) != 0) {
             return row.word;
         }
@@ -74,7 +74,7 @@ void profile_name(const HevcSequence& sequence, char* out, size_t size) {
     }
 }
 
-void level_name(uint8_t level_idc, char* out, size_t size) {
+void hevc_level_name(uint8_t level_idc, char* out, size_t size) {
     const int tenths = level_idc / 3;
     out[0] = '\0';
     if (tenths != 0) {
@@ -150,7 +150,7 @@ void hevc_codec_text(const HevcSequence& sequence, char (&out)[hevc_text_size]) 
     char profile[32];
     char level[16];
     profile_name(sequence, profile, sizeof profile);
-    level_name(sequence.level_idc, level, sizeof level);
+    hevc_level_name(sequence.level_idc, level, sizeof level);
     format_text(out, sizeof out, "HEVC/H265%s%s%s%s", profile[0] != '\0' ? " " : "", profile,
         profile[0] != '\0' && level[0] != '\0' ? "@" : "", profile[0] != '\0' ? level : "");
 }
@@ -158,7 +158,7 @@ void hevc_codec_text(const HevcSequence& sequence, char (&out)[hevc_text_size]) 
 void set_hevc_facts(ZatStream* stream, const HevcSequence& sequence) {
     copy_text(stream->codec, "HEVC");
     profile_name(sequence, stream->profile, sizeof stream->profile);
-    level_name(sequence.level_idc, stream->level, sizeof stream->level);
+    hevc_level_name(sequence.level_idc, stream->level, sizeof stream->level);
     stream->bit_depth = sequence.bit_depth;
     if (stream->width == 0 || stream->height == 0) {
         stream->width = sequence.width;

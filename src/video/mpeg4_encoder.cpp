@@ -6,6 +6,7 @@
 #include "common/text.h"
 #include "video/bitmap_info.h"
 #include "video/divx_probe.h"
+#include "video/mpeg4_vop.h"
 
 #include <algorithm>
 
@@ -16,7 +17,6 @@ namespace {
 constexpr std::string_view section = "[AVI-Video]";
 constexpr int two_strings = 3;
 constexpr uint8_t user_data_code = 0xB2;
-constexpr uint8_t vop_code = 0xB6;
 constexpr size_t longest_encoder = 64;
 
 // Looks the string up; the probe keeps the result for the string that is meant for its FourCC.
@@ -85,7 +85,7 @@ void set_mpeg4_encoder(Bytes media, ZatStream* stream) {
 bool shows_mpeg4_encoder(Bytes media) {
     DivxProbe probe;
     return find_divx_strings(media, &probe) == two_strings ||
-           (find_start_code_of(media, 0, vop_code) >= 0 &&
+           (find_start_code_of(media, 0, vop_start_code) >= 0 &&
                (probe.divx_found != 0 || probe.xvid_found != 0 ||
                    find_start_code_of(media, 0, user_data_code) >= 0));
 }

@@ -20,7 +20,7 @@ struct ProfileName {
 
 // ISO/IEC 14496-2, table G.1. Kept as they are: the Advanced Simple rows stand one value above the
 // published ones, and the wording of row B1 and its neighbours.
-constexpr ProfileName profiles[] = {
+constexpr ProfileName mpeg4_profiles[] = {
     {0x01, "Simple@L1"},
     {0x02, "Simple@L2"},
     {0x03, "Simple@L3"},
@@ -141,7 +141,7 @@ bool read_vol_aspect(Bytes header, VolAspect* aspect) {
 } // namespace
 
 void Mpeg4ProfileLevelName(char* out, size_t size, uint32_t value) {
-    for (const ProfileName& row : profiles) {
+    for (const ProfileName& row : mpeg4_profiles) {
         if (row.value == value) {
             copy_text(out, size, row.name);
             return;

@@ -2,6 +2,7 @@
 
 #include "common/bits.h"
 #include "common/start_code.h"
+#include "video/mpeg4_vop.h"
 
 #include <bit>
 
@@ -12,9 +13,8 @@ namespace {
 constexpr uint8_t vol_first_code = 0x20;
 constexpr uint8_t vol_last_code = 0x2F;
 constexpr uint8_t visual_object_sequence_code = 0xB0;
-constexpr uint8_t vop_code = 0xB6;
 
-constexpr uint32_t extended_par = 15;
+constexpr uint32_t extended_pixel_aspect = 15;
 enum Shape : uint32_t { shape_rectangular = 0, shape_binary_only = 2, shape_grayscale = 3 };
 
 void read_control_parameters(BitReader* reader, Mpeg4Vol* vol) {
@@ -88,7 +88,7 @@ int read_mpeg4_vol(Mpeg4Vol* vol, Bytes bytes) {
         skip_bits(&reader, 3);           // video_object_layer_priority
     }
     found.aspect_ratio_info = static_cast<uint8_t>(read_bits(&reader, 4)); // aspect_ratio_info
-    if (found.aspect_ratio_info == extended_par) {
+    if (found.aspect_ratio_info == extended_pixel_aspect) {
         found.par_width = static_cast<uint8_t>(read_bits(&reader, 8));  // par_width
         found.par_height = static_cast<uint8_t>(read_bits(&reader, 8)); // par_height
     }
@@ -129,7 +129,7 @@ int find_mpeg4_headers(Bytes stream, Mpeg4Headers* headers) {
                    read_mpeg4_vol(&headers->vol, behind) == 0) {
             headers->vol_found = true;
             return 0;
-        } else if (code == vop_code) {
+        } else if (code == vop_start_code) {
             headers->profile_level = 0; // of data that a header would have to precede
         }
     }

@@ -7,6 +7,8 @@
 
 namespace zat {
 
+constexpr uint8_t vop_start_code = 0xB6; // 6.2.1
+
 // The seconds that the pictures of a stream count from.
 struct Mpeg4Clock {
     uint16_t resolution = 0;    // ticks per second, by the video object layer

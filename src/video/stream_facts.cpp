@@ -28,8 +28,8 @@ struct Named {
 };
 
 template <size_t N>
-const char* name_of(const Named (&rows)[N], uint32_t code) {
-    for (const Named& row : rows) {
+const char* name_of(const Named (&table)[N], uint32_t code) {
+    for (const Named& row : table) {
         if (row.code == code) {
             return row.name;
         }

@@ -4,6 +4,7 @@
 #include "video/avc_sps.h"
 #include "video/hevc_sps.h"
 #include "video/mpeg4_vol.h"
+#include "video/mpeg4_vop.h"
 #include "video/mpeg_video_headers.h"
 #include "video/vc1_sequence.h"
 
@@ -78,10 +79,9 @@ VideoKind guess_video_kind(Bytes stream) {
         return VideoKind::hevc; // the sequence's behind the video parameter set
     }
     constexpr uint8_t visual_object_sequence = 0xB0;
-    constexpr uint8_t vop = 0xB6;
     Mpeg4Headers mpeg4;
     if ((find_start_code_of(stream, 0, visual_object_sequence) >= 0 ||
-            find_start_code_of(stream, 0, vop) >= 0) &&
+            find_start_code_of(stream, 0, vop_start_code) >= 0) &&
         find_mpeg4_headers(stream, &mpeg4) == 0) {
         return VideoKind::mpeg4;
     }

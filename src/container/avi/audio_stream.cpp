@@ -6,14 +6,15 @@ namespace zat::avi {
 
 namespace {
 
-constexpr uint32_t format_size = 256; // bytes: the longest formats hold coefficients and books
+constexpr uint32_t audio_format_size =
+    256; // bytes: the longest formats hold coefficients and books
 
 } // namespace
 
 void add_audio(const Source& source, uint32_t number) {
     const Stream& stream = source.movie->streams[number];
     ZatStream facts = stream_facts(source, number, ZAT_STREAM_AUDIO);
-    uint8_t format[format_size];
+    uint8_t format[audio_format_size];
     const uint32_t size = read_some(source.reader, stream.format, 0, format, sizeof format);
     WaveStream wave;
     wave.format = {format, size};

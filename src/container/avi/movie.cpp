@@ -10,7 +10,6 @@ namespace {
 constexpr uint32_t chunk_limit = 4096; // at the file's top level; most are of a gigabyte
 constexpr uint32_t stream_header_size = 56;
 constexpr uint32_t video_properties_size = 36;
-constexpr int64_t list_type_size = 4;
 constexpr int64_t byte_rate_at = 8; // in WAVEFORMATEX
 
 // The type of a list or RIFF chunk inside `parent`, also when the size leaves no room for it; 0 for
@@ -162,7 +161,7 @@ void read_further_part(Reader* reader, Span space, Movie* movie) {
 // where nothing else tells any.
 void settle_length(Movie* movie) {
     for (Stream* stream = movie->streams; stream < movie->streams + movie->stream_count; ++stream) {
-        if (stream->type == fourcc("vids")) {
+        if (is_video(*stream)) {
             stream->length = std::max(stream->length, movie->total_frames);
             if (stream->length == 0) {
                 stream->length = movie->first_part_frames;

@@ -15,7 +15,7 @@ namespace zat::avi {
 namespace {
 
 constexpr double highest_frame_rate = 1000;
-constexpr uint32_t format_size = 2048; // bytes of BITMAPINFOHEADER and codec data
+constexpr uint32_t video_format_size = 2048; // bytes of BITMAPINFOHEADER and codec data
 constexpr uint32_t start_size = dv_start_size;
 constexpr uint32_t first_search = 65536; // bytes in which most encoders show themselves
 constexpr uint32_t interlaced_fields = 2;
@@ -57,6 +57,7 @@ void set_rates(const Source& source, const Stream& stream, ZatStream* facts) {
         set_frame_rate(facts, 1'000'000, source.movie->frame_time);
     }
     facts->frames = stream.length;
+    facts->estimated |= source.estimated && facts->frames != 0 ? uint32_t{ZAT_ESTIMATED_FRAMES} : 0;
     facts->bit_rate = counted_rate(source, stream);
     if (!source.counted) {
         facts->bit_rate = rest_rate(source, *facts);
@@ -97,7 +98,7 @@ Bytes mpeg4_media(const Source& source, FileWindow* window) {
 
 void add_video(const Source& source, uint32_t number) {
     const Stream& stream = source.movie->streams[number];
-    uint8_t format[format_size];
+    uint8_t format[video_format_size];
     const uint32_t size = read_some(source.reader, stream.format, 0, format, sizeof format);
     BitmapStream bitmap;
     if (!read_bitmap_info({format, size}, &bitmap.info)) {

@@ -21,9 +21,9 @@ namespace zat::matroska {
 
 namespace {
 
-constexpr uint32_t private_size = 1024; // bytes
-constexpr uint32_t frame_size = 4096;
-static_assert(frame_size >= frame_start_size);
+constexpr uint32_t audio_private_size = 1024; // bytes
+constexpr uint32_t audio_frame_size = 4096;
+static_assert(audio_frame_size >= frame_start_size);
 constexpr double rate_tolerance = 0.01;
 
 // What a track is described from and what its line is made of: a line of its parser, or the generic
@@ -31,8 +31,8 @@ constexpr double rate_tolerance = 0.01;
 struct Description {
     const Track* track = nullptr;
     Parser parser = Parser::plain;
-    uint8_t private_bytes[private_size];
-    uint8_t frame_bytes[frame_size];
+    uint8_t private_bytes[audio_private_size];
+    uint8_t frame_bytes[audio_frame_size];
     Bytes codec_private;
     Bytes start;       // of the first frame
     uint64_t rate = 0; // bit/s by statistics or count; 0 when not known exactly
@@ -317,9 +317,14 @@ void describe_track(
         read_private(source, track, text->private_bytes, sizeof text->private_bytes);
     text->start = read_first_frame(source, track, text->frame_bytes, sizeof text->frame_bytes);
     text->rate = (stream->estimated & ZAT_ESTIMATED_BIT_RATE) == 0 ? stream->bit_rate : 0;
-    text->parser = codec != nullptr ? codec->parser : Parser::plain;
-    copy_text(text->codec, codec != nullptr ? codec->text : bounded_text(track.codec_id));
+    const bool tells_nothing =
+        codec == nullptr || (codec->parser == Parser::acm && text->codec_private.empty());
+    text->parser = tells_nothing ? Parser::plain : codec->parser;
+    copy_text(text->codec, tells_nothing ? bounded_text(track.codec_id) : codec->text);
     describe(text->parser, text, stream);
+    if (stream->codec[0] == '\0' && text->parser != Parser::acm) {
+        copy_utf8(stream->codec, bounded_text(track.codec_id));
+    }
     drop_nonsense(stream);
 }
 

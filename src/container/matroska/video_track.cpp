@@ -14,8 +14,8 @@ namespace zat::matroska {
 
 namespace {
 
-constexpr uint32_t private_size = 4096; // bytes: parameter sets stand at the start
-constexpr uint32_t frame_size = 4096;
+constexpr uint32_t video_private_size = 4096; // bytes: parameter sets stand at the start
+constexpr uint32_t video_frame_size = 4096;
 constexpr uint32_t dolby_vision_size = 24; // bytes
 
 // DisplayUnit
@@ -219,6 +219,10 @@ void describe(const Track& track, const Codec* codec, Bytes codec_private, Bitma
     default:
         break;
     }
+    if (stream->codec[0] == '\0') { // the private data should have told it
+        copy_utf8(stream->codec, bounded_text(track.codec_id));
+        bitmap->name = bitmap->name.empty() ? bounded_text(track.codec_id) : bitmap->name;
+    }
     describe_bitmap_stream(*bitmap, stream, description);
 }
 
@@ -236,8 +240,8 @@ void add_video(const Source& source, uint32_t index) {
         set_rest_rate(source, &stream); // a part says less: pictures differ more than sounds
     }
 
-    uint8_t private_bytes[private_size];
-    uint8_t frame_bytes[frame_size];
+    uint8_t private_bytes[video_private_size];
+    uint8_t frame_bytes[video_frame_size];
     BitmapStream bitmap;
     set_code(UINT32_MAX, &bitmap.info); // no codec's; 0 is one
     VideoDescription description;

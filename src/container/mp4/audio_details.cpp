@@ -22,7 +22,7 @@ namespace zat::mp4 {
 namespace {
 
 // Bytes of a decoder configuration that are read, of which the decoders need less.
-constexpr uint32_t config_size = 256;
+constexpr uint32_t audio_config_size = 256;
 
 // The formats of uncompressed sound: QuickTime's, and those of ISO/IEC 23003-5.
 struct PcmFormat {
@@ -87,7 +87,7 @@ void read_aac(TrackFacts* facts, ZatStream* stream) {
 }
 
 void read_dolby(TrackFacts* facts, ZatStream* stream) {
-    uint8_t box[config_size];
+    uint8_t box[audio_config_size];
     Ac3Config config;
     const bool told =
         size_of(facts->entry.eac3_configuration) != 0
@@ -117,7 +117,7 @@ void read_dts(TrackFacts* facts, ZatStream* stream) {
 }
 
 void read_opus(TrackFacts* facts, ZatStream* stream) {
-    uint8_t box[config_size];
+    uint8_t box[audio_config_size];
     OpusConfig config;
     stream->sample_rate = 48000; // whatever the encoder's input had
     if (read_opus_config(read_box(facts->reader, facts->entry.audio_configuration, box), &config)) {
@@ -126,7 +126,7 @@ void read_opus(TrackFacts* facts, ZatStream* stream) {
 }
 
 void read_flac(TrackFacts* facts, ZatStream* stream) {
-    uint8_t box[config_size];
+    uint8_t box[audio_config_size];
     FlacStreamInfo info;
     const Span behind_version = sub_span(facts->entry.flac_configuration, 4);
     const Bytes blocks = read_box(facts->reader, behind_version, box);
@@ -139,7 +139,7 @@ void read_flac(TrackFacts* facts, ZatStream* stream) {
 }
 
 void read_alac(TrackFacts* facts, ZatStream* stream) {
-    uint8_t box[config_size];
+    uint8_t box[audio_config_size];
     AlacConfig config;
     const Span behind_version = sub_span(facts->entry.alac_cookie, 4);
     if (read_alac_config(read_box(facts->reader, behind_version, box), &config)) {
@@ -152,7 +152,7 @@ void read_alac(TrackFacts* facts, ZatStream* stream) {
 
 // WAVEFORMATEX in a box of its own.
 void read_wave_format_box(TrackFacts* facts, ZatStream* stream) {
-    uint8_t box[config_size];
+    uint8_t box[audio_config_size];
     const Bytes bytes = read_box(facts->reader, facts->entry.audio_configuration, box);
     const CodecName name = bytes.size() >= wave_plain_size
                                ? format_tag_name(codec_tag(read_wave_format(bytes)))

@@ -8,7 +8,7 @@ namespace zat::mp4 {
 
 namespace {
 
-constexpr uint32_t entry_size = 12; // a reference of an index
+constexpr uint32_t reference_size = 12; // a reference of an index
 
 // The entry of a stream, new if need be; null when there is no room.
 IndexedStream* indexed_stream(Movie* movie, uint32_t id) {
@@ -33,16 +33,16 @@ uint64_t sum_durations(Reader* reader, Span entries, uint32_t count) {
     int64_t at = 0;
     while (count != 0) {
         const uint32_t wanted = std::min(count, block_entries);
-        const Bytes block = read_view(reader, entries, at, wanted * entry_size);
-        for (size_t i = 0; i + entry_size <= block.size(); i += entry_size) {
+        const Bytes block = read_view(reader, entries, at, wanted * reference_size);
+        for (size_t i = 0; i + reference_size <= block.size(); i += reference_size) {
             const bool is_index = (block[i] & 0x80) != 0;  // reference_type
             sum += is_index ? 0 : ReadBE32(&block[i + 4]); // subsegment_duration
         }
-        if (block.size() < size_t{wanted} * entry_size) {
+        if (block.size() < size_t{wanted} * reference_size) {
             break;
         }
         count -= wanted;
-        at += int64_t{wanted} * entry_size;
+        at += int64_t{wanted} * reference_size;
     }
     return sum;
 }

@@ -54,7 +54,7 @@ struct ObjectRow {
 };
 
 // By objectTypeIndication (registry of ISO/IEC 14496-1).
-constexpr ObjectRow object_types[] = {
+constexpr ObjectRow object_codecs[] = {
     {0x20, {"MPEG-4 Visual"}},
     {0x21, {"H.264"}},
     {0x23, {"HEVC"}},
@@ -98,9 +98,9 @@ CodecName find_format(const FormatRow (&rows)[N], uint32_t format) {
 }
 
 CodecName object_name(uint8_t object_type) {
-    const auto* row = std::find_if(std::begin(object_types), std::end(object_types),
+    const auto* row = std::find_if(std::begin(object_codecs), std::end(object_codecs),
         [object_type](const ObjectRow& each) { return each.object_type == object_type; });
-    return row != std::end(object_types) ? row->name : CodecName{};
+    return row != std::end(object_codecs) ? row->name : CodecName{};
 }
 
 CodecName format_name(uint32_t format, uint32_t kind) {

@@ -252,7 +252,7 @@ uint64_t movie_bytes(const TrackFacts& facts, const ZatStream& stream) {
 }
 
 // A claim within this part of the counted rate is the same.
-constexpr double same_rate = 0.01;
+constexpr double same_bit_rate = 0.01;
 
 void count_bytes(TrackFacts* facts, ZatStream* stream) {
     stream->bytes = movie_bytes(*facts, *stream) + facts->track->fragment_bytes;
@@ -268,7 +268,7 @@ void count_bytes(TrackFacts* facts, ZatStream* stream) {
     }
     const double difference =
         std::abs(static_cast<double>(claim) - static_cast<double>(stream->bit_rate));
-    if (claim != 0 && difference > same_rate * static_cast<double>(stream->bit_rate)) {
+    if (claim != 0 && difference > same_bit_rate * static_cast<double>(stream->bit_rate)) {
         stream->nominal_bit_rate = claim;
     }
 }

@@ -20,7 +20,7 @@ namespace zat::mp4 {
 namespace {
 
 // Bytes of a decoder configuration that are read: some hundred are usual.
-constexpr uint32_t config_size = 4096;
+constexpr uint32_t video_config_size = 4096;
 
 void read_avc(const TrackFacts& facts, ZatStream* stream) {
     uint8_t record[avc_config_head_size];
@@ -44,7 +44,7 @@ void read_avc(const TrackFacts& facts, ZatStream* stream) {
 }
 
 void read_video_configuration(const TrackFacts& facts, ZatStream* stream) {
-    uint8_t buffer[config_size];
+    uint8_t buffer[video_config_size];
     const Bytes record = read_box(facts.reader, facts.entry.video_configuration, buffer);
     const std::string_view codec = bounded_text(stream->codec);
     HevcSequence hevc;
@@ -132,7 +132,7 @@ uint32_t sample_duration(const TrackFacts& facts) {
 }
 
 // A declared rate that is this close to the counted one is the same.
-constexpr double same_rate = 0.005;
+constexpr double same_frame_rate = 0.005;
 
 void count_frames(const TrackFacts& facts, ZatStream* stream) {
     const double declared = stream->frame_rate;
@@ -142,14 +142,14 @@ void count_frames(const TrackFacts& facts, ZatStream* stream) {
         set_frame_rate(stream, facts.track->time_scale, duration);
     } else if (stream->frames != 0 && facts.seconds > 0) {
         stream->frame_rate = static_cast<double>(stream->frames) / facts.seconds;
-        if (std::abs(declared - stream->frame_rate) > same_rate * stream->frame_rate) {
+        if (std::abs(declared - stream->frame_rate) > same_frame_rate * stream->frame_rate) {
             stream->frame_rate_numerator = 0;
             stream->frame_rate_denominator = 0;
         }
     }
     constexpr double highest_rate = 240; // more in a parameter set is a clock, no rate
     if (declared > 0 && declared <= highest_rate &&
-        std::abs(declared - stream->frame_rate) > same_rate * declared) {
+        std::abs(declared - stream->frame_rate) > same_frame_rate * declared) {
         stream->nominal_frame_rate = declared;
     }
 }

@@ -99,10 +99,9 @@ void take_time(PictureCount* count, int64_t time) {
 
 void count_mpeg4(Counter* counter, uint8_t code, Bytes behind) {
     constexpr uint8_t group = 0xB3;
-    constexpr uint8_t vop = 0xB6;
     if (code == group) {
         read_mpeg4_group(&counter->clock, behind);
-    } else if (code == vop) {
+    } else if (code == vop_start_code) {
         add_picture(counter, 2);
         const int64_t time = read_mpeg4_time(&counter->clock, behind);
         if (time >= 0) {
