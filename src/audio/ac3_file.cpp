@@ -26,8 +26,8 @@ Bytes find_frame(Bytes file_start) {
     return frame.first(std::min<size_t>(frame.size(), read_size));
 }
 
-// Of AC-3 itself the frame's own rate tells the play time, that of the whole file: of padding before
-// the stream, too.
+// Of AC-3 itself the frame's own rate tells the play time of the whole file, padding before the
+// stream included.
 bool analyze_ac3(FileRecord* file, Bytes start, const Output& out) {
     ZatStream stream = new_stream(ZAT_STREAM_AUDIO);
     char line[line_size];
