@@ -31,7 +31,10 @@ TEST(Dispatch, writes_the_line_of_the_only_stream_over_others) {
         const TempFile temporary(row.bytes);
         FileRecord file;
         ASSERT_EQ(FileOpen(&file, temporary.path.c_str()), 0);
-        InfoRecord record{.type_code = row.type_code, .video_count = 3, .audio_count = 3};
+        InfoRecord record{};
+        record.type_code = row.type_code;
+        record.video_count = 3;
+        record.audio_count = 3;
         DispatchAnalyser(&file, {&record, nullptr});
         EXPECT_EQ(record.video_count, row.video_lines);
         EXPECT_EQ(record.audio_count, 1);
