@@ -39,7 +39,7 @@ bool analyze_ac3(FileRecord* file, Bytes start, const Output& out) {
         complete_by_bytes(file->size, &stream);
         copy_utf8(out.details->format, "AC-3");
     }
-    add_stream_line(out, stream, line);
+    set_stream_line(out, stream, line);
     return true;
 }
 

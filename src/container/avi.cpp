@@ -41,7 +41,7 @@ void take_counted_lengths(const MediaWalk& walk, Movie* movie) {
 }
 
 // Counts by the index, else by the chunks themselves where that is asked for or tells what nothing
-// else does. True when times are estimated from a part.
+// else does. True when lengths are estimated from a part.
 bool count_streams(Reader* reader, uint32_t options, Movie* movie, Source* source) {
     source->counted = count_by_index(reader, movie);
     const bool without_lengths = lacks_lengths(*movie);
@@ -62,7 +62,7 @@ double play_time(const Movie& movie) {
     double longest = 0;
     for (uint32_t i = 0; i < movie.stream_count; ++i) {
         const Stream& stream = movie.streams[i];
-        if (stream.type != fourcc("txts")) {
+        if (is_video(stream) || stream.type == fourcc("auds")) {
             longest = std::max(longest, declared_time(movie, stream));
         }
     }
@@ -91,7 +91,7 @@ void add_streams(const Source& source) {
     }
 }
 
-void add_notes(const Source& source, bool estimated) {
+void add_notes(const Source& source) {
     const Movie& movie = *source.movie;
     const int64_t file_size = source.reader->block.file->size;
     if (movie.parts > 1) {
@@ -104,12 +104,14 @@ void add_notes(const Source& source, bool estimated) {
     if (size_of(movie.movi) != 0 && !has_index(movie)) {
         add_note(source.out, source.extra, "no index");
     }
-    if (estimated) {
+    if (source.estimated && play_time(movie) > 0) {
         add_note(source.out, source.extra, "time estimated");
     }
 }
 
-void write_file_facts(const Movie& movie, bool estimated, const Output& out) {
+void write_file_facts(const Source& source) {
+    const Movie& movie = *source.movie;
+    const Output& out = source.out;
     const bool is_opendml = movie.has_odml || movie.parts > 1;
     set_label(out.record, "%s", is_opendml ? "[AVI(OpenDML)]" : "[AVI]");
     out.record->play_time = play_time(movie);
@@ -117,7 +119,8 @@ void write_file_facts(const Movie& movie, bool estimated, const Output& out) {
         copy_utf8(out.details->format, "AVI");
         copy_utf8(out.details->format_profile, is_opendml ? "OpenDML" : "");
         out.details->duration = out.record->play_time;
-        out.details->estimated |= estimated ? uint32_t{ZAT_ESTIMATED_DURATION} : 0;
+        out.details->estimated |=
+            source.estimated && out.details->duration > 0 ? uint32_t{ZAT_ESTIMATED_DURATION} : 0;
     }
 }
 
@@ -133,15 +136,15 @@ int AnalyzeAviFile(FileRecord* file, const Output& out) {
     Movie movie;
     read_movie(&reader, &movie);
     ExtraLines extra;
-    Source source{&reader, &movie, false, out, &extra};
+    Source source{&reader, &movie, false, false, out, &extra};
     reader_allow(&reader, table_allowance);
-    const bool estimated = count_streams(&reader, out.record->options, &movie, &source);
+    source.estimated = count_streams(&reader, out.record->options, &movie, &source);
     reader_allow(&reader, walk_allowance);
     find_first_data(&reader, source.counted, &movie);
-    write_file_facts(movie, estimated, out);
+    write_file_facts(source);
     add_streams(source);
     write_info(&reader, movie.info, out);
-    add_notes(source, estimated);
+    add_notes(source);
     write_extra_lines(extra, out.record);
     note_work_limit(out, reader);
     return 0;

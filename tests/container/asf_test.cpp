@@ -141,14 +141,17 @@ Data film() {
                                                  .append(stream_attribute(1, "AspectRatioY", 3))
                                                  .bytes)});
     const Data tags = object(guid(0xD2D0A440, 0xE307), ByteBuilder()
-                                                           .le16(3)
+                                                           .le16(4)
+                                                           .append(attribute("Title", 0, wide("Title")))
                                                            .append(attribute("WM/Picture", 1, Data(9)))
                                                            .append(attribute("WM/ToolName", 0, wide("Tool")))
                                                            .append(attribute("WM/ToolVersion", 0, wide("2")))
                                                            .bytes);
     const Data texts = object(guid(0x75B22633, 0x668E),
-        ByteBuilder().le16(12).le16(14).le16(0).le16(0).le16(0).append(wide("Title")).append(wide("Author")).bytes);
-    const Data markers = object(guid(0xF487CD01, 0xA951), ByteBuilder().fill(16).le32(3).bytes);
+        ByteBuilder().le16(2).le16(14).le16(0).le16(0).le16(0).append(wide("")).append(wide("Author")).bytes);
+    // Room for three, whatever the count says.
+    const Data markers =
+        object(guid(0xF487CD01, 0xA951), ByteBuilder().fill(16).le32(0xFFFFFFFF).le16(0).le16(2).fill(2 + 3 * 30).bytes);
     const Data script = object(guid(0x1EFB1A30, 0x0B62), ByteBuilder().fill(16).le16(2).bytes);
     return joined({header({file_properties(3 * second, 4), extension, video(1, "WMV3", {0x4E, 0x39, 0x0A, 0x01}), codec_list(),
                        tags, texts, markers, script, object(guid(0x2211B3FB, 0xBD23), {})}),
@@ -182,7 +185,7 @@ TEST(Asf, describes_streams) {
             "X DRM\n"
             "I Author - Title / Tool 2\n"
             "2.000",
-            "ASF title=Title artist=Author writer=Tool 2 created=2016-02-15T08:53:20Z duration=2.000 bit_rate=8288 chapters=3 "
+            "ASF title=Title artist=Author writer=Tool 2 created=2016-02-15T08:53:20Z duration=2.000 bit_rate=8752 chapters=3 "
             "pictures=1\n"
             "audio id=2 duration=2.000 bit_rate=9000 nominal_bit_rate=128000 bytes=174 sample_rate=44100 channels=2 codec=WMA2 "
             "codec_id=0x0161 language=en-us title=9 kbps CBR\n"

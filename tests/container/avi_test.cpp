@@ -179,6 +179,15 @@ Data open_recording() {
     return avi({headers({video({.length = 0}), sound}), media}, 0);
 }
 
+// More pictures than are counted of such a file; `time` of one in microseconds.
+Data long_open_recording(uint64_t time) {
+    ByteBuilder pictures;
+    for (int i = 0; i < 2000; ++i) {
+        pictures.append(riff_chunk("00dc", Data(8)));
+    }
+    return avi({headers({video({.scale = 0, .rate = 0, .length = 0})}, main_header(time)), movi({pictures.bytes}, 0)}, 0);
+}
+
 Data gab2(std::string_view text) {
     ByteBuilder data;
     data.text("GAB2").u8(0).le16(2).le32(6).raw({'E', 0, 'n', 0, 0, 0}).le16(4).le32(text.size()).text(text);
@@ -205,9 +214,11 @@ Data dv_frame() {
     return frame.put(54 * 80 + 3, std::string_view("\x50\xD8\x00\xE0\x91", 5)).bytes;
 }
 
+// Of its 50 frames the stream's header counts those of the first part.
 Data dv_type_1() {
-    return avi({headers({stream_list(stream_header("iavs", 1, 25, 25, 0), Data(32))}), movi({riff_chunk("00__", dv_frame())}),
-        idx1({{"00__", 4, 144000}})});
+    const Data extended = riff_list("LIST", "odml", {riff_chunk("dmlh", ByteBuilder().le32(50).bytes)});
+    return avi({headers({stream_list(stream_header("iavs", 1, 25, 25, 0), Data(32)), extended}),
+        movi({riff_chunk("00__", dv_frame())}), idx1({{"00__", 4, 144000}})});
 }
 
 // AC-3: 48 kHz, 192 kbit/s, stereo.
@@ -232,12 +243,18 @@ Data avc_picture() {
         .bytes;
 }
 
+// Advanced profile, level 1, 64x48, 10 frames a second, behind a byte that is none of it.
+Data vc1_sequence() {
+    return bytes_of_hex("24 00 00 01 0F CB 84 07 70 33 8A 07 78 1D FF 9B 9B 80 44 80 19 00");
+}
+
 Data pictures() {
     const auto top_down = static_cast<uint64_t>(-240);
     return avi({headers({video({.code = "h264", .width = 256, .height = 144}, properties(4, 3, 2)),
                     video({.code = {"\0\0\0\0", 4}, .height = top_down}),
                     video({.code = "WMV3", .codec_data = {0x4E, 0x39, 0x0A, 0x01}}),
-                    video({.code = "XVID", .codec_data = mpeg4_picture("DivX999b000p/XviD0046")})}),
+                    video({.code = "XVID", .codec_data = mpeg4_picture("DivX999b000p/XviD0046")}),
+                    video({.code = "WVC1", .codec_data = vc1_sequence()})}),
         movi({riff_chunk("00dc", avc_picture())})});
 }
 
@@ -288,6 +305,18 @@ TEST(Avi, describes_streams) {
             "codec_id=MJPG\n"
             "audio id=1 duration=0.100 bit_rate=1536000 bytes=19200 sample_rate=48000 channels=2 bit_depth=16 codec=PCM "
             "codec_id=0x0001 profile=signed 16 LE"},
+        {"a long one", long_open_recording(40000),
+            "[AVI]\n"
+            "V 320x240 [C\x96\xB3MJPG] 25.000fps ~1.600kbps ~2000f\n"
+            "X no index\n"
+            "X time estimated\n"
+            "80.000",
+            "AVI notes=no index\ntime estimated duration=80.000 bit_rate=3222 estimated=3\n"
+            "video estimated=11 duration=80.000 bit_rate=1600 frame_rate=25.000 frames=2000 size=320:240 fps_ratio=25:1 "
+            "codec=MJPEG "
+            "codec_id=MJPG"},
+        {"a long one without any time", long_open_recording(0), "[AVI]\nV 320x240 [C\x96\xB3MJPG] ~2000f\nX no index\n0.000",
+            "AVI notes=no index\nvideo estimated=8 frames=2000 size=320:240 codec=MJPEG codec_id=MJPG"},
         {"subtitles, texts, other streams", with_texts(),
             "[AVI]\n"
             "V 320x240 [C\x96\xB3MJPG] 25.000fps 50f \"Main\"\n"
@@ -305,15 +334,15 @@ TEST(Avi, describes_streams) {
             "text flags=64 id=3 codec=DivX subtitle codec_id=DXSB\n"
             "data flags=64 id=4 codec=MIDI codec_id=mids"},
         {"DV type 1", dv_type_1(),
-            "[AVI]\n"
+            "[AVI(OpenDML)]\n"
             "V 720x576 [C\x96\xB3"
-            "dvsd] 25.000fps 28800.000kbps 25f\n"
+            "dvsd] 25.000fps 28800.000kbps 50f\n"
             "A [PCM] 32000Hz 4ch(L+R+BL+BR) 12Bit 1536.000kbps\n"
-            "1.000",
-            "AVI duration=1.000 bit_rate=37184\n"
-            "video duration=1.000 bit_rate=28800000 bytes=144000 frame_rate=25.000 frames=25 size=720:576 pixel=64:45 "
+            "2.000",
+            "AVI profile=OpenDML duration=2.000 bit_rate=18688\n"
+            "video duration=2.000 bit_rate=28800000 bytes=144000 frame_rate=25.000 frames=50 size=720:576 pixel=64:45 "
             "display=16:9 fps_ratio=25:1 scan=2 bit_depth=8 codec=DV codec_id=dvsd chroma=4:2:0\n"
-            "audio duration=1.000 bit_rate=1536000 sample_rate=32000 channels=4 bit_depth=12 codec=PCM profile=signed 12 BE"},
+            "audio duration=2.000 bit_rate=1536000 sample_rate=32000 channels=4 bit_depth=12 codec=PCM profile=signed 12 BE"},
         {"sounds", sounds(),
             "[AVI]\n"
             "A AC3 48000Hz [2Ch(2/0) L+R CM] 192kbps\n"
@@ -339,9 +368,10 @@ TEST(Avi, describes_streams) {
             "00000000] 24Bit 25.000fps 50f\n"
             "V 320x240 [C\x96\xB3WMV3] 25.000fps 50f\n"
             "V 320x240 [C\x96\xB3XviD0046(BVOP)] 25.000fps 50f\n"
+            "V 320x240 [VC-1 Advanced@1] 25.000fps 50f Progressive\n"
             "X no index\n"
             "2.000",
-            "AVI notes=no index duration=2.000 bit_rate=2992\n"
+            "AVI notes=no index duration=2.000 bit_rate=3576\n"
             "video duration=2.000 frame_rate=25.000 frames=50 size=256:144 pixel=3:4 display=4:3 fps_ratio=25:1 scan=2 "
             "bit_depth=8 codec=H.264 codec_id=h264 profile=High level=1.3 chroma=4:2:0\n"
             "video id=1 duration=2.000 frame_rate=25.000 frames=50 size=320:240 fps_ratio=25:1 bit_depth=8 codec=Raw video "
@@ -349,7 +379,9 @@ TEST(Avi, describes_streams) {
             "video id=2 duration=2.000 frame_rate=25.000 frames=50 size=320:240 fps_ratio=25:1 bit_depth=8 codec=WMV3 "
             "codec_id=WMV3 profile=Main chroma=4:2:0\n"
             "video id=3 duration=2.000 frame_rate=25.000 frames=50 size=320:240 fps_ratio=25:1 codec=MPEG-4 Visual codec_id=XVID "
-            "encoder=XviD0046"},
+            "encoder=XviD0046\n"
+            "video id=4 duration=2.000 frame_rate=25.000 frames=50 size=320:240 pixel=1:1 display=4:3 fps_ratio=25:1 scan=1 "
+            "bit_depth=8 codec=VC-1 codec_id=WVC1 profile=Advanced level=1 chroma=4:2:0"},
     });
 }
 

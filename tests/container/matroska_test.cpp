@@ -206,6 +206,14 @@ TEST(Matroska, counts_blocks_in_all_their_forms) {
                         element(0x6D80, {element(0x6240, {element(0x5034, {number(0x4254, 3), words(0x4255, "wvpk")})})})})}),
                 cluster(0, join_elements({block(1, 0, Data(996)), group(1, 500, 500, Data(1996))}))}),
             rate("24.000")},
+        {"those of the private data alone are not",
+            file({info(1000),
+                tracks({track(1, audio, "A_WAVPACK4",
+                    {sound(8000, 1),
+                        element(0x6D80, {element(0x6240, {number(0x5032, 2),
+                                                             element(0x5034, {number(0x4254, 3), words(0x4255, "wvpk")})})})})}),
+                cluster(0, join_elements({block(1, 0, Data(1000)), group(1, 500, 500, Data(2000))}))}),
+            rate("24.000")},
         {"statistics count over blocks",
             file({info(1000), tracks({pcm}), cluster(0, join_elements({block(1, 0, Data(9)), block(1, 500, Data(9))})),
                 element(0x1254C367, {tag(101, {{"BPS", "99000"}}), tag(55, {{"BPS", "1"}}), tag(0, {{"BPS", "2"}})})}),
@@ -262,6 +270,10 @@ TEST(Matroska, reads_what_seek_heads_point_to_behind_many_clusters) {
         {"another element there", at(position, 0x1043A770), not_told},
         {"within an element", at(position + 1), not_told},
         {"beyond the end", at(uint64_t{1} << 62), not_told},
+        {"no duration: the last cluster's end",
+            file({tracks({vp8}), large, large,
+                element(0x1F43B675, {number(0xA7, 9), number(0xAB, 9), number(0xE7, 1960), block(1, 0, vp8_frame(99))})}),
+            "V 320x240 [VP8] 8Bit 25.000fps ~41944.076kbps ~50f\n2.000"},
     });
 }
 
@@ -300,6 +312,10 @@ TEST(Matroska, keeps_what_damage_leaves) {
                 ten_frames}),
             ten + " encrypted\nX encrypted\nI writer\n0.400"},
         {"no tracks", file({info(400)}), "I writer\n0.400"},
+        {"flags without a value, descriptions without private data",
+            file({info(400), tracks({track(1, video, "V_MS/VFW/FOURCC", {picture(320, 240), element(0x55AA, Data{})}),
+                                 track(2, audio, "A_MS/ACM", {sound(8000, 1), element(0x55AB, Data{})})})}),
+            "V 320x240 [V_MS/VFW/FOURCC]\nA [A_MS/ACM] 8000Hz 1ch\nI writer\n0.400"},
     });
 }
 

@@ -180,6 +180,32 @@ TEST(Mp4Details, TellsTextTracksChaptersAndMetadata) {
             "\nvideo flags=65 id=10 duration=2.000"}});
 }
 
+// Texts of QuickTime's user data: their bytes, a language, the text.
+TEST(Mp4Details, TellsRolesAndInternationalTexts) {
+    const auto international = [](std::string_view type, std::string_view text, uint64_t length) {
+        return atom(type, ByteBuilder().be16(length).be16(0).text(text).bytes);
+    };
+    const Data titled = atom("titl", full().be16(0).raw({0xFE, 0xFF, 0, 'T'}).bytes);
+    const Data user = atom("udta", {international("\xA9"
+                                                  "ART",
+                                        "Maker", 5),
+                                       titled, international("\xA9swr", "Cut at", 3)});
+    const auto role = [](std::string_view tag) { return atom("tagc", ByteBuilder().text(tag).bytes); };
+    const Data sound = track({.type = "soun",
+        .tables = tables(audio_entry("sawb"), sizes({32, 32})),
+        .others = atom("udta", {international("\xA9nam", "Told", 99), role("public.accessibility.describes-video")})});
+    const Data text = track({.id = 2,
+        .type = "sbtl",
+        .tables = tables(atom("tx3g", ByteBuilder().fill(6).be16(1).be32(0).bytes), sizes({50})),
+        .others = atom("udta", {role("public.subtitles.forced-only"), role("public.accessibility.transcribes-spoken-dialog")})});
+    const Data bytes = file({user, sound, text});
+    expect_rows({{"all", bytes,
+        head(bytes, " title=T artist=Maker writer=Cut") +
+            "\naudio flags=17 id=1 duration=2.000 bit_rate=256 bytes=64 sample_rate=16000 channels=1 codec=AMR-WB codec_id=sawb"
+            " title=Told"
+            "\ntext flags=11 id=2 duration=2.000 bit_rate=200 bytes=50 codec=timed text codec_id=tx3g"}});
+}
+
 TEST(Mp4Details, ReadsHeadersOfVersion1) {
     const Data movie = atom("mvhd", ByteBuilder().be32(1 << 24).be64(3786825600).be64(0).be32(1000).be64(2000).bytes);
     const Data media = atom("mdhd", ByteBuilder().be32(1 << 24).be64(0).be64(0).be32(1000).be64(2000).be16(0).be16(0).bytes);

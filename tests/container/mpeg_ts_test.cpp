@@ -257,7 +257,16 @@ TEST(MpegTs, shows_services_and_events) {
                                .be16(0xFC00)
                                .be16(0xFC00)
                                .bytes));
+    // A sign of ARIB in the network table, for a network that has none itself.
+    TsBuilder network = film();
+    const Data key = descriptor(0xCD, Data{1, 0x18});
+    const Data transport = ByteBuilder().be16(1).be16(0x20FA).be16(0xF000 | key.size()).append(key).bytes;
+    network.table(0x10, section(0x40, 1, ByteBuilder().be16(0xF000).be16(0xF000 | transport.size()).append(transport).bytes));
+    network.table(
+        0x11, section(0x42, 1, ByteBuilder().be16(0x20FA).u8(0xFF).append(service_entry(1, "", "\x46\x7C\x4B\x5C")).bytes));
     expect_rows({
+        {"ARIB by its network", play(network, 90000).file.bytes,
+            "[MPEG2-TS(188)]\nG 1 \x93\xFA\x96\x7B\n" + film_streams + "X PID 0000 0010 0011 1000(PMT)\n0.393"},
         {"DVB", play(dvb, 90000).file.bytes,
             "[MPEG2-TS(188)]\nG 1 One (P)\nG 1993/10/13 12:45-13:40 UTC naive News\n" + film_streams +
                 "X next Later\nX PID 0000 0011 0012 1000(PMT)\nI a b\n0.393"},

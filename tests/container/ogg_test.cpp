@@ -84,21 +84,11 @@ std::string lines_of(const InfoRecord& record) {
 
 TEST(Ogg, describes_each_stream_with_what_its_pages_tell) {
     const Data whole = opus().bytes;
-    const OggBuilder flac_head = OggBuilder().page(2, 0,
-        {ByteBuilder()
-                .u8(0x7F)
-                .text("FLAC")
-                .raw({1, 0, 0, 1})
-                .text("fLaC")
-                .be32(34)
-                .be16(4096)
-                .be16(4096)
-                .be24(0)
-                .be24(0)
-                .be32(0x0AC442F0)
-                .be32(44100)
-                .fill(16)
-                .bytes});
+    const Data stream_info =
+        ByteBuilder().be32(34).be16(4096).be16(4096).be24(0).be24(0).be32(0x0AC442F0).be32(44100).fill(16).bytes;
+    const OggBuilder flac_head =
+        OggBuilder().page(2, 0, {ByteBuilder().u8(0x7F).text("FLAC").raw({1, 0, 0, 1}).text("fLaC").append(stream_info).bytes});
+    const Data flac_comments = ByteBuilder().u8(0x84).be24(0).append(comment_block("libFLAC", {"TITLE=T"})).bytes;
     const Row rows[] = {
         {"opus", whole, "[Ogg]\nA [Opus] 48000Hz 2ch 40.257kbps\nI libopus\n1.014"},
         {"its texts",
@@ -137,6 +127,13 @@ TEST(Ogg, describes_each_stream_with_what_its_pages_tell) {
             "[Ogg]\nA OggVorbis 44100Hz [CBR Stereo] 40.000kbps\n0.200"},
         {"flac", OggBuilder(flac_head).page(0, 0, {Data(9)}).page(4, 8820, {Data(5000)}).bytes,
             "[Ogg]\nA [FLAC] 44100Hz 2ch 16Bit 200.000kbps\n0.200"},
+        {"flac in its first mapping",
+            OggBuilder()
+                .page(2, 0, {ByteBuilder().text("fLaC").bytes})
+                .page(0, 0, {stream_info, flac_comments})
+                .page(4, 8820, {Data(5000)})
+                .bytes,
+            "[Ogg]\nA [FLAC] 44100Hz 2ch 16Bit 200.000kbps\nI T / libFLAC\n0.200"},
         {"ogm",
             OggBuilder()
                 .page(2, 0, {ogm_head("video", "XVID", 400000, 1, ByteBuilder().le32(640).le32(480).bytes)})
@@ -154,8 +151,15 @@ TEST(Ogg, describes_each_stream_with_what_its_pages_tell) {
             "0055] 44100Hz 2ch 16.036kbps\nX [text]\n2.000"},
         {"unknown stream", OggBuilder().page(2, 0, {Data(40, 7)}).page(0, 5, {Data(5)}).bytes,
             "[Ogg]\nX [unknown stream]\n0.000"},
-        {"same serial twice", OggBuilder().page(2, 0, {opus_head()}).page(2, 0, {opus_head(0, 1)}).bytes,
-            "[Ogg]\nA [Opus] 48000Hz 2ch\n0.000"},
+        {"same serial over and over",
+            OggBuilder()
+                .page(2, 0, {opus_head()})
+                .page(2, 0, {opus_head(0, 1)})
+                .page(2, 0, {opus_head(0, 1)})
+                .stream(2)
+                .page(2, 0, {opus_head()})
+                .bytes,
+            "[Ogg]\nA [Opus] 48000Hz 2ch\nA [Opus] 48000Hz 2ch\n0.000"},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);

@@ -150,7 +150,13 @@ void keep_codec_list(Reader* /*reader*/, Span data, Header* header) {
 }
 
 void read_markers(Reader* reader, Span data, Header* header) {
-    header->markers = read_le32(reader, data, 16);
+    constexpr int64_t entries_at = 24; // behind the size of the markers' name, and the name
+    constexpr int64_t smallest_entry = 30;
+    const Bytes name = read_view(reader, data, entries_at - 2, 2);
+    const int64_t room =
+        name.size() == 2 ? size_of(sub_span(data, entries_at + ReadLE16(name.data()))) : 0;
+    header->markers = static_cast<uint32_t>(
+        std::min<int64_t>(read_le32(reader, data, 16), room / smallest_entry));
 }
 
 void read_script_commands(Reader* reader, Span data, Header* header) {

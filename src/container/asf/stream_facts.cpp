@@ -67,7 +67,7 @@ void set_video_rate(const Source& source, const Described& described, ZatStream*
     const uint64_t told = described.extras->data_rate != 0 ? described.extras->data_rate
                                                            : described.extras->packet_rate;
     const uint64_t counted = counted_rate(*described.scan);
-    const bool is_wrong = source.scan->complete && counted != 0 && told / 2 > counted;
+    const bool is_wrong = source.scan->complete && counted != 0 && told > 2 * counted;
     facts->bit_rate = told == 0 || is_wrong ? counted : told;
     facts->nominal_bit_rate = is_wrong ? told : 0;
     facts->estimated |= told == 0 && !source.scan->complete ? uint32_t{ZAT_ESTIMATED_BIT_RATE} : 0;

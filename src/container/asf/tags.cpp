@@ -78,6 +78,15 @@ void take_attribute(Reader* reader, const Attribute& attribute, Header* header) 
     }
 }
 
+// A text takes the place of one of another object; an empty one does not.
+void read_if_any(Reader* reader, Span text, TagText& field) {
+    TagText found;
+    read_text(reader, text, found);
+    if (found[0] != '\0') {
+        copy_text(field, bounded_text(found));
+    }
+}
+
 } // namespace
 
 void read_content_description(Reader* reader, Span data, Header* header) {
@@ -88,8 +97,8 @@ void read_content_description(Reader* reader, Span data, Header* header) {
     }
     const uint16_t title = ReadLE16(lengths.data());
     const uint16_t author = ReadLE16(lengths.data() + 2);
-    read_text(reader, sub_span(data, texts_at, title), header->texts.title);
-    read_text(reader, sub_span(data, texts_at + title, author), header->texts.artist);
+    read_if_any(reader, sub_span(data, texts_at, title), header->texts.title);
+    read_if_any(reader, sub_span(data, texts_at + title, author), header->texts.artist);
 }
 
 void read_extended_content(Reader* reader, Span data, Header* header) {

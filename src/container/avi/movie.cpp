@@ -161,7 +161,7 @@ void read_further_part(Reader* reader, Span space, Movie* movie) {
 // where nothing else tells any.
 void settle_length(Movie* movie) {
     for (Stream* stream = movie->streams; stream < movie->streams + movie->stream_count; ++stream) {
-        if (stream->type == fourcc("vids")) {
+        if (is_video(*stream)) {
             stream->length = std::max(stream->length, movie->total_frames);
             if (stream->length == 0) {
                 stream->length = movie->first_part_frames;

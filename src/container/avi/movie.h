@@ -50,6 +50,11 @@ struct Movie {
     Stream streams[stream_limit];
 };
 
+// Pictures, alone or with the sound between them.
+constexpr bool is_video(const Stream& stream) {
+    return stream.type == fourcc("vids") || stream.type == fourcc("iavs");
+}
+
 // Reads the headers, the first part's and the heads of the others.
 void read_movie(Reader* reader, Movie* movie);
 

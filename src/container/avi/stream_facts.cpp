@@ -26,6 +26,8 @@ ZatStream stream_facts(const Source& source, uint32_t number, ZatStreamKind kind
     facts.id = number;
     facts.start = stream.start * unit_time(*source.movie, stream);
     facts.duration = declared_time(*source.movie, stream);
+    facts.estimated |=
+        source.estimated && facts.duration > 0 ? uint32_t{ZAT_ESTIMATED_DURATION} : 0;
     copy_utf8(facts.language, language_of(stream.language));
     read_title(source, stream, &facts);
     if (source.counted) {

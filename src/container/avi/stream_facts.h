@@ -11,7 +11,8 @@ namespace zat::avi {
 struct Source {
     Reader* reader = nullptr;
     const Movie* movie = nullptr;
-    bool counted = false; // chunks and bytes are those of the index, or of all media data
+    bool counted = false;   // chunks and bytes are those of the index, or of all media data
+    bool estimated = false; // lengths are those of a part of the media data, scaled to all of it
     Output out = {};
     ExtraLines* extra = nullptr;
 };

@@ -57,6 +57,7 @@ void set_rates(const Source& source, const Stream& stream, ZatStream* facts) {
         set_frame_rate(facts, 1'000'000, source.movie->frame_time);
     }
     facts->frames = stream.length;
+    facts->estimated |= source.estimated && facts->frames != 0 ? uint32_t{ZAT_ESTIMATED_FRAMES} : 0;
     facts->bit_rate = counted_rate(source, stream);
     if (!source.counted) {
         facts->bit_rate = rest_rate(source, *facts);

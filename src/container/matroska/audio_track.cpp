@@ -317,9 +317,14 @@ void describe_track(
         read_private(source, track, text->private_bytes, sizeof text->private_bytes);
     text->start = read_first_frame(source, track, text->frame_bytes, sizeof text->frame_bytes);
     text->rate = (stream->estimated & ZAT_ESTIMATED_BIT_RATE) == 0 ? stream->bit_rate : 0;
-    text->parser = codec != nullptr ? codec->parser : Parser::plain;
-    copy_text(text->codec, codec != nullptr ? codec->text : bounded_text(track.codec_id));
+    const bool tells_nothing =
+        codec == nullptr || (codec->parser == Parser::acm && text->codec_private.empty());
+    text->parser = tells_nothing ? Parser::plain : codec->parser;
+    copy_text(text->codec, tells_nothing ? bounded_text(track.codec_id) : codec->text);
     describe(text->parser, text, stream);
+    if (stream->codec[0] == '\0' && text->parser != Parser::acm) {
+        copy_utf8(stream->codec, bounded_text(track.codec_id));
+    }
     drop_nonsense(stream);
 }
 

@@ -139,8 +139,8 @@ void count_block(const BlockHead& head, int64_t cluster_time, Segment* segment, 
     }
     ++counts->blocks;
     counts->frames += head.frames;
-    counts->bytes +=
-        static_cast<uint64_t>(head.payload) + uint64_t{head.frames} * track->encodings.prefix_size;
+    const uint32_t stripped = track->encodings.strips_frames ? track->encodings.prefix_size : 0;
+    counts->bytes += static_cast<uint64_t>(head.payload) + uint64_t{head.frames} * stripped;
     counts->first_time = std::min(counts->first_time, time);
     if (time >= counts->last_time) {
         counts->last_time = time;

@@ -26,6 +26,8 @@ enum Id : uint32_t {
 
     id_cluster = 0x1F43B675,
     id_timestamp = 0xE7,
+    id_position = 0xA7,
+    id_prev_size = 0xAB,
     id_simple_block = 0xA3,
     id_block_group = 0xA0,
     id_block = 0xA1,
@@ -83,7 +85,6 @@ enum Id : uint32_t {
 
     id_content_encodings = 0x6D80,
     id_content_encoding = 0x6240,
-    id_encoding_order = 0x5031,
     id_encoding_scope = 0x5032,
     id_encoding_type = 0x5033,
     id_compression = 0x5034,

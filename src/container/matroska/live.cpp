@@ -62,7 +62,8 @@ bool read_cluster_at(Reader* reader, const Segment& segment, int64_t position, E
         return false;
     }
     ElementCursor inner = children_of(cluster->data);
-    return next_element(reader, &inner, &child) && child.id == id_timestamp;
+    return next_element(reader, &inner, &child) &&
+           (child.id == id_timestamp || child.id == id_position || child.id == id_prev_size);
 }
 
 // The last cluster, searched for from the end.

@@ -41,10 +41,11 @@ struct AudioSettings {
 struct Encodings {
     static constexpr uint32_t longest_prefix = 16;
 
-    uint8_t prefix[longest_prefix] = {}; // header stripping: what to put back in front of frames
+    uint8_t prefix[longest_prefix] = {}; // header stripping: what to put back in front
     uint32_t prefix_size = 0;
-    bool strips_private = false; // and in front of the private data
-    bool frames_packed = false;  // compressed or encrypted
+    bool strips_frames = false;
+    bool strips_private = false;
+    bool frames_packed = false; // compressed or encrypted
     bool private_packed = false;
     bool encrypted = false;
 };

@@ -86,8 +86,8 @@ Bytes read_private(const Source& source, const Track& track, uint8_t* buffer, ui
 Bytes read_first_frame(const Source& source, const Track& track, uint8_t* buffer, uint32_t size) {
     return track.encodings.frames_packed || track.counts.blocks == 0
                ? Bytes{}
-               : read_with_prefix(
-                     source, track.encodings, true, track.counts.first_frame, buffer, size);
+               : read_with_prefix(source, track.encodings, track.encodings.strips_frames,
+                     track.counts.first_frame, buffer, size);
 }
 
 Bytes first_xiph_packet(Bytes packets) {

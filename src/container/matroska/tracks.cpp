@@ -148,7 +148,6 @@ struct Encoding {
     uint32_t type = 0;  // 0 compression, 1 encryption
     uint32_t algorithm = 0;
     Span settings;
-    uint64_t order = 0;
 };
 
 Encoding read_encoding(Reader* reader, Span data) {
@@ -156,9 +155,7 @@ Encoding read_encoding(Reader* reader, Span data) {
     ElementCursor cursor = children_of(data);
     Element element;
     while (next_element(reader, &cursor, &element)) {
-        if (element.id == id_encoding_order) {
-            encoding.order = read_uint(reader, element, 0);
-        } else if (element.id == id_encoding_scope) {
+        if (element.id == id_encoding_scope) {
             encoding.scope = read_u32(reader, element, 1);
         } else if (element.id == id_encoding_type) {
             encoding.type = read_u32(reader, element);
@@ -190,8 +187,9 @@ void apply_encoding(Reader* reader, const Encoding& encoding, Encodings* encodin
         encodings->private_packed |= (encoding.scope & scope_private) != 0;
         return;
     }
+    encodings->strips_frames = (encoding.scope & scope_frames) != 0;
     encodings->strips_private = (encoding.scope & scope_private) != 0;
-    if ((encoding.scope & scope_frames) != 0 || encodings->strips_private) {
+    if (encodings->strips_frames || encodings->strips_private) {
         encodings->prefix_size =
             read_some(reader, encoding.settings, 0, encodings->prefix, Encodings::longest_prefix);
     }
@@ -225,7 +223,8 @@ void read_block_addition(Reader* reader, Span data, VideoSettings* video) {
 }
 
 void set_flag(Reader* reader, const Element& element, uint32_t flag, Track* track) {
-    track->flags = (track->flags & ~flag) | (read_uint(reader, element, 1) != 0 ? flag : 0);
+    const uint64_t missing = flag == ZAT_FLAG_DEFAULT ? 1 : 0; // the elements' default values
+    track->flags = (track->flags & ~flag) | (read_uint(reader, element, missing) != 0 ? flag : 0);
 }
 
 // A BCP 47 tag stands for the code where it tells more: by a subtag, or where the code is none.

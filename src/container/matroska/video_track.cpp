@@ -219,6 +219,10 @@ void describe(const Track& track, const Codec* codec, Bytes codec_private, Bitma
     default:
         break;
     }
+    if (stream->codec[0] == '\0') { // the private data should have told it
+        copy_utf8(stream->codec, bounded_text(track.codec_id));
+        bitmap->name = bitmap->name.empty() ? bounded_text(track.codec_id) : bitmap->name;
+    }
     describe_bitmap_stream(*bitmap, stream, description);
 }
 

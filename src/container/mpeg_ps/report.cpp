@@ -153,8 +153,10 @@ void add_sequence_facts(const MpegVideoHeaders& sequence, ExtraLines* extra) {
         add_fact(extra, "%s", fraction);
     }
     const SequenceDisplayExtension& display = sequence.display;
-    if (sequence.display_found && (display.display_horizontal_size != sequence.header.width ||
-                                      display.display_vertical_size != sequence.header.height)) {
+    const bool has_size =
+        display.display_horizontal_size != 0 && display.display_vertical_size != 0;
+    if (has_size && (display.display_horizontal_size != sequence.header.width ||
+                        display.display_vertical_size != sequence.header.height)) {
         add_fact(extra, "display %dx%d", static_cast<int32_t>(display.display_horizontal_size),
             static_cast<int32_t>(display.display_vertical_size));
     }
@@ -202,9 +204,7 @@ void write_program(Program* program, const Output& out, const char* format) {
     if (time.estimated) {
         add_note(out, &extra, "time estimated");
     }
-    if (program->reader.limited) {
-        add_note(out, &extra, "work limit");
-    }
+    note_work_limit(out, program->reader);
     write_extra_lines(extra, out.record);
 }
 

@@ -108,7 +108,6 @@ struct Analysis {
     bool pat_seen = false;
     SectionNumbers pat_sections;
     bool take_damaged = false; // sections with a wrong CRC, where there are no others
-    bool hdmv = false;
     uint32_t program_count = 0;
     uint32_t stream_count = 0;
     uint32_t section_count = 0;

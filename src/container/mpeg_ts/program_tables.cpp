@@ -49,7 +49,7 @@ void add_map_stream(Analysis* analysis, uint16_t program, uint32_t registration,
     stream->pid = pid;
     stream->program = program;
     stream->type = entry[0];
-    describe_stream_type(stream, descriptor_loop(entry, 3), registration, analysis->hdmv);
+    describe_stream_type(stream, descriptor_loop(entry, 3), registration);
 }
 
 void read_pmt(Analysis* analysis, uint16_t pid, const Section& section) {

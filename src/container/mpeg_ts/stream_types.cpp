@@ -446,11 +446,9 @@ uint32_t registration_of(Bytes descriptors) {
     return 0;
 }
 
-void describe_stream_type(
-    Stream* stream, Bytes descriptors, uint32_t program_registration, bool hdmv_packets) {
+void describe_stream_type(Stream* stream, Bytes descriptors, uint32_t program_registration) {
     stream->registration = registration_of(descriptors);
-    const bool is_hdmv =
-        program_registration == hdmv || stream->registration == hdmv || hdmv_packets;
+    const bool is_hdmv = program_registration == hdmv || stream->registration == hdmv;
     const TypeRow* row = is_hdmv ? find_type(hdmv_types, stream->type) : nullptr;
     row = row != nullptr ? row : find_type(types, stream->type);
     if (row != nullptr) {

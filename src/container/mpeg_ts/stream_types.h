@@ -103,9 +103,8 @@ struct Stream {
 uint32_t registration_of(Bytes descriptors);
 
 // Fills in the codec and what the descriptors tell. `program_registration` is the one of the whole
-// program; `hdmv_packets` says that the packets are those of Blu-ray.
-void describe_stream_type(
-    Stream* stream, Bytes descriptors, uint32_t program_registration, bool hdmv_packets);
+// program.
+void describe_stream_type(Stream* stream, Bytes descriptors, uint32_t program_registration);
 
 // Appends a language of three letters behind "/", unless it stands there already.
 void add_language(char (&languages)[32], Bytes code);

@@ -19,22 +19,23 @@ constexpr uint32_t item_count_limit = 1024;
 
 struct CommentRow {
     Coding coding;
+    uint8_t packet;          // of the stream, counted from 0
     std::string_view prefix; // before the vendor's length
 };
 
 constexpr CommentRow rows[] = {
-    {Coding::vorbis, "\3vorbis"sv},
-    {Coding::opus, "OpusTags"sv},
-    {Coding::speex, ""sv},
-    {Coding::celt, ""sv},
-    {Coding::theora, "\x81theora"sv},
-    {Coding::vp8, "OVP80\2 "sv},
-    {Coding::flac, "\4***"sv},     // a metadata block's header
-    {Coding::old_flac, "\4***"sv}, // '*' stands for any byte
-    {Coding::kate, "\x81kate\0\0\0"sv},
-    {Coding::ogm_video, "\3vorbis"sv},
-    {Coding::ogm_audio, "\3vorbis"sv},
-    {Coding::ogm_text, "\3vorbis"sv},
+    {Coding::vorbis, 1, "\3vorbis"sv},
+    {Coding::opus, 1, "OpusTags"sv},
+    {Coding::speex, 1, ""sv},
+    {Coding::celt, 1, ""sv},
+    {Coding::theora, 1, "\x81theora"sv},
+    {Coding::vp8, 1, "OVP80\2 "sv},
+    {Coding::flac, 1, "\4***"sv},     // a metadata block's header
+    {Coding::old_flac, 2, "\4***"sv}, // '*' stands for any byte
+    {Coding::kate, 1, "\x81kate\0\0\0"sv},
+    {Coding::ogm_video, 1, "\3vorbis"sv},
+    {Coding::ogm_audio, 1, "\3vorbis"sv},
+    {Coding::ogm_text, 1, "\3vorbis"sv},
 };
 
 bool skip_prefix(PacketCursor* cursor, std::string_view prefix) {
@@ -43,12 +44,15 @@ bool skip_prefix(PacketCursor* cursor, std::string_view prefix) {
     if (read_packet(cursor, bytes, length) != length) {
         return false;
     }
+    if (prefix.ends_with('*')) {
+        bytes[0] &= 0x7F; // above the type of a FLAC block a bit says that it is the last one
+    }
     for (uint32_t i = 0; i < length; ++i) {
         if (prefix[i] != '*' && static_cast<uint8_t>(prefix[i]) != bytes[i]) {
             return false;
         }
     }
-    return length == 0 || (bytes[0] & 0x7F) == (static_cast<uint8_t>(prefix[0]) & 0x7F);
+    return true;
 }
 
 // A packet with its long items cut.
@@ -134,7 +138,12 @@ void read_comments(Reader* reader, const LogicalStream& stream, StreamComments* 
         return;
     }
     start_packet(&cursor, reader, stream.first_page, 0);
-    if (!next_packet(&cursor) || !skip_prefix(&cursor, row->prefix)) {
+    for (uint32_t i = 0; i < row->packet; ++i) {
+        if (!next_packet(&cursor)) {
+            return;
+        }
+    }
+    if (!skip_prefix(&cursor, row->prefix)) {
         return;
     }
     Packet packet;

@@ -4,10 +4,11 @@
 #include "common/channel_layout.h"
 #include "common/codec_catalogue.h"
 #include "common/codec_names.h"
-#include "common/fourcc.h"
 #include "common/numbers.h"
 #include "common/stream_lines.h"
 #include "common/text_codes.h"
+#include "video/bitmap_info.h"
+#include "video/container_aspect.h"
 
 #include <algorithm>
 #include <cmath>
@@ -133,20 +134,15 @@ void add_flac(const LogicalStream& stream, const Output& out, ZatStream* facts) 
     add_audio_stream(out, *facts, {.codec = "FLAC", .bits = facts->bit_depth});
 }
 
-// How wide the picture is shown, where its pixels are not square by more than a hundredth.
-void set_display(const ZatStream& facts, LineText* text) {
-    const double ratio = divide(facts.pixel_aspect_width, facts.pixel_aspect_height);
-    if (std::isfinite(ratio) && std::fabs(ratio - 1) > 0.01) {
-        text->display_width = clamp_to_integer<uint32_t>(facts.width * ratio + 0.5);
-        text->display_height = facts.height;
-    }
-}
-
 void add_video(const Output& out, ZatStream* facts, std::string_view codec) {
     LineText text = {
         .codec = codec, .bits = facts->bit_depth, .highest_frame_rate = highest_frame_rate};
-    set_display(*facts, &text);
     drop_nonsense(facts, highest_frame_rate);
+    if (is_stretched(*facts)) {
+        const DisplaySize size = square_size(*facts);
+        text.display_width = size.width;
+        text.display_height = size.height;
+    }
     add_video_stream(out, *facts, text);
 }
 
@@ -179,10 +175,8 @@ void add_ogm_video(const LogicalStream& stream, const Output& out, ZatStream* fa
     facts->width = ReadLE32(head + 45);
     facts->height = ReadLE32(head + 49);
     facts->frame_rate = stream.unit_rate;
-    char shown[fourcc_text_size];
-    printable_fourcc_text(head + 9, shown);
     char name[line_size];
-    codec_name("[AVI-Video]", shown, shown, name, sizeof name);
+    video_code_name(head + 9, name, sizeof name);
     add_video(out, facts, name);
 }
 

@@ -62,12 +62,29 @@ double ogm_rate(const uint8_t* head) {
                : 1e7 * static_cast<double>(samples) / static_cast<double>(time_unit);
 }
 
+bool take_streaminfo(Bytes block, LogicalStream* stream) {
+    if (!read_flac_streaminfo(block, &stream->flac)) {
+        return false;
+    }
+    stream->unit_rate = stream->flac.sample_rate;
+    stream->packet_units = stream->flac.largest_block;
+    return true;
+}
+
 void read_flac_head(Bytes head, LogicalStream* stream) {
-    if (stream->coding == Coding::flac && head.size() > flac_streaminfo_at &&
-        read_flac_streaminfo(head.subspan(flac_streaminfo_at), &stream->flac)) {
+    if (head.size() > flac_streaminfo_at &&
+        take_streaminfo(head.subspan(flac_streaminfo_at), stream)) {
         stream->header_packets += ReadBE16(head.data() + 7);
-        stream->unit_rate = stream->flac.sample_rate;
-        stream->packet_units = stream->flac.largest_block;
+    }
+}
+
+// The first packet is the marker alone.
+void read_old_flac_head(PacketCursor* cursor, LogicalStream* stream) {
+    constexpr uint32_t block_header_size = 4;
+    uint8_t block[block_header_size + flac_streaminfo_size];
+    if (next_packet(cursor)) {
+        const uint32_t size = read_packet(cursor, block, sizeof block);
+        take_streaminfo(flac_streaminfo_of_blocks({block, size}), stream);
     }
 }
 
@@ -210,6 +227,9 @@ void open_stream(Reader* reader, const Page& page, LogicalStream* stream) {
         }
     }
     read_head(stream);
+    if (stream->coding == Coding::old_flac) {
+        read_old_flac_head(&cursor, stream);
+    }
 }
 
 void take_page(Reader* reader, const Page& page, LogicalStream* stream) {

@@ -37,9 +37,8 @@ void close_later_link(Walk* walk) {
     }
 }
 
-// A first page. One behind data begins the next link; one of a known serial is a fault, and passed
-// over.
-void open_logical(Walk* walk, const Page& page) {
+// A first page. One behind data begins the next link. False for one of a known serial: a fault.
+bool open_logical(Walk* walk, const Page& page) {
     Link* link = current_link(walk);
     if (link->has_data) {
         close_later_link(walk);
@@ -48,14 +47,18 @@ void open_logical(Walk* walk, const Page& page) {
         link->count = 0;
         link->has_data = false;
     }
-    if (link->count < max_streams && find_stream(link, page.serial) == nullptr) {
+    if (find_stream(link, page.serial) != nullptr) {
+        return false;
+    }
+    if (link->count < max_streams) {
         open_stream(&walk->reader, page, &link->streams[link->count++]);
     }
+    return true;
 }
 
 void take(Walk* walk, const Page& page) {
-    if ((page.flags & flag_first) != 0) {
-        open_logical(walk, page);
+    if ((page.flags & flag_first) != 0 && !open_logical(walk, page)) {
+        return;
     }
     Link* link = current_link(walk);
     LogicalStream* stream = find_stream(link, page.serial);
