@@ -104,7 +104,7 @@ int dts_file(FileRecord* file, const Output& out) {
         out.details->duration = stream.duration;
         out.details->estimated = stream.estimated & uint32_t{ZAT_ESTIMATED_DURATION};
     }
-    add_stream_line(out, stream, line);
+    set_stream_line(out, stream, line);
     return 0;
 }
 

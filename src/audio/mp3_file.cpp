@@ -177,7 +177,7 @@ int AnalyzeMp3File(FileRecord* file, const Output& out) {
     }
     char line[line_size];
     FormatMpegAudioLine(&stream.info, line);
-    add_stream_line(out, facts, line);
+    set_stream_line(out, facts, line);
     const double bitrate = stream.info.rate_mode == rate_mode_constant
                                ? stream.info.bitrate
                                : stream.info.average_bitrate;

@@ -111,7 +111,7 @@ int AnalyzeRmp3File(FileRecord* file, const Output& out) {
     }
     char line[line_size];
     FormatMpegAudioLine(&rmp3.info, line);
-    add_stream_line(out, stream, line);
+    set_stream_line(out, stream, line);
     copy_text(record->extra[0], rmp3.annotation);
     record->extra_count = 1;
     const int bytes_per_second = rmp3.info.bitrate * 1000 / 8;

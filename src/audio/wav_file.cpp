@@ -178,7 +178,7 @@ int describe(Reader* reader, const Output& out) {
     if (out.details != nullptr) {
         write_wav_details(reader, chunks, &stream, out.details);
     }
-    add_stream_line(out, stream, line);
+    set_stream_line(out, stream, line);
     return 0;
 }
 

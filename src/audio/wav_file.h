@@ -8,9 +8,8 @@
 
 namespace zat {
 
-// Describes the file in one audio line, with the chain of chunks as an extra line. Returns 0,
-// or 1 when the file does not open or a DTS stream's header is damaged; the record then holds what
-// was found before.
+// Describes the file in one audio line, with the chain of chunks as an extra line. Returns 0, or 1
+// when a DTS stream's header is damaged; the record then holds what was found before.
 int AnalyzeWavFile(FileRecord* file, const Output& out);
 
 } // namespace zat

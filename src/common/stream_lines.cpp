@@ -167,6 +167,12 @@ void add_stream_line(
     add_stream(out.details, stream);
 }
 
+void set_stream_line(const Output& out, const ZatStream& stream, std::string_view line) {
+    InfoRecord* record = out.record;
+    (stream.kind == ZAT_STREAM_VIDEO ? record->video_count : record->audio_count) = 0;
+    add_stream_line(out, stream, line);
+}
+
 void add_video_stream(const Output& out, const ZatStream& stream, const LineText& text) {
     char line[line_size];
     format_video_line(stream, text, line);

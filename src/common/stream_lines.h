@@ -36,6 +36,9 @@ void add_audio_stream(const Output& out, const ZatStream& stream, const LineText
 void add_stream_line(const Output& out, const ZatStream& stream, std::string_view line,
     std::string_view prefix = {});
 
+// The same for a file that has but one stream of the kind: its line is the only one.
+void set_stream_line(const Output& out, const ZatStream& stream, std::string_view line);
+
 // The texts of the lines alone.
 void format_video_line(const ZatStream& stream, const LineText& text, char (&line)[line_size]);
 void format_audio_line(const ZatStream& stream, const LineText& text, char (&line)[line_size]);

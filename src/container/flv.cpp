@@ -102,8 +102,10 @@ void write_audio(const FlvInfo* info, InfoRecord* record) {
 }
 
 void write_record(const FlvInfo* info, InfoRecord* record) {
+    record->video_count = 0; // a file has one stream of each kind
     write_video(info, record);
     if (info->has_audio) {
+        record->audio_count = 0;
         write_audio(info, record);
     }
     record->play_time =

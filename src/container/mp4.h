@@ -7,9 +7,8 @@
 
 namespace zat {
 
-// Describes the file at the file: label, play time, a line per video and audio track (the first
-// ten of each), and extra lines for the brand, chapters, fragments and the movie atom's position.
-// Returns 0, or 1 when the file does not open.
+// Describes the file: label, play time, a line per video and audio track (the first ten of each),
+// and extra lines for the brand, chapters, fragments and the movie atom's position. Returns 0.
 int AnalyzeMp4File(FileRecord* file, const Output& out);
 
 } // namespace zat

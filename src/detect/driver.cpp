@@ -24,9 +24,10 @@ constexpr uint32_t view_size = 5242880;
 // The view in a dozen steps, once more behind a tag, and the tags themselves.
 constexpr FileWork detection_limit = {64, 3 * int64_t{view_size}};
 
-// An ID3v2 tag of this size or more is stepped over with a read of its own, a smaller one within
-// what the view loads anyway.
+// The first few ID3v2 tags of this size or more are stepped over with a read for each, further and
+// smaller ones within what the view loads anyway.
 constexpr uint32_t large_tag = 4096;
+constexpr uint32_t few_tags = 16;
 
 // The result and, for a refusal, the line that says why.
 int refuse(DetectContext* context, uint32_t type_code, int result, std::string_view text) {
@@ -63,7 +64,8 @@ bool has_tag_at(FileWindow* window, int64_t position, uint32_t first_tag_size) {
         return false;
     }
     const auto at = static_cast<uint32_t>(position);
-    if (first_tag_size >= large_tag && at + sizeof id > window->loaded) {
+    const bool alone = first_tag_size >= large_tag && at / first_tag_size <= few_tags;
+    if (alone && at + sizeof id > window->loaded) {
         read_at(window->file, position, id, sizeof id);
     } else {
         std::memcpy(id, window_at(window, at, sizeof id), sizeof id);

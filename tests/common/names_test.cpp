@@ -5,10 +5,9 @@
 #include "container/mpeg_ts/stream_types.h"
 
 #include <gtest/gtest.h>
+#include <string>
 
-namespace {
-
-using namespace zat;
+namespace zat::test::names_test {
 
 TEST(CodecNames, OneNameWhateverTheContainerSays) {
     ZatStream video = new_stream(ZAT_STREAM_VIDEO);
@@ -53,4 +52,4 @@ TEST(UtcTime, CountsLeapDays) {
     EXPECT_STREQ(text, "");
 }
 
-} // namespace
+} // namespace zat::test::names_test

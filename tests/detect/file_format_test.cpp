@@ -1,5 +1,7 @@
 #include "common/messages.h"
+#include "support/audio_builder.h"
 #include "support/byte_builder.h"
+#include "support/mpeg_audio_builder.h"
 #include "support/temp_file.h"
 #include "zat/zat.h"
 
@@ -11,10 +13,7 @@
 #include <sys/stat.h>
 #endif
 
-namespace {
-
-using namespace zat;
-using namespace zat::test;
+namespace zat::test::file_format_test {
 
 using Contents = std::vector<uint8_t>;
 
@@ -36,17 +35,6 @@ Contents frames(int count, uint64_t header, size_t size) {
 // MPEG-1 Layer III, 128 kbit/s, 44.1 kHz.
 Contents mp3_frames(int count) {
     return frames(count, 0xFFFB9000, 417);
-}
-
-// `size` is the whole tag's; the tag holds nothing but its header.
-Contents id3_tag(size_t size) {
-    const size_t body = size - 10;
-    ByteBuilder builder;
-    builder.text("ID3").raw({4, 0, 0});
-    for (int shift = 21; shift >= 0; shift -= 7) {
-        builder.u8(body >> shift & 0x7F);
-    }
-    return builder.pad_to(size, 'x').bytes;
 }
 
 Contents ogg(std::string_view packet) {
@@ -129,9 +117,11 @@ std::vector<Row> rows() {
         {"text before archive", ByteBuilder().text("PK").bytes, 1, text_file},
         {"empty", {}, 1, empty_file},
         {"second tag counted with the first one's size",
-            ByteBuilder().append(id3_tag(1000)).append(id3_tag(500)).pad_to(2000).text("fLaC").bytes, 117, ""},
+            ByteBuilder().append(id3v2_tag(1000).bytes).append(id3v2_tag(500).bytes).pad_to(2000).text("fLaC").bytes, 117, ""},
+        {"more large tags than reads are allowed", ByteBuilder().append(repeated(100, id3v2_tag(4096).bytes)).text("fLaC").bytes,
+            117, ""},
         {"tag past the end", ByteBuilder().text("ID3").raw({4, 0, 0, 255, 255, 255, 255}).bytes, 0, read_failed},
-        {"tag to the very end", id3_tag(300), 0, read_failed},
+        {"tag to the very end", id3v2_tag(300).bytes, 0, read_failed},
         {"a single frame", mp3_frames(1), 1, unsupported},
         {"mp3 behind 2,048 zeros", zeros_before(2048, mp3_frames(2)), 106, ""},
         {"mp3 behind 2,049 zeros", zeros_before(2049, mp3_frames(2)), 1, dummy_data},
@@ -217,4 +207,4 @@ TEST(GetFileFormat, writes_its_own_fields_only) {
     EXPECT_EQ(std::memcmp(record.get(), expected.get(), sizeof *record), 0);
 }
 
-} // namespace
+} // namespace zat::test::file_format_test
