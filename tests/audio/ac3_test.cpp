@@ -5,7 +5,7 @@
 #include "support/byte_builder.h"
 #include "support/record_text.h"
 
-namespace zat::test {
+namespace zat::test::ac3_test {
 
 namespace {
 
@@ -113,6 +113,17 @@ TEST(Ac3File, takes_the_first_sync_word_of_2048_bytes) {
     EXPECT_EQ(file_text(at(0, header(ex))), line + "1.000");
 }
 
+TEST(Ac3File, counts_the_padding_before_the_stream) {
+    constexpr size_t padding = 300;
+    const TempFile temporary(ByteBuilder().fill(padding).append(header({.acmod = 1})).pad_to(24000).bytes);
+    FileRecord file;
+    ASSERT_EQ(FileOpen(&file, temporary.path.c_str()), 0);
+    FileBeginAt(&file, padding);
+    InfoRecord record{};
+    EXPECT_EQ(ac3_file(&file, {&record, nullptr}), 0);
+    EXPECT_EQ(record_text(record), "A AC3 48000Hz [1Ch(1/0) C CM] 192kbps\n1.000");
+}
+
 TEST(Ac3File, goes_on_with_zeros_behind_a_cut_header) {
     const std::vector<uint8_t> frame = header({.acmod = 7, .lfeon = 1});
     for (size_t length = 0; length <= frame.size(); ++length) {
@@ -128,4 +139,4 @@ TEST(Ac3File, goes_on_with_zeros_behind_a_cut_header) {
 
 } // namespace
 
-} // namespace zat::test
+} // namespace zat::test::ac3_test

@@ -16,7 +16,7 @@
 #include "support/ogg_builder.h"
 #include "support/record_text.h"
 
-namespace zat::test {
+namespace zat::test::lossless_file_test {
 
 namespace {
 
@@ -485,4 +485,4 @@ TEST(DsdFiles, Rows) {
         });
 }
 
-} // namespace zat::test
+} // namespace zat::test::lossless_file_test

@@ -5,9 +5,8 @@
 #include "support/mpeg_audio_builder.h"
 #include "support/riff_builder.h"
 
-namespace {
+namespace zat::test::mp3_file_test {
 
-using namespace zat;
 using test::analysed;
 using test::ByteBuilder;
 using test::id3v1_tag;
@@ -179,4 +178,4 @@ TEST(Mp3File, keeps_the_record_sound_at_every_length) {
     test::expect_sound_when_cut(AnalyzeRmp3File, rmp3, FILETYPE_RMP3);
 }
 
-} // namespace
+} // namespace zat::test::mp3_file_test

@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-namespace zat::test {
+namespace zat::test::stream_facts_test {
 
 namespace {
 
@@ -111,4 +111,4 @@ TEST(StreamFacts, TellsAacByItsWholeConfiguration) {
 
 } // namespace
 
-} // namespace zat::test
+} // namespace zat::test::stream_facts_test

@@ -3,10 +3,9 @@
 #include "common/utc_time.h"
 
 #include <gtest/gtest.h>
+#include <string>
 
-namespace {
-
-using namespace zat;
+namespace zat::test::names_test {
 
 TEST(CodecNames, OneNameWhateverTheContainerSays) {
     ZatStream video = new_stream(ZAT_STREAM_VIDEO);
@@ -44,4 +43,4 @@ TEST(UtcTime, CountsLeapDays) {
     EXPECT_STREQ(text, "");
 }
 
-} // namespace
+} // namespace zat::test::names_test

@@ -9,7 +9,7 @@
 #include <cmath>
 #include <functional>
 
-namespace zat::test {
+namespace zat::test::tag_texts_test {
 
 namespace {
 
@@ -219,4 +219,4 @@ TEST(OuterTags, AreMeasuredWhole) {
     EXPECT_EQ(whole_id3v2_size(header), 25);
 }
 
-} // namespace zat::test
+} // namespace zat::test::tag_texts_test

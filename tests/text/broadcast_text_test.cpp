@@ -6,9 +6,8 @@
 #include <string>
 #include <vector>
 
-namespace {
+namespace zat::test::broadcast_text_test {
 
-using namespace zat;
 using namespace std::string_literals;
 
 Bytes bytes_of(const std::string& text) {
@@ -264,4 +263,4 @@ TEST(DvbText, tells_latin_9_from_the_default_table) {
     EXPECT_FALSE(looks_like_iso8859_15(bytes_of("\x05na\xEFve"))) << "another table";
 }
 
-} // namespace
+} // namespace zat::test::broadcast_text_test
