@@ -27,8 +27,18 @@ Bytes tail(Reader* reader, Span stream, int64_t count) {
         static_cast<uint32_t>(count));
 }
 
+// The sign of an ID3v1 tag also stands within that of an APE tag.
+bool is_ape_sign(Bytes tail, size_t at) {
+    constexpr size_t within = 3;
+    return at >= within && has_at(tail, at - within, "APETAGEX");
+}
+
 bool peel_id3v1(Bytes tail, OuterTags* tags) {
-    if (tail.size() < id3v1_size || !starts_with(tail.data() + tail.size() - id3v1_size, "TAG")) {
+    if (tail.size() < id3v1_size) {
+        return false;
+    }
+    const size_t at = tail.size() - id3v1_size;
+    if (!has_at(tail, at, "TAG") || is_ape_sign(tail, at)) {
         return false;
     }
     tags->id3v1 = {tags->stream.end - id3v1_size, tags->stream.end};
