@@ -13,8 +13,9 @@ add_executable(unit_tests ${unit_sources}
 target_include_directories(unit_tests PRIVATE ${PROJECT_SOURCE_DIR}/tests ${PROJECT_SOURCE_DIR}/host)
 target_include_directories(unit_tests SYSTEM PRIVATE ${CMAKE_BINARY_DIR}/headers)
 target_link_libraries(unit_tests PRIVATE zat_options GTest::gtest_main ${CMAKE_DL_LIBS})
-# Builds in half the time.
+# Builds in a fifth of the time: unoptimised, and several tests as one source; each has its namespace.
 target_compile_options(unit_tests PRIVATE -O0)
+set_target_properties(unit_tests PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 16)
 target_precompile_headers(unit_tests PRIVATE
     <gtest/gtest.h> <algorithm> <fstream> <memory> <string> <vector>)
 

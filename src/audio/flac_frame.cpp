@@ -2,6 +2,7 @@
 
 #include "common/bits.h"
 
+#include <algorithm>
 #include <bit>
 
 namespace zat {

@@ -2,10 +2,7 @@
 #include "support/mpeg_audio_builder.h"
 #include "support/riff_builder.h"
 
-namespace {
-
-using namespace zat;
-using namespace zat::test;
+namespace zat::test::dispatch_test {
 
 Data riff(std::string_view form) {
     return riff_list("RIFF", form, {riff_chunk("data", mpeg_frames(1).bytes)});
@@ -42,4 +39,4 @@ TEST(Dispatch, writes_the_line_of_the_only_stream_over_others) {
     }
 }
 
-} // namespace
+} // namespace zat::test::dispatch_test

@@ -1,10 +1,11 @@
 #include "api/report.h"
 
+#include <algorithm>
 #include <cstring>
 #include <gtest/gtest.h>
 #include <string>
 
-namespace zat::test {
+namespace zat::test::report_test {
 
 namespace {
 
@@ -104,4 +105,4 @@ TEST(Report, IsCutToItsBufferAtAWholeCharacter) {
 
 } // namespace
 
-} // namespace zat::test
+} // namespace zat::test::report_test

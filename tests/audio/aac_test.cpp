@@ -7,7 +7,7 @@
 #include <cstring>
 #include <gtest/gtest.h>
 
-namespace zat::test {
+namespace zat::test::aac_test {
 
 namespace {
 
@@ -100,4 +100,4 @@ TEST(AacConfig, decides_on_sbr_ps_and_channels) {
 
 } // namespace
 
-} // namespace zat::test
+} // namespace zat::test::aac_test

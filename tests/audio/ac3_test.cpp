@@ -5,7 +5,7 @@
 #include "support/byte_builder.h"
 #include "support/record_text.h"
 
-namespace zat::test {
+namespace zat::test::ac3_test {
 
 namespace {
 
@@ -134,4 +134,4 @@ TEST(Ac3File, goes_on_with_zeros_behind_a_cut_header) {
 
 } // namespace
 
-} // namespace zat::test
+} // namespace zat::test::ac3_test

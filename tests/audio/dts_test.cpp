@@ -7,7 +7,7 @@
 #include "support/dispatched.h"
 #include "support/record_text.h"
 
-namespace zat::test {
+namespace zat::test::dts_test {
 
 namespace {
 
@@ -148,4 +148,4 @@ TEST(DtsFile, goes_on_with_zeros_behind_a_cut_header) {
 
 } // namespace
 
-} // namespace zat::test
+} // namespace zat::test::dts_test

@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-namespace zat::test {
+namespace zat::test::frame_search_test {
 namespace {
 
 TEST(AudioFrameSearch, PrefersAFrameThatAnotherFollows) {
@@ -39,4 +39,4 @@ TEST(AudioFrameSearch, PrefersAFrameThatAnotherFollows) {
 }
 
 } // namespace
-} // namespace zat::test
+} // namespace zat::test::frame_search_test

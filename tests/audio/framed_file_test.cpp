@@ -3,7 +3,7 @@
 #include "support/dispatched.h"
 #include "support/mpeg_audio_builder.h"
 
-namespace zat::test {
+namespace zat::test::framed_file_test {
 
 namespace {
 
@@ -139,4 +139,4 @@ TEST(MlpFile, counts_access_units) {
 
 } // namespace
 
-} // namespace zat::test
+} // namespace zat::test::framed_file_test

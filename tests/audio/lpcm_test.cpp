@@ -3,8 +3,9 @@
 #include "common/text.h"
 
 #include <gtest/gtest.h>
+#include <string>
 
-namespace zat::test {
+namespace zat::test::lpcm_test {
 
 namespace {
 
@@ -36,4 +37,4 @@ TEST(Lpcm, describes_dvd_and_blu_ray_headers) {
 
 } // namespace
 
-} // namespace zat::test
+} // namespace zat::test::lpcm_test

@@ -2,7 +2,7 @@
 #include "support/dispatched.h"
 #include "support/riff_builder.h"
 
-namespace zat::test {
+namespace zat::test::midi_file_test {
 
 namespace {
 
@@ -165,4 +165,4 @@ TEST(MidiFile, IsSoundAtEveryLength) {
     expect_sound_when_cut(103, riff_list("RIFF", "RMID", {riff_chunk("data", join({header(0, 1, 1), track(end_of_track)}))}));
 }
 
-} // namespace zat::test
+} // namespace zat::test::midi_file_test

@@ -6,9 +6,8 @@
 #include <gtest/gtest.h>
 #include <string>
 
-namespace {
+namespace zat::test::mpeg_audio_test {
 
-using namespace zat;
 using test::ByteBuilder;
 using test::xing_header;
 
@@ -106,4 +105,4 @@ TEST(MpegAudioLine, tells_what_the_vbr_header_says) {
     }
 }
 
-} // namespace
+} // namespace zat::test::mpeg_audio_test

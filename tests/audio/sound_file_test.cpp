@@ -2,7 +2,7 @@
 #include "support/dispatched.h"
 #include "support/riff_builder.h"
 
-namespace zat::test {
+namespace zat::test::sound_file_test {
 
 namespace {
 
@@ -194,4 +194,4 @@ TEST(SoundFile, IsSoundAtEveryLength) {
     expect_sound_when_cut(107, cd_track(1, 2, 3));
 }
 
-} // namespace zat::test
+} // namespace zat::test::sound_file_test

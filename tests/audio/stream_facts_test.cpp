@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-namespace zat::test {
+namespace zat::test::stream_facts_test {
 
 namespace {
 
@@ -114,4 +114,4 @@ TEST(StreamFacts, TellsAacByItsWholeConfiguration) {
 
 } // namespace
 
-} // namespace zat::test
+} // namespace zat::test::stream_facts_test

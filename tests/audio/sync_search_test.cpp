@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 #include <vector>
 
-namespace zat::test {
+namespace zat::test::sync_search_test {
 
 namespace {
 
@@ -22,4 +22,4 @@ TEST(SyncSearch, finds_the_first_whole_sync_word) {
 
 } // namespace
 
-} // namespace zat::test
+} // namespace zat::test::sync_search_test

@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-namespace zat::test {
+namespace zat::test::truehd_test {
 
 namespace {
 
@@ -47,4 +47,4 @@ TEST(TrueHd, names_layouts_with_one_lfe) {
 
 } // namespace
 
-} // namespace zat::test
+} // namespace zat::test::truehd_test

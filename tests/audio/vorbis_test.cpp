@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-namespace zat::test {
+namespace zat::test::vorbis_test {
 
 namespace {
 
@@ -44,4 +44,4 @@ TEST(Vorbis, takes_missing_fields_as_zero) {
 
 } // namespace
 
-} // namespace zat::test
+} // namespace zat::test::vorbis_test

@@ -8,7 +8,7 @@
 
 #include <fstream>
 
-namespace zat::test {
+namespace zat::test::wav_file_test {
 
 namespace {
 
@@ -362,4 +362,4 @@ TEST(WavFile, WalksAMillionTinyChunks) {
     EXPECT_EQ(analyse(builder.append(data(8)).bytes)->audio[0], unnamed("0001] 0Hz 2ch 0.00kbps 0Bit [fmt:4Byte]"));
 }
 
-} // namespace zat::test
+} // namespace zat::test::wav_file_test

@@ -3,9 +3,7 @@
 #include <gtest/gtest.h>
 #include <vector>
 
-namespace {
-
-using namespace zat;
+namespace zat::test::bytes_test {
 
 // The search goes in blocks: a pair must be found wherever it lies to them, and not behind the end.
 TEST(FindBytePair, finds_the_first_pair_at_any_place) {
@@ -20,4 +18,4 @@ TEST(FindBytePair, finds_the_first_pair_at_any_place) {
     EXPECT_EQ(find_byte_pair({}, 5, 0x0B, 0x77), -1);
 }
 
-} // namespace
+} // namespace zat::test::bytes_test

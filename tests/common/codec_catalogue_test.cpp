@@ -12,7 +12,7 @@
 #include <map>
 #include <sstream>
 
-namespace zat::test {
+namespace zat::test::codec_catalogue_test {
 
 namespace {
 
@@ -192,4 +192,4 @@ TEST(ShippedCatalogue, EveryEntryIsReachable) {
     }
 }
 
-} // namespace zat::test
+} // namespace zat::test::codec_catalogue_test

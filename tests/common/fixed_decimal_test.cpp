@@ -8,9 +8,7 @@
 #include <random>
 #include <string>
 
-using namespace zat;
-
-namespace {
+namespace zat::test::fixed_decimal_test {
 
 std::string own_decimal(double value, int places) {
     FixedDecimalText text;
@@ -23,8 +21,6 @@ std::string standard_decimal(double value, int places) {
 }
 
 constexpr uint64_t fraction_mask = (uint64_t{1} << 52) - 1;
-
-} // namespace
 
 TEST(FixedDecimal, every_magnitude_has_the_digits_of_the_standard_library) {
     for (uint64_t exponent = 0; exponent < 0x7FF; ++exponent) {
@@ -48,3 +44,5 @@ TEST(FixedDecimal, quotients_and_ties_have_the_digits_of_the_standard_library) {
         }
     }
 }
+
+} // namespace zat::test::fixed_decimal_test

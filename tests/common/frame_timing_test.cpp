@@ -1,8 +1,9 @@
 #include "common/frame_timing.h"
 
 #include <gtest/gtest.h>
+#include <vector>
 
-namespace zat::test {
+namespace zat::test::frame_timing_test {
 namespace {
 
 TEST(FrameTiming, snaps_to_usual_rates_and_marks_others) {
@@ -34,4 +35,4 @@ TEST(FrameTiming, snaps_to_usual_rates_and_marks_others) {
 }
 
 } // namespace
-} // namespace zat::test
+} // namespace zat::test::frame_timing_test

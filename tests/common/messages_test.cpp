@@ -4,9 +4,7 @@
 
 #include <gtest/gtest.h>
 
-namespace {
-
-using namespace zat;
+namespace zat::test::messages_test {
 
 // The messages are written as bytes, which nobody can proofread.
 TEST(Messages, read_as_they_should) {
@@ -51,4 +49,4 @@ TEST(Encoding, keeps_what_is_no_shift_jis_out) {
     }
 }
 
-} // namespace
+} // namespace zat::test::messages_test

@@ -8,7 +8,7 @@
 #include <fstream>
 #include <gtest/gtest.h>
 
-namespace zat::test {
+namespace zat::test::reader_test {
 
 namespace {
 
@@ -125,4 +125,4 @@ TEST(Riff, CutsChunksAtTheirParent) {
     EXPECT_EQ(chunk.size, 0x01000000U);
 }
 
-} // namespace zat::test
+} // namespace zat::test::reader_test

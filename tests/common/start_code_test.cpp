@@ -3,9 +3,7 @@
 #include <gtest/gtest.h>
 #include <vector>
 
-namespace {
-
-using namespace zat;
+namespace zat::test::start_code_test {
 
 TEST(StartCode, finds_whole_codes_only) {
     const struct {
@@ -29,4 +27,4 @@ TEST(StartCode, finds_whole_codes_only) {
     EXPECT_EQ(find_start_code_of(three, 0, 0xB5), -1);
 }
 
-} // namespace
+} // namespace zat::test::start_code_test

@@ -5,9 +5,8 @@
 #include <array>
 #include <gtest/gtest.h>
 
-namespace {
+namespace zat::test::tag_sizes_test {
 
-using namespace zat;
 using test::ByteBuilder;
 using test::id3v2_tag;
 using test::TempFile;
@@ -64,4 +63,4 @@ TEST(TagSizes, measures_each_layout) {
     }
 }
 
-} // namespace
+} // namespace zat::test::tag_sizes_test

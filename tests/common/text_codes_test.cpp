@@ -7,7 +7,7 @@
 #include <cstdio>
 #include <string>
 
-namespace zat::test {
+namespace zat::test::text_codes_test {
 
 namespace {
 
@@ -141,4 +141,4 @@ TEST(TextCodes, Cp932AndUtf16ToUtf8) {
     EXPECT_STREQ(out, "あ");
 }
 
-} // namespace zat::test
+} // namespace zat::test::text_codes_test

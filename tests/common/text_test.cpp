@@ -4,10 +4,9 @@
 #include <cstdint>
 #include <gtest/gtest.h>
 #include <limits>
+#include <string>
 
-namespace {
-
-using namespace zat;
+namespace zat::test::text_test {
 
 template <class... Arguments>
 std::string formatted(const char* format, Arguments... arguments) {
@@ -49,4 +48,4 @@ TEST(Text, appends_with_separators) {
     EXPECT_STREQ(line, "def g,h");
 }
 
-} // namespace
+} // namespace zat::test::text_test

@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-namespace zat::test {
+namespace zat::test::asf_test {
 namespace {
 
 constexpr int64_t own_size = -1;
@@ -269,4 +269,4 @@ TEST(Asf, survives_every_length) {
 }
 
 } // namespace
-} // namespace zat::test
+} // namespace zat::test::asf_test

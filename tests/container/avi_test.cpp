@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-namespace zat::test {
+namespace zat::test::avi_test {
 namespace {
 
 struct Video {
@@ -392,4 +392,4 @@ TEST(Avi, survives_every_length) {
 }
 
 } // namespace
-} // namespace zat::test
+} // namespace zat::test::avi_test

@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-namespace zat::test {
+namespace zat::test::ebml_test {
 namespace {
 
 TEST(Ebml, reads_heads_of_every_length) {
@@ -67,4 +67,4 @@ TEST(Ebml, steps_through_children_and_clips_them_to_their_parent) {
 }
 
 } // namespace
-} // namespace zat::test
+} // namespace zat::test::ebml_test

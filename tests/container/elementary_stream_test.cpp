@@ -1,10 +1,7 @@
 #include "support/byte_builder.h"
 #include "support/dispatched.h"
 
-namespace {
-
-using namespace zat;
-using namespace zat::test;
+namespace zat::test::elementary_stream_test {
 
 // Units, each behind a start code.
 Data units(std::initializer_list<const char*> digits) {
@@ -111,4 +108,4 @@ TEST(ElementaryStream, samples_what_is_large) {
     EXPECT_STREQ(found->record.extra[0], "time estimated");
 }
 
-} // namespace
+} // namespace zat::test::elementary_stream_test

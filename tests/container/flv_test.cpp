@@ -8,10 +8,7 @@
 #include <gtest/gtest.h>
 #include <limits>
 
-namespace {
-
-using namespace zat;
-using namespace zat::test;
+namespace zat::test::flv_test {
 
 constexpr int64_t own_size = -1;
 
@@ -245,4 +242,4 @@ TEST(Flv, survives_every_length) {
         FlvBuilder().tag(script, full_metadata()).tag(video, h263(1, 640, 360, 16)).tag(audio, {0xAF, 0}).bytes);
 }
 
-} // namespace
+} // namespace zat::test::flv_test

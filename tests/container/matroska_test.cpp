@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-namespace zat::test {
+namespace zat::test::matroska_test {
 namespace {
 
 constexpr uint64_t video = 1;
@@ -345,4 +345,4 @@ TEST(Matroska, bounds_the_work) {
 }
 
 } // namespace
-} // namespace zat::test
+} // namespace zat::test::matroska_test

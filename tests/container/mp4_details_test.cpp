@@ -4,9 +4,7 @@
 
 #include <gtest/gtest.h>
 
-namespace {
-
-using namespace zat::test;
+namespace zat::test::mp4_details_test {
 
 struct Row {
     const char* name;
@@ -222,4 +220,4 @@ TEST(Mp4Details, ReadsHeadersOfVersion1) {
             " language=pt-BR"}});
 }
 
-} // namespace
+} // namespace zat::test::mp4_details_test

@@ -1,10 +1,7 @@
 #include "support/atom_builder.h"
 #include "support/dispatched.h"
 
-namespace {
-
-using namespace zat;
-using namespace zat::test;
+namespace zat::test::mp4_segment_test {
 
 // An index of a stream; `entries` are the words of its references, three each.
 Data index(int version, uint64_t id, uint64_t time_scale, const std::vector<uint64_t>& entries, int64_t count = own_size) {
@@ -58,4 +55,4 @@ TEST(Mp4Segment, tells_what_stands_without_a_movie) {
     }
 }
 
-} // namespace
+} // namespace zat::test::mp4_segment_test

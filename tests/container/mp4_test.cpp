@@ -10,10 +10,7 @@
 #include <fstream>
 #include <gtest/gtest.h>
 
-namespace {
-
-using namespace zat;
-using namespace zat::test;
+namespace zat::test::mp4_test {
 
 #define NOT_LISTED "\x8A\x59\x93\x96\x96\xB3\x82\xB5"
 
@@ -313,4 +310,4 @@ TEST_F(Mp4, WalksPastSizesThatLie) {
     expect_rows(rows);
 }
 
-} // namespace
+} // namespace zat::test::mp4_test

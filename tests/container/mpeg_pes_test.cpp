@@ -5,10 +5,7 @@
 #include <gtest/gtest.h>
 #include <vector>
 
-namespace {
-
-using namespace zat;
-using namespace zat::test;
+namespace zat::test::mpeg_pes_test {
 
 constexpr int64_t late = 0x123456789; // needs all 33 bits
 const Data late_pts = {0x39, 0x8D, 0x15, 0xCF, 0x13};
@@ -65,4 +62,4 @@ TEST(Clock, goes_round) {
     EXPECT_EQ(clock_elapsed(clock_modulus - 10, 20), 30);
 }
 
-} // namespace
+} // namespace zat::test::mpeg_pes_test

@@ -6,7 +6,7 @@
 
 #include <gtest/gtest.h>
 
-namespace zat::test {
+namespace zat::test::mpeg_ps_test {
 namespace {
 
 constexpr int64_t second = 90'000;
@@ -258,4 +258,4 @@ TEST(VideoCd, reads_the_user_data_of_its_sectors) {
 }
 
 } // namespace
-} // namespace zat::test
+} // namespace zat::test::mpeg_ps_test

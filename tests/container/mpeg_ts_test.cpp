@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-namespace zat::test {
+namespace zat::test::mpeg_ts_test {
 
 namespace {
 
@@ -303,4 +303,4 @@ TEST(MpegTs, survives_lies_and_every_length) {
 
 } // namespace
 
-} // namespace zat::test
+} // namespace zat::test::mpeg_ts_test

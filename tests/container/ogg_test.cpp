@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-namespace zat::test {
+namespace zat::test::ogg_test {
 
 namespace {
 
@@ -222,4 +222,4 @@ TEST(Ogg, survives_every_cut_and_lies) {
 
 } // namespace
 
-} // namespace zat::test
+} // namespace zat::test::ogg_test

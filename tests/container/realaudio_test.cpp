@@ -1,7 +1,7 @@
 #include "support/byte_builder.h"
 #include "support/dispatched.h"
 
-namespace zat::test {
+namespace zat::test::realaudio_test {
 
 namespace {
 
@@ -88,4 +88,4 @@ TEST(RealAudio, IsSoundAtEveryLength) {
     expect_sound_when_cut(119, version4or5(5, "cook", 4));
 }
 
-} // namespace zat::test
+} // namespace zat::test::realaudio_test

@@ -6,10 +6,7 @@
 #include <fstream>
 #include <gtest/gtest.h>
 
-namespace {
-
-using namespace zat;
-using namespace zat::test;
+namespace zat::test::realmedia_test {
 
 constexpr int64_t own_size = -1;
 
@@ -215,4 +212,4 @@ TEST(RealMedia, FillsTheDetails) {
             "codec_id=cook");
 }
 
-} // namespace
+} // namespace zat::test::realmedia_test

@@ -13,10 +13,7 @@
 #include <sys/stat.h>
 #endif
 
-namespace {
-
-using namespace zat;
-using namespace zat::test;
+namespace zat::test::file_format_test {
 
 using Contents = std::vector<uint8_t>;
 
@@ -210,4 +207,4 @@ TEST(GetFileFormat, writes_its_own_fields_only) {
     EXPECT_EQ(std::memcmp(record.get(), expected.get(), sizeof *record), 0);
 }
 
-} // namespace
+} // namespace zat::test::file_format_test

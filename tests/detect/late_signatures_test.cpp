@@ -10,10 +10,7 @@
 #include <cstring>
 #include <gtest/gtest.h>
 
-namespace {
-
-using namespace zat;
-using namespace zat::test;
+namespace zat::test::late_signatures_test {
 
 using Contents = std::vector<uint8_t>;
 
@@ -202,4 +199,4 @@ TEST(LateSignatures, leave_out_padding) {
     EXPECT_EQ(described(joined({id3v2_tag(300).bytes, footer, flash})), described(flash));
 }
 
-} // namespace
+} // namespace zat::test::late_signatures_test

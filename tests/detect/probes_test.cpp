@@ -9,10 +9,7 @@
 
 #include <gtest/gtest.h>
 
-namespace {
-
-using namespace zat;
-using namespace zat::test;
+namespace zat::test::probes_test {
 
 std::vector<uint8_t> with_bytes(size_t length, std::initializer_list<size_t> places, std::string_view bytes = "G") {
     ByteBuilder builder;
@@ -111,4 +108,4 @@ TEST(FileTypeName, leaves_the_buffer_for_codes_without_a_name) {
     }
 }
 
-} // namespace
+} // namespace zat::test::probes_test

@@ -7,9 +7,7 @@
 #include <gtest/gtest.h>
 #include <iterator>
 
-namespace {
-
-using namespace zat::test;
+namespace zat::test::faults_test {
 
 struct Seed {
     std::string name;
@@ -103,4 +101,4 @@ TEST(Faults, no_memory_is_a_refusal) {
     EXPECT_EQ(record->general_count, 1);
 }
 
-} // namespace
+} // namespace zat::test::faults_test

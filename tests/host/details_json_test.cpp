@@ -5,7 +5,7 @@
 #include <cmath>
 #include <cstring>
 
-namespace {
+namespace zat::test::details_json_test {
 
 TEST(DetailsJson, NamesEveryKnownMember) {
     ZatStream video{};
@@ -61,4 +61,4 @@ TEST(DetailsJson, LeavesOutWhatIsNotKnown) {
     EXPECT_FALSE(out.contains("duration"));
 }
 
-} // namespace
+} // namespace zat::test::details_json_test

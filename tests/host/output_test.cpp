@@ -6,7 +6,7 @@
 
 #include <cstring>
 
-namespace {
+namespace zat::test::output_test {
 
 using host::Description;
 
@@ -85,4 +85,4 @@ TEST(CsvOutput, HasARowForEachLineAndForStreamsWithoutOne) {
             head + "text,1," + tail + "ASS,,,,,,,,,,,,,,,,jpn,\r\n");
 }
 
-} // namespace
+} // namespace zat::test::output_test

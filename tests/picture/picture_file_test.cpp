@@ -1,10 +1,7 @@
 #include "support/byte_builder.h"
 #include "support/dispatched.h"
 
-namespace {
-
-using namespace zat;
-using namespace zat::test;
+namespace zat::test::picture_file_test {
 
 struct JpegBuilder : ByteBuilder {
     JpegBuilder() { raw({0xFF, 0xD8}); }
@@ -161,4 +158,4 @@ TEST(Picture, describes_bitmaps) {
         });
 }
 
-} // namespace
+} // namespace zat::test::picture_file_test

@@ -1,5 +1,6 @@
 #include "support/temp_file.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cstring>
 #include <filesystem>

@@ -8,7 +8,7 @@
 
 #include <gtest/gtest.h>
 
-namespace zat::test {
+namespace zat::test::av1_vpx_test {
 namespace {
 
 // Stream starts that libaom and libvpx wrote, checked with other readers.
@@ -144,4 +144,4 @@ TEST(DolbyVision, MarksTheStreamOfAWholeRecord) {
 }
 
 } // namespace
-} // namespace zat::test
+} // namespace zat::test::av1_vpx_test

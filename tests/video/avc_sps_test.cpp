@@ -12,7 +12,7 @@
 #include <string>
 #include <vector>
 
-namespace zat::test {
+namespace zat::test::avc_sps_test {
 namespace {
 
 void put_ue(BitBuilder& bits, uint64_t value) {
@@ -251,4 +251,4 @@ TEST(AvcNames, BoundTheTextToTheSizeGiven) {
 }
 
 } // namespace
-} // namespace zat::test
+} // namespace zat::test::avc_sps_test

@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-namespace zat::test {
+namespace zat::test::bitmap_info_test {
 namespace {
 
 std::vector<uint8_t> header(uint64_t height, int bits, std::string_view compression) {
@@ -49,4 +49,4 @@ TEST(BitmapInfo, tells_bits_of_uncompressed_pictures) {
 }
 
 } // namespace
-} // namespace zat::test
+} // namespace zat::test::bitmap_info_test

@@ -13,7 +13,7 @@
 #include <utility>
 #include <vector>
 
-namespace zat::test {
+namespace zat::test::divx_probe_test {
 namespace {
 
 // A start code and a layer header up to its aspect.
@@ -173,4 +173,4 @@ TEST(DivxProbe, WritesFourccsAndKnowsTheFamily) {
 }
 
 } // namespace
-} // namespace zat::test
+} // namespace zat::test::divx_probe_test

@@ -6,7 +6,7 @@
 
 #include <gtest/gtest.h>
 
-namespace zat::test {
+namespace zat::test::hevc_sps_test {
 namespace {
 
 // What x265 wrote, checked with other readers.
@@ -89,4 +89,4 @@ TEST(HevcSps, SurvivesEveryLengthAndAllOnes) {
 }
 
 } // namespace
-} // namespace zat::test
+} // namespace zat::test::hevc_sps_test

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-namespace zat::test {
+namespace zat::test::mpeg_sequence_test {
 namespace {
 
 // What follows the start code.
@@ -97,4 +97,4 @@ TEST(MpegSequence, FindsTheHeadersOfACodecPrivate) {
 }
 
 } // namespace
-} // namespace zat::test
+} // namespace zat::test::mpeg_sequence_test

@@ -6,7 +6,7 @@
 
 #include <gtest/gtest.h>
 
-namespace zat::test {
+namespace zat::test::stream_facts_test {
 namespace {
 
 Data joined(std::initializer_list<Data> parts) {
@@ -148,4 +148,4 @@ TEST(VideoFacts, of_vc1) {
 }
 
 } // namespace
-} // namespace zat::test
+} // namespace zat::test::stream_facts_test

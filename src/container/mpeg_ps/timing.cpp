@@ -1,6 +1,7 @@
 #include "container/mpeg_ps/timing.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace zat::ps {
 
