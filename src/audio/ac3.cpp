@@ -17,17 +17,6 @@ int32_t ac3_sample_rate(uint32_t fscod) {
     return fscod < std::size(rates) ? rates[fscod] : -1;
 }
 
-// ATSC A/52, table 5.18, whose rows come in pairs of one rate: kbit/s by the upper five bits of
-// frmsizecod.
-constexpr uint16_t invalid_bitrate = 0xFFFF;
-
-uint16_t ac3_bitrate(uint32_t frmsizecod_pair) {
-    static constexpr uint16_t rates[] = {
-        32, 40, 48, 56, 64, 80, 96, 112, 128, 160, 192, 224, 256, 320, 384, 448, 512, 576, 640};
-    static_assert(std::size(rates) == 19);
-    return frmsizecod_pair < std::size(rates) ? rates[frmsizecod_pair] : invalid_bitrate;
-}
-
 // ATSC A/52, table 5.7. The last code means voice over for a single channel, else karaoke.
 const char* service_name(uint32_t bsmod, uint32_t acmod) {
     static constexpr const char* names[] = {"CM", "ME", "VI", "HI", "D", "C", "E"};
@@ -84,6 +73,13 @@ void format_line(const char* name, const Ac3Info* info, char (&out)[line_size]) 
 }
 
 } // namespace
+
+uint16_t ac3_bitrate(uint32_t frmsizecod_pair) {
+    static constexpr uint16_t rates[] = {
+        32, 40, 48, 56, 64, 80, 96, 112, 128, 160, 192, 224, 256, 320, 384, 448, 512, 576, 640};
+    static_assert(std::size(rates) == 19);
+    return frmsizecod_pair < std::size(rates) ? rates[frmsizecod_pair] : ac3_invalid_bitrate;
+}
 
 int32_t ac3_framesize(int frmsizecod, int fscod) {
     // 16-bit words at 32, 44.1 and 48 kHz.
@@ -153,7 +149,7 @@ int ac3_info(Bytes frame, Ac3Info* info) {
     }
     const uint32_t frmsizecod = read_bits(&reader, 6);
     info->bitrate = ac3_bitrate(frmsizecod >> 1);
-    if (info->bitrate == invalid_bitrate) {
+    if (info->bitrate == ac3_invalid_bitrate) {
         return 1;
     }
     info->framesize = ac3_framesize(static_cast<int>(frmsizecod), static_cast<int>(fscod));

@@ -28,6 +28,11 @@ struct Ac3Info {
 // or 1 for anything but AC-3 with bsid 0 to 8; the fields decoded until then are set.
 int ac3_info(Bytes frame, Ac3Info* info);
 
+// Nominal kbit/s by the upper five bits of frmsizecod (ATSC A/52, table 5.18, whose rows come in
+// pairs of one rate); ac3_invalid_bitrate for a reserved one.
+constexpr uint16_t ac3_invalid_bitrate = 0xFFFF;
+uint16_t ac3_bitrate(uint32_t frmsizecod_pair);
+
 // Bytes of a sync frame (ATSC A/52, table 5.18); 0 for reserved codes.
 int32_t ac3_framesize(int frmsizecod, int fscod);
 

@@ -1,5 +1,6 @@
 #include "audio/ac3_config.h"
 
+#include "audio/ac3.h"
 #include "common/bits.h"
 
 #include <iterator>
@@ -24,22 +25,19 @@ void set_channels(uint32_t acmod, uint32_t lfeon, Ac3Config* config) {
 } // namespace
 
 bool read_ac3_config(Bytes record, Ac3Config* config) {
-    // kbit/s by bit_rate_code: frmsizecod without its last bit (table F.1)
-    constexpr uint16_t rates[] = {
-        32, 40, 48, 56, 64, 80, 96, 112, 128, 160, 192, 224, 256, 320, 384, 448, 512, 576, 640};
     BitReader bits{.bytes = record};
     const uint32_t fscod = read_bits(&bits, 2);
     const uint32_t bsid = read_bits(&bits, 5);
     skip_bits(&bits, 3); // bsmod
     const uint32_t acmod = read_bits(&bits, 3);
     const uint32_t lfeon = read_bits(&bits, 1);
-    const uint32_t rate = read_bits(&bits, 5);
+    const uint32_t kilobits = ac3_bitrate(read_bits(&bits, 5)); // bit_rate_code
     if (bits.failed) {
         return false;
     }
     *config = {};
     config->sample_rate = rate_of(fscod);
-    config->bit_rate = rate < std::size(rates) ? uint32_t{rates[rate]} * 1000 : 0;
+    config->bit_rate = kilobits != ac3_invalid_bitrate ? kilobits * 1000 : 0;
     if (bsid == 9 || bsid == 10) { // half and quarter of the usual rates
         config->sample_rate >>= bsid - 8;
         config->bit_rate >>= bsid - 8;
@@ -67,7 +65,8 @@ bool read_eac3_config(Bytes record, Ac3Config* config) {
     if (read_bits(&bits, 4) == 0) { // num_dep_sub
         skip_bits(&bits, 1);
     } else {
-        config->locations = read_bits(&bits, 9);
+        const uint32_t locations = read_bits(&bits, 9);
+        config->locations = bits.failed ? 0 : locations;
         for (int i = 0; i < std::ssize(channels_by_location); ++i) {
             config->channels +=
                 (config->locations >> (8 - i) & 1) != 0 ? channels_by_location[i] : 0;

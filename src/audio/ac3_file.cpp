@@ -26,7 +26,8 @@ Bytes find_frame(Bytes file_start) {
     return frame.first(std::min<size_t>(frame.size(), read_size));
 }
 
-// Of AC-3 itself the frame's own rate tells the play time.
+// Of AC-3 itself the frame's own rate tells the play time of the whole file, padding before the
+// stream included.
 bool analyze_ac3(FileRecord* file, Bytes start, const Output& out) {
     ZatStream stream = new_stream(ZAT_STREAM_AUDIO);
     char line[line_size];
@@ -34,7 +35,8 @@ bool analyze_ac3(FileRecord* file, Bytes start, const Output& out) {
         return false;
     }
     const uint64_t byte_rate = stream.bit_rate / 8; // the lowest is 32 kbit/s
-    out.record->play_time = static_cast<double>(file->size) / static_cast<double>(byte_rate);
+    const int64_t size = file->origin + file->size;
+    out.record->play_time = static_cast<double>(size) / static_cast<double>(byte_rate);
     if (out.details != nullptr) {
         complete_by_bytes(file->size, &stream);
         copy_utf8(out.details->format, "AC-3");

@@ -27,8 +27,18 @@ Bytes tail(Reader* reader, Span stream, int64_t count) {
         static_cast<uint32_t>(count));
 }
 
+// The sign of an ID3v1 tag also stands within that of an APE tag.
+bool is_ape_sign(Bytes tail, size_t at) {
+    constexpr size_t within = 3;
+    return at >= within && has_at(tail, at - within, "APETAGEX");
+}
+
 bool peel_id3v1(Bytes tail, OuterTags* tags) {
-    if (tail.size() < id3v1_size || !starts_with(tail.data() + tail.size() - id3v1_size, "TAG")) {
+    if (tail.size() < id3v1_size) {
+        return false;
+    }
+    const size_t at = tail.size() - id3v1_size;
+    if (!has_at(tail, at, "TAG") || is_ape_sign(tail, at)) {
         return false;
     }
     tags->id3v1 = {tags->stream.end - id3v1_size, tags->stream.end};
@@ -115,7 +125,8 @@ OuterTags measure_outer_tags(Reader* reader) {
     tags.id3v2.end = tags.stream.start;
     for (int i = 0; i < tail_tag_limit; ++i) {
         const Bytes bytes = tail(reader, tags.stream, tail_view);
-        if (!peel_id3v1(bytes, &tags) && !peel_lyrics3(bytes, &tags) && !peel_ape(bytes, &tags)) {
+        // ID3v1 last: its three letters may also be those of an "APETAGEX" further back.
+        if (!peel_ape(bytes, &tags) && !peel_lyrics3(bytes, &tags) && !peel_id3v1(bytes, &tags)) {
             break;
         }
     }

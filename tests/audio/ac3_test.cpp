@@ -113,6 +113,12 @@ TEST(Ac3File, takes_the_first_sync_word_of_2048_bytes) {
     EXPECT_EQ(file_text(at(0, header(ex))), line + "1.000");
 }
 
+TEST(Ac3File, counts_the_padding_before_the_stream) {
+    constexpr size_t padding = 300;
+    const Data bytes = ByteBuilder().fill(padding).append(header({.acmod = 1})).pad_to(24000).bytes;
+    EXPECT_EQ(record_text(*analysed_behind(padding, ac3_file, bytes)), "A AC3 48000Hz [1Ch(1/0) C CM] 192kbps\n1.000");
+}
+
 TEST(Ac3File, goes_on_with_zeros_behind_a_cut_header) {
     const std::vector<uint8_t> frame = header({.acmod = 7, .lfeon = 1});
     for (size_t length = 0; length <= frame.size(); ++length) {

@@ -1,6 +1,8 @@
 #include "common/codec_names.h"
 #include "common/fourcc.h"
 #include "common/utc_time.h"
+#include "container/matroska/codecs.h"
+#include "container/mpeg_ts/stream_types.h"
 
 #include <gtest/gtest.h>
 #include <string>
@@ -16,6 +18,13 @@ TEST(CodecNames, OneNameWhateverTheContainerSays) {
     set_fourcc_codec(&video, fourcc("zz\x01z"));
     EXPECT_STREQ(video.codec, "7a7a017a");
     EXPECT_EQ(video_fourcc_name(0x03000000).codec, "Raw video");
+    const std::pair<std::string_view, uint32_t> real_audio[] = {{"A_REAL/14_4", fourcc("14_4")}, {"A_REAL/28_8", fourcc("28_8")},
+        {"A_REAL/COOK", fourcc("cook")}, {"A_REAL/SIPR", fourcc("sipr")}, {"A_REAL/RALF", fourcc("ralf")},
+        {"A_REAL/ATRC", fourcc("atrc")}};
+    for (const auto& [id, code] : real_audio) {
+        EXPECT_EQ(matroska::find_codec(id)->name.codec, audio_fourcc_name(code).codec);
+    }
+    EXPECT_EQ(ts::text_of(ts::Codec::mpegh).details, audio_fourcc_name(fourcc("mhm1")).codec);
     struct Tag {
         uint16_t tag;
         uint32_t bits;

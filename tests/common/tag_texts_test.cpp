@@ -187,8 +187,11 @@ TEST(TagTexts, ArtistAndTitle) {
 
 TEST(OuterTags, AreMeasuredWhole) {
     const Data body(100, 1);
-    const Data ape = join({ByteBuilder().text("APETAGEX").pad_to(32).bytes, Data(7),
-        ByteBuilder().text("APETAGEX").le32(2000).le32(39).le32(1).le32(0x80000000).pad_to(32).bytes});
+    const auto whole_ape = [](size_t items) {
+        return join({ByteBuilder().text("APETAGEX").pad_to(32).bytes, Data(items),
+            ByteBuilder().text("APETAGEX").le32(2000).le32(items + 32).le32(1).le32(0x80000000).pad_to(32).bytes});
+    };
+    const Data ape = whole_ape(7);
     const Data small_ape = ByteBuilder().text("APETAGEX").le32(1000).le32(32).pad_to(32).bytes;
     const Data lying_ape = ByteBuilder().text("APETAGEX").le32(1000).le32(0x7FFFFFFF).pad_to(32).bytes;
     const Data lyrics = join({data_of("LYRICSBEGIN"), data_of("000011LYRICS200")});
@@ -201,6 +204,7 @@ TEST(OuterTags, AreMeasuredWhole) {
         {join({id3v2(3, 0, Data(5)), id3v2(3, 0, Data(6)), body, ape, lyrics, id3v1}), 31, 100, 31, 71, 26, 128},
         {join({body, id3v1, small_ape}), 0, 100, 0, 32, 0, 128},
         {join({body, lying_ape}), 0, 132, 0, 0, 0, 0},
+        {join({body, whole_ape(67)}), 0, 100, 0, 131, 0, 0}, // "TAG" stands 128 bytes before its end
         {join({body, data_of("999999LYRICS200")}), 0, 115, 0, 0, 0, 0},
         {{}, 0, 0, 0, 0, 0, 0},
     };

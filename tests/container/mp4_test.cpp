@@ -134,13 +134,22 @@ TEST_F(Mp4, NamesAudio) {
         ByteBuilder().be32(0).be32(4096).raw({0, 24, 40, 10, 14, 1}).be16(255).be32(0).be32(700000).be32(96000).bytes;
     // 448 kbit/s, 48000 Hz, 3/2 with LFE, and a dependent substream with Lrs and Rrs.
     const Data eac3 = BitBuilder().bits(448, 13).bits(16, 10).bits(0xF, 9).bits(1, 7).bits(2, 9).bytes;
+    // Cut within the locations of the dependent substream's channels.
+    const Data cut_eac3 = BitBuilder().bits(448, 13).bits(16, 10).bits(0xF, 9).bits(1, 7).bits(1, 1).bytes;
     const Data aac = es_descriptor(0x40, aac_lc_stereo, 0);
     const Data in_wave = join({fixed(1).fill(16).bytes, atom("wave", {atom("frma", ByteBuilder().text("mp4a").bytes), aac})});
     expect_rows({
         {"ALAC by its cookie", sound(audio_entry("alac", {atom("alac", cookie)})),
             "A [ALAC] 96000Hz 1ch 16Bit 700.000kbps\n2.000"},
+        {"ALAC's cookie in an entry of another codec", sound(audio_entry("in24", {atom("alac", cookie)})),
+            "A [PCM 24] 44100Hz 2ch 16Bit 4.000kbps\n2.000"},
         {"E-AC-3, frames of one size", sound(audio_entry("ec-3", {atom("dec3", eac3)}), constant_sizes(1792, 100)),
             "A [E-AC-3] 48000Hz 8ch 16Bit 448.000kbps\n2.000"},
+        {"E-AC-3, locations cut off", sound(audio_entry("ec-3", {atom("dec3", cut_eac3)})),
+            "A [E-AC-3] 48000Hz 6ch 16Bit 448.000kbps\n2.000"},
+        {"an entry that ends within its rate",
+            sound(atom("in24", ByteBuilder().be64(1).fill(8).be16(2).be16(16).be32(0).raw({0xAC}).bytes)),
+            "A [PCM 24] 0Hz 2ch 16Bit 4.000kbps\n2.000"},
         {"AAC, maximum rate, in QuickTime's version 1", sound(atom("mp4a", in_wave)),
             "A [AAC 44100Hz stereo(L,R) 128kbps] 1Hz 3ch 16Bit 4.000kbps\n2.000"},
         {"QuickTime's version 2", sound(atom("lpcm", version_2)), "A [LPCM] 96000Hz 6ch 24Bit 4.000kbps\n2.000"},

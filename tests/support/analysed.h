@@ -34,6 +34,17 @@ inline std::unique_ptr<InfoRecord> analysed(
     return analysed(analyser, TempFile(bytes), type_code, play_time, result);
 }
 
+// The same for a stream behind padding, which detection leaves out of the file.
+inline std::unique_ptr<InfoRecord> analysed_behind(size_t padding, Analyser analyser, const std::vector<uint8_t>& bytes) {
+    const TempFile temporary(bytes);
+    FileRecord file;
+    EXPECT_EQ(FileOpen(&file, temporary.path.c_str()), 0);
+    FileBeginAt(&file, static_cast<int64_t>(padding));
+    auto record = std::make_unique<InfoRecord>();
+    EXPECT_EQ(analyser(&file, {record.get(), nullptr}), 0);
+    return record;
+}
+
 // Runs the analyser on the bytes cut at every length.
 inline void expect_sound_when_cut(Analyser analyser, const std::vector<uint8_t>& bytes, uint32_t type_code = 0) {
     const TempFile file(bytes);

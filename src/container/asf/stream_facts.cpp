@@ -141,7 +141,7 @@ void add_image(const Source& source, const Described& described) {
     ZatStream facts = container_facts(source, described, ZAT_STREAM_VIDEO, 0);
     facts.width = read_le32(source.reader, described.stream->type_data, 0);
     facts.height = read_le32(source.reader, described.stream->type_data, 4);
-    copy_utf8(facts.codec, "JPEG");
+    copy_utf8(facts.codec, "MJPEG");
     drop_nonsense(&facts);
     LineText text;
     text.codec = "JPEG";

@@ -63,10 +63,10 @@ constexpr Codec codecs[] = {
     {"A_PCM/FLOAT/IEEE", "PCM", {"PCM"}, Parser::pcm_float},
     {"A_MS/ACM", "", {}, Parser::acm},
     {"A_QUICKTIME", "QuickTime", {}, Parser::stsd},
-    {"A_REAL/14_4", "RealAudio 1.0", {"RealAudio 1.0"}},
-    {"A_REAL/28_8", "RealAudio 2.0", {"RealAudio 2.0"}},
+    {"A_REAL/14_4", "RealAudio 1.0", {"RealAudio 14.4"}},
+    {"A_REAL/28_8", "RealAudio 2.0", {"RealAudio 28.8"}},
     {"A_REAL/COOK", "RealAudio Cook", {"RealAudio Cook"}},
-    {"A_REAL/SIPR", "RealAudio SIPR", {"RealAudio SIPR"}},
+    {"A_REAL/SIPR", "RealAudio SIPR", {"RealAudio Sipro"}},
     {"A_REAL/RALF", "RealAudio Lossless", {"RealAudio Lossless"}, Parser::lossless},
     {"A_REAL/ATRC", "ATRAC3", {"ATRAC3"}},
 

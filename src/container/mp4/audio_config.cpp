@@ -4,6 +4,8 @@
 #include "audio/alac.h"
 #include "audio/flac_streaminfo.h"
 
+#include <cstring>
+
 namespace zat::mp4 {
 
 namespace {
@@ -14,12 +16,13 @@ constexpr uint32_t largest_entry_rate = 65535;
 // Bytes of the boxes that are read, of which the decoders need less.
 constexpr uint32_t config_box_size = 64;
 
-// An ALACSpecificConfig behind version and flags. The entry's rate stands, unless it cannot hold
-// the true one.
+// An ALACSpecificConfig behind version and flags; only an entry of that codec has one. The entry's
+// rate stands, unless it cannot hold the true one.
 uint32_t apply_alac(Reader* reader, SampleEntry* entry) {
     uint8_t box[config_box_size];
     AlacConfig config;
-    if (!read_alac_config(read_box(reader, sub_span(entry->alac_cookie, 4), box), &config)) {
+    if (std::memcmp(entry->format, "alac", sizeof entry->format) != 0 ||
+        !read_alac_config(read_box(reader, sub_span(entry->alac_cookie, 4), box), &config)) {
         return 0;
     }
     entry->channels = config.channels;

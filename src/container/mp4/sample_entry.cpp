@@ -78,41 +78,50 @@ void locate_atoms(Reader* reader, Span space, SampleEntry* entry) {
     }
 }
 
+// Fields of 16 and 32 bits; one that the entry's end cuts off counts as zero.
+uint16_t be16_at(Bytes fields, size_t at) {
+    return at + 2 <= fields.size() ? ReadBE16(&fields[at]) : uint16_t{0};
+}
+uint32_t be32_at(Bytes fields, size_t at) {
+    return at + 4 <= fields.size() ? ReadBE32(&fields[at]) : 0;
+}
+
 // Version 2, revision 2, vendor 4, qualities 4 and 4, size 2 and 2, resolutions 4 and 4, data size
 // 4, frame count 2, compressor name 32, depth 2, colour table 2.
 int64_t read_video_fields(Reader* reader, Span space, SampleEntry* entry) {
-    uint8_t fields[70] = {};
-    read_some(reader, space, common_size, fields, sizeof fields);
-    entry->width = ReadBE16(fields + 16);
-    entry->height = ReadBE16(fields + 18);
-    entry->depth = ReadBE16(fields + 66);
-    return common_size + static_cast<int64_t>(sizeof fields);
+    uint8_t buffer[70];
+    const Bytes fields = read_box(reader, sub_span(space, common_size), buffer);
+    entry->width = be16_at(fields, 16);
+    entry->height = be16_at(fields, 18);
+    entry->depth = be16_at(fields, 66);
+    return common_size + static_cast<int64_t>(sizeof buffer);
 }
 
 // Version 2, revision 2, vendor 4, channels 2, sample size 2, compression 2, packet size 2, rate
 // 16.16; QuickTime's later versions go on behind that.
 int64_t read_audio_fields(Reader* reader, Span space, bool quicktime_versions, SampleEntry* entry) {
     constexpr int64_t version_0_size = 20;
-    uint8_t fields[56] = {};
-    read_some(reader, space, common_size, fields, sizeof fields);
-    entry->channels = ReadBE16(fields + 8);
-    entry->sample_size = ReadBE16(fields + 10);
-    entry->sample_rate = ReadBE16(fields + 16);
-    const uint16_t version = quicktime_versions ? ReadBE16(fields) : uint16_t{0};
+    uint8_t buffer[56];
+    const Bytes fields = read_box(reader, sub_span(space, common_size), buffer);
+    entry->channels = be16_at(fields, 8);
+    entry->sample_size = be16_at(fields, 10);
+    entry->sample_rate = be16_at(fields, 16);
+    const uint16_t version = quicktime_versions ? be16_at(fields, 0) : uint16_t{0};
     if (version == 1) { // per packet: samples, bytes; bytes per frame, bytes per sample
-        entry->packet_samples = ReadBE32(fields + 20);
-        entry->frame_size = ReadBE32(fields + 28);
+        entry->packet_samples = be32_at(fields, 20);
+        entry->frame_size = be32_at(fields, 28);
         return common_size + version_0_size + 16;
     }
     if (version == 2) { // structure size 4, rate as a double, channels 4, marker 4, bits 4, ...
-        entry->sample_rate = clamp_to_integer<uint32_t>(ReadBEFloat64(fields + 24));
-        entry->channels = ReadBE32(fields + 32);
-        entry->sample_size = ReadBE32(fields + 40);
-        entry->pcm_flags = ReadBE32(fields + 44);
-        return common_size + static_cast<int64_t>(sizeof fields);
+        entry->sample_rate =
+            fields.size() >= 32 ? clamp_to_integer<uint32_t>(ReadBEFloat64(&fields[24])) : 0;
+        entry->channels = be32_at(fields, 32);
+        entry->sample_size = be32_at(fields, 40);
+        entry->pcm_flags = be32_at(fields, 44);
+        return common_size + static_cast<int64_t>(sizeof buffer);
     }
     if (std::memcmp(entry->format, "mlpa", 4) == 0) { // a TrueHD rate has all 32 bits
-        entry->sample_rate = ReadBE32(fields + 16);
+        entry->sample_rate = be32_at(fields, 16);
     }
     return common_size + version_0_size;
 }

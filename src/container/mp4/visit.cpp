@@ -34,15 +34,16 @@ void visit_compressed_movie(Reader* /*reader*/, const Atom& /*atom*/, Movie* mov
 // ISO/IEC 14496-12, 8.2.2. Play time and scale are taken from where version 0 has them, in version
 // 1 too; only the duration of fragments, which stands elsewhere, counts in the scale of version 1.
 void visit_movie_header(Reader* reader, const Atom& atom, Movie* movie) {
-    uint8_t fields[24] = {};
-    if (read_some(reader, atom.payload, 0, fields, sizeof fields) < 20) {
+    uint8_t fields[20];
+    if (!read_all(reader, atom.payload, 0, fields, sizeof fields)) {
         return;
     }
     movie->header_seen = true;
     movie->header = atom.payload;
     movie->time_scale = ReadBE32(fields + 12);
     movie->duration = ReadBE32(fields + 16);
-    movie->fragments_time_scale = fields[0] == 1 ? ReadBE32(fields + 20) : movie->time_scale;
+    movie->fragments_time_scale =
+        fields[0] == 1 ? read_be32(reader, atom.payload, 20) : movie->time_scale;
 }
 
 void visit_track(Reader* /*reader*/, const Atom& /*atom*/, Movie* movie) {

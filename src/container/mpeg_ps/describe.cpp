@@ -246,7 +246,7 @@ struct KindName {
 };
 
 constexpr KindName kind_names[] = {
-    {"[MPEG audio]", "MP2", Kind::mpeg_audio},
+    {"[MPEG audio]", "MPEG audio", Kind::mpeg_audio},
     {"[AAC]", "AAC", Kind::aac},
     {"[AC-3]", "AC-3", Kind::ac3},
     {"[DTS]", "DTS", Kind::dts},

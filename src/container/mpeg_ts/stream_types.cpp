@@ -45,7 +45,7 @@ constexpr CodecText codec_names[] = {
     {ZAT_STREAM_AUDIO, "LPCM", "PCM"},
     {ZAT_STREAM_AUDIO, "SMPTE 302M", "PCM"},
     {ZAT_STREAM_AUDIO, "Opus", "Opus"},
-    {ZAT_STREAM_AUDIO, "MPEG-H Audio", "MPEG-H Audio"},
+    {ZAT_STREAM_AUDIO, "MPEG-H Audio", "MPEG-H 3D Audio"},
     {ZAT_STREAM_AUDIO, "audio", ""},
     {ZAT_STREAM_TEXT, "PGS", "PGS"},
     {ZAT_STREAM_TEXT, "HDMV text", "HDMV text"},
