@@ -10,6 +10,7 @@ constexpr uint32_t explicit_rate = 15;
 constexpr uint32_t escaped_object_type = 31;
 constexpr uint32_t object_type_scalable = 6;
 constexpr uint32_t object_type_er_scalable = 20;
+constexpr uint32_t object_type_er_twinvq = 21;
 constexpr uint32_t object_type_er_bsac = 22;
 constexpr uint32_t object_type_er_eld = 39;
 constexpr uint32_t ps_sync_extension = 0x548;
@@ -51,7 +52,7 @@ void read_general_audio(BitReader* reader, size_t start, AudioSpecificConfig* co
     if (extension) {
         if (type == object_type_er_bsac) {
             skip_bits(reader, 5 + 11); // numOfSubFrame, layer_length
-        } else if (is_error_resilient(type)) {
+        } else if (is_error_resilient(type) && type != object_type_er_twinvq) {
             skip_bits(reader, 3);
         }
         skip_bits(reader, 1); // extensionFlag3

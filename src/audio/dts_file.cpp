@@ -91,8 +91,9 @@ int dts_file(FileRecord* file, const Output& out) {
         return 1;
     }
     const uint64_t byte_rate = stream.bit_rate / 8;
-    if (byte_rate > 0) {
-        out.record->play_time = static_cast<double>(file->size) / static_cast<double>(byte_rate);
+    if (byte_rate > 0) { // of the whole file, padding before the stream included
+        const int64_t size = file->origin + file->size;
+        out.record->play_time = static_cast<double>(size) / static_cast<double>(byte_rate);
     }
     const FrameRun run = follow_frames(&reader, out.details != nullptr ? frames_averaged : 1);
     append_word(line, dts_hd_name(run.extension.kind));

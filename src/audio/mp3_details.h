@@ -7,11 +7,11 @@
 
 namespace zat {
 
-// Artist, title and pictures of the tags that were measured around the stream.
-void read_tag_details(Reader* reader, const TagSizes& tags, ZatDetails* details);
+// Artist, title and pictures of the tags around the stream.
+void read_tag_details(Reader* reader, const OuterTags& tags, ZatDetails* details);
 
 // The stream's facts, by its first frame (`start` and what a VBR header in it counts) and the bytes
 // between the tags.
-void read_mp3_facts(Reader* reader, const TagSizes& tags, int64_t start, ZatStream* stream);
+void read_mp3_facts(Reader* reader, const OuterTags& tags, int64_t start, ZatStream* stream);
 
 } // namespace zat

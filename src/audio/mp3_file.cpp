@@ -169,8 +169,9 @@ int AnalyzeMp3File(FileRecord* file, const Output& out) {
     }
     ZatStream facts = new_stream(ZAT_STREAM_AUDIO);
     if (out.details != nullptr) {
-        read_tag_details(&reader, stream.tags, out.details);
-        read_mp3_facts(&reader, stream.tags, stream.start, &facts);
+        const OuterTags tags = measure_outer_tags(&reader);
+        read_tag_details(&reader, tags, out.details);
+        read_mp3_facts(&reader, tags, stream.start, &facts);
         copy_utf8(out.details->format, "MPEG audio");
         out.details->duration = facts.duration;
         out.details->estimated = facts.estimated & uint32_t{ZAT_ESTIMATED_DURATION};

@@ -125,7 +125,8 @@ OuterTags measure_outer_tags(Reader* reader) {
     tags.id3v2.end = tags.stream.start;
     for (int i = 0; i < tail_tag_limit; ++i) {
         const Bytes bytes = tail(reader, tags.stream, tail_view);
-        if (!peel_id3v1(bytes, &tags) && !peel_lyrics3(bytes, &tags) && !peel_ape(bytes, &tags)) {
+        // ID3v1 last: its three letters may also be those of an "APETAGEX" further back.
+        if (!peel_ape(bytes, &tags) && !peel_lyrics3(bytes, &tags) && !peel_id3v1(bytes, &tags)) {
             break;
         }
     }

@@ -225,9 +225,8 @@ int mpeg2_video_line(Bytes codec_private, char* out) {
 }
 
 void mpeg1_video_line(const SequenceHeader& header, char (&out)[line_size]) {
-    format_text(out, sizeof out, "MPEG1 %dx%d %s %dkbps %sfps %dByte Progressive", header.width,
-        header.height, mpeg1_aspect_name(header.aspect_code), header.bit_rate_value * 400 / 1000,
-        frame_rate_name(header.frame_rate_code), header.vbv_bytes);
+    const SequenceExtension none;
+    named_video_line(&header, &none, MpegVideoVersion::mpeg1, false, out);
 }
 
 } // namespace zat

@@ -115,13 +115,8 @@ TEST(Ac3File, takes_the_first_sync_word_of_2048_bytes) {
 
 TEST(Ac3File, counts_the_padding_before_the_stream) {
     constexpr size_t padding = 300;
-    const TempFile temporary(ByteBuilder().fill(padding).append(header({.acmod = 1})).pad_to(24000).bytes);
-    FileRecord file;
-    ASSERT_EQ(FileOpen(&file, temporary.path.c_str()), 0);
-    FileBeginAt(&file, padding);
-    InfoRecord record{};
-    EXPECT_EQ(ac3_file(&file, {&record, nullptr}), 0);
-    EXPECT_EQ(record_text(record), "A AC3 48000Hz [1Ch(1/0) C CM] 192kbps\n1.000");
+    const Data bytes = ByteBuilder().fill(padding).append(header({.acmod = 1})).pad_to(24000).bytes;
+    EXPECT_EQ(record_text(*analysed_behind(padding, ac3_file, bytes)), "A AC3 48000Hz [1Ch(1/0) C CM] 192kbps\n1.000");
 }
 
 TEST(Ac3File, goes_on_with_zeros_behind_a_cut_header) {

@@ -97,13 +97,13 @@ TEST(DtsFile, describes_a_file_that_begins_with_a_frame) {
     EXPECT_EQ(file_text(file(header({.rate = 29}))), "A DTS(16BitBE) 48000Hz 5.1Ch C+L+R+SL+SR+LFE -0.001kbps 24Bit\n7.000");
 }
 
-// Two frames of a core of 96 bytes with 512 samples and an extension substream of 64.
 TEST(DtsFile, has_a_format_without_an_analyser) {
     const auto result = dispatched(FILETYPE_DTS16LE, swapped(header({})));
     EXPECT_STREQ(result->details.format, "DTS");
     EXPECT_EQ(result->details.stream_count, 0U);
 }
 
+// Two frames of a core of 96 bytes with 512 samples and an extension substream of 64.
 TEST(DtsFile, averages_the_rate_of_extended_frames) {
     BitBuilder core;
     core.bits(0x7FFE8001, 32).bits(0x3E, 7).bits(15, 7).bits(95, 14).bits(9, 6).bits(13, 4).bits(24, 5).bits(0, 10);
@@ -126,6 +126,13 @@ TEST(DtsFile, tells_the_time_of_packed_words_by_their_frames) {
     EXPECT_EQ(details_text(*details_of(file)),
         "DTS duration=0.171 bit_rate=1755429\n"
         "audio mode=1 duration=0.171 bit_rate=1536000 bytes=37450 sample_rate=48000 channels=6 codec=DTS layout=L R C LFE Ls Rs");
+}
+
+TEST(DtsFile, counts_the_padding_before_the_stream) {
+    constexpr size_t padding = 300;
+    const Data bytes = ByteBuilder().fill(padding).append(header({})).pad_to(192000).bytes;
+    EXPECT_EQ(record_text(*analysed_behind(padding, dts_file, bytes)),
+        "A DTS(16BitBE) 48000Hz 5.1Ch C+L+R+SL+SR+LFE 1536.000kbps 24Bit\n1.000");
 }
 
 TEST(DtsFile, goes_on_with_zeros_behind_a_cut_header) {

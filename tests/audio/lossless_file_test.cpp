@@ -258,6 +258,11 @@ TEST(MonkeyFile, Rows) {
         {
             {"3.99 with a tag", join({newer("MAC ", 4000, 2, 1000, 100), ape_tag(1000, "Title", "T"), id3v1("U")}),
                 "A [Monkey's Audio 3.99 Extra High] 44100Hz 2ch 0.47kbps 16Bit 0.03%\nX APEv1(47Byte),ID3v1\nI T\n1.695 100"},
+            {"a tag's own letters where ID3v1 would begin",
+                join({newer("MAC ", 4000, 2, 1000, 100), ape_tag(1000, "Title", "T"),
+                    ByteBuilder().text("LYRICSBEGIN").fill(73).text("000084LYRICS200").bytes}),
+                "A [Monkey's Audio 3.99 Extra High] 44100Hz 2ch 0.47kbps 16Bit 0.03%\nX APEv1(47Byte),LYRICS3(99Byte)\nI "
+                "T\n1.695 100"},
             {"float, cut off", newer("MACF", 5000, 1, 1000, 1100),
                 "A [Monkey's Audio 3.99 Insane float] 44100Hz 2ch 388.08kbps 16Bit 27.50%\nX truncated(1,000 Byte "
                 "missing)\n0.023 100"},

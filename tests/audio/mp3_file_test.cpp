@@ -74,6 +74,9 @@ TEST(Mp3File, tells_typed_details_by_counts_and_tags) {
     const auto counted = [](const char* kind, uint32_t bytes) {
         return test::xing_frame(test::xing_header(kind, 3, 100, bytes, "LAME3.99r\x04")).append(frames(1).bytes);
     };
+    const auto ape_end = [](uint32_t flags) {
+        return ByteBuilder().text("APETAGEX").le32(2000).le32(99).le32(1).le32(flags).fill(8);
+    };
     const std::pair<ByteBuilder, const char*> rows[] = {
         {id3v2_tag(100, names).append(counted("Xing", 52667).bytes).append(id3v1_tag("Other").bytes),
             "MPEG audio title=Title artist=Artist duration=2.612 bit_rate=3252\n"
@@ -86,6 +89,17 @@ TEST(Mp3File, tells_typed_details_by_counts_and_tags) {
         {frames(4).text("APETAGEX").le32(2000).le32(32 + 16).le32(1).le32(0).fill(8), // an APE tag of 48 bytes
             "MPEG audio duration=0.103 bit_rate=131719 estimated=3\n"
             "audio estimated=1 duration=0.103 bit_rate=128000 bytes=1652 sample_rate=44100 channels=2 codec=MP3 layout=L R"},
+        // An APE tag of 131 bytes: the letters of ID3v1 stand 128 bytes before the end.
+        {frames(4)
+                .append(ape_end(0xA0000000).bytes)
+                .le32(52)
+                .le32(0)
+                .text("Artist")
+                .u8(0)
+                .fill(52, 'a')
+                .append(ape_end(0x80000000).bytes),
+            "MPEG audio artist=aaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaa duration=0.104 bit_rate=138053 estimated=3\n"
+            "audio estimated=1 duration=0.104 bit_rate=128000 bytes=1668 sample_rate=44100 channels=2 codec=MP3 layout=L R"},
     };
     for (const auto& [file, expected] : rows) {
         EXPECT_EQ(test::details_text(*test::details_of(file.bytes)), expected);
