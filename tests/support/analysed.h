@@ -13,20 +13,25 @@ namespace zat::test {
 using Analyser = int (*)(FileRecord*, const Output&);
 
 inline std::unique_ptr<InfoRecord> analysed(
-    Analyser analyser, const std::vector<uint8_t>& bytes, uint32_t type_code = 0, double play_time = 0, int* result = nullptr) {
-    const TempFile temporary(bytes);
+    Analyser analyser, const TempFile& temporary, uint32_t type_code = 0, double play_time = 0, int* result = nullptr) {
     FileRecord file;
     EXPECT_EQ(FileOpen(&file, temporary.path.c_str()), 0);
     auto record = std::make_unique<InfoRecord>();
-    record->file_size = bytes.size();
+    record->file_size = static_cast<uint64_t>(file.size);
     record->type_code = type_code;
     record->play_time = play_time;
     const int returned = analyser(&file, {record.get(), nullptr});
     if (result != nullptr) {
         *result = returned;
     }
+    FileClose(&file);
     expect_sound(*record);
     return record;
+}
+
+inline std::unique_ptr<InfoRecord> analysed(
+    Analyser analyser, const std::vector<uint8_t>& bytes, uint32_t type_code = 0, double play_time = 0, int* result = nullptr) {
+    return analysed(analyser, TempFile(bytes), type_code, play_time, result);
 }
 
 // The same for a stream behind padding, which detection leaves out of the file.
@@ -42,9 +47,11 @@ inline std::unique_ptr<InfoRecord> analysed_behind(size_t padding, Analyser anal
 
 // Runs the analyser on the bytes cut at every length.
 inline void expect_sound_when_cut(Analyser analyser, const std::vector<uint8_t>& bytes, uint32_t type_code = 0) {
-    for (auto end = bytes.begin(); end != bytes.end(); ++end) {
-        SCOPED_TRACE(end - bytes.begin());
-        analysed(analyser, {bytes.begin(), end}, type_code);
+    const TempFile file(bytes);
+    for (size_t length = bytes.size(); length-- != 0;) {
+        SCOPED_TRACE(length);
+        cut_file(file, length);
+        analysed(analyser, file, type_code);
     }
 }
 

@@ -20,6 +20,9 @@ struct TempFile {
     TempFile& operator=(const TempFile&) = delete;
 };
 
+// Makes the file shorter: less work for the system than a new one.
+void cut_file(const TempFile& file, size_t size);
+
 // A directory for a test's files, with its last separator.
 std::string temp_directory();
 
