@@ -211,6 +211,15 @@ TEST(Ogg, survives_every_cut_and_lies) {
         ByteBuilder().text("OpusTags").le32(4).text("vend").le32(0xFFFFFFFF).le32(0xFFFFFFF0).text("TITLE=x").bytes;
     EXPECT_EQ(lines_of(*info_of(OggBuilder().page(2, 0, {opus_head()}).page(0, 0, {lying}).bytes)),
         "[Ogg]\nA [Opus] 48000Hz 2ch\nI vend\n0.000");
+    // Links of streams whose second packets are looked for in all that follows.
+    OggBuilder links;
+    for (uint32_t serial = 0; links.bytes.size() < 1'000'000;) {
+        for (int i = 0; i < 12; ++i) {
+            links.stream(++serial).page(2, 0, {ByteBuilder().text("fLaC").bytes});
+        }
+        links.page(0, 5, {Data(2)}).page(0, 6, {Data(2)});
+    }
+    EXPECT_STREQ(details_of(links.bytes)->notes, "chained\nwork limit");
     // Empty pages without end.
     OggBuilder empty;
     empty.page(2, 0, {opus_head()});

@@ -95,7 +95,7 @@ int64_t walk_pages(Walk* walk, int64_t position, int64_t end, Taker taker, Done 
                                      ? -1
                                      : find_page(file, position + 1, std::min(end, file->size));
             if (next < 0) {
-                if (end == file->size) {
+                if (end == file->size && !walk->reader.limited) {
                     note_rest(walk, position);
                 }
                 return end;
