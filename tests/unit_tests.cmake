@@ -40,8 +40,8 @@ else()
 
     # The library over a file layer that fails.
     add_executable(fault_tests faults/faults_test.cpp support/temp_file.cpp
-        ${PROJECT_SOURCE_DIR}/fuzz/memory_file_access.cpp
-        $<TARGET_OBJECTS:zat_portable>)
+        $<TARGET_OBJECTS:zat_fuzz_memory> $<TARGET_OBJECTS:zat_portable>)
+    target_compile_options(fault_tests PRIVATE -O0)
     target_include_directories(fault_tests PRIVATE ${PROJECT_SOURCE_DIR}/tests ${PROJECT_SOURCE_DIR}/fuzz)
     target_link_libraries(fault_tests PRIVATE zat_options GTest::gtest_main)
     target_compile_definitions(fault_tests PRIVATE ZAT_SOURCE_DIR="${PROJECT_SOURCE_DIR}")

@@ -110,10 +110,16 @@ int analyze_latm(FramedFile* framed, const Output& out) {
     latm_facts(info, &framed->facts);
     framed->facts.estimated = 0;
     // Frames count by the core's rate, which SBR may double.
-    const uint32_t doubled = framed->facts.sample_rate / info.config.sample_rate;
-    if (!count_framed_file(framed, loas_frames, out, info.sub_frames * doubled)) {
+    ZatStream* facts = &framed->facts;
+    const uint32_t rate = facts->sample_rate;
+    const uint32_t core_rate = info.config.sample_rate;
+    facts->sample_rate = core_rate;
+    if (!count_framed_file(framed, loas_frames, out, info.sub_frames)) {
         return 1;
     }
+    facts->samples =
+        clamp_to_integer<uint64_t>(static_cast<double>(facts->samples) * rate / core_rate);
+    facts->sample_rate = rate;
     aac_stream_name(info.config, framed->line);
     append_bit_rate(framed->facts, framed->line);
     write_framed_file(framed, out);

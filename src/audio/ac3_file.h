@@ -1,4 +1,4 @@
-// Files that hold a bare AC-3 stream.
+// Files that hold a bare stream of AC-3, Enhanced AC-3, Dolby TrueHD or MLP.
 #pragma once
 
 #include "common/file_access.h"
@@ -6,8 +6,9 @@
 
 namespace zat {
 
-// Describes the first sync frame of the file and computes the play time from its bit rate.
-// Returns 0, or 1 when no frame could be described.
+// Describes the stream. Of AC-3 the first sync frame tells all, the play time by its bit rate; the
+// other kinds have analysers of their own, which this one calls. Returns 0, or 1 when no frame
+// could be described.
 int ac3_file(FileRecord* file, const Output& out);
 
 } // namespace zat

@@ -7,9 +7,8 @@
 namespace zat {
 
 // Describes the video and audio streams of the file, one line for each, and writes the encoder
-// text, the play time in seconds, the file size and the label. Looks at the chunks of the file's
-// first mebibyte up to the data. Returns 0, or 1 when nothing could be read; the record then stays
-// as it was.
+// text, the play time in seconds and the label. Looks at the chunks of the file's first mebibyte up
+// to the data. Returns 0, or 1 when nothing could be read; the record then stays as it was.
 int AnalyzeRealMediaFile(FileRecord* file, const Output& out);
 
 } // namespace zat

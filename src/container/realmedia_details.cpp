@@ -37,7 +37,7 @@ ZatStreamKind kind_of(std::string_view name, std::string_view mime) {
     return mime.starts_with("audio/") || has(name, "Audio") ? ZAT_STREAM_AUDIO : ZAT_STREAM_DATA;
 }
 
-// Whether `text` stands in the data behind its length and, where it has one, its size.
+// Where `text` stands in the data, behind its length and, where it has one, its size. 0 without it.
 size_t find_tag(Bytes data, std::string_view text) {
     for (const size_t at : {size_t{4}, size_t{8}}) {
         if (data.size() > at + text.size() &&

@@ -75,12 +75,17 @@ TEST(AacFile, samples_large_streams) {
 TEST(AacFile, describes_latm_and_adif) {
     BitBuilder sbr; // two sub-frames, explicit SBR from 24 to 48 kHz, stereo
     sbr.bits(0, 1).bits(0, 1).bits(1, 1).bits(1, 6).bits(0, 7).bits(5, 5).bits(6, 4).bits(2, 4).bits(3, 4).bits(2, 5);
+    BitBuilder lower; // the same with a core of 48 kHz and an extension of 24
+    lower.bits(0, 1).bits(0, 1).bits(1, 1).bits(1, 6).bits(0, 7).bits(5, 5).bits(3, 4).bits(2, 4).bits(6, 4).bits(2, 5);
     const BitBuilder same = BitBuilder().bits(1, 1);
     expect_rows(FILETYPE_AAC, "[LATM]",
         {
             {"LATM", joined({loas_frame(same, 200), loas_frame(sbr, 210), loas_frame(same, 190)}),
                 "A [AAC HE+SBR] 48000Hz stereo(L,R) 18.750kbps\n0.256\nLATM\naudio duration=0.256 bit_rate=18750 bytes=600 "
                 "samples=12288 sample_rate=48000 channels=2 codec=AAC profile=HE-AAC layout=L R"},
+            {"an extension below the core's rate", repeated(3, loas_frame(lower, 200)),
+                "A [AAC HE+SBR] 24000Hz stereo(L,R) 37.500kbps\n0.128\nLATM\naudio duration=0.128 bit_rate=37500 bytes=600 "
+                "samples=3072 sample_rate=24000 channels=2 codec=AAC profile=HE-AAC layout=L R"},
             {"LATM without a configuration", repeated(3, loas_frame(same, 200)), "0.000\nLATM"},
         });
     expect_rows(FILETYPE_AAC, "[ADIF]",

@@ -235,6 +235,10 @@ TEST(Flv, fills_the_details) {
     EXPECT_EQ(details_text(*details_of(others)),
         "FLV\nvideo id=9 bytes=9 frames=1 size=158:127 codec=VP6 codec_id=4"
         "\naudio id=8 bytes=2 sample_rate=44100 channels=1 bit_depth=16 codec=PCM codec_id=3 profile=signed 16 LE");
+    // A composition time stands before the first frame only.
+    const Data enhanced =
+        FlvBuilder().tag(video, {0x91, 'h', 'v', 'c', '1', 0, 0, 0, 1, 2}).tag(video, {0x93, 'h', 'v', 'c', '1', 1, 2, 3}).bytes;
+    EXPECT_EQ(details_text(*details_of(enhanced)), "FLV\nvideo id=9 bytes=5 frames=2 codec=HEVC codec_id=hvc1");
 }
 
 TEST(Flv, survives_every_length) {

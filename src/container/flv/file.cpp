@@ -52,11 +52,21 @@ Head read_enhanced_head(Bytes data) {
     return head;
 }
 
+// Codecs whose frames may be shown in another order: a composition time stands before the data.
+bool has_composition_time(uint32_t code) {
+    return code == fourcc("avc1") || code == fourcc("hvc1") || code == fourcc("vvc1");
+}
+
 Head read_video_head(Bytes data) {
-    if ((data[0] & enhanced_video) != 0 && data.size() >= enhanced_head_size) {
-        return read_enhanced_head(data);
-    }
     Head head;
+    if ((data[0] & enhanced_video) != 0 && data.size() >= enhanced_head_size) {
+        constexpr uint32_t composition_time_size = 3;
+        head = read_enhanced_head(data);
+        if (head.packet_type == packet_frames && has_composition_time(head.fourcc)) {
+            head.size += composition_time_size;
+        }
+        return head;
+    }
     if ((data[0] & 0x0F) == flv_video_avc && data.size() > 1) {
         constexpr uint32_t avc_head_size = 5; // packet type and composition time
         head.typed = true;
