@@ -11,9 +11,11 @@ namespace zat {
 namespace {
 
 constexpr uint32_t file_header_size = 14;
-constexpr uint32_t core_header_size = 12; // BITMAPCOREHEADER
-constexpr uint32_t os2_header_size = 64;  // OS/2 2.x, whose compressions 3 and 4 are its own
-constexpr uint32_t largest_header = 124;  // BITMAPV5HEADER
+constexpr uint32_t core_header_size = 12;     // BITMAPCOREHEADER
+constexpr uint32_t shortest_header_size = 16; // of OS/2 2.x, up to the depth
+constexpr uint32_t wanted_size = 20;          // of longer ones: with the compression
+constexpr uint32_t os2_header_size = 64;      // OS/2 2.x, whose compressions 3 and 4 are its own
+constexpr uint32_t largest_header = 124;      // BITMAPV5HEADER
 constexpr uint32_t largest_side = 65535;
 constexpr uint32_t most_bits = 64;
 
@@ -46,7 +48,11 @@ bool read_layout(Bytes header, Layout* layout) {
         info->bits = ReadLE16(&header[10]);
         return true;
     }
-    if (size < core_header_size || !read_bitmap_info(header, info)) {
+    // Headers of OS/2 may end anywhere: what they leave out is 0.
+    uint8_t fields[bitmap_info_size] = {};
+    std::copy_n(header.begin(), std::min<size_t>({size, header.size(), sizeof fields}), fields);
+    if (size < shortest_header_size || header.size() < std::min(size, wanted_size) ||
+        !read_bitmap_info(fields, info)) {
         return false;
     }
     layout->compression = ReadLE32(info->compression);

@@ -151,6 +151,21 @@ TEST(Picture, describes_bitmaps) {
             {"fifteen bits, masks", bitmap(2, 1, 16, 3).fill(4).bytes, "V 2x1 [BMP] 16Bit\n0.000\nBMP\nvideo size=2:1 codec=BMP"},
             {"OS/2 2", bitmap(2, 1, 24, 4, 1, 64).fill(1).bytes,
                 "V 2x1 [BMP RLE24] 24Bit\n0.000\nBMP\nvideo size=2:1 bit_depth=8 codec=BMP"},
+            {"OS/2 2, a short header before its palette",
+                ByteBuilder()
+                    .text("BM")
+                    .le32(0)
+                    .le32(0)
+                    .le32(38)
+                    .le32(16)
+                    .le32(2)
+                    .le32(1)
+                    .le16(1)
+                    .le16(1)
+                    .raw({1, 0, 0, 0})
+                    .fill(8)
+                    .bytes,
+                "V 2x1 [BMP] 1Bit\n0.000\nBMP\nvideo size=2:1 bit_depth=1 codec=BMP"},
             {"OS/2 1, behind zeros", ByteBuilder().fill(9).append(core.bytes).bytes,
                 "V 3x5 [BMP] 24Bit\n0.000\nBMP\nvideo size=3:5 bit_depth=8 codec=BMP"},
             {"sides that cannot be", bitmap(70000, 70000, 24).bytes,
