@@ -117,9 +117,9 @@ struct Segment {
     uint32_t pictures = 0;             // among them
     int64_t bytes_behind_clusters = 0; // of attachments behind the first cluster
     uint32_t parts_read = 0;           // bits of the kinds of element
-    Span tags[most_tags];              // read behind the tracks that they are about
     uint32_t tags_count = 0;
-    int64_t cues = -1; // where a seek head says that they stand
+    Span tags[most_tags]; // read behind the tracks that they are about
+    int64_t cues = -1;    // where a seek head says that they stand
     Span tag_title;
     Span tag_artist;
 };
