@@ -46,8 +46,9 @@ void set_codec_of_code(uint32_t code, ZatStream* stream) {
 // A default duration that is near a usual rate to its last digits is that.
 void set_told_rate(const Track& track, ZatStream* stream) {
     constexpr double tolerance = 1e-5;
+    constexpr double highest = 240; // whole nanoseconds may come out a little above it
     const double seconds = frame_duration(track);
-    const double rate = seconds > 0 ? 1 / seconds : track.video.frame_rate;
+    const double rate = seconds > 0 ? std::min(1 / seconds, highest) : track.video.frame_rate;
     const RateRatio usual = usual_frame_rate(rate, tolerance);
     stream->frame_rate = rate;
     stream->frame_rate_numerator = usual.numerator;
