@@ -1,5 +1,6 @@
 #include "container/matroska.h"
 
+#include "support/audio_builder.h"
 #include "support/details_text.h"
 #include "support/ebml_builder.h"
 #include "support/record_text.h"
@@ -185,6 +186,19 @@ TEST(Matroska, fills_the_details) {
         "matrix=BT.2020 range=limited hdr=HDR10\n"
         "audio flags=64 mode=1 id=9 duration=0.400 bit_rate=1536000 sample_rate=48000 channels=1 bit_depth=32 codec=PCM "
         "codec_id=A_PCM/FLOAT/IEEE profile=float 32 LE encoder=Lavc");
+
+    // Neither a display nor, for the extension of DTS, a rate in the headers.
+    const Data dts =
+        ByteBuilder().be64(0x7FFE8001FC3C3FF0).be64(0xB5E0013800000000).pad_to(1024).append(dts_extension(1, 0)).bytes;
+    const auto plain = details_of(
+        file({info(1000), tracks({track(1, video, "V_VP8", {picture(320, 240)}), track(2, audio, "A_DTS", {sound(96000, 8)})}),
+            cluster(0, join_elements({block(1, 0, vp8_frame(1000)), block(2, 0, dts), block(2, 500, dts)}))}));
+    EXPECT_EQ(stream_text(plain->streams[0]),
+        "video flags=1 estimated=2 id=1 bit_rate=8544 bytes=1000 frames=1 size=320:240 pixel=1:1 display=4:3 bit_depth=8 "
+        "codec=VP8 codec_id=V_VP8 chroma=4:2:0");
+    EXPECT_EQ(stream_text(plain->streams[1]),
+        "audio flags=129 mode=2 id=2 duration=1.000 bit_rate=17056 bytes=2132 sample_rate=96000 channels=8 bit_depth=24 "
+        "codec=DTS codec_id=A_DTS profile=HD MA layout=L R C LFE Lb Rb Ls Rs");
 }
 
 TEST(Matroska, counts_blocks_in_all_their_forms) {

@@ -1,3 +1,4 @@
+#include "support/audio_builder.h"
 #include "support/details_text.h"
 #include "support/record_text.h"
 #include "support/shipped_catalogue.h"
@@ -175,6 +176,13 @@ TEST(MpegTs, measures_what_headers_leave_out) {
             "\naudio estimated=2 id=64 duration=0.128 bit_rate=131250 bytes=2100 sample_rate=48000 channels=2 codec=AAC "
             "codec_id=0x0F profile=LC layout=L R"
             "\naudio id=65 duration=0.100 bit_rate=37500 bytes=600 sample_rate=48000 channels=2 codec=Opus codec_id=0x06");
+
+    TsBuilder lossless; // its header tells the peak rate only
+    lossless.table(0, pat({{7, 0x30}})).table(0x30, pmt(7, 0x40, {{0x83, 0x40}}, descriptor(5, "HDMV")));
+    for (int i = 0; i < 6; ++i) {
+        lossless.pes(0x40, 0xBD, 1000 + i * 1800, mlp_unit(100, 0xBA, 0x00000003, 0x8960));
+    }
+    EXPECT_EQ(details_of(lossless.file.bytes)->streams[0].bit_rate, 40000U);
 }
 
 TEST(MpegTs, tells_of_scrambled_streams_and_lost_packets) {

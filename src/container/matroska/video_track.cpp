@@ -132,6 +132,12 @@ void set_container_facts(const Source& source, const Track& track, ZatStream* st
     if (stream->bit_depth == 0) {
         stream->bit_depth = video.bits_per_channel;
     }
+    // By default the display is as large as the picture (RFC 9559, 5.1.4.1.28.12).
+    const bool default_display =
+        video.display_unit == unit_pixels && (video.display_width | video.display_height) == 0;
+    if (stream->pixel_aspect_width == 0 && default_display && stream->width != 0) {
+        set_pixel_aspect(stream, 1, 1);
+    }
 }
 
 // The display's shape; one in centimetres or inches is as good as one in pixels.
