@@ -7,7 +7,6 @@
 #include "common/text.h"
 
 #include <algorithm>
-#include <bit>
 #include <cstring>
 
 namespace zat {
@@ -103,7 +102,7 @@ void mend_picture_size(FlacFile* flac, Block* block) {
     }
 }
 
-// WAVEFORMATEXTENSIBLE_CHANNEL_MASK=0x0033, where it has a bit for each channel.
+// WAVEFORMATEXTENSIBLE_CHANNEL_MASK=0x0033; 0 where nothing is told.
 uint32_t told_channel_mask(std::string_view text) {
     uint32_t mask = 0;
     if (text.starts_with("0x") || text.starts_with("0X")) {
@@ -308,10 +307,8 @@ int AnalyzeFlacFile(FileRecord* file, const Output& out) {
         set_format(&flac);
         set_length(&flac);
         const uint32_t mask = lossless->channel_mask;
-        const uint32_t channels = lossless->facts.channels;
-        set_channel_mask(lossless, static_cast<uint32_t>(std::popcount(mask)) == channels
-                                       ? mask
-                                       : default_channel_mask(channels));
+        set_channel_mask(
+            lossless, mask != 0 ? mask : default_channel_mask(lossless->facts.channels));
         lossless->payload = std::max<int64_t>(size_of(lossless->tags.stream) - flac.audio, 0);
     }
     lossless->facts.flags |= ZAT_FLAG_LOSSLESS;

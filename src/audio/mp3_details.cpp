@@ -29,7 +29,8 @@ void read_tag_details(Reader* reader, const OuterTags& tags, ZatDetails* details
     tag_details(texts, details);
 }
 
-void read_mp3_facts(Reader* reader, const OuterTags& tags, int64_t start, ZatStream* stream) {
+void read_mp3_facts(
+    Reader* reader, const OuterTags& tags, int64_t start, ZatStream* stream, ZatDetails* details) {
     MpegAudioInfo info;
     // A frame that counts the others is the first one, also when the search preferred a later pair.
     if (read_frame(reader, tags.stream.start, &info) && info.frame_count != 0) {
@@ -38,7 +39,13 @@ void read_mp3_facts(Reader* reader, const OuterTags& tags, int64_t start, ZatStr
         return;
     }
     mpeg_audio_facts(info, stream);
-    complete_by_bytes(tags.stream.end - start, stream);
+    const int64_t present = tags.stream.end - start;
+    complete_by_bytes(present, stream);
+    // The duration is that of the frames that the header counts, so it tells of its bytes too.
+    if (info.frame_count != 0 && int64_t{info.byte_count} > present) {
+        details->missing_bytes = static_cast<uint64_t>(int64_t{info.byte_count} - present);
+        note_details(details, "truncated");
+    }
 }
 
 } // namespace zat

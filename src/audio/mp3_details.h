@@ -11,7 +11,8 @@ namespace zat {
 void read_tag_details(Reader* reader, const OuterTags& tags, ZatDetails* details);
 
 // The stream's facts, by its first frame (`start` and what a VBR header in it counts) and the bytes
-// between the tags.
-void read_mp3_facts(Reader* reader, const OuterTags& tags, int64_t start, ZatStream* stream);
+// between the tags; what is missing of those that the header counts goes to the file's details.
+void read_mp3_facts(
+    Reader* reader, const OuterTags& tags, int64_t start, ZatStream* stream, ZatDetails* details);
 
 } // namespace zat

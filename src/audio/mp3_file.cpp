@@ -171,7 +171,7 @@ int AnalyzeMp3File(FileRecord* file, const Output& out) {
     if (out.details != nullptr) {
         const OuterTags tags = measure_outer_tags(&reader);
         read_tag_details(&reader, tags, out.details);
-        read_mp3_facts(&reader, tags, stream.start, &facts);
+        read_mp3_facts(&reader, tags, stream.start, &facts, out.details);
         copy_utf8(out.details->format, "MPEG audio");
         out.details->duration = facts.duration;
         out.details->estimated = facts.estimated & uint32_t{ZAT_ESTIMATED_DURATION};

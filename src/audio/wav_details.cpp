@@ -98,7 +98,9 @@ void write_wav_details(
         complete_by_bytes(announced, stream);
         stream->bytes = static_cast<uint64_t>(std::min(announced, available));
     }
-    details->duration = stream->duration;
+    // The play time is no better: it takes a size that was left open for one.
+    details->duration =
+        stream->duration > 0 ? stream->duration : std::numeric_limits<double>::quiet_NaN();
     details->estimated = stream->estimated & uint32_t{ZAT_ESTIMATED_DURATION};
     if (announced > available) {
         details->missing_bytes = static_cast<uint64_t>(announced - available);

@@ -47,7 +47,9 @@ bool read_block_at(WavPackFile* wavpack, int64_t at, WavPackBlock* block) {
 bool find_first_block(WavPackFile* wavpack) {
     Span* stream = &wavpack->lossless.tags.stream;
     WavPackBlock block;
+    const int64_t padding = wavpack->lossless.reader.block.file->origin;
     if (read_block_at(wavpack, 0, &block)) {
+        wavpack->lossless.junk = padding;
         return true;
     }
     FileWindow window;
@@ -64,7 +66,7 @@ bool find_first_block(WavPackFile* wavpack) {
     if (at == std::string_view::npos) {
         return false;
     }
-    wavpack->lossless.junk = static_cast<int64_t>(at);
+    wavpack->lossless.junk = padding + static_cast<int64_t>(at);
     stream->start += static_cast<int64_t>(at);
     return true;
 }

@@ -158,7 +158,9 @@ int AnalyzeMatroskaFile(FileRecord* file, const Output& out) {
     // However long the walk was, the tracks' headers are read.
     constexpr Allowance rest = {200'000, 8 << 20};
     reader_allow(&reader, rest);
-    read_tags(&reader, segment.tags, &segment);
+    for (uint32_t i = 0; i < segment.tags_count; ++i) {
+        read_tags(&reader, segment.tags[i], &segment);
+    }
     ExtraLines extra;
     Source source;
     source.reader = &reader;

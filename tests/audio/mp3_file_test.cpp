@@ -70,7 +70,7 @@ TEST(Mp3File, describes_stream_and_tags) {
 
 TEST(Mp3File, tells_typed_details_by_counts_and_tags) {
     const ByteBuilder names = test::id3v2_text("TIT2", "Title").append(test::id3v2_text("TPE1", "Artist").bytes);
-    // Of 101 frames, the first ones are there: what the header counts holds.
+    // Of 101 frames, the first ones are there: what the header counts holds, and tells what is missing.
     const auto counted = [](const char* kind, uint32_t bytes) {
         return test::xing_frame(test::xing_header(kind, 3, 100, bytes, "LAME3.99r\x04")).append(frames(1).bytes);
     };
@@ -79,11 +79,11 @@ TEST(Mp3File, tells_typed_details_by_counts_and_tags) {
     };
     const std::pair<ByteBuilder, const char*> rows[] = {
         {id3v2_tag(100, names).append(counted("Xing", 52667).bytes).append(id3v1_tag("Other").bytes),
-            "MPEG audio title=Title artist=Artist duration=2.612 bit_rate=3252\n"
+            "MPEG audio title=Title artist=Artist notes=truncated duration=2.612 bit_rate=161991 missing=51833\n"
             "audio mode=2 duration=2.612 bit_rate=160016 bytes=834 samples=115200 sample_rate=44100 channels=2 codec=MP3 "
             "encoder=LAME3.99r layout=L R"},
         {counted("Info", 42217).append(id3v1_tag("Other").bytes), // the rate of the other frames
-            "MPEG audio title=Other duration=2.612 bit_rate=2946\n"
+            "MPEG audio title=Other notes=truncated duration=2.612 bit_rate=129682 missing=41383\n"
             "audio mode=1 duration=2.612 bit_rate=128000 bytes=834 samples=115200 sample_rate=44100 channels=2 codec=MP3 "
             "encoder=LAME3.99r layout=L R"},
         {frames(4).text("APETAGEX").le32(2000).le32(32 + 16).le32(1).le32(0).fill(8), // an APE tag of 48 bytes

@@ -194,6 +194,10 @@ TEST(WavFile, TellsTypedDetails) {
             "WAV duration=0.001 bit_rate=416000\n"
             "audio mode=1 duration=0.001 bit_rate=64000 bytes=8 samples=8 sample_rate=8000 channels=1 bit_depth=8 codec=PCM "
             "codec_id=0x0001 profile=unsigned 8 layout=C"},
+        {"nor anything written", wave({fmt({1, 1, 8000, 8000, 1, 8}), chunk("data", "", 0xFFFFFFFF)}),
+            "WAV\n"
+            "audio mode=1 bit_rate=64000 sample_rate=8000 channels=1 bit_depth=8 codec=PCM codec_id=0x0001 profile=unsigned 8 "
+            "layout=C"},
         {"samples by the fact chunk",
             wave({fmt({0x11, 2, 8000, 8110, 256, 4}), chunk("fact", Data{0x40, 0x1F, 0, 0}), data(8192)}),
             "WAV duration=1.000 bit_rate=65984\n"

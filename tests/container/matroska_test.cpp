@@ -1,5 +1,6 @@
 #include "container/matroska.h"
 
+#include "support/audio_builder.h"
 #include "support/details_text.h"
 #include "support/ebml_builder.h"
 #include "support/record_text.h"
@@ -185,6 +186,19 @@ TEST(Matroska, fills_the_details) {
         "matrix=BT.2020 range=limited hdr=HDR10\n"
         "audio flags=64 mode=1 id=9 duration=0.400 bit_rate=1536000 sample_rate=48000 channels=1 bit_depth=32 codec=PCM "
         "codec_id=A_PCM/FLOAT/IEEE profile=float 32 LE encoder=Lavc");
+
+    // Neither a display nor, for the extension of DTS, a rate in the headers.
+    const Data dts =
+        ByteBuilder().be64(0x7FFE8001FC3C3FF0).be64(0xB5E0013800000000).pad_to(1024).append(dts_extension(1, 0)).bytes;
+    const auto plain = details_of(
+        file({info(1000), tracks({track(1, video, "V_VP8", {picture(320, 240)}), track(2, audio, "A_DTS", {sound(96000, 8)})}),
+            cluster(0, join_elements({block(1, 0, vp8_frame(1000)), block(2, 0, dts), block(2, 500, dts)}))}));
+    EXPECT_EQ(stream_text(plain->streams[0]),
+        "video flags=1 estimated=2 id=1 bit_rate=8544 bytes=1000 frames=1 size=320:240 pixel=1:1 display=4:3 bit_depth=8 "
+        "codec=VP8 codec_id=V_VP8 chroma=4:2:0");
+    EXPECT_EQ(stream_text(plain->streams[1]),
+        "audio flags=129 mode=2 id=2 duration=1.000 bit_rate=17056 bytes=2132 sample_rate=96000 channels=8 bit_depth=24 "
+        "codec=DTS codec_id=A_DTS profile=HD MA layout=L R C LFE Lb Rb Ls Rs");
 }
 
 TEST(Matroska, counts_blocks_in_all_their_forms) {
@@ -218,6 +232,10 @@ TEST(Matroska, counts_blocks_in_all_their_forms) {
             file({info(1000), tracks({pcm}), cluster(0, join_elements({block(1, 0, Data(9)), block(1, 500, Data(9))})),
                 element(0x1254C367, {tag(101, {{"BPS", "99000"}}), tag(55, {{"BPS", "1"}}), tag(0, {{"BPS", "2"}})})}),
             rate("99.000")},
+        {"several elements of tags",
+            file({info(1000), tracks({pcm}), element(0x1254C367, {tag(55, {{"BPS", "1"}})}),
+                element(0x1254C367, {tag(101, {{"BPS", "99000"}})}), cluster(0, block(1, 0, Data(9)))}),
+            rate("99.000")},
         {"negative times, a block duration that is none",
             file({info(1000), tracks({pcm}),
                 cluster(500, join_elements({block(1, -500, Data(1000)), group(1, 0, unknown_size, Data(1000))}))}),
@@ -240,6 +258,9 @@ TEST(Matroska, measures_rates_and_lengths_that_are_not_told) {
         {"out of order, with a gap", timed({0, 80, 40, 120, 1000, 1040}), shown("25.000fps 3.846kbps 6f")},
         {"no usual rate", timed({0, 70, 140, 210}), shown("~14.286fps 11.429kbps 4f")},
         {"irregular", timed({0, 13, 97, 350}), shown("~8.571fps 6.857kbps 4f")},
+        {"240 frames a second in whole nanoseconds",
+            file({info(1000), tracks({track(1, video, "V_VP8", {number(0x23E383, 4'166'666), picture(320, 240)})})}),
+            "V 320x240 [VP8] 8Bit 240.000fps ~240f\nI writer\n1.000"},
         {"one time base is no duration of a frame",
             file({info(1000), tracks({track(1, video, "V_VP8", {number(0x23E383, 1'000'000), picture(320, 240)})}), ten_frames}),
             "V 320x240 [VP8] 8Bit 25.000fps 200.000kbps 10f\nI writer\n1.000"},
@@ -261,6 +282,8 @@ TEST(Matroska, reads_what_seek_heads_point_to_behind_many_clusters) {
     const Data tags = element(0x1254C367, {tag(101, {{"BPS", "640000"}, {"NUMBER_OF_FRAMES", "77"}})});
     const Data front = join_elements({info(8000), tracks({vp8})});
     const Data large = cluster(0, block(1, 0, vp8_frame(5 << 20)));
+    const Data last = cluster(7000, block(1, 0, Data(9 << 20)));
+    const auto cue = [](uint64_t time) { return element(0xBB, {number(0xB3, time)}); };
     const size_t position = seek(0, 0).size() + front.size() + 2 * large.size();
     const auto at = [&](uint64_t place, uint64_t id = 0x1254C367) { return file({seek(id, place), front, large, large, tags}); };
     const std::string told = "V 320x240 [VP8] 8Bit 25.000fps 640.000kbps 77f\nI writer\n8.000";
@@ -274,6 +297,10 @@ TEST(Matroska, reads_what_seek_heads_point_to_behind_many_clusters) {
             file({tracks({vp8}), large, large,
                 element(0x1F43B675, {number(0xA7, 9), number(0xAB, 9), number(0xE7, 1960), block(1, 0, vp8_frame(99))})}),
             "V 320x240 [VP8] 8Bit 25.000fps ~41944.076kbps ~50f\n2.000"},
+        {"no duration, a last cluster too large to be found: the last cue",
+            file({seek(0x1C53BB6B, seek(0, 0).size() + tracks({vp8}).size() + large.size() + last.size()), tracks({vp8}), large,
+                last, element(0x1C53BB6B, {cue(0), cue(7000)})}),
+            "V 320x240 [VP8] 8Bit 25.000fps ~16777.385kbps ~175f\n7.000"},
     });
 }
 

@@ -1,3 +1,4 @@
+#include "support/audio_builder.h"
 #include "support/details_text.h"
 #include "support/record_text.h"
 #include "support/shipped_catalogue.h"
@@ -137,8 +138,9 @@ TEST(MpegTs, names_streams_by_type_and_descriptors) {
         .table(
             0x1000, pmt(1, 0x1FFF,
                         {{0x1B, 0x100}, {0x24, 0x101}, {0xEA, 0x102}, {0x33, 0x103}, {0x0F, 0x110, language({"jpn", "eng"})},
-                            {6, 0x111, descriptor(0x7A, "\0")}, {6, 0x112, descriptor(5, "Opus")}, {0xCF, 0x113},
-                            {6, 0x120, descriptor(0x59, Data{'f', 'r', 'a', 0x20, 0, 1, 0, 1})},
+                            {6, 0x111, descriptor(0x7A, "\0")},
+                            {6, 0x112, ByteBuilder().append(descriptor(5, "Opus")).append(descriptor(0x6A, "\0")).bytes},
+                            {0xCF, 0x113}, {6, 0x120, descriptor(0x59, Data{'f', 'r', 'a', 0x20, 0, 1, 0, 1})},
                             {6, 0x121, descriptor(0x56, Data{'d', 'e', 'u', 0x09, 0, 'd', 'e', 'u', 0x10, 0x88})},
                             {6, 0x122, ByteBuilder().append(descriptor(0x52, "\x30")).append(descriptor(0xFD, Data{0, 8})).bytes},
                             {0x0D, 0x130, descriptor(0xFD, Data{0, 12})},
@@ -161,11 +163,11 @@ TEST(MpegTs, measures_what_headers_leave_out) {
         .table(
             0x30, pmt(7, 0x40,
                       {{0x0F, 0x40},
-                          {6, 0x41, ByteBuilder().append(descriptor(5, "Opus")).append(descriptor(0x7F, Data{0x80, 2})).bytes}}));
+                          {6, 0x41, ByteBuilder().append(descriptor(5, "Opus")).append(descriptor(0x7F, Data{0x80, 0})).bytes}}));
     for (int i = 0; i < 6; ++i) {
         to.pes(0x40, 0xC0, 1000 + i * 1920, adts_frame(i % 2 == 0 ? 300 : 400)).pes(0x41, 0xBD, 1000 + i * 1800, Data(100, 0xFC));
     }
-    expect_rows({{"AAC and Opus", to.file.bytes,
+    expect_rows({{"AAC, Opus of two single channels", to.file.bytes,
         "[MPEG2-TS(188)]\nA 0x0040 [MPEG4-AAC AAC_LC] 48000Hz stereo(L,R) 131.250kbps 350Byte\n"
         "A 0x0041 [Opus] 48000Hz 2ch 37.500kbps\nX PID 0000 0030(PMT)\n0.128"}});
     const auto details = details_of(to.file.bytes);
@@ -174,6 +176,13 @@ TEST(MpegTs, measures_what_headers_leave_out) {
             "\naudio estimated=2 id=64 duration=0.128 bit_rate=131250 bytes=2100 sample_rate=48000 channels=2 codec=AAC "
             "codec_id=0x0F profile=LC layout=L R"
             "\naudio id=65 duration=0.100 bit_rate=37500 bytes=600 sample_rate=48000 channels=2 codec=Opus codec_id=0x06");
+
+    TsBuilder lossless; // its header tells the peak rate only
+    lossless.table(0, pat({{7, 0x30}})).table(0x30, pmt(7, 0x40, {{0x83, 0x40}}, descriptor(5, "HDMV")));
+    for (int i = 0; i < 6; ++i) {
+        lossless.pes(0x40, 0xBD, 1000 + i * 1800, mlp_unit(100, 0xBA, 0x00000003, 0x8960));
+    }
+    EXPECT_EQ(details_of(lossless.file.bytes)->streams[0].bit_rate, 40000U);
 }
 
 TEST(MpegTs, tells_of_scrambled_streams_and_lost_packets) {

@@ -180,7 +180,7 @@ std::string described(const Contents& contents) {
     return record_text(record);
 }
 
-// What stands before the stream changes nothing of what is told about it.
+// What stands before the stream changes nothing of what is told about it; of WavPack it is counted.
 TEST(LateSignatures, leave_out_padding) {
     const Contents format = ByteBuilder().le16(1).le16(2).le32(44100).le32(176400).le16(4).le16(16).bytes;
     const Contents wave = riff_list("RIFF", "WAVE", {riff_chunk("fmt ", format), riff_chunk("data", Contents(17640))});
@@ -197,6 +197,18 @@ TEST(LateSignatures, leave_out_padding) {
     EXPECT_EQ(described(zeros_before(700, wave)), described(wave));
     EXPECT_EQ(described(zeros_before(1, flash)), described(flash));
     EXPECT_EQ(described(joined({id3v2_tag(300).bytes, footer, flash})), described(flash));
+    const Contents wavpack = ByteBuilder()
+                                 .text("wvpk")
+                                 .le32(24)
+                                 .le32(0x410)
+                                 .le32(44100)
+                                 .le32(0)
+                                 .le32(44100)
+                                 .le32(9 << 23 | 0x1801) // 44,100 Hz, first and last block
+                                 .le32(0)
+                                 .bytes;
+    EXPECT_EQ(described(wavpack).find("tag("), std::string::npos);
+    EXPECT_NE(described(zeros_before(8, wavpack)).find("\nX \x91\xBC\x82\xCCtag(8Byte)"), std::string::npos);
 }
 
 } // namespace zat::test::late_signatures_test

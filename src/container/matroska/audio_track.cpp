@@ -71,6 +71,7 @@ void describe_by_frame(FrameDescriber describer, Description* text, ZatStream* s
 
 // A DTS core with the extension behind it in the frame: " DTS-HD MA 8ch 1597.061kbps".
 void describe_dts(Description* text, ZatStream* stream) {
+    const ZatStream told = *stream;
     describe_by_frame(describe_dts_frame, text, stream);
     DtsInfo core;
     DtsHdInfo extension;
@@ -80,6 +81,11 @@ void describe_dts(Description* text, ZatStream* stream) {
         return;
     }
     dts_hd_facts(extension, stream);
+    if (extension.kind != DtsHdKind::unknown) { // the core's rate is not the stream's
+        stream->bit_rate = told.bit_rate;
+        stream->nominal_bit_rate = 0;
+        stream->estimated = told.estimated;
+    }
     const char* name = dts_hd_name(extension.kind);
     if (!has_core || name[0] == '\0') {
         return;

@@ -92,6 +92,8 @@ enum Id : uint32_t {
     id_compression_settings = 0x4255,
 
     id_cues = 0x1C53BB6B,
+    id_cue_point = 0xBB,
+    id_cue_time = 0xB3,
 
     id_attachments = 0x1941A469,
     id_attached_file = 0x61A7,

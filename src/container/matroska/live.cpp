@@ -93,6 +93,28 @@ bool find_last_cluster(Reader* reader, const Segment& segment, Element* cluster)
     return false;
 }
 
+// The last time of the cues, where no cluster's own can be found.
+int64_t last_cue_time(Reader* reader, const Segment& segment) {
+    int64_t last = std::numeric_limits<int64_t>::min();
+    ElementCursor cursor = {segment.span, segment.cues};
+    Element cues;
+    if (segment.cues < 0 || !next_element(reader, &cursor, &cues) || cues.id != id_cues) {
+        return last;
+    }
+    ElementCursor points = children_of(cues.data);
+    Element point;
+    while (next_element(reader, &points, &point)) {
+        ElementCursor parts = children_of(point.data);
+        Element part;
+        while (point.id == id_cue_point && next_element(reader, &parts, &part)) {
+            if (part.id == id_cue_time) {
+                last = std::max(last, read_cluster_time(reader, part));
+            }
+        }
+    }
+    return last;
+}
+
 // What was counted: no cluster needs another look.
 Times counted_times(const Segment& segment) {
     Times times;
@@ -127,8 +149,12 @@ double measured_duration(Reader* reader, const Segment& segment) {
         return 0;
     }
     add_cluster(reader, segment, first, &times);
-    if (find_last_cluster(reader, segment, &last) && last.start != first.start) {
-        add_cluster(reader, segment, last, &times);
+    if (find_last_cluster(reader, segment, &last)) {
+        if (last.start != first.start) {
+            add_cluster(reader, segment, last, &times);
+        }
+    } else if (first.data.end < segment.span.end - search_limit) {
+        times.end = last_cue_time(reader, segment);
     }
     return seconds_between(segment, times);
 }

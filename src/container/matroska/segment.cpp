@@ -26,9 +26,9 @@ struct Seeks {
     uint32_t count = 0;
 };
 
-// Each kind counts once, wherever it stands.
+// Each kind but tags counts once, wherever it stands.
 bool is_first(Segment* segment, uint32_t id) {
-    static constexpr uint32_t once[] = {id_info, id_tracks, id_chapters, id_attachments, id_tags};
+    static constexpr uint32_t once[] = {id_info, id_tracks, id_chapters, id_attachments};
     const auto* kind = std::find(std::begin(once), std::end(once), id);
     const uint32_t bit = kind == std::end(once) ? 0 : 1U << (kind - std::begin(once));
     const bool first = (segment->parts_read & bit) == 0;
@@ -36,7 +36,20 @@ bool is_first(Segment* segment, uint32_t id) {
     return first;
 }
 
-void read_seek_head(Reader* reader, Span data, Seeks* seeks) {
+// A segment may have several; seek heads may name one twice.
+void add_tags(Span data, Segment* segment) {
+    for (uint32_t i = 0; i < segment->tags_count; ++i) {
+        if (segment->tags[i].start == data.start) {
+            return;
+        }
+    }
+    if (segment->tags_count < most_tags) {
+        segment->tags[segment->tags_count++] = data;
+    }
+}
+
+void read_seek_head(Reader* reader, Span data, Segment* segment, Seeks* seeks) {
+    const Span span = segment->span;
     ElementCursor cursor = children_of(data);
     Element seek;
     while (seeks->count < Seeks::most && next_element(reader, &cursor, &seek)) {
@@ -53,7 +66,9 @@ void read_seek_head(Reader* reader, Span data, Seeks* seeks) {
                 row.position = read_uint(reader, element, UINT64_MAX);
             }
         }
-        if (row.id != id_cluster && row.id != id_cues) {
+        if (row.id == id_cues && row.position < static_cast<uint64_t>(size_of(span))) {
+            segment->cues = span.start + static_cast<int64_t>(row.position);
+        } else if (row.id != id_cluster) {
             seeks->rows[seeks->count++] = row;
         }
     }
@@ -103,7 +118,7 @@ void walk_head(Reader* reader, Segment* segment, Seeks* seeks) {
             return;
         }
         if (element.id == id_seek_head) {
-            read_seek_head(reader, element.data, seeks);
+            read_seek_head(reader, element.data, segment, seeks);
         }
         read_part(reader, element, segment);
     }
@@ -125,7 +140,7 @@ void follow_seeks(Reader* reader, Segment* segment, Seeks* seeks) {
             continue;
         }
         if (element.id == id_seek_head) {
-            read_seek_head(reader, element.data, seeks);
+            read_seek_head(reader, element.data, segment, seeks);
         }
         read_part(reader, element, segment);
     }
@@ -178,7 +193,7 @@ void read_part(Reader* reader, const Element& element, Segment* segment) {
         }
         break;
     case id_tags:
-        segment->tags = element.data;
+        add_tags(element.data, segment);
         break;
     default:
         break;

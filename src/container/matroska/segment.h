@@ -10,6 +10,7 @@ namespace zat::matroska {
 
 // Tracks that are kept; further ones are only counted.
 constexpr uint32_t most_tracks = 64;
+constexpr uint32_t most_tags = 16; // elements `Tags`
 
 enum TrackType : uint8_t { track_video = 1, track_audio = 2, track_subtitle = 0x11 };
 
@@ -116,7 +117,9 @@ struct Segment {
     uint32_t pictures = 0;             // among them
     int64_t bytes_behind_clusters = 0; // of attachments behind the first cluster
     uint32_t parts_read = 0;           // bits of the kinds of element
-    Span tags;                         // read behind the tracks that they are about
+    uint32_t tags_count = 0;
+    Span tags[most_tags]; // read behind the tracks that they are about
+    int64_t cues = -1;    // where a seek head says that they stand
     Span tag_title;
     Span tag_artist;
 };

@@ -46,8 +46,9 @@ void set_codec_of_code(uint32_t code, ZatStream* stream) {
 // A default duration that is near a usual rate to its last digits is that.
 void set_told_rate(const Track& track, ZatStream* stream) {
     constexpr double tolerance = 1e-5;
+    constexpr double highest = 240; // whole nanoseconds may come out a little above it
     const double seconds = frame_duration(track);
-    const double rate = seconds > 0 ? 1 / seconds : track.video.frame_rate;
+    const double rate = seconds > 0 ? std::min(1 / seconds, highest) : track.video.frame_rate;
     const RateRatio usual = usual_frame_rate(rate, tolerance);
     stream->frame_rate = rate;
     stream->frame_rate_numerator = usual.numerator;
@@ -130,6 +131,12 @@ void set_container_facts(const Source& source, const Track& track, ZatStream* st
     }
     if (stream->bit_depth == 0) {
         stream->bit_depth = video.bits_per_channel;
+    }
+    // By default the display is as large as the picture (RFC 9559, 5.1.4.1.28.12).
+    const bool default_display =
+        video.display_unit == unit_pixels && (video.display_width | video.display_height) == 0;
+    if (stream->pixel_aspect_width == 0 && default_display && stream->width != 0) {
+        set_pixel_aspect(stream, 1, 1);
     }
 }
 

@@ -189,6 +189,9 @@ void add_played_stream(const StreamOutput& output, uint32_t index, const Output&
     format_text(prefix, sizeof prefix, "0x%04x ", stream.pid);
     char body[line_size];
     format_stream_line(stream, facts, text, described, body);
+    if (facts.bit_rate == 0 && unit.payload != 0) { // no header tells it, so the line does not
+        measure_bit_rate(output, unit, &facts);
+    }
     char line[line_size];
     copy_text(line, prefix);
     append_text(line, bounded_text(body));

@@ -296,6 +296,15 @@ void read_subtitling(Stream* stream, Bytes data) {
     }
 }
 
+// Of a channel_config_code; 0 for one that tells no number.
+uint8_t opus_channels(Bytes code) {
+    constexpr uint8_t dual_mono = 0;
+    if (code.empty() || code[0] > 8) {
+        return 0;
+    }
+    return code[0] == dual_mono ? uint8_t{2} : code[0];
+}
+
 // extension_descriptor (ETSI EN 300 468, 6.2.16).
 void read_extension(Stream* stream, Bytes data) {
     switch (byte_at(data, 0)) {
@@ -311,7 +320,7 @@ void read_extension(Stream* stream, Bytes data) {
         break;
     case 0x80: // Opus: channel_config_code
         set_private(stream, Codec::opus);
-        stream->opus_channels = byte_at(data, 1) <= 8 ? byte_at(data, 1) : uint8_t{0};
+        stream->opus_channels = opus_channels(data.subspan(1));
         break;
     default:
         break;
@@ -457,12 +466,12 @@ void describe_stream_type(Stream* stream, Bytes descriptors, uint32_t program_re
     } else {
         stream->codec = stream->type < 0x80 ? Codec::data : Codec::private_data;
     }
-    if (is_open_type(stream->type)) {
-        find_registration(stream->registration, &stream->codec);
-    }
     Descriptor descriptor;
     while (next_descriptor(&descriptors, &descriptor)) {
         read_descriptor(stream, descriptor);
+    }
+    if (is_open_type(stream->type)) { // what a registration names holds against descriptors
+        find_registration(stream->registration, &stream->codec);
     }
     read_data_component(stream);
 }
