@@ -112,7 +112,10 @@ Next read_meta(Cursor* cursor, MidiTempoMap* tempos, MidiTrack* track) {
         for (uint32_t i = 0; i < tempo_size; ++i) {
             tempo = tempo << 8 | next_byte(cursor);
         }
-        add_tempo(tempos, {track->ticks, cursor->ended ? 0 : tempo});
+        if (cursor->ended) {
+            return Next::damage;
+        }
+        add_tempo(tempos, {track->ticks, tempo});
         return Next::event;
     }
     if (type == meta_name && size_of(track->name) == 0) {

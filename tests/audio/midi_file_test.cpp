@@ -105,6 +105,14 @@ TEST(MidiFile, DescribesTracksAndTime) {
             "MIDI notes=damaged\n"
             "time estimated duration=1.000 estimated=1\n"
             "audio estimated=1 duration=1.000 bytes=10 codec=MIDI profile=SMF 1"},
+        {"a change of tempo that is cut off", 102, join({header(1, 1, 1), track("01 FF5103 07A1")}),
+            "A [SMF 1] 1 tracks 1 ticks\n"
+            "X damaged\n"
+            "X time estimated\n"
+            "0.500\n"
+            "MIDI notes=damaged\n"
+            "time estimated duration=0.500 estimated=1\n"
+            "audio estimated=1 duration=0.500 bytes=6 codec=MIDI profile=SMF 1"},
         {"a time of five bytes, other chunks, tracks too many", 102,
             join({header(1, 2, 1), bytes_of_hex("58585858 00000002 FFFF"), track("01 903C40 81 81 81 81 01"), track(end_of_track),
                 track("7F FF2F00")}),
