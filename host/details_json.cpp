@@ -11,17 +11,15 @@ namespace host {
 
 namespace {
 
-using Json = nlohmann::ordered_json;
-
 template <size_t Size>
-std::string text_of(const char (&text)[Size]) {
+std::string json_text(const char (&text)[Size]) {
     return repaired_utf8({text, strnlen(text, Size)});
 }
 
 template <size_t Size>
 void add_text(Json* out, const char* name, const char (&text)[Size]) {
     if (text[0] != '\0') {
-        (*out)[name] = text_of(text);
+        (*out)[name] = json_text(text);
     }
 }
 
@@ -76,7 +74,7 @@ constexpr Bit estimated_members[] = {
     {ZAT_ESTIMATED_BYTES, "bytes"},
 };
 
-constexpr const char* kinds[] = {"video", "audio", "text", "data"};
+constexpr const char* kind_names[] = {"video", "audio", "text", "data"};
 constexpr const char* bit_rate_modes[] = {"constant", "variable"};
 constexpr const char* scans[] = {"progressive", "interlaced"};
 constexpr const char* field_orders[] = {"top", "bottom"};
@@ -96,7 +94,7 @@ void add_estimated(uint32_t estimated, Json* out) {
 
 void add_notes(const ZatDetails& details, Json* out) {
     Json notes = Json::array();
-    const std::string text = text_of(details.notes);
+    const std::string text = json_text(details.notes);
     for (size_t at = 0; at < text.size();) {
         const size_t end = std::min(text.find('\n', at), text.size());
         notes.push_back(text.substr(at, end - at));
@@ -132,7 +130,7 @@ void add_video_members(const ZatStream& stream, Json* out) {
 
 Json stream_json(const ZatStream& stream) {
     Json out = Json::object();
-    add_word(&out, "kind", kinds, stream.kind);
+    add_word(&out, "kind", kind_names, stream.kind);
     out["id"] = stream.id;
     add_text(&out, "codec", stream.codec);
     add_text(&out, "codec_id", stream.codec_id);

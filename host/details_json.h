@@ -7,12 +7,14 @@
 
 namespace host {
 
+using Json = nlohmann::ordered_json;
+
 // Adds the file's own members.
-void add_file_details(const ZatDetails& details, nlohmann::ordered_json* out);
+void add_file_details(const ZatDetails& details, Json* out);
 
 // Adds the file's members and its streams.
-void add_details(const ZatDetails& details, nlohmann::ordered_json* out);
+void add_details(const ZatDetails& details, Json* out);
 
-nlohmann::ordered_json stream_json(const ZatStream& stream);
+Json stream_json(const ZatStream& stream);
 
 } // namespace host

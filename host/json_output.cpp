@@ -10,8 +10,6 @@ namespace host {
 
 namespace {
 
-using Json = nlohmann::ordered_json;
-
 // Raised whenever a reader of the output would have to change.
 constexpr int schema_version = 2;
 

@@ -9,7 +9,7 @@ namespace host {
 
 namespace {
 
-constexpr std::string_view kinds[] = {"video", "audio", "picture"};
+constexpr std::string_view kind_words[] = {"video", "audio", "picture"};
 
 bool is_same(std::string_view a, std::string_view b) {
     const auto lower = [](char c) {
@@ -23,7 +23,7 @@ bool is_picture(uint32_t type_code) {
     return type_code > FILETYPE_GRAPHIC && type_code < FILETYPE_GRAPHIC_END;
 }
 
-std::string_view kind_of(const Description& description) {
+std::string_view kind_word_of(const Description& description) {
     const InfoRecord& record = description.record;
     if (is_picture(record.type_code)) {
         return "picture";
@@ -56,7 +56,7 @@ std::vector<std::string_view> format_names() {
 
 bool is_type_filter(std::string_view word) {
     const auto is_word = [&](std::string_view name) { return is_same(word, name); };
-    if (std::any_of(std::begin(kinds), std::end(kinds), is_word)) {
+    if (std::any_of(std::begin(kind_words), std::end(kind_words), is_word)) {
         return true;
     }
     for (uint32_t code = FILETYPE_MEDIA; code < FILETYPE_MEDIA_END; ++code) {
@@ -70,7 +70,7 @@ bool is_type_filter(std::string_view word) {
 
 std::string type_filter_names() {
     std::string out;
-    for (const std::string_view kind : kinds) {
+    for (const std::string_view kind : kind_words) {
         out += (out.empty() ? "" : ", ") + std::string(kind);
     }
     for (const std::string_view name : format_names()) {
@@ -81,8 +81,8 @@ std::string type_filter_names() {
 
 bool has_type(const Description& description, const std::vector<std::string>& words) {
     const uint32_t code = description.record.type_code;
-    const std::string_view names[] = {
-        kind_of(description), description.format, zat::type_format(code), description.type_name};
+    const std::string_view names[] = {kind_word_of(description), description.format,
+        zat::type_format(code), description.type_name};
     return std::any_of(words.begin(), words.end(), [&](const std::string& word) {
         return std::any_of(std::begin(names), std::end(names),
             [&](std::string_view name) { return is_same(word, name); });

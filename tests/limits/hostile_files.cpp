@@ -13,20 +13,18 @@ namespace zat::test {
 
 namespace {
 
-using Bytes = std::vector<uint8_t>;
-
 constexpr uint64_t endless = uint64_t{4} << 30;
 
-Bytes random_bytes(size_t count) {
+Data random_bytes(size_t count) {
     std::mt19937 source(14);
-    Bytes bytes(count);
+    Data bytes(count);
     std::generate(bytes.begin(), bytes.end(), [&] { return static_cast<uint8_t>(source()); });
     return bytes;
 }
 
 // Random bytes with a start code before every other sixteen of them.
-Bytes start_codes() {
-    Bytes bytes = random_bytes(65536);
+Data start_codes() {
+    Data bytes = random_bytes(65536);
     for (size_t i = 0; i + 3 < bytes.size(); i += 16) {
         bytes[i] = bytes[i + 1] = 0;
         bytes[i + 2] = 1;
@@ -35,7 +33,7 @@ Bytes start_codes() {
 }
 
 // Boxes in one another, each as long as the rest.
-Bytes nested_boxes(std::string_view type, int depth) {
+Data nested_boxes(std::string_view type, int depth) {
     ByteBuilder file;
     for (int i = 0; i < depth; ++i) {
         file.be32(0x7FFFFFFFU - static_cast<uint32_t>(8 * i)).text(type);
@@ -44,16 +42,16 @@ Bytes nested_boxes(std::string_view type, int depth) {
 }
 
 // A packet of every identifier, each with the start of a table.
-Bytes all_packet_identifiers() {
+Data all_packet_identifiers() {
     TsBuilder stream;
-    const Bytes table = pat({{1, 0x100}, {2, 0x101}});
+    const Data table = pat({{1, 0x100}, {2, 0x101}});
     for (int pid = 0; pid < 8192; ++pid) {
         stream.table(pid, table);
     }
     return stream.file.bytes;
 }
 
-Bytes sample_table(const char* type) {
+Data sample_table(const char* type) {
     return join({file_type("isom"), atom("moov",
                                         ByteBuilder()
                                             .be32(0x7FFFFFF0)
@@ -73,7 +71,7 @@ Bytes sample_table(const char* type) {
                                         0x7FFFFFFF)});
 }
 
-Bytes tag_of_tags(size_t count) {
+Data tag_of_tags(size_t count) {
     ByteBuilder file;
     for (size_t i = 0; i < count; ++i) {
         file.text("ID3").raw({4, 0, 0, 0, 0, 0, 0});
@@ -84,10 +82,10 @@ Bytes tag_of_tags(size_t count) {
 } // namespace
 
 std::vector<VirtualFile> built_hostile_files() {
-    const Bytes page = ByteBuilder().text("OggS").fill(22).u8(0).bytes;
-    const Bytes first_page = ByteBuilder().text("OggS").raw({0, 2}).fill(20).u8(1).u8(30).raw({1}).text("vorbis").fill(23).bytes;
-    const Bytes matroska = element(0x1A45DFA3, {words(0x4282, "matroska")});
-    const Bytes void_element = {0xEC, 0x80};
+    const Data page = ByteBuilder().text("OggS").fill(22).u8(0).bytes;
+    const Data first_page = ByteBuilder().text("OggS").raw({0, 2}).fill(20).u8(1).u8(30).raw({1}).text("vorbis").fill(23).bytes;
+    const Data matroska = element(0x1A45DFA3, {words(0x4282, "matroska")});
+    const Data void_element = {0xEC, 0x80};
     return {
         VirtualFile{"zeros"}.repeat({0}, endless),
         VirtualFile{"hole"}.hole(endless),
@@ -105,18 +103,18 @@ std::vector<VirtualFile> built_hostile_files() {
         VirtualFile{"ADTS headers"}.repeat({0xFF, 0xF1, 0x50, 0x80, 0x00, 0xFF, 0xFC}, endless),
         VirtualFile{"AC-3 sync words"}.repeat({0x0B, 0x77}, endless),
         VirtualFile{"DTS sync words"}.repeat({0x7F, 0xFE, 0x80, 0x01}, endless),
-        VirtualFile{"MP4, empty boxes"}.add(file_type("isom")).repeat(atom("free", Bytes{}), endless),
-        VirtualFile{"MP4, empty boxes far apart"}.add(file_type("isom")).repeat(atom("free", Bytes(4089)), endless),
-        VirtualFile{"MP4, empty movies"}.add(file_type("isom")).repeat(atom("moov", Bytes{}), endless),
+        VirtualFile{"MP4, empty boxes"}.add(file_type("isom")).repeat(atom("free", Data{}), endless),
+        VirtualFile{"MP4, empty boxes far apart"}.add(file_type("isom")).repeat(atom("free", Data(4089)), endless),
+        VirtualFile{"MP4, empty movies"}.add(file_type("isom")).repeat(atom("moov", Data{}), endless),
         VirtualFile{"MP4, empty tracks"}
             .add(file_type("isom"))
             .add(atom("moov", movie_header(1000, 1000), 0x7FFFFFFF))
-            .repeat(atom("trak", Bytes{}), endless),
-        VirtualFile{"MP4, empty fragments"}.add(file_type("isom")).repeat(atom("moof", Bytes{}), endless),
+            .repeat(atom("trak", Data{}), endless),
+        VirtualFile{"MP4, empty fragments"}.add(file_type("isom")).repeat(atom("moof", Data{}), endless),
         VirtualFile{"MP4, fragments far apart"}
             .add(file_type("isom"))
             .repeat(
-                join({atom("moof", {atom("traf", {atom("tfhd", Bytes(8)), atom("trun", Bytes(8))})}), atom("mdat", Bytes(9000))}),
+                join({atom("moof", {atom("traf", {atom("tfhd", Data(8)), atom("trun", Data(8))})}), atom("mdat", Data(9000))}),
                 endless),
         VirtualFile{"MP4, nested boxes"}.add(file_type("isom")).add(nested_boxes("moov", 20000)).hole(endless),
         VirtualFile{"MP4, nested tracks"}
@@ -150,7 +148,7 @@ std::vector<VirtualFile> built_hostile_files() {
         VirtualFile{"WAV, empty chunks"}.add(riff_list("RIFF", "WAVE", {}, 0x7FFFFFFF)).repeat(riff_chunk("abcd", {}), endless),
         VirtualFile{"WAV, chunks far apart"}
             .add(riff_list("RIFF", "WAVE", {}, 0x7FFFFFFF))
-            .repeat(riff_chunk("abcd", Bytes(9000)), endless),
+            .repeat(riff_chunk("abcd", Data(9000)), endless),
         VirtualFile{"AIFF, chunks far apart"}
             .add(ByteBuilder().text("FORM").be32(0x7FFFFFFF).text("AIFF").bytes)
             .repeat(ByteBuilder().text("abcd").be32(9000).fill(9000).bytes, endless),
@@ -186,8 +184,8 @@ std::vector<VirtualFile> grown_files(const std::string& name, const std::vector<
         if (cut > seed.size()) {
             continue;
         }
-        const Bytes head(seed.begin(), seed.begin() + static_cast<std::ptrdiff_t>(cut));
-        const Bytes back(head.begin() + static_cast<std::ptrdiff_t>(cut / 2), head.end());
+        const Data head(seed.begin(), seed.begin() + static_cast<std::ptrdiff_t>(cut));
+        const Data back(head.begin() + static_cast<std::ptrdiff_t>(cut / 2), head.end());
         const std::string title = name + ", " + std::to_string(cut) + " bytes ";
         files.push_back(VirtualFile{title + "over and over"}.repeat(head, endless));
         files.push_back(VirtualFile{title + "and their back half over and over"}.add(head).repeat(back, endless));
