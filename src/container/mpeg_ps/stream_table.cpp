@@ -108,6 +108,13 @@ Stream* find(StreamTable* table, uint16_t key) {
     return nullptr;
 }
 
+ZatStreamKind details_kind(Kind kind) {
+    return kind == Kind::video          ? ZAT_STREAM_VIDEO
+           : kind == Kind::navigation   ? ZAT_STREAM_DATA
+           : kind >= Kind::dvd_subtitle ? ZAT_STREAM_TEXT
+                                        : ZAT_STREAM_AUDIO;
+}
+
 Stream* enter(StreamTable* table, uint16_t key, Kind kind) {
     if (table->count == stream_limit) {
         return nullptr;
@@ -117,10 +124,7 @@ Stream* enter(StreamTable* table, uint16_t key, Kind kind) {
     stream->key = key;
     stream->kind = kind;
     stream->collect = table->collect[table->count++];
-    stream->facts = new_stream(kind == Kind::video          ? ZAT_STREAM_VIDEO
-                               : kind == Kind::navigation   ? ZAT_STREAM_DATA
-                               : kind >= Kind::dvd_subtitle ? ZAT_STREAM_TEXT
-                                                            : ZAT_STREAM_AUDIO);
+    stream->facts = new_stream(details_kind(kind));
     return stream;
 }
 
@@ -177,6 +181,8 @@ void declare_streams(StreamTable* table, const StreamMap& map) {
         }
         stream->declared = true;
         stream->kind = kind;
+        stream->facts.kind =
+            details_kind(kind); // packets before the map may have looked like another
         stream->stream_type = entry.stream_type;
         copy_utf8(stream->facts.language, bounded_text(entry.language));
         format_text(
