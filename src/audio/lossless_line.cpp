@@ -1,6 +1,7 @@
 // Records of files with one stream of lossless audio: the line, the tags, the notes.
 #include "audio/lossless_file.h"
 #include "common/channel_layout.h"
+#include "common/details.h"
 #include "common/extra_lines.h"
 #include "common/numbers.h"
 #include "common/record_lines.h"
@@ -16,7 +17,6 @@ namespace zat {
 
 namespace {
 
-constexpr double bit_rate_limit = 1e10;
 constexpr double smallest_shown = 0.005; // less would be shown as 0.00
 
 // What the average rate and the ratio are taken from: the bytes that the whole file would have.
@@ -34,7 +34,7 @@ double bit_rate_of(const LosslessFile& lossless) {
         return 0;
     }
     const double rate = static_cast<double>(whole_payload(lossless)) * 8 / facts.duration;
-    return rate < bit_rate_limit ? rate : 0;
+    return rate < static_cast<double>(bit_rate_limit) ? rate : 0;
 }
 
 // Percent of the uncompressed samples, 0 when it is not known.

@@ -3,6 +3,7 @@
 #include "common/numbers.h"
 #include "common/text.h"
 
+#include <algorithm>
 #include <cstring>
 #include <limits>
 #include <numeric>
@@ -124,7 +125,8 @@ void note_work_limit(const Output& out, const Reader& reader) {
 
 void clear_details(ZatDetails* details) {
     const uint32_t size = details->size;
-    std::memset(details, 0, sizeof *details);
+    const size_t used = std::min<size_t>(details->stream_count, ZAT_STREAM_SLOTS);
+    std::memset(details, 0, offsetof(ZatDetails, streams) + used * sizeof(ZatStream));
     details->size = size;
 }
 

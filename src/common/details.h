@@ -52,7 +52,8 @@ void note_details(ZatDetails* details, std::string_view note);
 // Notes that a walk ended because it had used up its allowance.
 void note_work_limit(const Output& out, const Reader& reader);
 
-// Clears all but the size, before an analyser runs.
+// Clears all but the size, before an analyser runs; of the slots only those that are counted, since
+// all of them take longer to clear than many a file to describe.
 void clear_details(ZatDetails* details);
 
 // Fills in, behind the analyser, what follows from the record: the play time where the analyser set

@@ -25,7 +25,8 @@ constinit Place places[2];
 uint8_t* take_place(size_t wanted) {
     if (wanted <= WorkMemory::kept_size) {
         for (Place& place : places) {
-            if (!place.taken.test_and_set(std::memory_order_acquire)) {
+            if (!place.taken.test(std::memory_order_relaxed) && // only looked at by another's call
+                !place.taken.test_and_set(std::memory_order_acquire)) {
                 ASAN_POISON_MEMORY_REGION(place.bytes + wanted, WorkMemory::kept_size - wanted);
                 return place.bytes;
             }
