@@ -16,6 +16,16 @@ constexpr bool continues_character(char c) {
     return (static_cast<unsigned char>(c) & 0xC0) == 0x80;
 }
 
+// Bits of what the stream tells: the rest cannot be estimated.
+uint32_t estimable(const ZatStream& stream) {
+    return (stream.duration != 0 ? uint32_t{ZAT_ESTIMATED_DURATION} : 0) |
+           (stream.bit_rate != 0 ? uint32_t{ZAT_ESTIMATED_BIT_RATE} : 0) |
+           (stream.frame_rate != 0 ? uint32_t{ZAT_ESTIMATED_FRAME_RATE} : 0) |
+           (stream.frames != 0 ? uint32_t{ZAT_ESTIMATED_FRAMES} : 0) |
+           (stream.samples != 0 ? uint32_t{ZAT_ESTIMATED_SAMPLES} : 0) |
+           (stream.bytes != 0 ? uint32_t{ZAT_ESTIMATED_BYTES} : 0);
+}
+
 } // namespace
 
 ZatStream new_stream(ZatStreamKind kind) {
@@ -38,6 +48,7 @@ void add_stream(ZatDetails* details, const ZatStream& stream) {
         *kept = stream;
         kept->bit_rate = stream.bit_rate < bit_rate_limit ? stream.bit_rate : 0;
         kept->duration = known_duration(stream.duration);
+        kept->estimated &= estimable(*kept);
     }
     ++details->stream_count;
 }
