@@ -204,6 +204,9 @@ void drop_nonsense(ZatStream* stream, double highest_frame_rate) {
     if (stream->channels >= channel_limit) {
         stream->channels = 0;
     }
+    if (stream->bit_depth > bits_limit) { // doubles have 64
+        stream->bit_depth = 0;
+    }
     stream->duration = known_duration(stream->duration);
 }
 

@@ -83,7 +83,7 @@ void set_figures(const Walk& walk, const LogicalStream& stream, ZatStream* facts
     } else if (facts->kind == ZAT_STREAM_AUDIO) {
         facts->samples = units_played(stream);
     }
-    if (walk.counted && stream.packets <= stream.header_packets) {
+    if (walk.counted && stream.packets <= stream.header_packets && stream.bytes == 0) {
         facts->flags |= ZAT_FLAG_NO_DATA;
     }
 }
