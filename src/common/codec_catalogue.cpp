@@ -2,6 +2,7 @@
 
 #include "common/catalogue_directory.h"
 #include "common/file_access.h"
+#include "common/kept_text.h"
 #include "common/messages.h"
 #include "common/text.h"
 
@@ -21,24 +22,37 @@ constexpr std::string_view last_match_section = "[MPEG2-TS-PID]";
 // Characters of a line, its newline included; what is longer continues as a line of its own.
 constexpr size_t line_limit = 255;
 
-// Reads a text file line by line through one block, however large the file and its lines are.
+// Reads a text file line by line through one block, however large the file and its lines are, or a
+// text that is at hand.
 struct LineReader {
-    FileRecord* file;
+    FileRecord file;
+    const char* block = buffer;
     size_t at = 0;
     size_t end = 0;
     bool at_end_of_file = false;
-    char block[16384];
+    char buffer[16384];
 };
+
+bool open_lines(LineReader* reader, const char* path) {
+    const std::string_view kept = kept_text(path);
+    if (kept.empty()) {
+        return FileOpen(&reader->file, path) == 0;
+    }
+    reader->block = kept.data();
+    reader->end = kept.size();
+    reader->at_end_of_file = true;
+    return true;
+}
 
 // Makes the longest possible line visible at once: "\r\n" counts as one character.
 void fill_block(LineReader* reader) {
     const size_t rest = reader->end - reader->at;
-    std::memmove(reader->block, reader->block + reader->at, rest);
+    std::memmove(reader->buffer, reader->buffer + reader->at, rest);
     const uint32_t got = FileRead(
-        reader->file, reader->block + rest, static_cast<uint32_t>(sizeof reader->block - rest));
+        &reader->file, reader->buffer + rest, static_cast<uint32_t>(sizeof reader->buffer - rest));
     reader->at = 0;
     reader->end = rest + got;
-    reader->at_end_of_file = got == 0 || reader->file->position >= reader->file->size;
+    reader->at_end_of_file = got == 0 || reader->file.position >= reader->file.size;
 }
 
 // Passes over lines of which none begins with '[', without a look at each: up to a bracket that
@@ -186,25 +200,15 @@ bool catalogue_path(char (&path)[512]) {
 
 void codec_names(std::string_view section, std::span<CodecKey> keys) {
     char path[512];
-    FileRecord file;
-    if (!keys.empty() && catalogue_path(path) && FileOpen(&file, path) == 0) {
-        LineReader reader;
-        reader.file = &file;
+    LineReader reader;
+    if (!keys.empty() && catalogue_path(path) && open_lines(&reader, path)) {
         search_all(&reader, section, keys);
-        FileClose(&file);
     }
 }
 
 int CodecLookup(CodecQuery* query) {
-    FileRecord file;
-    if (FileOpen(&file, query->file_path) != 0) {
-        return codec_no_catalogue;
-    }
     LineReader reader;
-    reader.file = &file;
-    const int result = search(&reader, query);
-    FileClose(&file);
-    return result;
+    return open_lines(&reader, query->file_path) ? search(&reader, query) : codec_no_catalogue;
 }
 
 int codec_name(std::string_view section, std::string_view key, std::string_view shown, char* out,

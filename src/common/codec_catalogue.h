@@ -2,7 +2,7 @@
 // file "zat-codec.ini" in the catalogue directory.
 //
 // The file holds sections ("[AVI-Audio]"), comments (first character "'") and entries: a key, a
-// tab and the name. It is read afresh at every lookup, so that an edit shows at once.
+// tab and the name. Every lookup sees the file as it is, so that an edit shows at once.
 #pragma once
 
 #include <cstddef>

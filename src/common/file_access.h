@@ -88,6 +88,20 @@ int64_t FileSizeByPath(const char* path);
 // 0 when something stands at `path`, a directory included; 1 when nothing does.
 int FileExists(const char* path);
 
+// What differs when a file's content does, but for one written again within the clock's step.
+struct FileStamp {
+    uint64_t place[2]; // which file it is
+    int64_t size;      // bytes
+    int64_t written;   // times in the platform's own units
+    int64_t changed;
+
+    bool operator==(const FileStamp&) const = default;
+};
+
+// The stamp of the regular file at `path`. False when it has none, or was changed within the last
+// seconds, so that its next content might have the same one.
+bool settled_stamp(const char* path, FileStamp* stamp);
+
 // Reserves `size` bytes that read as zero and cost memory only where they are written, as the first
 // `filled` of them are going to be at once; null on failure.
 uint8_t* reserve_memory(size_t size, size_t filled = 0);

@@ -1,6 +1,8 @@
 #include "common/file_access.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <ctime>
 #include <fcntl.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
@@ -14,6 +16,13 @@ namespace {
 // as much as taking a hundred.
 constexpr size_t large_page = 2 << 20;
 constexpr size_t worth_large_page = large_page / 4;
+
+// The coarsest file systems tell times in steps of two seconds.
+constexpr int64_t settling_time = 3'000'000'000;
+
+int64_t nanoseconds(const timespec& time) {
+    return int64_t{time.tv_sec} * 1'000'000'000 + time.tv_nsec;
+}
 
 // A multiple of large pages is placed so that the system can grant them.
 size_t whole_pages(size_t size) {
@@ -90,6 +99,18 @@ void FileClose(FileRecord* file) {
 int FileExists(const char* path) {
     struct stat status {};
     return stat(path, &status) == 0 ? 0 : 1;
+}
+
+bool settled_stamp(const char* path, FileStamp* stamp) {
+    struct stat status {};
+    timespec now{};
+    if (stat(path, &status) != 0 || !S_ISREG(status.st_mode) ||
+        clock_gettime(CLOCK_REALTIME, &now) != 0) {
+        return false;
+    }
+    *stamp = {{status.st_dev, status.st_ino}, status.st_size, nanoseconds(status.st_mtim),
+        nanoseconds(status.st_ctim)};
+    return std::max(stamp->written, stamp->changed) < nanoseconds(now) - settling_time;
 }
 
 uint8_t* reserve_memory(size_t size, size_t filled) {

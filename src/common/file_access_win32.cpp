@@ -4,6 +4,9 @@
 #include <windows.h>
 #include <winioctl.h>
 
+#include <algorithm>
+#include <iterator>
+
 namespace zat {
 
 namespace {
@@ -12,33 +15,58 @@ HANDLE native(const FileRecord* file) {
     return reinterpret_cast<HANDLE>(file->handle);
 }
 
+// The 8-bit functions take no path of MAX_PATH characters or more, even with the prefix "\\?\".
+struct WidePath {
+    wchar_t text[1024]; // more than a record's path or the catalogue's
+};
+
+bool widen(const char* path, WidePath* wide) {
+    return MultiByteToWideChar(AreFileApisANSI() != 0 ? CP_ACP : CP_OEMCP, 0, path, -1, wide->text,
+               static_cast<int>(std::size(wide->text))) != 0;
+}
+
+int64_t joined(DWORD high, DWORD low) {
+    return static_cast<int64_t>(uint64_t{high} << 32 | low);
+}
+
+int64_t ticks(const FILETIME& time) { // of 100 ns
+    return joined(time.dwHighDateTime, time.dwLowDateTime);
+}
+
+// FNV-1a
+uint64_t hash_of(const WidePath& path) {
+    uint64_t hash = 0xCBF29CE484222325;
+    for (const wchar_t* at = path.text; *at != 0; ++at) {
+        hash = (hash ^ *at) * 0x100000001B3;
+    }
+    return hash;
+}
+
+// The coarsest file systems tell times in steps of two seconds.
+constexpr int64_t settling_time = 30'000'000;
+
 } // namespace
 
 int FileOpen(FileRecord* file, const char* path) {
     file->handle = -1;
-    // The 8-bit function takes no path of MAX_PATH characters or more, even with the prefix "\\?\".
-    constexpr int wide_size = 1024; // more than a record's path or the catalogue's
-    wchar_t wide[wide_size];
-    if (MultiByteToWideChar(
-            AreFileApisANSI() != 0 ? CP_ACP : CP_OEMCP, 0, path, -1, wide, wide_size) == 0) {
+    WidePath wide;
+    if (!widen(path, &wide)) {
         return 1;
     }
-    const HANDLE handle = CreateFileW(wide, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE,
+    const HANDLE handle = CreateFileW(wide.text, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE,
         nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (handle == INVALID_HANDLE_VALUE) {
         return 1;
     }
     BY_HANDLE_FILE_INFORMATION information;
-    LARGE_INTEGER size;
     if (GetFileType(handle) != FILE_TYPE_DISK ||
         GetFileInformationByHandle(handle, &information) == 0 ||
-        (information.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0 ||
-        GetFileSizeEx(handle, &size) == 0) {
+        (information.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0) {
         CloseHandle(handle);
         return 1;
     }
     file->handle = reinterpret_cast<intptr_t>(handle);
-    file->size = size.QuadPart;
+    file->size = joined(information.nFileSizeHigh, information.nFileSizeLow);
     return 0;
 }
 
@@ -104,6 +132,21 @@ int FileExists(const char* path) {
     }
     FindClose(handle);
     return 0;
+}
+
+bool settled_stamp(const char* path, FileStamp* stamp) {
+    WidePath wide;
+    WIN32_FILE_ATTRIBUTE_DATA found;
+    if (!widen(path, &wide) ||
+        GetFileAttributesExW(wide.text, GetFileExInfoStandard, &found) == 0 ||
+        (found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0) {
+        return false;
+    }
+    FILETIME now;
+    GetSystemTimeAsFileTime(&now);
+    *stamp = {{hash_of(wide), 0}, joined(found.nFileSizeHigh, found.nFileSizeLow),
+        ticks(found.ftLastWriteTime), ticks(found.ftCreationTime)};
+    return std::max(stamp->written, stamp->changed) < ticks(now) - settling_time;
 }
 
 uint8_t* reserve_memory(size_t size, size_t /*filled*/) {

@@ -1,16 +1,20 @@
 #include "common/codec_catalogue.h"
 
 #include "common/catalogue_directory.h"
+#include "common/kept_text.h"
 #include "common/text.h"
 #include "support/byte_builder.h"
 #include "support/shipped_catalogue.h"
 #include "support/temp_file.h"
 
 #include <algorithm>
+#include <chrono>
 #include <filesystem>
+#include <fstream>
 #include <gtest/gtest.h>
 #include <map>
 #include <sstream>
+#include <thread>
 
 namespace zat::test::codec_catalogue_test {
 
@@ -98,6 +102,28 @@ TEST(CodecLookup, SurvivesWhatIsNoCatalogue) {
     EXPECT_EQ(CodecLookup(&query), codec_no_catalogue);
     query = query_of(temp_directory(), "[A]", "1");
     EXPECT_EQ(CodecLookup(&query), codec_no_catalogue);
+}
+
+// Only what was not written lately is kept: its time would tell no second change.
+TEST(KeptText, IsTheFilesTextAsLongAsItStays) {
+    const auto write = [path = temp_directory() + "kept.txt"](const char* text) {
+        std::ofstream(path, std::ios::binary) << text;
+        return path;
+    };
+    const std::string path = write("[A]\n1\tx\n");
+    EXPECT_EQ(kept_text(path.c_str()), "");
+    for (int i = 0; i < 100 && kept_text(path.c_str()).empty(); ++i) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    }
+    const std::string_view kept = kept_text(path.c_str());
+    EXPECT_EQ(kept, "[A]\n1\tx\n");
+    EXPECT_EQ(kept_text(path.c_str()).data(), kept.data()) << "was read twice";
+    for (const char* text : {"[A]\n1\ty\n", "[A]\n1\tz\n"}) {
+        CodecQuery query = query_of(write(text), "[A]", "1");
+        EXPECT_EQ(CodecLookup(&query), codec_found);
+        EXPECT_EQ(query.result[0], text[6]);
+    }
+    EXPECT_EQ(kept, "[A]\n1\tx\n") << "others may still read it";
 }
 
 TEST(CodecName, ShowsTheNameOrTheReasonWhyThereIsNone) {
