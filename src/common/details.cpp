@@ -47,6 +47,8 @@ void add_stream(ZatDetails* details, const ZatStream& stream) {
         ZatStream* kept = &details->streams[details->stream_count];
         *kept = stream;
         kept->bit_rate = stream.bit_rate < bit_rate_limit ? stream.bit_rate : 0;
+        kept->nominal_bit_rate =
+            stream.nominal_bit_rate < bit_rate_limit ? stream.nominal_bit_rate : 0;
         kept->duration = known_duration(stream.duration);
         kept->estimated &= estimable(*kept);
     }
