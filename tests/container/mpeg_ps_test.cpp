@@ -70,6 +70,12 @@ TEST(ProgramStream, lists_its_streams) {
     cut_headers.packet(0xE0, {start.begin() + 9, start.end()}).packet(0xC0, mp2_frames(2), 0);
     ProgramBuilder mapped;
     mapped.pack(0).map({{0x1B, 0xE0}, {0x0F, 0xC0}, {0x02, 0xE1}}).packet(0xE0, slices(300), 0);
+    ProgramBuilder languages; // and types that are none of those which streams of their ids mostly are
+    languages.pack(0).map({{0x33, 0xE0}, {0x87, 0xC0}, {0x2D, 0xC1}}, {0x0A, 8, 'j', 'p', 'n', 0, 'e', 'n', 'g', 2});
+    languages.packet(0xE0, slices(300), 0);
+    ProgramBuilder extension; // a stream_id_extension in the map and in the packet
+    extension.pack(0).map({{0x81, 0xFD}}, {1, 1, 0x80 | 0x71, 0x0A, 4, 'j', 'p', 'n', 0}, 0xA1);
+    extension.unit(0xFD, ByteBuilder().raw({0x81, 1, 3, 1, 0x81, 0x71}).append(ac3_frames(2)).bytes);
     ProgramBuilder timed; // a video whose header has no rate, two packets for each frame
     BitBuilder vol;
     vol.bits(0x1B0, 32).bits(1, 8).bits(0x120, 32).bits(0, 1).bits(1, 8).bits(0, 1).bits(1, 4).bits(0, 1).bits(0, 2);
@@ -93,6 +99,10 @@ TEST(ProgramStream, lists_its_streams) {
         {"headers across packets", cut_headers.bytes, "[MPEG2]\nV " + sequence_line + "\nA " + mp2_line + "\n" + tail + "0.033"},
         {"a map tells what the bytes do not", mapped.bytes,
             "[MPEG2]\nV 0xE0 [AVC/H264] jpn\nV 0xE1 MPEG2 no data jpn\nA [AAC] no data jpn\n0.000"},
+        {"languages of a map", languages.bytes,
+            "[MPEG2]\nV [video] jpn/eng hearing impaired\nA 0xC0 [E-AC-3] no data jpn/eng hearing impaired\n"
+            "A 0xC1 [audio] no data jpn/eng hearing impaired\n0.000"},
+        {"an extended stream of a map", extension.bytes, "[MPEG2]\nA " + ac3_line + " jpn\n0.000"},
         {"AC-3 without a substream header",
             ProgramBuilder().pack(0).packet(0xBD, ac3_frames(2), 0).packet(0xBD, slices(40)).bytes,
             "[MPEG2]\nA " + ac3_line + "\n0.032"},
@@ -185,14 +195,17 @@ TEST(ProgramStream, counts_damaged_packets) {
 TEST(ProgramStream, fills_the_details) {
     ProgramBuilder file;
     add_seconds(&file, 0, 25);
-    file.packet(0xBD, ByteBuilder().u8(0x20).fill(50).bytes, 9000);
+    file.packet(0xBD, ByteBuilder().u8(0x20).fill(50).bytes, 18000);
+    file.packet(0xBD, ByteBuilder().raw({0xA0, 7, 0, 4, 0x0C, 0x01, 0x80}).fill(400).bytes, 9000);
     EXPECT_EQ(details_text(*details_of(file.bytes)),
-        "MPEG-PS duration=0.993 bit_rate=158540\n"
+        "MPEG-PS duration=0.993 bit_rate=161930\n"
         "video id=224 duration=0.993 bit_rate=97213 nominal_bit_rate=8000000 bytes=12071 frame_rate=29.970 size=720:480 "
         "pixel=32:27 display=16:9 fps_ratio=30000:1001 scan=2 field_order=1 bit_depth=8 codec=MPEG-2 Video profile=Main "
         "level=Main chroma=4:2:0\n"
         "audio mode=1 id=48512 duration=0.992 bit_rate=64000 bytes=6400 sample_rate=48000 channels=2 codec=AC-3 layout=L R\n"
-        "text id=48416 bytes=50 codec=VobSub");
+        "audio mode=1 id=48544 duration=0.002 bit_rate=1536000 bytes=400 sample_rate=48000 channels=2 bit_depth=16 "
+        "codec=PCM profile=signed 16 BE layout=L R\n"
+        "text id=48416 start=0.100 bytes=50 codec=VobSub");
 }
 
 TEST(ElementaryStream, shows_bare_video) {

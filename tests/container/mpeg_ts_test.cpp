@@ -106,6 +106,8 @@ TEST(MpegTs, tells_the_play_time) {
     expect_rows({
         {"over a wrap of the clock", film_of((int64_t{1} << 33) - 9000, -1), head + film_pids + "0.393"},
         {"joined", film_of(90'000'000, 90'000), head + "X joined\nX time estimated\n" + film_pids + "0.793"},
+        {"joined to one that begins earlier", film_of(990'000, 900'000, 60),
+            head + "X joined\nX time estimated\n" + film_pids + "4.806"},
         // Read at its head, at its end and in between.
         {"long", film_of(90000, -1, 2200), head + film_pids + "87.993"},
         {"long and joined", film_of(90000, 90000, 2200), head + "X joined\nX time estimated\n" + film_pids + "176.006"},
@@ -113,6 +115,14 @@ TEST(MpegTs, tells_the_play_time) {
 }
 
 TEST(MpegTs, reads_tables_as_they_come) {
+    TsBuilder subtitled; // a program of subtitles in front of one with as many streams
+    subtitled.table(0, pat({{1, 0x1000}, {2, 0x1001}}))
+        .table(0x1000, pmt(1, 0x200, {{6, 0x200, descriptor(0x59, Data(8, 'a'))}}))
+        .table(0x1001, pmt(2, 0x101, {{0x81, 0x101}}))
+        .pes(0x200, 0xBD, 90000, Data(20, 1));
+    for (int i = 0; i < 4; ++i) {
+        subtitled.pes(0x101, 0xBD, 90000 + i * 2880, ac3_frame());
+    }
     TsBuilder bad_crc;
     bad_crc.table(0, pat({{1, 0x1000}})).table(0x1000, pmt(1, 0x100, {{2, 0x100}, {0x81, 0x101, language({"eng"})}}, {}, 1));
     TsBuilder map_first;
@@ -123,6 +133,9 @@ TEST(MpegTs, reads_tables_as_they_come) {
     const std::string whole = "[MPEG2-TS(188)]\n" + film_streams + film_pids + "0.393";
     expect_rows({
         {"map before the association", play(map_first, 90000).file.bytes, whole},
+        {"what plays comes first", subtitled.file.bytes,
+            "[MPEG2-TS(188)]\nA 0x0101 AC3 48000Hz [2Ch(2/0) L+R CM] 192kbps\nX 0x0200 [DVB subtitle] aaa\n"
+            "X PID 0000 1000(PMT) 1001(PMT)\n0.128"},
         {"damaged CRC, and no other", play(bad_crc, 90000).file.bytes, whole},
         {"no association", play(no_pat, 90000).file.bytes, "[MPEG2-TS(188)]\n" + film_streams + "X PID 1000(PMT)\n0.393"},
         {"nothing", play(none, 90000).file.bytes,
@@ -147,6 +160,7 @@ TEST(MpegTs, names_streams_by_type_and_descriptors) {
                             {0x15, 0x131, descriptor(0x26, Data{0xFF, 0xFF, 'I', 'D', '3', ' ', 0xFF, 'I', 'D', '3', ' '})},
                             {0x0B, 0x132}, {0x0B, 0x133}, {5, 0x134, descriptor(0x6F, "")}}))
         .table(0x1001, pmt(2, 0x1FFF, {{0x90, 0x200, language({"eng"})}, {0x83, 0x201}, {0x86, 0x202}}, hdmv));
+    EXPECT_EQ(details_of(types.file.bytes)->streams[8].flags, ZAT_FLAG_HEARING_IMPAIRED | ZAT_FLAG_NO_DATA);
     const auto record = info_of(types.file.bytes);
     EXPECT_EQ(record_text(*record),
         "V 0x0100 [AVC/H264] no data\nV 0x0101 [HEVC/H265] no data\nV 0x0102 [VC-1] no data\nV 0x0103 [VVC/H266] no data\n"

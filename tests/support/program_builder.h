@@ -51,13 +51,14 @@ struct ProgramBuilder : ByteBuilder {
         be24(1).u8(static_cast<uint64_t>(id)).be16(length < 0 ? content.size() : static_cast<uint64_t>(length)).append(content);
         return *this;
     }
-    // A program stream map of streams {type, id}.
-    ProgramBuilder& map(std::initializer_list<std::pair<int, int>> streams) {
+    // A program stream map of streams {type, id}, all with the same descriptors.
+    ProgramBuilder& map(std::initializer_list<std::pair<int, int>> streams,
+        const Payload& descriptors = {0x0A, 4, 'j', 'p', 'n', 0}, int flags = 0xE1) {
         ByteBuilder entries;
         for (const auto& [type, id] : streams) {
-            entries.raw({type, id, 0, 6, 0x0A, 4, 'j', 'p', 'n', 0});
+            entries.raw({type, id}).be16(descriptors.size()).append(descriptors);
         }
-        return unit(0xBC, ByteBuilder().raw({0xE1, 0xFF, 0, 0}).be16(entries.bytes.size()).append(entries.bytes).be32(0).bytes);
+        return unit(0xBC, ByteBuilder().raw({flags, 0xFF, 0, 0}).be16(entries.bytes.size()).append(entries.bytes).be32(0).bytes);
     }
 };
 

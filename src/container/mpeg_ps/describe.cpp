@@ -181,6 +181,8 @@ bool describe_lpcm(Stream* stream) {
     dvd_lpcm_info(stream->collect[1], &info);
     dvd_lpcm_line(&info, stream->line);
     dvd_lpcm_facts(info, &stream->facts);
+    constexpr int64_t frame_ticks = 150;
+    stream->frame_seconds = clock_seconds(frame_ticks);
     stream->form = Form::audio_line;
     return true;
 }
@@ -224,6 +226,7 @@ bool describe_audio(Stream* stream) {
     case Kind::aac:
         return describe_frame(stream, adts_candidate) || describe_loas(stream);
     case Kind::ac3:
+    case Kind::eac3:
         return describe_frame(stream, ac3_candidate) || describe_eac3(stream);
     case Kind::dts:
         return describe_frame(stream, dts_candidate);
@@ -249,11 +252,23 @@ constexpr KindName kind_names[] = {
     {"[MPEG audio]", "MPEG audio", Kind::mpeg_audio},
     {"[AAC]", "AAC", Kind::aac},
     {"[AC-3]", "AC-3", Kind::ac3},
+    {"[E-AC-3]", "E-AC-3", Kind::eac3},
     {"[DTS]", "DTS", Kind::dts},
     {"[LPCM]", "PCM", Kind::lpcm},
     {"[MLP]", "MLP", Kind::mlp},
     {"[audio]", "", Kind::extension_audio},
 };
+
+// A type that the map tells and that is none of the kinds which streams of its id mostly are.
+bool is_of_other_type(const Stream& stream) {
+    constexpr uint8_t mpeg1_audio = 0x03;
+    constexpr uint8_t mpeg2_audio = 0x04;
+    const uint8_t type = stream.stream_type;
+    return type != 0 &&
+           (stream.kind == Kind::video
+                   ? video_kind_of_type(type) == VideoKind::unknown
+                   : stream.kind == Kind::mpeg_audio && type != mpeg1_audio && type != mpeg2_audio);
+}
 
 } // namespace
 
@@ -270,6 +285,10 @@ bool describe_stream(Stream* stream, bool last) {
 
 void name_stream(Stream* stream, bool mpeg2) {
     stream->form = Form::name_only;
+    if (is_of_other_type(*stream)) {
+        copy_text(stream->line, stream->kind == Kind::video ? "[video]" : "[audio]");
+        return;
+    }
     if (stream->kind == Kind::video) {
         const VideoKindName name = video_kind_name(video_kind_of_type(stream->stream_type),
             stream->stream_type == 0 ? mpeg2 : stream->stream_type == 0x02);

@@ -1,6 +1,7 @@
 #include "container/mpeg_ps/pack.h"
 
 #include "common/start_code.h"
+#include "container/mpeg_descriptors.h"
 #include "container/mpeg_pes.h"
 
 #include <algorithm>
@@ -47,17 +48,11 @@ int read_mpeg1_pack(PackHeader* pack, Bytes bytes) {
     return 0;
 }
 
-// ISO/IEC 13818-1, 2.6.18.
-void read_language(Bytes descriptors, MapEntry* entry) {
-    constexpr uint8_t language_descriptor = 0x0A;
-    for (size_t at = 0; at + 2 <= descriptors.size(); at += 2U + descriptors[at + 1]) {
-        if (descriptors[at] != language_descriptor || at + 5 > descriptors.size()) {
-            continue;
-        }
-        const auto is_letter = [](uint8_t c) { return (c | 0x20) >= 'a' && (c | 0x20) <= 'z'; };
-        const Bytes code = descriptors.subspan(at + 2, 3);
-        if (std::ranges::all_of(code, is_letter)) {
-            std::ranges::copy(code, entry->language);
+void read_descriptors(Bytes descriptors, MapEntry* entry) {
+    Descriptor descriptor;
+    while (next_descriptor(&descriptors, &descriptor)) {
+        if (descriptor.tag == tag_language) {
+            read_languages(descriptor.data, entry->language, &entry->flags);
         }
     }
 }
@@ -81,6 +76,7 @@ int read_stream_map(StreamMap* map, Bytes bytes) {
     if (bytes.size() < fixed_size || (bytes[6] & 0x80) == 0) { // current_next_indicator
         return 1;
     }
+    const bool single_extension = (bytes[6] & 0x40) != 0; // single_extension_stream_flag
     size_t at = fixed_size + ReadBE16(&bytes[8]);
     if (bytes.size() < at + 2) {
         return 1;
@@ -94,7 +90,12 @@ int read_stream_map(StreamMap* map, Bytes bytes) {
         entry->stream_id = bytes[at + 1];
         const size_t length = ReadBE16(&bytes[at + 2]); // elementary_stream_info_length
         at += entry_size;
-        read_language(bytes.subspan(at, std::min(length, bytes.size() - at)), entry);
+        Bytes descriptors = bytes.subspan(at, std::min(length, bytes.size() - at));
+        if (entry->stream_id == id_extended && !single_extension && descriptors.size() >= 3) {
+            entry->extension_id = descriptors[2] & 0x7F; // behind a tag and a length of its own
+            descriptors = descriptors.subspan(3);
+        }
+        read_descriptors(descriptors, entry);
         at = std::min(at + length, bytes.size());
     }
     return 0;

@@ -27,7 +27,9 @@ int read_pack_header(PackHeader* pack, Bytes bytes);
 struct MapEntry {
     uint8_t stream_type = 0;
     uint8_t stream_id = 0;
-    char language[4] = {}; // of an ISO_639_language_descriptor
+    uint8_t extension_id = 0; // elementary_stream_id_extension of stream FD, 0 when not told
+    uint32_t flags = 0;       // ZatStreamFlag
+    char language[32] = {};   // of ISO_639_language_descriptors
 };
 
 constexpr size_t map_entry_limit = 64;

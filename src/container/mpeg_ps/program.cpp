@@ -79,7 +79,8 @@ void take_head_packet(Program* program, const Unit& unit) {
     payload.end = std::min(payload.end, program->source.size);
     ++stream->packets;
     stream->timed_packets += stream->times.count < FrameTimes::most ? 1 : 0;
-    stream->bytes += static_cast<uint64_t>(std::max<int64_t>(payload.end - payload.start, 0));
+    const int64_t start = payload.start + (payload.kind == Kind::lpcm ? lpcm_header_size : 0);
+    stream->bytes += static_cast<uint64_t>(std::max<int64_t>(payload.end - start, 0));
     if (unit.packet.pts != no_clock) {
         add_stamp(&stream->head, unit.packet.pts);
         if (stream->kind == Kind::video && stream->head.doubtful == no_clock) {

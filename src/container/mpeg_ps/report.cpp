@@ -43,6 +43,27 @@ PlayTime play_time(const Program& program) {
     return time.seconds > 0 ? time : program.told;
 }
 
+// Where the streams begin, behind the first one of those that play.
+void set_starts(Program* program) {
+    int64_t first = no_clock;
+    const auto start_of = [](const Stream& stream) {
+        return (stream.head.anchor + stream.head.lowest + clock_modulus) % clock_modulus;
+    };
+    for (size_t i = 0; i < program->table.count; ++i) {
+        const Stream& stream = program->table.streams[i];
+        if (is_shown(stream) && has_stamps(stream.head) &&
+            (first == no_clock || clock_distance(first, start_of(stream)) < 0)) {
+            first = start_of(stream);
+        }
+    }
+    for (size_t i = 0; i < program->table.count; ++i) {
+        Stream* stream = &program->table.streams[i];
+        if (first != no_clock && has_stamps(stream->head)) {
+            stream->facts.start = clock_seconds(clock_distance(first, start_of(*stream)));
+        }
+    }
+}
+
 // Bit rates by the payload that was seen.
 void set_rate(const Program& program, double seconds, Stream* stream) {
     ZatStream* facts = &stream->facts;
@@ -183,6 +204,9 @@ void write_program(Program* program, const Output& out, const char* format) {
                                                : stamped_seconds(*stream);
         set_rate(
             *program, stream->facts.duration > 0 ? stream->facts.duration : time.seconds, stream);
+    }
+    if (!time.joined) {
+        set_starts(program);
     }
     add_kind(program, out, true);
     add_kind(program, out, false);

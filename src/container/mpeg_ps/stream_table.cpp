@@ -85,6 +85,14 @@ Kind kind_of_type(uint8_t stream_type, uint8_t id) {
         return Kind::aac;
     case 0x81:
         return Kind::ac3;
+    case 0x84:
+    case 0x87:
+        return Kind::eac3;
+    case 0x82:
+    case 0x85:
+    case 0x88:
+    case 0x8A:
+        return Kind::dts;
     case 0x01:
     case 0x02:
     case 0x10:
@@ -170,8 +178,9 @@ void declare_streams(StreamTable* table, const StreamMap& map) {
     for (size_t i = 0; i < map.count; ++i) {
         const MapEntry& entry = map.entries[i];
         const Kind kind = kind_of_type(entry.stream_type, entry.stream_id);
-        const auto key = static_cast<uint16_t>(entry.stream_id << 8);
-        if (kind == Kind::other || entry.stream_id == id_private_1) {
+        const auto key = static_cast<uint16_t>(entry.stream_id << 8 | entry.extension_id);
+        if (kind == Kind::other || entry.stream_id == id_private_1 ||
+            (entry.stream_id == id_extended && entry.extension_id == 0)) {
             continue; // its substreams tell their kinds themselves
         }
         Stream* stream = find(table, key);
@@ -184,6 +193,7 @@ void declare_streams(StreamTable* table, const StreamMap& map) {
         stream->facts.kind =
             details_kind(kind); // packets before the map may have looked like another
         stream->stream_type = entry.stream_type;
+        stream->facts.flags |= entry.flags;
         copy_utf8(stream->facts.language, bounded_text(entry.language));
         format_text(
             stream->facts.codec_id, sizeof stream->facts.codec_id, "0x%02X", entry.stream_type);

@@ -24,6 +24,7 @@ enum class Kind : uint8_t {
     mpeg_audio,
     aac,
     ac3,
+    eac3,
     dts,
     lpcm,
     mlp,
@@ -94,6 +95,9 @@ constexpr bool is_audio(const Stream& stream) {
 constexpr bool is_shown(const Stream& stream) {
     return stream.kind == Kind::video || is_audio(stream);
 }
+
+// Of a DVD's LPCM: quantisation, rate and channels stand at the front of each packet's payload.
+constexpr int64_t lpcm_header_size = 3;
 
 // Where the elementary stream's bytes stand in a packet, and which stream that is.
 struct Payload {

@@ -59,6 +59,7 @@ struct Unit {
     bool capture_closed = false; // what is captured is all there will be
     bool described = false;      // it tells what the stream is
     bool stamps_jump = false;    // by more than a minute
+    bool stamps_return = false;  // farther than frames are reordered
     bool has_stamps = false;
     uint8_t stream_id = 0;
     uint8_t false_headers = 0; // of video, that were looked at in vain

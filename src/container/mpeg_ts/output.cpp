@@ -41,11 +41,15 @@ bool has_hidden_stream(const Analysis* analysis) {
 } // namespace
 
 uint32_t order_programs(const Analysis* analysis, uint16_t (&order)[program_slots]) {
+    constexpr uint32_t stream_weight =
+        stream_slots + 1; // of equals the one with more to play is first
     uint32_t described[program_slots] = {};
     for (uint32_t i = 0; i < analysis->stream_count; ++i) {
         const Stream& stream = analysis->streams[i];
         if (stream.program < program_slots && analysis->units[i].described) {
-            ++described[stream.program];
+            const ZatStreamKind kind = text_of(stream.codec).kind;
+            const bool played = kind == ZAT_STREAM_VIDEO || kind == ZAT_STREAM_AUDIO;
+            described[stream.program] += stream_weight + (played ? 1U : 0U);
         }
     }
     uint32_t count = 0;

@@ -144,16 +144,6 @@ void feed_sections(
     begin_sections(buffer, part_of(behind, pointer), handler, context);
 }
 
-bool next_descriptor(Bytes* rest, Descriptor* descriptor) {
-    if (rest->size() < 2 || (*rest)[1] > rest->size() - 2) {
-        return false;
-    }
-    descriptor->tag = (*rest)[0];
-    descriptor->data = rest->subspan(2, (*rest)[1]);
-    *rest = rest->subspan(2 + descriptor->data.size());
-    return true;
-}
-
 size_t length12(Bytes bytes, size_t offset) {
     return static_cast<size_t>(byte_at(bytes, offset) & 0x0F) << 8 | byte_at(bytes, offset + 1);
 }

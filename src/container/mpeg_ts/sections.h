@@ -63,14 +63,6 @@ inline void drop_section(SectionBuffer* buffer) {
     }
 }
 
-// Steps over descriptors (2.6): takes the first one off `rest`. False when none is left or it does
-// not fit.
-struct Descriptor {
-    uint8_t tag = 0;
-    Bytes data;
-};
-bool next_descriptor(Bytes* rest, Descriptor* descriptor);
-
 // The loop of descriptors behind a 12-bit length at `offset`, cut to the bytes that are there.
 Bytes descriptor_loop(Bytes bytes, size_t offset);
 

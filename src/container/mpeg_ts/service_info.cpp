@@ -1,5 +1,6 @@
 #include "container/mpeg_ts/service_info.h"
 
+#include "container/mpeg_descriptors.h"
 #include "text/dvb_text.h"
 
 #include <algorithm>

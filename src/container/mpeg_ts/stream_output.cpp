@@ -4,6 +4,7 @@
 #include "common/numbers.h"
 #include "common/record_lines.h"
 #include "common/stream_lines.h"
+#include "container/mpeg_descriptors.h"
 #include "container/mpeg_ts/describe.h"
 
 #include <algorithm>
@@ -102,7 +103,7 @@ void set_common_facts(const StreamOutput& output, uint32_t index, ZatStream* fac
     }
     if (analysis->whole_file) {
         facts->bytes = unit.payload;
-        if (unit.has_stamps && !unit.stamps_jump) {
+        if (unit.has_stamps && !output.time->joined && !unit.stamps_jump) {
             facts->duration = clock_seconds(unit.highest - unit.lowest) + unit.frame_seconds;
         }
         if (!was_seen(analysis, stream.pid)) {
@@ -239,7 +240,6 @@ void add_other_stream(
     const Stream& stream = output.analysis->streams[index];
     ZatStream facts = new_stream(text_of(stream.codec).kind);
     set_common_facts(output, index, &facts);
-    facts.flags &= ~uint32_t{ZAT_FLAG_NO_DATA};
     char pids[line_size];
     format_pids(output.analysis, index, pids);
     if (pids[0] != '\0') {

@@ -2,7 +2,7 @@
 
 #include "common/fourcc.h"
 #include "common/text.h"
-#include "container/mpeg_ts/sections.h"
+#include "container/mpeg_descriptors.h"
 
 #include <iterator>
 
@@ -229,26 +229,6 @@ void set_private(Stream* stream, Codec codec) {
     }
 }
 
-// ISO_639_language_descriptor (2.6.18).
-void read_language(Stream* stream, Bytes data) {
-    if (stream->language[0] != '\0') {
-        return;
-    }
-    for (; data.size() >= 4; data = data.subspan(4)) {
-        add_language(stream->language, data.first(3));
-        switch (data[3]) { // audio_type
-        case 2:
-            stream->flags |= ZAT_FLAG_HEARING_IMPAIRED;
-            break;
-        case 3:
-            stream->flags |= ZAT_FLAG_VISUAL_IMPAIRED;
-            break;
-        default:
-            break;
-        }
-    }
-}
-
 void add_teletext_page(Stream* stream, Bytes entry) {
     const uint32_t magazine = (entry[3] & 7) != 0 ? entry[3] & 7U : 8U;
     char language[32] = "";
@@ -371,8 +351,8 @@ constexpr DescriptorRow codec_descriptors[] = {
 void read_descriptor(Stream* stream, const Descriptor& descriptor) {
     const Bytes data = descriptor.data;
     switch (descriptor.tag) {
-    case 0x0A:
-        read_language(stream, data);
+    case tag_language:
+        read_languages(data, stream->language, &stream->flags);
         return;
     case 0x26:
         read_metadata(stream, data);
@@ -435,10 +415,6 @@ void read_data_component(Stream* stream) {
     }
 }
 
-bool is_letter(uint8_t byte) {
-    return (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z');
-}
-
 } // namespace
 
 const CodecText& text_of(Codec codec) {
@@ -474,22 +450,6 @@ void describe_stream_type(Stream* stream, Bytes descriptors, uint32_t program_re
         find_registration(stream->registration, &stream->codec);
     }
     read_data_component(stream);
-}
-
-void add_language(char (&languages)[32], Bytes code) {
-    if (code.size() < 3 || !is_letter(code[0]) || !is_letter(code[1]) || !is_letter(code[2])) {
-        return;
-    }
-    char text[4] = {};
-    for (size_t i = 0; i < 3; ++i) {
-        text[i] = static_cast<char>(code[i]);
-    }
-    const std::string_view known = bounded_text(languages);
-    if (known.find(text) != std::string_view::npos || known.size() + 4 >= sizeof languages) {
-        return;
-    }
-    append_text(languages, known.empty() ? "" : "/");
-    append_text(languages, text);
 }
 
 } // namespace zat::ts

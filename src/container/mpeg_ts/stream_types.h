@@ -106,7 +106,4 @@ uint32_t registration_of(Bytes descriptors);
 // program.
 void describe_stream_type(Stream* stream, Bytes descriptors, uint32_t program_registration);
 
-// Appends a language of three letters behind "/", unless it stands there already.
-void add_language(char (&languages)[32], Bytes code);
-
 } // namespace zat::ts

@@ -319,6 +319,21 @@ double clock_time(const Timeline* line, const Sum& sum) {
     return sum.ticks / static_cast<double>(pcr_rate) * std::max(size / covered, 1.0);
 }
 
+// Whether the clock and time stamps went back, as they do where a recording ends and one that began
+// earlier or at the same time is joined. A clock that jumps alone is damage.
+bool goes_back(const Timeline* line) {
+    const Clock* clock = head_clock(line);
+    if (clock == nullptr || !clock->jumps) {
+        return false;
+    }
+    for (uint32_t i = 0; i < line->analysis->stream_count; ++i) {
+        if (counts(line, i) && line->analysis->units[i].stamps_return) {
+            return true;
+        }
+    }
+    return false;
+}
+
 // A file that was read whole shows its joints itself.
 PlayTime whole_file_time(const Timeline* line) {
     const Analysis* analysis = line->analysis;
@@ -335,7 +350,7 @@ PlayTime whole_file_time(const Timeline* line) {
     if (time.joined) {
         return time;
     }
-    if (line->has_stamps) {
+    if (line->has_stamps && !goes_back(line)) {
         time.seconds =
             (line->end - static_cast<double>(line->start)) / static_cast<double>(clock_rate);
         return time;

@@ -14,6 +14,7 @@ namespace {
 
 constexpr uint8_t most_false_headers = 16; // then the stream is given up
 constexpr int64_t joint = 60 * clock_rate; // time stamps of one recording lie closer
+constexpr int64_t reordering = clock_rate; // frames stand this far behind their order at most
 
 void keep_stamp(Analysis* analysis, Unit* unit, int64_t ticks) {
     if (unit->stamps == 0 && analysis->stamped_count < stamped_units) {
@@ -36,6 +37,7 @@ void take_stamp(Analysis* analysis, const Stream& stream, Unit* unit, int64_t pt
     // Counted from the one before, so that a wrap of the clock is none.
     const int64_t step = clock_distance(unit->first_stamp + unit->latest, pts);
     unit->latest += step;
+    unit->stamps_return = unit->stamps_return || step < -reordering;
     if (step > joint || step < -joint) {
         unit->stamps_jump = true;
         unit->earlier += unit->highest - unit->lowest + unit->step;
