@@ -1,5 +1,6 @@
 #include "audio/frame_count.h"
 
+#include "common/numbers.h"
 #include "common/tag_sizes.h"
 
 #include <algorithm>
@@ -128,6 +129,23 @@ FrameCount count_frames(Reader* reader, Span stream, const FrameFormat& format, 
         sample(reader, stream, &counter);
     }
     return counter.count;
+}
+
+void set_counted(const FrameCount& count, int64_t size, uint32_t unit, ZatStream* facts) {
+    facts->bytes = count.bytes;
+    double samples = static_cast<double>(count.samples) * unit;
+    if (count.sampled) {
+        facts->bytes = static_cast<uint64_t>(size);
+        samples *= static_cast<double>(facts->bytes) / static_cast<double>(count.bytes);
+        facts->estimated |= count.varies ? uint32_t{ZAT_ESTIMATED_DURATION} |
+                                               uint32_t{ZAT_ESTIMATED_BIT_RATE} |
+                                               uint32_t{ZAT_ESTIMATED_SAMPLES}
+                                         : 0;
+    }
+    facts->samples = clamp_to_integer<uint64_t>(samples + 0.5);
+    facts->duration = samples / facts->sample_rate;
+    facts->bit_rate =
+        clamp_to_integer<uint64_t>(static_cast<double>(facts->bytes) * 8 / facts->duration + 0.5);
 }
 
 } // namespace zat

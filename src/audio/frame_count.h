@@ -3,6 +3,7 @@
 #pragma once
 
 #include "common/reader.h"
+#include "zat/details.h"
 
 #include <cstdint>
 
@@ -35,5 +36,9 @@ struct FrameCount {
 // Counts the frames of a stream that begins with one. Those of a large stream are sampled unless
 // the count is to be `exact`. What is no frame is passed over.
 FrameCount count_frames(Reader* reader, Span stream, const FrameFormat& format, bool exact);
+
+// Sets bytes, samples, duration and rate of a stream of `size` bytes, whose sample rate is known.
+// At least one sample was counted; each stands for `unit` of them.
+void set_counted(const FrameCount& count, int64_t size, uint32_t unit, ZatStream* facts);
 
 } // namespace zat

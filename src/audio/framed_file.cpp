@@ -2,7 +2,6 @@
 
 #include "common/details.h"
 #include "common/extra_lines.h"
-#include "common/numbers.h"
 #include "common/record_lines.h"
 #include "common/stream_lines.h"
 #include "common/tag_lines.h"
@@ -55,25 +54,10 @@ bool count_framed_file(
     }
     framed->count = count_frames(
         &framed->reader, framed->stream, format, (out.record->options & option_thorough) != 0);
-    const FrameCount& count = framed->count;
-    if (count.samples == 0 || framed->facts.sample_rate == 0) {
+    if (framed->count.samples == 0 || framed->facts.sample_rate == 0) {
         return false;
     }
-    ZatStream* facts = &framed->facts;
-    facts->bytes = count.bytes;
-    double samples = static_cast<double>(count.samples) * unit;
-    if (count.sampled) {
-        facts->bytes = static_cast<uint64_t>(size_of(framed->stream));
-        samples *= static_cast<double>(facts->bytes) / static_cast<double>(count.bytes);
-        facts->estimated |= count.varies ? uint32_t{ZAT_ESTIMATED_DURATION} |
-                                               uint32_t{ZAT_ESTIMATED_BIT_RATE} |
-                                               uint32_t{ZAT_ESTIMATED_SAMPLES}
-                                         : 0;
-    }
-    facts->samples = clamp_to_integer<uint64_t>(samples + 0.5);
-    facts->duration = samples / facts->sample_rate;
-    facts->bit_rate =
-        clamp_to_integer<uint64_t>(static_cast<double>(facts->bytes) * 8 / facts->duration + 0.5);
+    set_counted(framed->count, size_of(framed->stream), unit, &framed->facts);
     return true;
 }
 

@@ -1,5 +1,6 @@
 #include "audio/mp3_details.h"
 
+#include "audio/frame_count.h"
 #include "audio/stream_facts.h"
 #include "common/tag_lines.h"
 
@@ -21,6 +22,58 @@ bool read_frame(Reader* reader, int64_t position, MpegAudioInfo* info) {
     return true;
 }
 
+bool read_counted_frame(Bytes bytes, AudioFrame* frame) {
+    MpegAudioInfo info{};
+    if (bytes.size() < mpeg_audio_header_size || !IsMpegAudioSync(bytes.data()) ||
+        read_mpeg_audio_header(bytes, &info) != 0 || info.frame_size == 0) {
+        return false;
+    }
+    *frame = {info.frame_size, mpeg_audio_frame_samples(&info)};
+    return true;
+}
+
+int64_t find_counted_frames(Bytes bytes) {
+    AudioFrame frame;
+    AudioFrame next;
+    for (size_t at = 0; at < bytes.size(); ++at) {
+        if (bytes[at] == 0xFF && read_counted_frame(bytes.subspan(at), &frame) &&
+            read_counted_frame(bytes.subspan(std::min(at + frame.size, bytes.size())), &next)) {
+            return static_cast<int64_t>(at);
+        }
+    }
+    return -1;
+}
+
+constexpr FrameFormat counted_frames = {
+    mpeg_audio_header_size, read_counted_frame, find_counted_frames};
+
+// Whether frames at the stream's start have other rates than the first.
+bool rate_varies(Reader* reader, Span stream, int16_t bitrate) {
+    constexpr uint32_t reach = 4096; // bytes that are at hand
+    Bytes rest = read_view(reader, stream, 0, reach);
+    MpegAudioInfo info{};
+    while (rest.size() >= mpeg_audio_header_size && IsMpegAudioSync(rest.data()) &&
+           read_mpeg_audio_header(rest, &info) == 0 && info.frame_size != 0) {
+        if (info.bitrate != bitrate) {
+            return true;
+        }
+        rest = rest.subspan(std::min<size_t>(info.frame_size, rest.size()));
+    }
+    return false;
+}
+
+// Of a variable rate that no header tells, the frames tell time and mean rate.
+void count_variable_frames(Reader* reader, Span stream, int16_t bitrate, ZatStream* facts) {
+    if (facts->sample_rate == 0 || !rate_varies(reader, stream, bitrate)) {
+        return;
+    }
+    const FrameCount count = count_frames(reader, stream, counted_frames, false);
+    if (count.samples != 0) {
+        facts->bit_rate_mode = ZAT_BIT_RATE_VARIABLE;
+        set_counted(count, size_of(stream), 1, facts);
+    }
+}
+
 } // namespace
 
 void read_tag_details(Reader* reader, const OuterTags& tags, ZatDetails* details) {
@@ -40,6 +93,10 @@ void read_mp3_facts(
     }
     mpeg_audio_facts(info, stream);
     const int64_t present = tags.stream.end - start;
+    if (info.frame_count == 0) {
+        const Span frames = sub_span(whole_file(reader), start, present);
+        count_variable_frames(reader, frames, info.bitrate, stream);
+    }
     complete_by_bytes(present, stream);
     // The duration is that of the frames that the header counts, so it tells of its bytes too.
     if (info.frame_count != 0 && int64_t{info.byte_count} > present) {

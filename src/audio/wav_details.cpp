@@ -2,6 +2,7 @@
 
 #include "audio/stream_facts.h"
 #include "common/info_list.h"
+#include "common/stream_lines.h"
 #include "common/text.h"
 
 #include <algorithm>
@@ -106,6 +107,7 @@ void write_wav_details(
         details->missing_bytes = static_cast<uint64_t>(announced - available);
         note_details(details, "truncated");
     }
+    drop_nonsense(stream);
 }
 
 } // namespace zat

@@ -16,6 +16,16 @@ constexpr bool continues_character(char c) {
     return (static_cast<unsigned char>(c) & 0xC0) == 0x80;
 }
 
+// Bits of what the stream tells: the rest cannot be estimated.
+uint32_t estimable(const ZatStream& stream) {
+    return (stream.duration != 0 ? uint32_t{ZAT_ESTIMATED_DURATION} : 0) |
+           (stream.bit_rate != 0 ? uint32_t{ZAT_ESTIMATED_BIT_RATE} : 0) |
+           (stream.frame_rate != 0 ? uint32_t{ZAT_ESTIMATED_FRAME_RATE} : 0) |
+           (stream.frames != 0 ? uint32_t{ZAT_ESTIMATED_FRAMES} : 0) |
+           (stream.samples != 0 ? uint32_t{ZAT_ESTIMATED_SAMPLES} : 0) |
+           (stream.bytes != 0 ? uint32_t{ZAT_ESTIMATED_BYTES} : 0);
+}
+
 } // namespace
 
 ZatStream new_stream(ZatStreamKind kind) {
@@ -37,7 +47,10 @@ void add_stream(ZatDetails* details, const ZatStream& stream) {
         ZatStream* kept = &details->streams[details->stream_count];
         *kept = stream;
         kept->bit_rate = stream.bit_rate < bit_rate_limit ? stream.bit_rate : 0;
+        kept->nominal_bit_rate =
+            stream.nominal_bit_rate < bit_rate_limit ? stream.nominal_bit_rate : 0;
         kept->duration = known_duration(stream.duration);
+        kept->estimated &= estimable(*kept);
     }
     ++details->stream_count;
 }
@@ -148,6 +161,8 @@ void finish_details(const InfoRecord& record, ZatDetails* details) {
                                   ? uint32_t{ZAT_ESTIMATED_BIT_RATE}
                                   : 0;
     }
+    details->estimated &= (details->duration != 0 ? uint32_t{ZAT_ESTIMATED_DURATION} : 0) |
+                          (details->bit_rate != 0 ? uint32_t{ZAT_ESTIMATED_BIT_RATE} : 0);
 }
 
 } // namespace zat

@@ -195,6 +195,9 @@ void drop_nonsense(ZatStream* stream, double highest_frame_rate) {
         stream->frame_rate_numerator = 0;
         stream->frame_rate_denominator = 0;
     }
+    if (!is_frame_rate(stream->nominal_frame_rate, highest_frame_rate)) {
+        stream->nominal_frame_rate = 0;
+    }
     if (stream->bit_rate >= bit_rate_limit) {
         stream->bit_rate = 0;
     }
@@ -203,6 +206,9 @@ void drop_nonsense(ZatStream* stream, double highest_frame_rate) {
     }
     if (stream->channels >= channel_limit) {
         stream->channels = 0;
+    }
+    if (stream->bit_depth > bits_limit) { // doubles have 64
+        stream->bit_depth = 0;
     }
     stream->duration = known_duration(stream->duration);
 }

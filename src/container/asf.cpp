@@ -63,8 +63,10 @@ void write_texts(const Header& header, const Output& out) {
     write_artist_and_title(header.texts, out);
     char writer[2 * tag_text_size + 16] = {};
     if (header.tool_name[0] != '\0') {
-        AppendWithSeparator(writer, bounded_text(header.tool_name), separator_space);
-        AppendWithSeparator(writer, bounded_text(header.tool_version), separator_space);
+        copy_text(writer, bounded_text(header.tool_name));
+        if (header.tool_version[0] != '\0') {
+            AppendWithSeparator(writer, bounded_text(header.tool_version), separator_space);
+        }
     } else if (header.settings[0] != '\0') {
         copy_text(writer, bounded_text(header.settings));
     } else if (header.sdk_version[0] != '\0') {

@@ -37,8 +37,9 @@ void set_figures(const RealAudioHeader& header, int64_t available, ZatStream* st
     realaudio_facts(header, stream);
     stream->bit_rate = uint64_t{header.bytes_per_minute} * 8 / seconds_per_minute;
     drop_nonsense(stream);
-    stream->bytes = static_cast<uint64_t>(std::max<int64_t>(available, 0));
-    const uint64_t data = header.data_size != 0 ? header.data_size : stream->bytes;
+    const uint64_t present = static_cast<uint64_t>(std::max<int64_t>(available, 0));
+    const uint64_t data = header.data_size != 0 ? header.data_size : present;
+    stream->bytes = std::min(data, present);
     if (header.bytes_per_minute != 0) {
         stream->duration = static_cast<double>(data) * seconds_per_minute / header.bytes_per_minute;
     }
@@ -73,7 +74,7 @@ int AnalyzeRealAudioFile(FileRecord* file, const Output& out) {
     if (!read_realaudio_header(start, &header)) {
         return 1;
     }
-    const int64_t available = size_of(whole) - header.header_size;
+    const int64_t available = size_of(whole) - int64_t{header.header_size};
     ZatStream stream = new_stream(ZAT_STREAM_AUDIO);
     set_figures(header, available, &stream);
     TagTexts texts;
@@ -87,8 +88,7 @@ int AnalyzeRealAudioFile(FileRecord* file, const Output& out) {
     out.record->play_time = stream.duration;
     if (header.data_size > available) {
         ExtraLines extra;
-        add_truncated_note(
-            out, &extra, header.data_size - static_cast<uint64_t>(std::max<int64_t>(available, 0)));
+        add_truncated_note(out, &extra, static_cast<uint64_t>(header.data_size - available));
         write_extra_lines(extra, out.record);
     }
     write_artist_and_title(texts, out);

@@ -86,6 +86,11 @@ TEST(Mp3File, tells_typed_details_by_counts_and_tags) {
             "MPEG audio title=Other notes=truncated duration=2.612 bit_rate=129682 missing=41383\n"
             "audio mode=1 duration=2.612 bit_rate=128000 bytes=834 samples=115200 sample_rate=44100 channels=2 codec=MP3 "
             "encoder=LAME3.99r layout=L R"},
+        // Two frames of 128 kbit/s and two of 64, which no header counts.
+        {frames(2).be32(0xFFFB5000).fill(204).be32(0xFFFB5000).fill(204),
+            "MPEG audio duration=0.104 bit_rate=95703\n"
+            "audio mode=2 duration=0.104 bit_rate=95703 bytes=1250 samples=4608 sample_rate=44100 channels=2 codec=MP3 layout=L "
+            "R"},
         {frames(4).text("APETAGEX").le32(2000).le32(32 + 16).le32(1).le32(0).fill(8), // an APE tag of 48 bytes
             "MPEG audio duration=0.103 bit_rate=131719 estimated=3\n"
             "audio estimated=1 duration=0.103 bit_rate=128000 bytes=1652 sample_rate=44100 channels=2 codec=MP3 layout=L R"},

@@ -198,6 +198,9 @@ TEST(WavFile, TellsTypedDetails) {
             "WAV\n"
             "audio mode=1 bit_rate=64000 sample_rate=8000 channels=1 bit_depth=8 codec=PCM codec_id=0x0001 profile=unsigned 8 "
             "layout=C"},
+        {"figures that nothing has", wave({fmt({0x50, 255, 10000000, 1000, 1, 0}), chunk("data", Data(100))}),
+            "WAV duration=0.100 bit_rate=11520 estimated=3\n"
+            "audio estimated=1 duration=0.100 bit_rate=8000 bytes=100 codec=MP2 codec_id=0x0050"},
         {"samples by the fact chunk",
             wave({fmt({0x11, 2, 8000, 8110, 256, 4}), chunk("fact", Data{0x40, 0x1F, 0, 0}), data(8192)}),
             "WAV duration=1.000 bit_rate=65984\n"

@@ -249,6 +249,16 @@ TEST(Asf, describes_streams) {
             "0.000",
             "ASF created=2016-02-15T08:53:20Z notes=no data\n"
             "audio id=1 bit_rate=128000 sample_rate=44100 channels=2 codec=WMA2 codec_id=0x0161"},
+        {"neither a rate nor the tool's version",
+            header({file_properties(second, 0), video(1, "MP43"),
+                object(guid(0xD2D0A440, 0xE307), ByteBuilder().le16(1).append(attribute("WM/ToolName", 0, wide("Tool"))).bytes)}),
+            "[ASF]\n"
+            "V 320x240 [C\x96\xB3MP43]\n"
+            "X no data\n"
+            "I Tool\n"
+            "0.000",
+            "ASF writer=Tool created=2016-02-15T08:53:20Z notes=no data\n"
+            "video id=1 size=320:240 codec=MS-MPEG4 v3 codec_id=MP43"},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);

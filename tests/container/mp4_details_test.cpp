@@ -206,6 +206,20 @@ TEST(Mp4Details, TellsRolesAndInternationalTexts) {
             "\ntext flags=11 id=2 duration=2.000 bit_rate=200 bytes=50 codec=timed text codec_id=tx3g"}});
 }
 
+TEST(Mp4Details, TellsWhichTracksOfFragmentsHaveNoData) {
+    const Data announced =
+        file({track({.type = "text", .name = ""}), track({.id = 2, .type = "text", .name = ""}), atom("mvex", Data{})});
+    const Data run = atom("trun", ByteBuilder().be32(0x300).be32(1).be32(1000).be32(50).bytes);
+    const Data fragment = atom("moof", {atom("traf", {atom("tfhd", full().be32(2).bytes), run})});
+    const Data whole = join({announced, fragment});
+    const std::string second = "text flags=1 id=2 duration=2.000";
+    expect_rows({
+        {"an initialisation segment", announced, head(announced) + "\ntext flags=1 id=1 duration=2.000\n" + second},
+        {"a fragment of the second track", whole,
+            head(whole) + "\ntext flags=65 id=1 duration=2.000\n" + second + " bit_rate=400 bytes=50"},
+    });
+}
+
 TEST(Mp4Details, ReadsHeadersOfVersion1) {
     const Data movie = atom("mvhd", ByteBuilder().be32(1 << 24).be64(3786825600).be64(0).be32(1000).be64(2000).bytes);
     const Data media = atom("mdhd", ByteBuilder().be32(1 << 24).be64(0).be64(0).be32(1000).be64(2000).be16(0).be16(0).bytes);

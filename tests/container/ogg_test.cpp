@@ -151,6 +151,12 @@ TEST(Ogg, describes_each_stream_with_what_its_pages_tell) {
             "0055] 44100Hz 2ch 16.036kbps\nX [text]\n2.000"},
         {"unknown stream", OggBuilder().page(2, 0, {Data(40, 7)}).page(0, 5, {Data(5)}).bytes,
             "[Ogg]\nX [unknown stream]\n0.000"},
+        {"unknown stream in front of another",
+            OggBuilder().page(2, 0, {Data(40, 7)}).stream(2).page(2, 0, {opus_head()}).page(0, 960, {opus_packet(99)}).bytes,
+            "[Ogg]\nA [Opus] 48000Hz 2ch 58.667kbps\nX [unknown stream]\n0.013"},
+        {"positions that count no frames",
+            OggBuilder().page(2, 0, {ByteBuilder().text("BBCD").fill(14).bytes}).page(0, 1 << 22, {Data(5)}).bytes,
+            "[Ogg]\nV [Dirac]\n0.000"},
         {"same serial over and over",
             OggBuilder()
                 .page(2, 0, {opus_head()})
@@ -200,8 +206,32 @@ TEST(Ogg, fills_the_details) {
         "Ogg title=A film writer=v duration=2.000 bit_rate=6192\n"
         "video id=1 duration=2.000 bit_rate=4000 bytes=1000 frame_rate=25.000 frames=50 size=320:240 pixel=4:3 display=16:9 "
         "fps_ratio=25:1 bit_depth=8 codec=Theora codec_id=theora profile=3.2.1 chroma=4:2:0\n"
-        "audio id=2 duration=0.100 bit_rate=8000 nominal_bit_rate=96000 bytes=100 samples=4410 sample_rate=44100 channels=2 "
+        "audio mode=2 id=2 duration=0.100 bit_rate=8000 nominal_bit_rate=96000 bytes=100 samples=4410 sample_rate=44100 "
+        "channels=2 "
         "codec=Vorbis codec_id=vorbis language=jpn layout=L R");
+    // Two units a second, from 3 on for 1; a stream without data, of a rate and channels that none has.
+    const Data kate_head = ByteBuilder()
+                               .u8(0x80)
+                               .text("kate")
+                               .fill(4)
+                               .raw({0, 7, 2, 0, 0, 0, 32})
+                               .fill(8)
+                               .le32(2)
+                               .le32(1)
+                               .text("ja")
+                               .pad_to(64)
+                               .bytes;
+    const Data kate_comments = ByteBuilder().u8(0x81).text("kate").fill(4).append(comment_block("v", {"LANGUAGE=jpn"})).bytes;
+    Data nonsense = vorbis_head(0, 96000, 0);
+    nonsense[11] = 255;
+    nonsense[15] = 255;
+    OggBuilder file;
+    file.page(2, 0, {kate_head}).stream(2).page(2, 0, {nonsense}).page(0, 0, {Data(9), Data(9)});
+    file.stream(1).page(0, 0, {kate_comments}).page(0, (int64_t{3} << 32) + 1, {Data(10)});
+    EXPECT_EQ(details_text(*details_of(file.bytes)),
+        "Ogg writer=v\n"
+        "text id=1 duration=2.000 bit_rate=40 bytes=10 codec=Kate codec_id=Kate language=jpn\n"
+        "audio flags=64 mode=2 id=2 nominal_bit_rate=96000 codec=Vorbis codec_id=vorbis");
 }
 
 TEST(Ogg, survives_every_cut_and_lies) {

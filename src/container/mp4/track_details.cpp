@@ -357,7 +357,9 @@ void describe_track(Reader* reader, const Movie& movie, Track* track, ZatDetails
         describe_other_track(&facts, &stream);
     }
     count_bytes(&facts, &stream);
-    if (totals.samples == 0 && !movie.fragments_announced) {
+    // An initialisation segment stands alone: its samples are elsewhere.
+    const bool is_whole = !movie.fragments_announced || movie.fragments != 0;
+    if (totals.samples == 0 && is_whole && !reader->limited) {
         stream.flags |= ZAT_FLAG_NO_DATA;
     }
     drop_nonsense(&stream, highest_frame_rate);

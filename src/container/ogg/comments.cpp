@@ -32,7 +32,7 @@ constexpr CommentRow rows[] = {
     {Coding::vp8, 1, "OVP80\2 "sv},
     {Coding::flac, 1, "\4***"sv},     // a metadata block's header
     {Coding::old_flac, 2, "\4***"sv}, // '*' stands for any byte
-    {Coding::kate, 1, "\x81kate\0\0\0"sv},
+    {Coding::kate, 1, "\x81kate\0\0\0\0"sv},
     {Coding::ogm_video, 1, "\3vorbis"sv},
     {Coding::ogm_audio, 1, "\3vorbis"sv},
     {Coding::ogm_text, 1, "\3vorbis"sv},

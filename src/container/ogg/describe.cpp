@@ -1,5 +1,6 @@
 #include "container/ogg/describe.h"
 
+#include "audio/stream_facts.h"
 #include "audio/vorbis.h"
 #include "common/channel_layout.h"
 #include "common/codec_catalogue.h"
@@ -73,13 +74,17 @@ void set_figures(const Walk& walk, const LogicalStream& stream, ZatStream* facts
         facts->bit_rate = remaining_bit_rate(walk, stream);
         facts->estimated |= facts->bit_rate != 0 ? uint32_t{ZAT_ESTIMATED_BIT_RATE} : 0;
     }
+    drop_nonsense(facts);
     if (facts->nominal_bit_rate == facts->bit_rate) {
         facts->nominal_bit_rate = 0;
     }
     if (facts->kind == ZAT_STREAM_VIDEO) {
         facts->frames = units_played(stream);
-    } else {
+    } else if (facts->kind == ZAT_STREAM_AUDIO) {
         facts->samples = units_played(stream);
+    }
+    if (walk.counted && stream.packets <= stream.header_packets && stream.bytes == 0) {
+        facts->flags |= ZAT_FLAG_NO_DATA;
     }
 }
 
@@ -89,11 +94,11 @@ void set_codec_text(ZatStream* facts, const char* codec, const char* codec_id) {
 }
 
 void add_vorbis(const LogicalStream& stream, const Output& out, ZatStream* facts) {
-    set_codec_text(facts, "Vorbis", "vorbis");
-    facts->channels = stream.vorbis.channels;
-    facts->sample_rate = stream.vorbis.sample_rate;
-    // The order of up to eight channels is fixed (Vorbis I, 4.3.9).
-    details_layout(default_channel_mask(facts->channels), facts->channels, facts->layout);
+    const uint64_t measured = facts->bit_rate;
+    vorbis_facts(stream.vorbis, facts);
+    facts->bit_rate = measured;
+    copy_text(facts->codec_id, "vorbis");
+    drop_nonsense(facts);
     const uint64_t nominal = nominal_bit_rate(stream);
     const uint64_t rate = nominal != 0 ? nominal : facts->bit_rate;
     char line[line_size];
@@ -105,6 +110,7 @@ void add_vorbis(const LogicalStream& stream, const Output& out, ZatStream* facts
 void add_opus(const LogicalStream& stream, const Output& out, ZatStream* facts) {
     set_opus_facts(stream.opus.channels, stream.opus.mapping_family, facts);
     copy_text(facts->codec_id, "OpusHead");
+    drop_nonsense(facts);
     add_audio_stream(out, *facts, {.codec = "Opus"});
 }
 
@@ -113,6 +119,7 @@ void add_speex(const LogicalStream& stream, const Output& out, ZatStream* facts)
     const uint64_t counted = facts->bit_rate;
     set_speex_facts(stream.speex, facts);
     copy_text(facts->codec_id, "Speex");
+    drop_nonsense(facts);
     char codec[64];
     speex_codec_text(stream.speex, codec, sizeof codec);
     char line[line_size];
@@ -253,7 +260,6 @@ void describe_stream(Walk* walk, const LogicalStream& stream, const StreamCommen
         set_codec_text(&facts, "Dirac", "BBCD");
         return add_video(out, &facts, "Dirac");
     default:
-        facts.samples = 0;
         add_text_stream(out, extra, facts, "unknown stream");
     }
 }

@@ -44,6 +44,7 @@ constexpr size_t vorbis_head_size = 30;
 constexpr size_t flac_streaminfo_at = 17; // behind mapping, "fLaC" and a block header
 constexpr size_t vp8_head_size = 26;
 constexpr size_t ogm_head_size = 53;
+constexpr size_t kate_head_size = 64;
 
 // Seconds that no file of this size can hold: its granule positions are no positions.
 constexpr double longest_plausible = 360000;
@@ -129,6 +130,12 @@ void read_head(LogicalStream* stream) {
             stream->packet_units = 1;
         }
         break;
+    case Coding::kate:
+        if (head.size() >= kate_head_size) {
+            stream->header_packets = std::max<uint32_t>(head[11], 1);
+            stream->unit_rate = rate_of(ReadLE32(head.data() + 24), ReadLE32(head.data() + 28));
+        }
+        break;
     case Coding::celt:
         stream->unit_rate = head.size() >= 44 ? ReadLE32(head.data() + 36) : 0;
         break;
@@ -145,13 +152,26 @@ void read_head(LogicalStream* stream) {
     }
 }
 
-// A granule position in samples or frames.
+// The units up to the event that the granule counts from, and those from there on.
+int64_t kate_units(uint32_t shift, int64_t granule) {
+    if (shift >= 63) {
+        return granule;
+    }
+    const int64_t mask = (int64_t{1} << shift) - 1;
+    return (granule >> shift) + (granule & mask);
+}
+
+// A granule position in samples, frames or a text's units.
 int64_t units_of(const LogicalStream& stream, int64_t granule) {
     switch (stream.coding) {
     case Coding::theora:
         return theora_frames(stream.theora, granule);
     case Coding::vp8:
         return granule >> 32;
+    case Coding::kate:
+        return kate_units(stream.head[15], granule);
+    case Coding::dirac:
+        return 0; // a position in bits of its own, whose frames nobody counts here
     default:
         return granule;
     }
@@ -218,6 +238,7 @@ void open_stream(Reader* reader, const Page& page, LogicalStream* stream) {
     PacketCursor cursor;
     start_packet(&cursor, reader, page, 0);
     stream->head_length = read_packet(&cursor, stream->head, head_size);
+    stream->header_packets = 1; // of a coding that is not known
     const std::string_view head(reinterpret_cast<const char*>(stream->head), stream->head_length);
     for (const CodingRow& row : codings) {
         if (head.starts_with(row.packet)) {
