@@ -225,6 +225,14 @@ TEST(Ogg, fills_the_details) {
         "audio mode=2 id=2 duration=0.100 bit_rate=8000 nominal_bit_rate=96000 bytes=100 samples=4410 sample_rate=44100 "
         "channels=2 "
         "codec=Vorbis codec_id=vorbis language=jpn layout=L R");
+    // A claim that the first frame repeats is none.
+    OggBuilder ogm;
+    ogm.page(2, 0, {ogm_head("audio", "0055", 10000000, 44100, ByteBuilder().le16(2).le16(0).le32(16000).bytes)});
+    ogm.page(0, 44100, {ByteBuilder().u8(8).be32(0xFFFB9000).pad_to(16001).bytes});
+    EXPECT_EQ(details_text(*details_of(ogm.bytes)),
+        "Ogg duration=1.000 bit_rate=129400\n"
+        "audio mode=1 id=1 duration=1.000 bit_rate=128000 bytes=16001 samples=44100 sample_rate=44100 channels=2 codec=MP3 "
+        "codec_id=0x0055 layout=L R");
     // Two units a second, from 3 on for 1; a stream without data, of a rate and channels that none has.
     const Data kate_head = ByteBuilder()
                                .u8(0x80)
