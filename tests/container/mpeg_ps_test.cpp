@@ -208,6 +208,13 @@ TEST(ProgramStream, fills_the_details) {
         "text id=48416 start=0.100 bytes=50 codec=VobSub");
 }
 
+TEST(ProgramStream, waits_for_what_follows_the_first_picture) {
+    const Payload start = video_start(); // ends with a picture_coding_extension
+    ProgramBuilder file;
+    file.pack(0).packet(0xE0, {start.begin(), start.end() - 9}, 0).packet(0xE0, {start.end() - 9, start.end()});
+    EXPECT_EQ(details_of(file.bytes)->streams[0].field_order, ZAT_FIELD_TOP);
+}
+
 TEST(ElementaryStream, shows_bare_video) {
     const Payload mpeg1 =
         joined({sequence_header({320, 240, 1, 5, 0x3FFFF, 0}), group_header(0, 0, 0, 0), picture(1), picture(2), picture(3)});

@@ -29,7 +29,8 @@ bool describe_mpeg_video(Stream* stream, bool last) {
         return false;
     }
     const bool full = stream->collected == Stream::collect_size;
-    if (!headers.complete && !last && !full) {
+    const bool all_seen = headers.complete && (headers.picture.found || !headers.extension_found);
+    if (!all_seen && !last && !full) {
         return false; // extensions may follow
     }
     stream->sequence = headers;
