@@ -2,6 +2,7 @@
 
 #include "audio/ac3.h"
 #include "audio/stream_facts.h"
+#include "audio/sync_search.h"
 #include "common/bits.h"
 
 #include <algorithm>
@@ -182,6 +183,24 @@ bool eac3_info(Bytes bytes, Eac3Info* info) {
     info->bitrate =
         static_cast<uint32_t>(counted.size * 8 * info->first.sample_rate / counted.samples);
     return true;
+}
+
+bool find_eac3(Bytes* bytes, Eac3Info* info) {
+    constexpr int most_syncs = 64; // that stand by chance in front of a frame
+    Bytes rest = *bytes;
+    for (int i = 0; i < most_syncs; ++i) {
+        const int64_t at = find_ac3_sync(rest);
+        if (at < 0) {
+            return false;
+        }
+        rest = rest.subspan(static_cast<size_t>(at));
+        if (eac3_info(rest, info)) {
+            *bytes = rest;
+            return true;
+        }
+        rest = rest.subspan(1);
+    }
+    return false;
 }
 
 void eac3_name(const Eac3Info& info, char (&out)[line_size]) {

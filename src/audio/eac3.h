@@ -37,6 +37,9 @@ struct Eac3Info {
 // cut. False when no E-AC-3 frame is among them, or the first one is not independent.
 bool eac3_info(Bytes bytes, Eac3Info* info);
 
+// The same at the first place where such frames follow; `bytes` then begin there.
+bool find_eac3(Bytes* bytes, Eac3Info* info);
+
 // "[E-AC-3 3/2.1] 48000Hz 6ch", what the line begins with.
 void eac3_name(const Eac3Info& info, char (&out)[line_size]);
 

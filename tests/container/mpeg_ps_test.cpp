@@ -1,4 +1,5 @@
 #include "common/messages.h"
+#include "support/audio_builder.h"
 #include "support/details_text.h"
 #include "support/program_builder.h"
 #include "support/record_text.h"
@@ -103,6 +104,12 @@ TEST(ProgramStream, lists_its_streams) {
             "[MPEG2]\nV [video] jpn/eng hearing impaired\nA 0xC0 [E-AC-3] no data jpn/eng hearing impaired\n"
             "A 0xC1 [audio] no data jpn/eng hearing impaired\n0.000"},
         {"an extended stream of a map", extension.bytes, "[MPEG2]\nA " + ac3_line + " jpn\n0.000"},
+        {"E-AC-3 of one block a frame, behind a sync word by chance",
+            ProgramBuilder()
+                .pack(0)
+                .packet(0xBD, private_audio(0xC0, joined({{0x0B, 0x77, 0xFF, 0xFF}, eac3_frame(0, 0, 200, 2, 0, -1, 0)})), 0)
+                .bytes,
+            "[MPEG2]\nA [E-AC-3 2/0] 48000Hz 2ch 300.000kbps\n0.005"},
         {"AC-3 without a substream header",
             ProgramBuilder().pack(0).packet(0xBD, ac3_frames(2), 0).packet(0xBD, slices(40)).bytes,
             "[MPEG2]\nA " + ac3_line + "\n0.032"},
@@ -206,6 +213,13 @@ TEST(ProgramStream, fills_the_details) {
         "audio mode=1 id=48544 duration=0.002 bit_rate=1536000 bytes=400 sample_rate=48000 channels=2 bit_depth=16 "
         "codec=PCM profile=signed 16 BE layout=L R\n"
         "text id=48416 start=0.100 bytes=50 codec=VobSub");
+}
+
+TEST(ProgramStream, waits_for_what_follows_the_first_picture) {
+    const Payload start = video_start(); // ends with a picture_coding_extension
+    ProgramBuilder file;
+    file.pack(0).packet(0xE0, {start.begin(), start.end() - 9}, 0).packet(0xE0, {start.end() - 9, start.end()});
+    EXPECT_EQ(details_of(file.bytes)->streams[0].field_order, ZAT_FIELD_TOP);
 }
 
 TEST(ElementaryStream, shows_bare_video) {

@@ -287,7 +287,20 @@ TEST(MpegTs, shows_services_and_events) {
     network.table(0x10, section(0x40, 1, ByteBuilder().be16(0xF000).be16(0xF000 | transport.size()).append(transport).bytes));
     network.table(
         0x11, section(0x42, 1, ByteBuilder().be16(0x20FA).u8(0xFF).append(service_entry(1, "", "\x46\x7C\x4B\x5C")).bytes));
+    // Of a recorder: the time of the whole table, a genre without a name.
+    TsBuilder recorded = film();
+    const Data time = descriptor(0xC3, Data{1, 0xEB, 0xD1, 0x23, 0x55, 0, 0, 0x55, 0, 0, 0, 0, 0xFD});
+    const Data service = ByteBuilder()
+                             .append(descriptor(0x48, ByteBuilder().raw({1, 0}).append(counted("\x46\x7C\x4B\x5C")).bytes))
+                             .append(descriptor(0x54, Data{0x3F, 0}))
+                             .bytes;
+    ByteBuilder selection;
+    selection.be16(0xF000 | time.size()).append(time).be16(1).be16(0x8000 | service.size()).append(service);
+    recorded.table(0x1F, section(0x7F, 0xFFFF, selection.bytes));
     expect_rows({
+        {"a recording's table", play(recorded, 90000).file.bytes,
+            "[MPEG2-TS(188)]\nG 1 \x93\xFA\x96\x7B\nG 2024/02/29 23:55-00:50 \x83\x68\x83\x89\x83\x7D\n" + film_streams +
+                "X PID 0000 001F 1000(PMT)\n0.393"},
         {"ARIB by its network", play(network, 90000).file.bytes,
             "[MPEG2-TS(188)]\nG 1 \x93\xFA\x96\x7B\n" + film_streams + "X PID 0000 0010 0011 1000(PMT)\n0.393"},
         {"DVB", play(dvb, 90000).file.bytes,

@@ -149,6 +149,22 @@ TEST(Ogg, describes_each_stream_with_what_its_pages_tell) {
             "[Ogg(OGM)]\nV 640x480 [C\x96\xB3XVID] 25.000fps 4.036kbps 50f\n"
             "A [C\x96\xB3"
             "0055] 44100Hz 2ch 16.036kbps\nX [text]\n2.000"},
+        {"ogm by its first packets, behind flags and lengths",
+            OggBuilder()
+                .page(2, 0, {ogm_head("video", "XVID", 400000, 1, ByteBuilder().le32(640).le32(480).bytes)})
+                .stream(2)
+                .page(2, 0, {ogm_head("audio", "0055", 10000000, 44100, ByteBuilder().le16(2).le16(0).le32(16000).bytes)})
+                .stream(3)
+                .page(2, 0, {ogm_head("audio", "0001", 10000000, 8000, ByteBuilder().le16(1).le16(2).le32(16000).bytes)})
+                .stream(1)
+                .page(0, 0, {ByteBuilder().u8(3).text("vorbis").append(comment_block("v", {})).bytes})
+                .page(0, 50, {ByteBuilder().u8(0x48).u8(1).be32(0x1B2).text("XviD0046").pad_to(1000).bytes})
+                .stream(2)
+                .page(0, 88200, {ByteBuilder().u8(0x82).fill(6).be32(0xFFFB9000).pad_to(4000).bytes})
+                .bytes,
+            "[Ogg(OGM)]\nV 640x480 [C\x96\xB3XviD0046] 25.000fps 4.000kbps 50f\n"
+            "A MPEG1-LayerIII 44100Hz [VBR Stereo] 16.00kbps [417bpf] \nA [C\x96\xB3"
+            "0001] 8000Hz 1ch 16Bit 128.000kbps\nI v\n2.000"},
         {"unknown stream", OggBuilder().page(2, 0, {Data(40, 7)}).page(0, 5, {Data(5)}).bytes,
             "[Ogg]\nX [unknown stream]\n0.000"},
         {"unknown stream in front of another",
@@ -209,6 +225,14 @@ TEST(Ogg, fills_the_details) {
         "audio mode=2 id=2 duration=0.100 bit_rate=8000 nominal_bit_rate=96000 bytes=100 samples=4410 sample_rate=44100 "
         "channels=2 "
         "codec=Vorbis codec_id=vorbis language=jpn layout=L R");
+    // A claim that the first frame repeats is none.
+    OggBuilder ogm;
+    ogm.page(2, 0, {ogm_head("audio", "0055", 10000000, 44100, ByteBuilder().le16(2).le16(0).le32(16000).bytes)});
+    ogm.page(0, 44100, {ByteBuilder().u8(8).be32(0xFFFB9000).pad_to(16001).bytes});
+    EXPECT_EQ(details_text(*details_of(ogm.bytes)),
+        "Ogg duration=1.000 bit_rate=129400\n"
+        "audio mode=1 id=1 duration=1.000 bit_rate=128000 bytes=16001 samples=44100 sample_rate=44100 channels=2 codec=MP3 "
+        "codec_id=0x0055 layout=L R");
     // Two units a second, from 3 on for 1; a stream without data, of a rate and channels that none has.
     const Data kate_head = ByteBuilder()
                                .u8(0x80)

@@ -1,10 +1,10 @@
 #include "container/mpeg_ps/describe.h"
 
+#include "audio/eac3.h"
 #include "audio/first_frame.h"
 #include "audio/frame_search.h"
 #include "audio/latm.h"
 #include "audio/stream_facts.h"
-#include "audio/sync_search.h"
 #include "common/details.h"
 #include "common/start_code.h"
 #include "video/encoder_message.h"
@@ -29,7 +29,8 @@ bool describe_mpeg_video(Stream* stream, bool last) {
         return false;
     }
     const bool full = stream->collected == Stream::collect_size;
-    if (!headers.complete && !last && !full) {
+    const bool all_seen = headers.complete && (headers.picture.found || !headers.extension_found);
+    if (!all_seen && !last && !full) {
         return false; // extensions may follow
     }
     stream->sequence = headers;
@@ -163,8 +164,10 @@ bool describe_at(Stream* stream, int64_t at, FrameDescriber describe, uint32_t s
 }
 
 bool describe_eac3(Stream* stream) {
-    constexpr uint32_t samples = 1536; // of six blocks
-    return describe_at(stream, find_ac3_sync(collected(*stream)), describe_eac3_frame, samples);
+    Bytes data = collected(*stream);
+    Eac3Info info;
+    return find_eac3(&data, &info) && describe_at(stream, data.data() - stream->collect,
+                                          describe_eac3_frame, info.first.samples);
 }
 
 bool describe_loas(Stream* stream) {

@@ -116,24 +116,15 @@ bool describe_aac(const Stream& stream, Bytes captured, ZatStream* facts, Stream
 }
 
 bool describe_eac3(const Stream& /*stream*/, Bytes captured, ZatStream* facts, StreamText* text) {
-    constexpr int most_syncs = 64; // that stand by chance in front of a frame
-    for (int i = 0; i < most_syncs; ++i) {
-        const int64_t at = find_ac3_sync(captured);
-        if (at < 0) {
-            return false;
-        }
-        captured = captured.subspan(static_cast<size_t>(at));
-        Eac3Info info;
-        if (eac3_info(captured, &info)) {
-            eac3_facts(info, facts);
-            eac3_line(&info, text->line);
-            set_frame_time(info.first.samples, *facts, text);
-            text->has_line = true;
-            return true;
-        }
-        captured = captured.subspan(1);
+    Eac3Info info;
+    if (!find_eac3(&captured, &info)) {
+        return false;
     }
-    return false;
+    eac3_facts(info, facts);
+    eac3_line(&info, text->line);
+    set_frame_time(info.first.samples, *facts, text);
+    text->has_line = true;
+    return true;
 }
 
 bool describe_ac3(const Stream& stream, Bytes captured, ZatStream* facts, StreamText* text) {

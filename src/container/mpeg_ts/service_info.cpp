@@ -241,10 +241,9 @@ void read_nit(ServiceInfo* info, Bytes bytes) {
 }
 
 // The service loop of the selection information table, which recorders write in place of all other
-// tables (ETSI EN 300 468, 7.1.2; ARIB STD-B21, 9.6).
-void read_sit_service(ServiceInfo* info, Service* service, Bytes descriptors) {
-    Bytes start;
-    Bytes duration;
+// tables (ETSI EN 300 468, 7.1.2; ARIB STD-B21, 9.6). `time` is the time descriptor of the whole
+// table, which holds for services without their own.
+void read_sit_service(ServiceInfo* info, Service* service, Bytes time, Bytes descriptors) {
     bool has_event = false;
     Descriptor descriptor;
     for (Bytes rest = descriptors; next_descriptor(&rest, &descriptor);) {
@@ -252,23 +251,26 @@ void read_sit_service(ServiceInfo* info, Service* service, Bytes descriptors) {
             read_service_descriptor(info, service, descriptor.data);
         } else if (descriptor.tag == tag_partial_time) {
             info->has_arib_signs = true;
-            start = part_of(descriptor.data, 1, 5);
-            duration = part_of(descriptor.data, 6, 3);
+            time = descriptor.data;
+            has_event = true;
         }
-        has_event = has_event || descriptor.tag == tag_short_event;
+        has_event = has_event || descriptor.tag == tag_short_event ||
+                    descriptor.tag == tag_extended_event || descriptor.tag == tag_content;
     }
     if (has_event && !service->present.known) {
-        begin_event(&service->present, start, duration);
+        begin_event(&service->present, part_of(time, 1, 5), part_of(time, 6, 3));
         read_event_descriptors(info, &service->present, descriptors);
     }
 }
 
 void read_sit(ServiceInfo* info, Bytes bytes) {
+    Bytes time;
     Descriptor descriptor;
     for (Bytes rest = descriptor_loop(bytes, 8); next_descriptor(&rest, &descriptor);) {
         if (descriptor.tag == tag_network || descriptor.tag == tag_partial_time) {
             info->has_arib_signs = true;
         }
+        time = descriptor.tag == tag_partial_time ? descriptor.data : time;
     }
     Bytes rest = part_of(bytes, 10 + length12(bytes, 8));
     while (rest.size() >= 4) {
@@ -277,7 +279,7 @@ void read_sit(ServiceInfo* info, Bytes bytes) {
         if (service != nullptr && !descriptors.empty()) {
             info->sdt_seen = true;
             info->eit_seen = true;
-            read_sit_service(info, service, descriptors);
+            read_sit_service(info, service, time, descriptors);
         }
         rest = part_of(rest, 4 + length12(rest, 2));
     }

@@ -1,14 +1,15 @@
 #include "container/ogg/describe.h"
 
+#include "audio/first_frame.h"
 #include "audio/stream_facts.h"
 #include "audio/vorbis.h"
+#include "audio/wave_format.h"
+#include "audio/wave_stream.h"
 #include "common/channel_layout.h"
-#include "common/codec_catalogue.h"
-#include "common/codec_names.h"
 #include "common/numbers.h"
 #include "common/stream_lines.h"
 #include "common/text_codes.h"
-#include "video/bitmap_info.h"
+#include "video/bitmap_stream.h"
 #include "video/container_aspect.h"
 
 #include <algorithm>
@@ -174,31 +175,68 @@ void add_vp8(const LogicalStream& stream, const Output& out, ZatStream* facts) {
     add_video(out, facts, "VP8");
 }
 
+// The start of OGM's first packet of data: in front of it stand a byte with flags, of which the
+// lowest marks headers, and as many bytes of a length as bits 6, 7 and 1 count.
+uint32_t read_ogm_start(
+    Reader* reader, const LogicalStream& stream, uint8_t* start, uint32_t size) {
+    constexpr int packets_looked_at = 4;
+    PacketCursor cursor;
+    start_packet(&cursor, reader, stream.first_page, 0);
+    for (int i = 0; i < packets_looked_at && next_packet(&cursor); ++i) {
+        uint8_t flags = 0;
+        if (read_packet(&cursor, &flags, 1) == 1 && (flags & 1) == 0) {
+            read_packet(&cursor, nullptr, uint32_t{flags} >> 6 | (flags & 2U) << 1);
+            return read_packet(&cursor, start, size);
+        }
+    }
+    return 0;
+}
+
 // OGM's stream header: subtype 9, bits 41, then the size of pictures or the channels.
-void add_ogm_video(const LogicalStream& stream, const Output& out, ZatStream* facts) {
+void add_ogm_video(
+    Reader* reader, const LogicalStream& stream, const Output& out, ZatStream* facts) {
+    constexpr uint32_t video_start_size = 4096;
     const uint8_t* head = stream.head;
-    const uint32_t code = ReadBE32(head + 9);
-    set_fourcc_codec(facts, code);
+    uint8_t start[video_start_size];
+    BitmapStream bitmap;
+    bitmap.start = {start, read_ogm_start(reader, stream, start, sizeof start)};
+    bitmap.highest_frame_rate = highest_frame_rate;
+    bitmap.info.bits = ReadLE16(head + 41);
+    std::copy_n(head + 9, sizeof bitmap.info.compression, bitmap.info.compression);
     facts->width = ReadLE32(head + 45);
     facts->height = ReadLE32(head + 49);
     facts->frame_rate = stream.unit_rate;
-    char name[line_size];
-    video_code_name(head + 9, name, sizeof name);
-    add_video(out, facts, name);
+    drop_nonsense(facts, highest_frame_rate);
+    add_bitmap_stream(out, bitmap, facts);
 }
 
-void add_ogm_audio(const LogicalStream& stream, const Output& out, ZatStream* facts) {
+void put_le(uint8_t* out, int size, uint32_t value) {
+    for (int i = 0; i < size; ++i) {
+        out[i] = static_cast<uint8_t>(value >> (8 * i));
+    }
+}
+
+void add_ogm_audio(Walk* walk, const LogicalStream& stream, const Output& out, ZatStream* facts) {
     const uint8_t* head = stream.head;
     char tag[5] = {};
     std::transform(
         head + 9, head + 13, tag, [](uint8_t c) { return ascii_upper(static_cast<char>(c)); });
-    set_format_tag_codec(facts, static_cast<uint16_t>(ReadHex4(tag)), ReadLE16(head + 41));
-    facts->sample_rate = clamp_to_integer<uint32_t>(stream.unit_rate + 0.5);
-    facts->channels = ReadLE16(head + 45);
-    char name[line_size];
-    codec_name("[AVI-Audio]", tag, tag, name, sizeof name);
-    drop_nonsense(facts);
-    add_audio_stream(out, *facts, {.codec = name});
+    // WAVEFORMATEX: tag, channels, rate, bytes a second, alignment, bits.
+    uint8_t format[wave_plain_size];
+    put_le(format, 2, static_cast<uint32_t>(ReadHex4(tag)));
+    std::copy_n(head + 45, 2, format + 2);
+    put_le(format + 4, 4, clamp_to_integer<uint32_t>(stream.unit_rate + 0.5));
+    std::copy_n(head + 49, 4, format + 8);
+    std::copy_n(head + 47, 2, format + 12);
+    std::copy_n(head + 41, 2, format + 14);
+    uint8_t start[frame_start_size];
+    WaveStream wave;
+    wave.format = format;
+    wave.start = {start, read_ogm_start(&walk->reader, stream, start, sizeof start)};
+    wave.rate = facts->bit_rate;
+    wave.rate_is_counted = walk->counted;
+    facts->nominal_bit_rate = 0; // kept where it differs from what the frames tell
+    add_wave_stream(out, wave, facts);
 }
 
 void add_celt_or_pcm(const LogicalStream& stream, const Output& out, ZatStream* facts) {
@@ -246,9 +284,9 @@ void describe_stream(Walk* walk, const LogicalStream& stream, const StreamCommen
     case Coding::vp8:
         return add_vp8(stream, out, &facts);
     case Coding::ogm_video:
-        return add_ogm_video(stream, out, &facts);
+        return add_ogm_video(&walk->reader, stream, out, &facts);
     case Coding::ogm_audio:
-        return add_ogm_audio(stream, out, &facts);
+        return add_ogm_audio(walk, stream, out, &facts);
     case Coding::celt:
     case Coding::pcm:
         return add_celt_or_pcm(stream, out, &facts);
