@@ -230,8 +230,8 @@ TEST(Ogg, fills_the_details) {
     ogm.page(2, 0, {ogm_head("audio", "0055", 10000000, 44100, ByteBuilder().le16(2).le16(0).le32(16000).bytes)});
     ogm.page(0, 44100, {ByteBuilder().u8(8).be32(0xFFFB9000).pad_to(16001).bytes});
     EXPECT_EQ(details_text(*details_of(ogm.bytes)),
-        "Ogg duration=1.000 bit_rate=129400\n"
-        "audio mode=1 id=1 duration=1.000 bit_rate=128000 bytes=16001 samples=44100 sample_rate=44100 channels=2 codec=MP3 "
+        "Ogg duration=1.000 bit_rate=129376\n"
+        "audio id=1 duration=1.000 bit_rate=128000 bytes=16001 samples=44100 sample_rate=44100 channels=2 codec=MP3 "
         "codec_id=0x0055 layout=L R");
     // Two units a second, from 3 on for 1; a stream without data, of a rate and channels that none has.
     const Data kate_head = ByteBuilder()
