@@ -10,14 +10,11 @@ namespace {
 // Each further step makes the view this many times as long: few calls, and little read in vain.
 constexpr uint32_t window_growth = 2;
 
-// Behind the capacity, so that a field may be looked at across the end.
-constexpr uint32_t padding = 8;
-
 // Moves the view to memory for the whole capacity, the first `target` bytes of which are loaded
 // next. False when there is none.
 bool reserve(FileWindow* window, uint32_t target) {
     const int64_t rest = window->file->size - window->start;
-    uint8_t* memory = reserve_memory(size_t{window->capacity} + padding,
+    uint8_t* memory = reserve_memory(size_t{window->capacity} + FileWindow::padding,
         static_cast<size_t>(std::clamp<int64_t>(rest, 0, target)));
     if (memory == nullptr) {
         return false;
@@ -42,7 +39,10 @@ void window_open(FileWindow* window, FileRecord* file, int64_t start, uint32_t c
     window->start = start;
     window->loaded = 0;
     window->complete = false;
-    std::memset(window->first, 0, sizeof window->first);
+#ifndef NDEBUG
+    std::memset(window->first, 0xA5, sizeof window->first); // nobody may rely on more zeros
+#endif
+    std::memset(window->first, 0, FileWindow::padding);
 }
 
 void window_move(FileWindow* window, int64_t start) {
@@ -69,6 +69,9 @@ uint32_t window_load(FileWindow* window, uint32_t wanted) {
         const uint32_t got = read_at(
             window->file, window->start + window->loaded, window->bytes + window->loaded, missing);
         window->loaded += got;
+        if (window->reserved == nullptr) {
+            std::memset(window->first + window->loaded, 0, FileWindow::padding);
+        }
         window->complete = got < missing || window->loaded == window->capacity;
     }
     return window->loaded;
@@ -93,7 +96,7 @@ std::span<const uint8_t> window_view(FileWindow* window, int64_t position, uint3
 }
 
 void window_close(FileWindow* window) {
-    release_memory(window->reserved, size_t{window->capacity} + padding);
+    release_memory(window->reserved, size_t{window->capacity} + FileWindow::padding);
     window->reserved = nullptr;
     window->bytes = window->first;
     window->loaded = 0;

@@ -14,6 +14,8 @@ namespace zat {
 struct FileWindow {
     // Enough for every look at a file's start that is not a search.
     static constexpr uint32_t first_size = 8192;
+    // Behind what is loaded, so that a field may be looked at across the end.
+    static constexpr uint32_t padding = 16;
 
     FileRecord* file = nullptr;
     int64_t start = 0;        // file position of the view's first byte
@@ -21,9 +23,9 @@ struct FileWindow {
     uint32_t loaded = 0;      // bytes read so far
     bool complete = false;    // nothing more can be loaded
     bool no_memory = false;   // the view is cut short for want of memory; stays set
-    uint8_t* bytes = nullptr; // readable up to `loaded` and, as zeros, first_size at the least
+    uint8_t* bytes = nullptr; // readable up to `loaded` and, as zeros, `padding` behind it
     uint8_t* reserved = nullptr;
-    uint8_t first[first_size + 8]; // the view, until more is asked for
+    uint8_t first[first_size + padding]; // the view, until more is asked for
 
     FileWindow() = default;
     FileWindow(const FileWindow&) = delete;
