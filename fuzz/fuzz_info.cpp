@@ -81,7 +81,7 @@ void require_time(double wall, Result* again) {
 }
 
 void require_cost(const InputCost& cost, size_t size) {
-    // Of the catalogue too, which is read afresh for every name.
+    // Of the catalogue too, which may be read for every name.
     constexpr int64_t most_reads = 2000;
     constexpr int64_t most_bytes = int64_t{64} << 20;
     const auto bytes = static_cast<int64_t>(size);

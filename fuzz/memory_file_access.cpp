@@ -187,6 +187,7 @@ int64_t next_data(const FileRecord* file, int64_t position) {
     return std::max(position, at - file->origin);
 }
 
+// Nothing is kept from run to run: the catalogue is read each time.
 bool settled_stamp(const char* /*path*/, FileStamp* /*stamp*/) {
     return false;
 }

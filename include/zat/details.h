@@ -11,7 +11,7 @@
  * All texts are UTF-8, zero-terminated and never cut inside a character. What is not known is 0, an
  * empty text, or NaN where 0 is a value. A value that was measured on a part of the file, or
  * follows from an assumption, has its bit in `estimated`. The structures have the same layout on
- * every platform. A call clears what an earlier one left, of the streams as many as that counted.
+ * every platform. Slots behind stream_count mean nothing: a call clears those it finds counted.
  */
 #ifndef ZAT_DETAILS_H
 #define ZAT_DETAILS_H

@@ -80,7 +80,7 @@ void set_packed_duration(const DtsInfo& core, int64_t file_size, ZatStream* stre
 } // namespace
 
 int dts_file(FileRecord* file, const Output& out) {
-    constexpr uint32_t core_header_size = 15; // bytes of a core header
+    constexpr uint32_t core_header_size = 15; // bytes
     Reader reader;
     reader_open(&reader, file);
     const Bytes start = read_view(&reader, whole_file(&reader), 0, core_header_size);

@@ -10,12 +10,16 @@ namespace zat {
 
 namespace {
 
+bool read_header(Bytes bytes, MpegAudioInfo* info) {
+    return bytes.size() >= mpeg_audio_header_size && IsMpegAudioSync(bytes.data()) &&
+           read_mpeg_audio_header(bytes, info) == 0;
+}
+
 bool read_frame(Reader* reader, int64_t position, MpegAudioInfo* info) {
     *info = {};
     const Bytes frame =
         read_view(reader, sub_span(whole_file(reader), position), 0, vbr_header_reach);
-    if (frame.size() < mpeg_audio_header_size || !IsMpegAudioSync(frame.data()) ||
-        read_mpeg_audio_header(frame, info) != 0) {
+    if (!read_header(frame, info)) {
         return false;
     }
     (void)ParseVbrHeader(frame.first(std::min<size_t>(frame.size(), info->frame_size)), info);
@@ -24,8 +28,7 @@ bool read_frame(Reader* reader, int64_t position, MpegAudioInfo* info) {
 
 bool read_counted_frame(Bytes bytes, AudioFrame* frame) {
     MpegAudioInfo info{};
-    if (bytes.size() < mpeg_audio_header_size || !IsMpegAudioSync(bytes.data()) ||
-        read_mpeg_audio_header(bytes, &info) != 0 || info.frame_size == 0) {
+    if (!read_header(bytes, &info) || info.frame_size == 0) { // 0: of free format
         return false;
     }
     *frame = {info.frame_size, mpeg_audio_frame_samples(&info)};
@@ -52,8 +55,7 @@ bool rate_varies(Reader* reader, Span stream, int16_t bitrate) {
     constexpr uint32_t reach = 4096; // bytes that are at hand
     Bytes rest = read_view(reader, stream, 0, reach);
     MpegAudioInfo info{};
-    while (rest.size() >= mpeg_audio_header_size && IsMpegAudioSync(rest.data()) &&
-           read_mpeg_audio_header(rest, &info) == 0 && info.frame_size != 0) {
+    while (read_header(rest, &info) && info.frame_size != 0) {
         if (info.bitrate != bitrate) {
             return true;
         }

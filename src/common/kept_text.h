@@ -5,8 +5,9 @@
 
 namespace zat {
 
-// What stands in the file at `path`, as long as it was not changed lately; empty when it has to be
-// read. The text stays as it is for good, on any thread.
+// What stands in the file at `path` now. Empty when the caller has to read it: it is large, was
+// changed within the last seconds, or has no place left. The view stays valid for good, on any
+// thread.
 std::string_view kept_text(const char* path);
 
 } // namespace zat

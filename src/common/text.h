@@ -76,6 +76,9 @@ void AppendWithSeparator(char (&line)[N], std::string_view piece, int mode) {
 }
 
 // ASCII only, whatever the locale.
+constexpr bool is_ascii_letter(uint8_t byte) {
+    return (byte >= 'A' && byte <= 'Z') || (byte >= 'a' && byte <= 'z');
+}
 constexpr char ascii_upper(char c) {
     return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
 }

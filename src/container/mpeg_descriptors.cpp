@@ -3,18 +3,11 @@
 #include "common/text.h"
 #include "zat/details.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <string_view>
 
 namespace zat {
-
-namespace {
-
-bool is_letter(uint8_t byte) {
-    return (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z');
-}
-
-} // namespace
 
 bool next_descriptor(Bytes* rest, Descriptor* descriptor) {
     if (rest->size() < 2 || (*rest)[1] > rest->size() - 2) {
@@ -27,7 +20,7 @@ bool next_descriptor(Bytes* rest, Descriptor* descriptor) {
 }
 
 void add_language(char (&languages)[32], Bytes code) {
-    if (code.size() < 3 || !is_letter(code[0]) || !is_letter(code[1]) || !is_letter(code[2])) {
+    if (code.size() < 3 || !std::ranges::all_of(code.first(3), is_ascii_letter)) {
         return;
     }
     char text[4] = {};

@@ -1,5 +1,6 @@
 #include "text/dvb_text.h"
 
+#include "common/text.h"
 #include "common/utf8.h"
 #include "text/dvb_tables.h"
 #include "text/tidy_blanks.h"
@@ -11,10 +12,6 @@ namespace zat {
 namespace {
 
 constexpr uint32_t new_line = 0x8A;
-
-constexpr bool is_letter(uint8_t byte) {
-    return (byte >= 'A' && byte <= 'Z') || (byte >= 'a' && byte <= 'z');
-}
 
 // A character, or one of the control codes of table A.1 at U+0080 or U+E080: emphasis, of no use
 // here, and the new line.
@@ -86,7 +83,7 @@ void put_iso6937(Utf8Text* writer, Bytes text) {
             if (c != 0) {
                 append_utf8(writer, c);
             }
-        } else if (byte > 0xC0 && is_letter(byte_at(text, i + 1))) {
+        } else if (byte > 0xC0 && is_ascii_letter(byte_at(text, i + 1))) {
             put_accented(writer, accents[byte - 0xC1], text[++i]);
         } // else nothing for the accent to stand on
     }
@@ -186,8 +183,8 @@ bool looks_like_iso8859_15(Bytes text) {
         return false;
     }
     for (size_t i = 1; i + 1 < text.size(); ++i) {
-        if (text[i] >= 0xE0 && text[i] <= 0xEF && is_letter(text[i - 1]) && text[i + 1] >= 'a' &&
-            text[i + 1] <= 'z') {
+        if (text[i] >= 0xE0 && text[i] <= 0xEF && is_ascii_letter(text[i - 1]) &&
+            text[i + 1] >= 'a' && text[i + 1] <= 'z') {
             return true;
         }
     }

@@ -33,19 +33,20 @@ Data version4or5(int version, std::string_view codec, size_t present, uint64_t r
 } // namespace
 
 TEST(RealAudio, DescribesEveryVersion) {
-    const Data long_texts = version3(texts("A", "B"), 8000, 8000);
+    constexpr const char* eight_seconds =
+        "A [C\x96\xB3"
+        "14_4] 8000Hz 16bit 1ch 8.000kbps\n"
+        "I B - A\n"
+        "8.000\n"
+        "RealAudio title=A artist=B duration=8.000\n"
+        "audio duration=8.000 bit_rate=8000 bytes=8000 sample_rate=8000 channels=1 codec=RealAudio 14.4 codec_id=14_4";
+    const Data version_3 = version3(texts("A", "B"), 8000, 8000);
     const struct {
         const char* name;
         Data bytes;
         const char* expected;
     } rows[] = {
-        {"version 3", version3(texts("A", "B"), 8000, 8000),
-            "A [C\x96\xB3"
-            "14_4] 8000Hz 16bit 1ch 8.000kbps\n"
-            "I B - A\n"
-            "8.000\n"
-            "RealAudio title=A artist=B duration=8.000\n"
-            "audio duration=8.000 bit_rate=8000 bytes=8000 sample_rate=8000 channels=1 codec=RealAudio 14.4 codec_id=14_4"},
+        {"version 3", version_3, eight_seconds},
         {"version 4", version4or5(4, "cook", 4000),
             "A [C\x96\xB3"
             "cook] 22050Hz 16bit 2ch 32.000kbps\n"
@@ -76,7 +77,7 @@ TEST(RealAudio, DescribesEveryVersion) {
         {"cut header", ByteBuilder().text(".ra\xFD").be16(4).bytes,
             "0.000\n"
             "RealAudio"},
-        {"cut in the header", Data(long_texts.begin(), long_texts.begin() + 26),
+        {"cut in the header", Data(version_3.begin(), version_3.begin() + 26),
             "A [C\x96\xB3"
             "14_4] 8000Hz 16bit 1ch 8.000kbps\n"
             "X truncated(8,008 Byte missing)\n"
@@ -84,13 +85,7 @@ TEST(RealAudio, DescribesEveryVersion) {
             "8.000\n"
             "RealAudio title=A artist=B notes=truncated duration=8.000 missing=8008\n"
             "audio duration=8.000 bit_rate=8000 sample_rate=8000 channels=1 codec=RealAudio 14.4 codec_id=14_4"},
-        {"a tag behind the sound", version3(texts("A", "B"), 8000, 8128),
-            "A [C\x96\xB3"
-            "14_4] 8000Hz 16bit 1ch 8.000kbps\n"
-            "I B - A\n"
-            "8.000\n"
-            "RealAudio title=A artist=B duration=8.000\n"
-            "audio duration=8.000 bit_rate=8000 bytes=8000 sample_rate=8000 channels=1 codec=RealAudio 14.4 codec_id=14_4"},
+        {"a tag behind the sound", version3(texts("A", "B"), 8000, 8128), eight_seconds},
     };
     for (const auto& row : rows) {
         const auto result = dispatched(119, row.bytes);

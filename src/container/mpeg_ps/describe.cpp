@@ -184,7 +184,7 @@ bool describe_lpcm(Stream* stream) {
     dvd_lpcm_info(stream->collect[1], &info);
     dvd_lpcm_line(&info, stream->line);
     dvd_lpcm_facts(info, &stream->facts);
-    constexpr int64_t frame_ticks = 150;
+    constexpr int64_t frame_ticks = 150; // a six-hundredth of a second
     stream->frame_seconds = clock_seconds(frame_ticks);
     stream->form = Form::audio_line;
     return true;
