@@ -1,12 +1,13 @@
 #include "support/temp_file.h"
 
 #include <algorithm>
-#include <atomic>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <random>
+#include <tuple>
+#include <utility>
 
 namespace zat::test {
 
@@ -19,6 +20,14 @@ void expect_terminated(const char* text, size_t size, const char* what) {
 void expect_count(int32_t count, int32_t slots, const char* what) {
     EXPECT_GE(count, 0) << what;
     EXPECT_LE(count, slots) << what;
+}
+
+// Files that no test needs any more, still open: with Wine's server, writing one anew takes a fiftieth of
+// making and removing one.
+std::vector<std::pair<std::string, std::ofstream>>& spare_files() {
+    temp_directory(); // made before and so removed after them
+    static std::vector<std::pair<std::string, std::ofstream>> files;
+    return files;
 }
 
 } // namespace
@@ -41,16 +50,28 @@ std::string temp_directory() {
     return directory;
 }
 
-TempFile::TempFile(const std::vector<uint8_t>& bytes, std::string_view name) {
-    static std::atomic<int> next = 0;
-    path = temp_directory() + std::to_string(next++) + "-" + std::string(name);
-    std::ofstream(path, std::ios::binary)
-        .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+TempFile::TempFile(const std::vector<uint8_t>& bytes, std::string_view name) : has_name(!name.empty()) {
+    static int next = 0;
+    if (has_name || spare_files().empty()) {
+        path = temp_directory() + std::to_string(next++) + "-" + std::string(name);
+        out.open(path, std::ios::binary);
+    } else {
+        std::tie(path, out) = std::move(spare_files().back());
+        spare_files().pop_back();
+        out.seekp(0);
+    }
+    out.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size())).flush();
+    cut_file(*this, bytes.size());
 }
 
 TempFile::~TempFile() {
-    std::error_code ignored;
-    std::filesystem::remove(path, ignored);
+    if (has_name) {
+        out.close();
+        std::error_code ignored;
+        std::filesystem::remove(path, ignored);
+    } else {
+        spare_files().emplace_back(std::move(path), std::move(out));
+    }
 }
 
 void cut_file(const TempFile& file, size_t size) {

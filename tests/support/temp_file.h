@@ -4,6 +4,7 @@
 #include "zat/details.h"
 
 #include <cstdint>
+#include <fstream>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -14,10 +15,13 @@ namespace zat::test {
 struct TempFile {
     std::string path;
 
-    explicit TempFile(const std::vector<uint8_t>& bytes, std::string_view name = "file.bin");
+    explicit TempFile(const std::vector<uint8_t>& bytes, std::string_view name = {});
     ~TempFile();
     TempFile(const TempFile&) = delete;
     TempFile& operator=(const TempFile&) = delete;
+
+    std::ofstream out; // stays open
+    bool has_name;
 };
 
 // Makes the file shorter: less work for the system than a new one.
