@@ -22,6 +22,7 @@ import unittest
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 PROGRAM = sys.argv[1:]
 WINDOWS = any(argument.endswith(".exe") for argument in PROGRAM)
+SANITIZED = "linux-debug" in PROGRAM[0]  # and not optimised
 VERSION = re.search(r"project\(zat VERSION (\S+)", (ROOT / "CMakeLists.txt").read_text()).group(1)
 SAMPLE = "sine-vbr.mp3"
 OK, FAILURES, USAGE = 0, 1, 2
@@ -438,13 +439,14 @@ class Cli(unittest.TestCase):
             self.assertEqual(len(json.loads(out)), 1)
 
     @unittest.skipIf(WINDOWS, "the same code; slow to start")
-    def test_a_hundred_thousand_paths(self):
-        listed = f"{SAMPLE}\n".encode() * 100000
+    def test_many_paths(self):
+        count = 10000 if SANITIZED else 100000
+        listed = f"{SAMPLE}\n".encode() * count
         start = time.monotonic()
         done = subprocess.run([*PROGRAM, "--format", "jsonl", "-"], input=listed, capture_output=True)
         self.assertEqual(done.returncode, OK)
-        self.assertEqual(done.stdout.count(b"\n"), 100000)
-        self.assertLess(time.monotonic() - start, 100)
+        self.assertEqual(done.stdout.count(b"\n"), count)
+        self.assertLess(time.monotonic() - start, count / 1000)
 
     @unittest.skipIf(WINDOWS, "no such names there")
     def test_control_characters_do_not_reach_a_terminal(self):
