@@ -11,7 +11,7 @@ struct Texts {
     std::string_view text[2]; // by language; {1} to {3} are the places of what is put in
 };
 
-constexpr Texts table[] = {
+constexpr Texts texts[] = {
     {Message::try_help, {"Try 'zat --help'.", "使い方は 'zat --help' で表示されます。"}},
     {Message::no_path, {"no file named", "ファイルが指定されていません"}},
     {Message::unknown_option, {"{1}: no such option", "{1}: そのようなオプションはありません"}},
@@ -67,12 +67,12 @@ constexpr Texts table[] = {
 };
 
 constexpr bool is_in_order() {
-    for (size_t i = 0; i < std::size(table); ++i) {
-        if (table[i].id != static_cast<Message>(i)) {
+    for (size_t i = 0; i < std::size(texts); ++i) {
+        if (texts[i].id != static_cast<Message>(i)) {
             return false;
         }
     }
-    return std::size(table) == static_cast<size_t>(Message::count);
+    return std::size(texts) == static_cast<size_t>(Message::count);
 }
 static_assert(is_in_order());
 
@@ -110,7 +110,7 @@ void set_language(Language language) {
 std::string message(
     Message id, std::string_view first, std::string_view second, std::string_view third) {
     const std::string_view values[] = {first, second, third};
-    const std::string_view text = table[static_cast<size_t>(id)].text[static_cast<size_t>(chosen)];
+    const std::string_view text = texts[static_cast<size_t>(id)].text[static_cast<size_t>(chosen)];
     std::string out;
     for (size_t i = 0; i < text.size(); ++i) {
         if (text[i] == '{') {
