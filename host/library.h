@@ -17,9 +17,9 @@ struct Library {
     decltype(&::GetDllVersion) get_version = nullptr;
 };
 
-// Loads the library that stands beside the program, in its build folder or as installed. Returns an
-// empty text, or why it could not be loaded.
-std::string load_library(Library* library);
+// Loads the library that stands beside the program, in its build folder or as installed. False
+// when it could not be loaded; `problem` says why.
+bool load_library(Library* library, std::string* problem);
 
 // The directory of the program with its last separator, as UTF-8.
 std::string program_directory();

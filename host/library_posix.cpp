@@ -24,7 +24,7 @@ bool find(void* handle, const char* name, Function* function) {
 
 } // namespace
 
-std::string load_library(Library* library) {
+bool load_library(Library* library, std::string* problem) {
     const std::string directory = program_directory();
     void* handle = nullptr;
     for (const std::string& path :
@@ -36,7 +36,8 @@ std::string load_library(Library* library) {
         }
     }
     if (handle == nullptr) {
-        return message(Message::library_missing, "libzat.so", dlerror());
+        *problem = message(Message::library_missing, "libzat.so", dlerror());
+        return false;
     }
     if (!find(handle, "SetPath", &library->set_path) ||
         !find(handle, "GetFileFormat", &library->get_file_format) ||
@@ -45,9 +46,10 @@ std::string load_library(Library* library) {
         !find(handle, "ReFormFullBounded", &library->reform_full_bounded) ||
         !find(handle, "GetTypeName", &library->get_type_name) ||
         !find(handle, "GetDllVersion", &library->get_version)) {
-        return message(Message::library_lacks_export, "libzat.so");
+        *problem = message(Message::library_lacks_export, "libzat.so");
+        return false;
     }
-    return "";
+    return true;
 }
 
 } // namespace host

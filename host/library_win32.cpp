@@ -25,12 +25,13 @@ bool find(HMODULE module, const char* name, Function* function) {
 
 } // namespace
 
-std::string load_library(Library* library) {
+bool load_library(Library* library, std::string* problem) {
     const std::wstring path = wide_of_utf8(program_directory() + ZAT_DLL_NAME);
     const HMODULE module = LoadLibraryW(path.c_str());
     if (module == nullptr) {
-        return message(Message::library_missing, ZAT_DLL_NAME,
+        *problem = message(Message::library_missing, ZAT_DLL_NAME,
             error_text({static_cast<int>(GetLastError()), std::system_category()}));
+        return false;
     }
     if (!find(module, "SetPath", &library->set_path) ||
         !find(module, "GetFileFormat", &library->get_file_format) ||
@@ -39,9 +40,10 @@ std::string load_library(Library* library) {
         !find(module, "ReFormFullBounded", &library->reform_full_bounded) ||
         !find(module, "GetTypeName", &library->get_type_name) ||
         !find(module, "GetDllVersion", &library->get_version)) {
-        return message(Message::library_lacks_export, ZAT_DLL_NAME);
+        *problem = message(Message::library_lacks_export, ZAT_DLL_NAME);
+        return false;
     }
-    return "";
+    return true;
 }
 
 } // namespace host

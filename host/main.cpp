@@ -40,8 +40,8 @@ int run_with(const std::vector<std::string>& arguments) {
         return status;
     }
     Library library;
-    const std::string problem = load_library(&library);
-    if (!problem.empty()) {
+    std::string problem;
+    if (!load_library(&library, &problem)) {
         write_message(problem);
         return exit_failures;
     }

@@ -53,7 +53,7 @@ std::string shift_jis_of_utf8(std::string_view text) {
     return out;
 }
 
-std::string last_error() {
+std::string last_error_text() {
     return error_text({errno, std::generic_category()});
 }
 
@@ -81,7 +81,7 @@ std::string begin_output_file(const std::string& path) {
     const std::string partial = partial_name(path);
     const int file = open(partial.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
     if (file < 0 || dup2(file, STDOUT_FILENO) < 0) {
-        return last_error();
+        return last_error_text();
     }
     close(file);
     return "";
@@ -115,7 +115,7 @@ WriteResult write_output(std::string_view utf8, bool as_text) {
 }
 
 std::string last_write_error() {
-    return last_error();
+    return last_error_text();
 }
 
 // The first of these that is set decides (POSIX.1, 8.2).

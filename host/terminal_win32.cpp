@@ -108,7 +108,7 @@ void expand(const std::wstring& argument, std::vector<std::string>* out) {
     FindClose(handle);
 }
 
-std::string last_error() {
+std::string last_error_text() {
     return error_text({static_cast<int>(GetLastError()), std::system_category()});
 }
 
@@ -144,7 +144,7 @@ std::string begin_output_file(const std::string& path) {
     const HANDLE file = CreateFileW(partial_name(path).c_str(), GENERIC_WRITE, FILE_SHARE_READ,
         nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (file == INVALID_HANDLE_VALUE || SetStdHandle(STD_OUTPUT_HANDLE, file) == 0) {
-        return last_error();
+        return last_error_text();
     }
     return "";
 }
@@ -166,7 +166,7 @@ WriteResult write_output(std::string_view utf8, bool as_text) {
 }
 
 std::string last_write_error() {
-    return last_error();
+    return last_error_text();
 }
 
 void write_line(const std::string& utf8) {
