@@ -1,14 +1,20 @@
-// The one file of a run, in memory or in the system: fuzz_info is built with either.
+// The one file of a run: in memory, in memory and made large, or in the system. fuzz_info is built
+// with each of them.
 #pragma once
 
 #include "common/bytes.h"
 
 namespace zat::test {
 
-// Makes the bytes what stands at the path that is returned. The first call sets the catalogue.
-const char* input_path(Bytes bytes);
+struct InputFile {
+    const char* path;
+    int64_t size;
+};
 
-// Reads since input_path was called, and the bytes that they yielded; 0 for a file in the system.
+// Makes a file of the bytes. The first call sets the catalogue.
+InputFile input_file(Bytes bytes);
+
+// Reads since input_file was called, and the bytes that they yielded; 0 for a file in the system.
 struct InputCost {
     int64_t reads;
     int64_t bytes;

@@ -8,7 +8,7 @@
 
 namespace zat::test {
 
-const char* input_path(Bytes bytes) {
+InputFile input_file(Bytes bytes) {
     static char path[64];
     static const int file = [] {
         SetPath(ZAT_CATALOGUE);
@@ -20,7 +20,7 @@ const char* input_path(Bytes bytes) {
         pwrite(file, bytes.data(), bytes.size(), 0) != static_cast<ssize_t>(bytes.size())) {
         std::abort();
     }
-    return path;
+    return {path, static_cast<int64_t>(bytes.size())};
 }
 
 InputCost input_cost() {

@@ -120,19 +120,35 @@ void release_zeros(uint8_t* memory) {
     }
 }
 
+int64_t media_size() {
+    return memory_files.repeated_size != 0 ? memory_files.repeated_size
+                                           : static_cast<int64_t>(memory_files.media.size());
+}
+
+void copy_repeated(Bytes bytes, int64_t position, uint8_t* to, size_t count) {
+    while (count != 0) {
+        const Bytes rest =
+            bytes.subspan(static_cast<size_t>(position % static_cast<int64_t>(bytes.size())));
+        const size_t part = std::min(count, rest.size());
+        std::memcpy(to, rest.data(), part);
+        position += static_cast<int64_t>(part);
+        to += part;
+        count -= part;
+    }
+}
+
 } // namespace
 
 int FileOpen(FileRecord* file, const char* path) {
     file->handle = handle_closed;
     fault_is_due();
     const bool is_catalogue = std::string_view(path).ends_with(".ini");
-    const Bytes bytes = is_catalogue ? memory_files.catalogue : memory_files.media;
-    if (memory_files.vanished || (is_catalogue && bytes.empty())) {
+    if (memory_files.vanished || (is_catalogue && memory_files.catalogue.empty())) {
         return 1;
     }
     ++memory_files.open_files;
     file->handle = is_catalogue ? handle_catalogue : handle_media;
-    file->size = static_cast<int64_t>(bytes.size());
+    file->size = is_catalogue ? static_cast<int64_t>(memory_files.catalogue.size()) : media_size();
     return 0;
 }
 
@@ -140,11 +156,11 @@ uint32_t FileRead(FileRecord* file, void* destination, uint32_t count) {
     if (!take_work(file, count)) {
         return 0;
     }
-    ++memory_files.reads;
     const bool due = fault_is_due();
-    const Bytes bytes =
-        file->handle == handle_catalogue ? memory_files.catalogue : memory_files.media;
-    const auto size = static_cast<int64_t>(bytes.size());
+    const bool is_catalogue = file->handle == handle_catalogue;
+    memory_files.reads += is_catalogue ? 0 : 1;
+    const Bytes bytes = is_catalogue ? memory_files.catalogue : memory_files.media;
+    const int64_t size = is_catalogue ? static_cast<int64_t>(bytes.size()) : media_size();
     const int64_t position = platform_position(file, file->position);
     if (memory_files.vanished || (due && memory_files.fault == Fault::failed_read) ||
         file->position < 0 || position >= size) {
@@ -158,9 +174,9 @@ uint32_t FileRead(FileRecord* file, void* destination, uint32_t count) {
     if (is_in(views, to)) {
         view_is_filled(static_cast<size_t>(to - views.memory) + got);
     }
-    std::memcpy(to, bytes.data() + position, got);
+    copy_repeated(bytes, position, to, got);
     file->position += got;
-    memory_files.bytes_read += got;
+    memory_files.bytes_read += is_catalogue ? 0 : got;
     return got;
 }
 
@@ -172,7 +188,7 @@ int64_t next_data(const FileRecord* file, int64_t position) {
     }
     const auto size = static_cast<int64_t>(memory_files.media.size());
     int64_t at = platform_position(file, position);
-    if (memory_files.vanished || at < 0 || at >= size) {
+    if (memory_files.vanished || at < 0 || at >= size || memory_files.repeated_size != 0) {
         return position;
     }
     while (at < size) {

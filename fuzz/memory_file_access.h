@@ -20,15 +20,16 @@ enum class Fault {
 
 struct MemoryFiles {
     Bytes media;
-    Bytes longer;    // what the file has become once it has grown
-    Bytes catalogue; // opens under paths that end in ".ini"; without bytes nothing does
+    int64_t repeated_size = 0; // of a file that has `media` again and again; 0: once
+    Bytes longer;              // what the file has become once it has grown
+    Bytes catalogue;           // opens under paths that end in ".ini"; without bytes nothing does
 
     Fault fault = Fault::none;
     int fault_at = 0;       // the call, counted from 0, at which it comes
     bool no_memory = false; // nothing can be reserved
 
     int calls = 0; // that opened, read or looked for holes
-    int reads = 0; // of them
+    int reads = 0; // of the media
     int64_t bytes_read = 0;
     int open_files = 0;           // opened and not closed
     int64_t reserved_memory = 0;  // bytes reserved and not released

@@ -1,6 +1,7 @@
 #include "support/temp_file.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -28,6 +29,16 @@ std::vector<std::pair<std::string, std::ofstream>>& spare_files() {
     temp_directory(); // made before and so removed after them
     static std::vector<std::pair<std::string, std::ofstream>> files;
     return files;
+}
+
+// What tests look at is a good start for fuzzing: fuzz/run asks for copies in a directory.
+void keep_copy(const std::vector<uint8_t>& bytes) {
+    static const char* const directory = std::getenv("ZAT_KEEP_TEST_FILES");
+    if (directory != nullptr && bytes.size() <= 12288) { // as long as an input may be
+        static int next = 0;
+        std::ofstream(directory + ("/" + std::to_string(next++)), std::ios::binary)
+            .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+    }
 }
 
 } // namespace
@@ -62,6 +73,7 @@ TempFile::TempFile(const std::vector<uint8_t>& bytes, std::string_view name) : h
     }
     out.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size())).flush();
     cut_file(*this, bytes.size());
+    keep_copy(bytes);
 }
 
 TempFile::~TempFile() {

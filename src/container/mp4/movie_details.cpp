@@ -54,7 +54,10 @@ void describe_tracks(Reader* reader, Movie* movie, ZatDetails* details) {
             details->chapters = sample_totals(reader, &track).samples;
         }
     }
-    details->stream_count += static_cast<uint32_t>(all - movie->track_count);
+    if (details->stream_count >=
+        ZAT_STREAM_SLOTS) { // else a slot would be counted that nothing filled
+        details->stream_count += static_cast<uint32_t>(all - movie->track_count);
+    }
 }
 
 void describe_format(const Movie& movie, ZatDetails* details) {
