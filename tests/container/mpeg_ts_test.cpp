@@ -148,23 +148,25 @@ TEST(MpegTs, names_streams_by_type_and_descriptors) {
     const Data hdmv = descriptor(5, "HDMV");
     TsBuilder types;
     types.table(0, pat({{1, 0x1000}, {2, 0x1001}}))
-        .table(
-            0x1000, pmt(1, 0x1FFF,
-                        {{0x1B, 0x100}, {0x24, 0x101}, {0xEA, 0x102}, {0x33, 0x103}, {0x0F, 0x110, language({"jpn", "eng"})},
-                            {6, 0x111, descriptor(0x7A, "\0")},
-                            {6, 0x112, ByteBuilder().append(descriptor(5, "Opus")).append(descriptor(0x6A, "\0")).bytes},
-                            {0xCF, 0x113}, {6, 0x120, descriptor(0x59, Data{'f', 'r', 'a', 0x20, 0, 1, 0, 1})},
-                            {6, 0x121, descriptor(0x56, Data{'d', 'e', 'u', 0x09, 0, 'd', 'e', 'u', 0x10, 0x88})},
-                            {6, 0x122, ByteBuilder().append(descriptor(0x52, "\x30")).append(descriptor(0xFD, Data{0, 8})).bytes},
-                            {0x0D, 0x130, descriptor(0xFD, Data{0, 12})},
-                            {0x15, 0x131, descriptor(0x26, Data{0xFF, 0xFF, 'I', 'D', '3', ' ', 0xFF, 'I', 'D', '3', ' '})},
-                            {0x0B, 0x132}, {0x0B, 0x133}, {5, 0x134, descriptor(0x6F, "")}}))
+        .table(0x1000,
+            pmt(1, 0x1FFF,
+                {{0x1B, 0x100}, {0x24, 0x101}, {0xEA, 0x102}, {0x33, 0x103}, {0x0F, 0x110, language({"jpn", "eng"})},
+                    {6, 0x111, descriptor(0x7A, "\0")},
+                    {6, 0x112, ByteBuilder().append(descriptor(5, "Opus")).append(descriptor(0x6A, "\0")).bytes}, {0xCF, 0x113},
+                    {0x0F, 0x114, descriptor(0xC4, Data{0xF2, 2, 0x10, 0x0F, 0xFF, 0xFF, 'j', 'p', 'n', 'e', 'n', 'g'})},
+                    {6, 0x120, descriptor(0x59, Data{'f', 'r', 'a', 0x20, 0, 1, 0, 1})},
+                    {6, 0x121, descriptor(0x56, Data{'d', 'e', 'u', 0x09, 0, 'd', 'e', 'u', 0x10, 0x88})},
+                    {6, 0x122, ByteBuilder().append(descriptor(0x52, "\x30")).append(descriptor(0xFD, Data{0, 8})).bytes},
+                    {0x0D, 0x130, descriptor(0xFD, Data{0, 12})},
+                    {0x15, 0x131, descriptor(0x26, Data{0xFF, 0xFF, 'I', 'D', '3', ' ', 0xFF, 'I', 'D', '3', ' '})},
+                    {0x0B, 0x132}, {0x0B, 0x133}, {5, 0x134, descriptor(0x6F, "")}}))
         .table(0x1001, pmt(2, 0x1FFF, {{0x90, 0x200, language({"eng"})}, {0x83, 0x201}, {0x86, 0x202}}, hdmv));
-    EXPECT_EQ(details_of(types.file.bytes)->streams[8].flags, ZAT_FLAG_HEARING_IMPAIRED | ZAT_FLAG_NO_DATA);
+    EXPECT_EQ(details_of(types.file.bytes)->streams[9].flags, ZAT_FLAG_HEARING_IMPAIRED | ZAT_FLAG_NO_DATA);
     const auto record = info_of(types.file.bytes);
     EXPECT_EQ(record_text(*record),
         "V 0x0100 [AVC/H264] no data\nV 0x0101 [HEVC/H265] no data\nV 0x0102 [VC-1] no data\nV 0x0103 [VVC/H266] no data\n"
         "A 0x0110 [AAC] jpn/eng no data\nA 0x0111 [E-AC-3] no data\nA 0x0112 [Opus] no data\nA 0x0113 [AAC] encrypted no data\n"
+        "A 0x0114 [AAC] dual mono jpn/eng no data\n"
         "A 0x0201 [TrueHD] no data\nA 0x0202 [DTS-HD MA] no data\n"
         "X 0x0120 [DVB subtitle] fra hearing impaired\nX 0x0121 [teletext] deu p.888\nX 0x0122 [ARIB caption]\n"
         "X 0x0130 [data broadcasting]\nX 0x0131 [timed ID3]\nX 0x0132,0x0133 [DSM-CC type B]\n"

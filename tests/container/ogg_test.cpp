@@ -173,6 +173,18 @@ TEST(Ogg, describes_each_stream_with_what_its_pages_tell) {
         {"positions that count no frames",
             OggBuilder().page(2, 0, {ByteBuilder().text("BBCD").fill(14).bytes}).page(0, 1 << 22, {Data(5)}).bytes,
             "[Ogg]\nV [Dirac]\n0.000"},
+        {"CELT",
+            OggBuilder()
+                .page(2, 0, {ByteBuilder().text("CELT    ").pad_to(36).le32(48000).le32(2).pad_to(60).bytes})
+                .page(4, 48000, {Data(500)})
+                .bytes,
+            "[Ogg]\nA [CELT] 48000Hz 2ch 4.000kbps\n1.000"},
+        {"PCM",
+            OggBuilder()
+                .page(2, 0, {ByteBuilder().text("PCM     ").pad_to(16).be32(8000).raw({16, 1}).pad_to(28).bytes})
+                .page(4, 4000, {Data(8000)})
+                .bytes,
+            "[Ogg]\nA [PCM] 8000Hz 1ch 16Bit 128.000kbps\n0.500"},
         {"same serial over and over",
             OggBuilder()
                 .page(2, 0, {opus_head()})

@@ -31,13 +31,15 @@ std::vector<std::pair<std::string, std::ofstream>>& spare_files() {
     return files;
 }
 
-// What tests look at is a good start for fuzzing: fuzz/run asks for copies in a directory.
+// What tests look at is a good start for fuzzing: fuzz/run asks for copies in a directory, as long as an
+// input may be.
 void keep_copy(const std::vector<uint8_t>& bytes) {
     static const char* const directory = std::getenv("ZAT_KEEP_TEST_FILES");
-    if (directory != nullptr && bytes.size() <= 12288) { // as long as an input may be
+    if (directory != nullptr) {
         static int next = 0;
+        const size_t size = std::min<size_t>(bytes.size(), 12288);
         std::ofstream(directory + ("/" + std::to_string(next++)), std::ios::binary)
-            .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+            .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(size));
     }
 }
 
