@@ -20,7 +20,7 @@ def described(program):
     os.chdir(ROOT)
     seeds = sorted(str(path) for path in pathlib.Path("fuzz/seeds").iterdir())
     done = subprocess.run([program, "--lang", "en", "--format", "jsonl", *seeds], stdout=subprocess.PIPE,
-                          stderr=subprocess.DEVNULL, text=True, timeout=120)
+                          stderr=subprocess.DEVNULL, encoding="utf-8", timeout=120)
     return done.stdout
 
 
@@ -46,9 +46,9 @@ def part_of(whole, name):
 def main():
     now = described(str(pathlib.Path(sys.argv[1]).resolve()))
     if "--accept" in sys.argv:
-        KEPT.write_text(now)
+        KEPT.write_text(now, encoding="utf-8")
         return 0
-    lines = differences(by_path(KEPT.read_text()), by_path(now))
+    lines = differences(by_path(KEPT.read_text(encoding="utf-8")), by_path(now))
     print("\n".join(lines) or f"{len(now.splitlines())} files described as before")
     return 1 if lines else 0
 
