@@ -1,5 +1,6 @@
 #include "support/byte_builder.h"
 #include "support/dispatched.h"
+#include "support/video_builder.h"
 
 namespace zat::test::elementary_stream_test {
 
@@ -106,6 +107,25 @@ TEST(ElementaryStream, samples_what_is_large) {
     EXPECT_NEAR(found->record.play_time, 40, 0.1);
     EXPECT_EQ(stream.estimated, uint32_t{ZAT_ESTIMATED_DURATION | ZAT_ESTIMATED_BIT_RATE | ZAT_ESTIMATED_FRAMES});
     EXPECT_STREQ(found->record.extra[0], "time estimated");
+}
+
+// ISO/IEC 13818-2, 6.2.2.6: a group whose time code is `seconds`.
+Data group(int seconds) {
+    const int code = seconds / 60 << 13 | 1 << 12 | seconds % 60 << 6; // without pictures, drop frames and hours
+    return ByteBuilder().be32(0x1B8).be32(static_cast<uint64_t>(code) << 7 | 0x40).bytes;
+}
+
+TEST(ElementaryStream, takes_the_time_codes_of_what_is_large) {
+    ByteBuilder large;
+    for (int second = 0; second < 90; ++second) {
+        large.append(sequence_header({})).append(sequence_extension({})).append(group(second));
+        for (int i = 0; i < 30; ++i) {
+            large.append(picture(1)).fill(second < 30 || second >= 60 ? 2500 : 8000, 0x55);
+        }
+    }
+    const auto found = dispatched(FILETYPE_MPEG, large.bytes);
+    EXPECT_NEAR(found->record.play_time, 90, 0.05);
+    EXPECT_EQ(found->details.streams[0].estimated, uint32_t{ZAT_ESTIMATED_FRAMES});
 }
 
 } // namespace zat::test::elementary_stream_test
