@@ -199,6 +199,17 @@ TEST(Matroska, fills_the_details) {
     EXPECT_EQ(stream_text(plain->streams[1]),
         "audio flags=129 mode=2 id=2 duration=1.000 bit_rate=17056 bytes=2132 sample_rate=96000 channels=8 bit_depth=24 "
         "codec=DTS codec_id=A_DTS profile=HD MA layout=L R C LFE Lb Rb Ls Rs");
+
+    // QuickTime's sample entries, and Dolby Vision's configuration ("dvcC") beside the codec's.
+    const Data vision = element(0x41E4, {number(0x41E7, 0x64766343), element(0x41ED, Data{1, 0, 10, 0x35, 0x10})});
+    const auto entries = details_of(file({info(1000),
+        tracks({track(1, video, "V_QUICKTIME",
+                    {element(0x63A2, ByteBuilder().be32(0).text("SVQ3").bytes), picture(320, 240), vision}),
+            track(2, audio, "A_QUICKTIME", {element(0x63A2, ByteBuilder().be32(0).text("QDM2").bytes), sound(44100, 2)})})}));
+    EXPECT_EQ(stream_text(entries->streams[0]),
+        "video flags=1 id=1 size=320:240 pixel=1:1 display=4:3 codec=Sorenson Video 3 codec_id=V_QUICKTIME hdr=Dolby Vision");
+    EXPECT_EQ(stream_text(entries->streams[1]),
+        "audio flags=1 id=2 sample_rate=44100 channels=2 codec=QDesign Music 2 codec_id=A_QUICKTIME");
 }
 
 TEST(Matroska, counts_blocks_in_all_their_forms) {
