@@ -190,9 +190,11 @@ size_t format_text_v(char* text, size_t size, const char* format, va_list argume
     va_list rest; // a va_list that can be handed on by address on every platform
     va_copy(rest, arguments);
     while (*format != '\0') {
-        const size_t plain = std::strcspn(format, "%");
-        put(&out, {format, plain});
-        format += plain;
+        const char* const plain = format;
+        while (*format != '\0' && *format != '%') { // mostly a few characters
+            ++format;
+        }
+        put(&out, {plain, static_cast<size_t>(format - plain)});
         if (*format == '%') {
             ++format;
             put_conversion(&out, parse_conversion(&format), &rest);

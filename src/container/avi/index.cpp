@@ -79,10 +79,11 @@ void count_chunk_index(Reader* reader, Span index, Stream* stream) {
 
 // The index chunk that an entry of AVISUPERINDEX points at, without its header.
 Span chunk_index_at(Reader* reader, const uint8_t* entry) {
+    const Span file = whole_file(reader);
     const int64_t offset = ReadLE64(entry);
-    return offset < 0 ? Span{}
-                      : sub_span(whole_file(reader), offset + chunk_header_size,
-                            int64_t{ReadLE32(entry + 8)} - chunk_header_size);
+    return offset < 0 || offset >= file.end ? Span{}
+                                            : sub_span(file, offset + chunk_header_size,
+                                                  int64_t{ReadLE32(entry + 8)} - chunk_header_size);
 }
 
 // Bytes of index that a stream's OpenDML index consists of.
