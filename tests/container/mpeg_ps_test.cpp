@@ -110,6 +110,13 @@ TEST(ProgramStream, lists_its_streams) {
                 .packet(0xBD, private_audio(0xC0, joined({{0x0B, 0x77, 0xFF, 0xFF}, eac3_frame(0, 0, 200, 2, 0, -1, 0)})), 0)
                 .bytes,
             "[MPEG2]\nA [E-AC-3 2/0] 48000Hz 2ch 300.000kbps\n0.005"},
+        {"TrueHD and DVD-Audio's MLP",
+            ProgramBuilder()
+                .pack(0)
+                .packet(0xBD, private_audio(0xB1, mlp_unit(400, 0xBA, 0x00F80000 | 0x0F << 15 | 0x4F, 0x8960)), 0)
+                .packet(0xBD, private_audio(0xB2, mlp_unit(400, 0xBB, 0)), 0)
+                .bytes,
+            "[MPEG2]\nA 0xB1 Dolby_TrueHD 48000Hz [7.1ch VBR] 7200.000kbps\nA 0xB2 [MLP]\n0.000"},
         {"AC-3 without a substream header",
             ProgramBuilder().pack(0).packet(0xBD, ac3_frames(2), 0).packet(0xBD, slices(40)).bytes,
             "[MPEG2]\nA " + ac3_line + "\n0.032"},
