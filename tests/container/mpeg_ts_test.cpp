@@ -193,12 +193,14 @@ TEST(MpegTs, measures_what_headers_leave_out) {
             "codec_id=0x0F profile=LC layout=L R"
             "\naudio id=65 duration=0.100 bit_rate=37500 bytes=600 sample_rate=48000 channels=2 codec=Opus codec_id=0x06");
 
-    TsBuilder lossless; // its header tells the peak rate only
-    lossless.table(0, pat({{7, 0x30}})).table(0x30, pmt(7, 0x40, {{0x83, 0x40}}, descriptor(5, "HDMV")));
+    TsBuilder lossless; // its header tells the peak rate only; beside it DTS without a core
+    lossless.table(0, pat({{7, 0x30}})).table(0x30, pmt(7, 0x40, {{0x83, 0x40}, {0xA2, 0x41}}, descriptor(5, "HDMV")));
     for (int i = 0; i < 6; ++i) {
         lossless.pes(0x40, 0xBD, 1000 + i * 1800, mlp_unit(100, 0xBA, 0x00000003, 0x8960));
+        lossless.pes(0x41, 0xBD, 1000 + i * 1800, dts_extension(2, 0));
     }
     EXPECT_EQ(details_of(lossless.file.bytes)->streams[0].bit_rate, 40000U);
+    EXPECT_EQ(info_of(lossless.file.bytes)->audio[1], std::string("0x0041 [DTS Express] 16.800kbps"));
 }
 
 TEST(MpegTs, tells_of_scrambled_streams_and_lost_packets) {
