@@ -35,7 +35,7 @@ const char* put_in_memory(Bytes bytes, int64_t size) {
     static const std::vector<uint8_t> catalogue = short_catalogue();
     memory_files = {};
     memory_files.media = bytes;
-    memory_files.repeated_size = size;
+    memory_files.repeated_size = size == static_cast<int64_t>(bytes.size()) ? 0 : size;
     memory_files.catalogue = catalogue;
     return "input";
 }
