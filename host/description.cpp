@@ -93,10 +93,8 @@ void ask_library(const Library& library, Query query, Description* description) 
         library.get_info(record);
         break;
     case Query::details:
-        description->details =
-            description->spare != nullptr
-                ? std::move(description->spare)
-                : std::make_unique_for_overwrite<ZatDetails>(); // cleared by the library
+        description->details = description->spare != nullptr ? std::move(description->spare)
+                                                             : std::make_unique<ZatDetails>();
         description->details->size = sizeof(ZatDetails);
         if (library.get_details(record, description->details.get()) != 1) {
             description->spare = std::move(description->details);

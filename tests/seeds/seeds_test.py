@@ -2,8 +2,8 @@
 """Describes the fuzz seeds, small files of every kind, and compares each with what was kept of it, so that a
 change shows what it changes for users.
 
-    seeds_test.py PROGRAM            PROGRAM: build/linux/zat
-    seeds_test.py PROGRAM --accept   keeps what PROGRAM says now
+    seeds_test.py PROGRAM...            PROGRAM: build/linux/zat, perhaps under valgrind
+    seeds_test.py PROGRAM... --accept   keeps what it says now
 """
 
 import json
@@ -13,14 +13,17 @@ import subprocess
 import sys
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
+SOME_REFUSED = 1  # the exit status, for seeds that are no media
 KEPT = pathlib.Path(__file__).with_name("expected.jsonl")
 
 
 def described(program):
     os.chdir(ROOT)
     seeds = sorted(str(path) for path in pathlib.Path("fuzz/seeds").iterdir())
-    done = subprocess.run([program, "--lang", "en", "--format", "jsonl", *seeds], stdout=subprocess.PIPE,
-                          stderr=subprocess.DEVNULL, encoding="utf-8", timeout=120)
+    done = subprocess.run([*program, "--lang", "en", "--format", "jsonl", *seeds], stdout=subprocess.PIPE,
+                          stderr=subprocess.PIPE, encoding="utf-8", timeout=300)
+    if done.returncode != SOME_REFUSED:
+        sys.exit(done.stderr)
     return done.stdout
 
 
@@ -44,7 +47,8 @@ def part_of(whole, name):
 
 
 def main():
-    now = described(str(pathlib.Path(sys.argv[1]).resolve()))
+    *runner, program = [argument for argument in sys.argv[1:] if argument != "--accept"]
+    now = described([*runner, str(pathlib.Path(program).resolve())])
     if "--accept" in sys.argv:
         KEPT.write_text(now, encoding="utf-8")
         return 0
