@@ -28,7 +28,7 @@ void expect_bytes(FileRecord* file, const std::vector<uint8_t>& bytes, uint32_t 
         zeros[at] = bytes[at] != 0 ? 0 : zeros[at + 1] < 0 ? -1 : zeros[at + 1] + 1;
     }
     int64_t position = 0;
-    const int reads = block_size == 0 ? 1000 : 300;
+    const int reads = block_size == 0 ? 3000 : 600;
     for (int i = 0; i < reads; ++i) {
         reader_allow(&reader, walk_allowance);
         state = state * 1664525 + 1013904223;

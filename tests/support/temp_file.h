@@ -21,7 +21,7 @@ struct TempFile {
     TempFile& operator=(const TempFile&) = delete;
 
     std::ofstream out; // stays open
-    bool has_name;
+    bool has_name;     // else it is kept for the next test
 };
 
 // Makes the file shorter: less work for the system than a new one.
