@@ -1,5 +1,6 @@
 #include "audio/aiff_file.h"
 
+#include "audio/apple_layout.h"
 #include "audio/sound_file.h"
 #include "common/record_lines.h"
 #include "common/riff.h"
@@ -57,43 +58,6 @@ constexpr CompressionRow compressions[] = {
     {fourcc("MAC6"), {.fourcc = fourcc("MAC6"), .block_bytes = 1, .block_samples = 6}},
 };
 
-// "CHAN": a layout, the bits of its speakers, which are those of WAVE, and descriptions (Apple Core
-// Audio Format, "Channel Layout Chunk"). A layout's low half is the number of channels.
-constexpr uint32_t layout_is_bitmap = 0x10000;
-
-struct LayoutRow {
-    uint32_t layout;
-    uint32_t mask;
-};
-
-constexpr LayoutRow layouts[] = {
-    {108 << 16 | 4, 0x33}, // quadraphonic
-    {113 << 16 | 3, 0x7},  // MPEG 3.0 A, B
-    {114 << 16 | 3, 0x7},
-    {115 << 16 | 4, 0x107}, // MPEG 4.0 A, B
-    {116 << 16 | 4, 0x107},
-    {117 << 16 | 5, 0x607}, // MPEG 5.0 A to D
-    {118 << 16 | 5, 0x607},
-    {119 << 16 | 5, 0x607},
-    {120 << 16 | 5, 0x607},
-    {121 << 16 | 6, 0x60F}, // MPEG 5.1 A to D
-    {122 << 16 | 6, 0x60F},
-    {123 << 16 | 6, 0x60F},
-    {124 << 16 | 6, 0x60F},
-    {125 << 16 | 7, 0x70F}, // MPEG 6.1 A
-    {126 << 16 | 8, 0x6CF}, // MPEG 7.1 A, B
-    {127 << 16 | 8, 0x6CF},
-    {128 << 16 | 8, 0x63F}, // MPEG 7.1 C
-    {131 << 16 | 3, 0x103}, // ITU 2.1, 2.2
-    {132 << 16 | 4, 0x603},
-    {133 << 16 | 3, 0xB}, // DVD 4 to 6, 10, 11, 18
-    {134 << 16 | 4, 0x10B},
-    {135 << 16 | 5, 0x60B},
-    {136 << 16 | 4, 0xF},
-    {137 << 16 | 5, 0x10F},
-    {138 << 16 | 5, 0x60B},
-};
-
 struct AiffFile {
     Reader reader;
     Span form; // the file behind ID3v2 tags
@@ -130,14 +94,9 @@ void take_sound(const Chunk& chunk, AiffFile* aiff) {
 }
 
 void take_layout(const Chunk& chunk, AiffFile* aiff) {
-    const uint32_t layout = read_be32(&aiff->reader, chunk.payload, 0);
-    const auto* row = std::find_if(std::begin(layouts), std::end(layouts),
-        [layout](const LayoutRow& each) { return each.layout == layout; });
-    aiff->sound.tells_layout = layout != 0;
-    aiff->sound.channel_mask = layout == layout_is_bitmap
-                                   ? read_be32(&aiff->reader, chunk.payload, 4)
-                               : row != std::end(layouts) ? row->mask
-                                                          : 0;
+    const Bytes layout = read_view(&aiff->reader, chunk.payload, 0, apple_layout_size);
+    aiff->sound.tells_layout = apple_layout_is_told(layout);
+    aiff->sound.channel_mask = apple_layout_mask(layout);
 }
 
 void take_id3v2(const Chunk& chunk, AiffFile* aiff) {

@@ -341,6 +341,13 @@ void wave_facts(const WaveFormat& format, ZatStream* stream) {
     set_rates(format.sample_rate, int64_t{format.byte_rate} * 8, stream);
 }
 
+void flac_facts(const FlacStreamInfo& info, ZatStream* stream) {
+    stream->sample_rate = info.sample_rate;
+    stream->channels = info.channels;
+    stream->bit_depth = info.bits;
+    set_layout(default_channel_mask(info.channels), stream); // RFC 9639, 9.1.3
+}
+
 void complete_by_bytes(int64_t bytes, ZatStream* stream) {
     if (bytes <= 0) {
         return;

@@ -7,6 +7,7 @@
 #include "audio/adts.h"
 #include "audio/audio_specific_config.h"
 #include "audio/dts.h"
+#include "audio/flac_streaminfo.h"
 #include "audio/lpcm.h"
 #include "audio/mpeg_audio.h"
 #include "audio/truehd.h"
@@ -38,6 +39,9 @@ void aac_facts(const AudioSpecificConfig& config, ZatStream* stream);
 void adts_facts(const AdtsHeader& header, ZatStream* stream);
 
 void vorbis_facts(const VorbisInfo& info, ZatStream* stream);
+
+// Rate, channels with their speakers and bits.
+void flac_facts(const FlacStreamInfo& info, ZatStream* stream);
 
 void dvd_lpcm_facts(const LpcmInfo& info, ZatStream* stream);
 void bd_lpcm_facts(const LpcmInfo& info, ZatStream* stream);

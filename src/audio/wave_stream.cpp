@@ -16,6 +16,7 @@ namespace zat {
 namespace {
 
 constexpr size_t extension_at = 18; // behind the extension's size
+constexpr size_t extensible_part = wave_extensible_size - extension_at;
 constexpr double rate_tolerance = 0.01;
 
 // Format tags (RFC 2361 and the multimedia registry).
@@ -50,6 +51,10 @@ Parsed parse(Bytes bytes) {
         // Both begin with the valid bits and the channel mask.
         parsed.mask = parsed.format.channel_mask;
         parsed.bits = parsed.format.valid_bits != 0 ? parsed.format.valid_bits : parsed.bits;
+    }
+    if (parsed.format.tag == wave_tag_extensible) { // the codec's own bytes stand behind that
+        parsed.extension =
+            parsed.extension.subspan(std::min(extensible_part, parsed.extension.size()));
     }
     return parsed;
 }

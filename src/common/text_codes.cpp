@@ -122,10 +122,18 @@ size_t windows_1252_to_utf8(std::string_view bytes, char* out, size_t size) {
     return text.used;
 }
 
-size_t utf16_to_utf8(Bytes bytes, uint16_t (*read)(const uint8_t*), char* out, size_t size) {
+using ReadUnit = uint16_t (*)(const uint8_t*);
+
+// A byte order mark is no character, and decides (Unicode, 23.8).
+size_t utf16_to_utf8(Bytes bytes, ReadUnit read, ReadUnit read_swapped, char* out, size_t size) {
+    constexpr uint16_t byte_order_mark = 0xFEFF;
+    if (bytes.size() >= 2 && read_swapped(bytes.data()) == byte_order_mark) {
+        read = read_swapped;
+    }
+    const bool marked = bytes.size() >= 2 && read(bytes.data()) == byte_order_mark;
     Utf8Text text = {out, size};
     out[0] = '\0';
-    for (size_t at = 0; at + 1 < bytes.size() && !text.full; at += 2) {
+    for (size_t at = marked ? 2 : 0; at + 1 < bytes.size() && !text.full; at += 2) {
         uint32_t unit = read(&bytes[at]);
         if (unit == 0) {
             break;
@@ -258,7 +266,9 @@ uint32_t take_joined(std::string_view* utf8) {
 size_t unknown_to_utf8(std::string_view bytes, char* out, size_t size) {
     const std::string_view text = until_zero(bytes);
     if (is_utf8(text)) {
-        copy_utf8(out, size, text);
+        constexpr std::string_view byte_order_mark = "\xEF\xBB\xBF"; // no character
+        const size_t mark = text.starts_with(byte_order_mark) ? byte_order_mark.size() : 0;
+        copy_utf8(out, size, text.substr(mark));
         return std::strlen(out);
     }
     if (looks_like_cp932(text)) {
@@ -273,11 +283,11 @@ size_t claimed_utf8_to_utf8(std::string_view bytes, char* out, size_t size) {
 }
 
 size_t utf16le_to_utf8(Bytes bytes, char* out, size_t size) {
-    return utf16_to_utf8(bytes, ReadLE16, out, size);
+    return utf16_to_utf8(bytes, ReadLE16, ReadBE16, out, size);
 }
 
 size_t utf16be_to_utf8(Bytes bytes, char* out, size_t size) {
-    return utf16_to_utf8(bytes, ReadBE16, out, size);
+    return utf16_to_utf8(bytes, ReadBE16, ReadLE16, out, size);
 }
 
 size_t cp932_to_utf8(std::string_view bytes, char* out, size_t size) {

@@ -21,7 +21,7 @@ size_t unknown_to_utf8(std::string_view bytes, char* out, size_t size);
 // UTF-8 as a file claims it: text that is not valid is of an unknown code.
 size_t claimed_utf8_to_utf8(std::string_view bytes, char* out, size_t size);
 
-// UTF-16; unpaired surrogates become U+FFFD.
+// UTF-16; unpaired surrogates become U+FFFD. A byte order mark holds over the order that is named.
 size_t utf16le_to_utf8(Bytes bytes, char* out, size_t size);
 size_t utf16be_to_utf8(Bytes bytes, char* out, size_t size);
 

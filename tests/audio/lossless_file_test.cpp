@@ -308,6 +308,9 @@ TEST(TtaFile, Rows) {
             {"TTA2 of the first encoder",
                 ByteBuilder().text("TTA2").le16(1).le16(1).le16(2).le16(16).le32(8000).le32(8000).fill(50).bytes,
                 "A [TTA2] 8000Hz 2ch 0.40kbps 16Bit 0.16%\n1.000 50"},
+            {"the encoder's demonstration",
+                ByteBuilder().text("TTA").raw({2}).le16(2).le16(16).le32(8000).le32(8000).fill(50).bytes,
+                "A [TTA] 8000Hz 2ch 0.40kbps 16Bit 0.16%\n1.000 50"},
             {"rate 0, wrong checksum", ByteBuilder().text("TTA1").le16(1).le16(2).le16(16).le32(0).le32(9).le32(0).fill(50).bytes,
                 "A [TTA1] 2ch 16Bit\nX damaged header\n0.000 46"},
             {"text", text("TTA is not always sound"), "X damaged header\n0.000 0"},
@@ -402,10 +405,13 @@ TEST(TakFile, Rows) {
         return ByteBuilder().raw({type}).le16(content.size() + 3).u8(0).append(content).le16(crc & 0xFFFF).u8(crc >> 16).bytes;
     };
     // Lowest bits first: codec, profile, frame size, samples, data type, rate, bits, channels.
-    const auto info = [](uint64_t samples, uint64_t rate) {
+    const auto info = [](uint64_t samples, uint64_t rate, bool center_and_lfe = false) {
         const uint64_t low = 2 | 2ULL << 6 | 3ULL << 10 | samples << 14 | (rate - 6000) << 52;
         const uint64_t high = (rate - 6000) >> 12 | 8ULL << 6 | 1ULL << 11;
-        return ByteBuilder().le64(low).le16(high).bytes;
+        const uint64_t speakers = 1 << 15 | 1 << 21 | 3 << 22 | 4ULL << 28;
+        ByteBuilder fields;
+        fields.le64(low);
+        return center_and_lfe ? fields.le32(high | (speakers & 0xFFFFFFFF)).u8(speakers >> 32).bytes : fields.le16(high).bytes;
     };
     const Data encoder = block(4, ByteBuilder().raw({1, 3, 2, 0x22}).bytes);
     const Data last_frame = block(7, ByteBuilder().le32(60).u8(0).le16(40).u8(0).bytes);
@@ -424,6 +430,8 @@ TEST(TakFile, Rows) {
                 join({text("tBaK"), block(1, info(44100, 44100)), block(4, ByteBuilder().raw({1, 0, 1}).bytes), end,
                     Data(100, 3)}),
                 "A [TAK 1.0.1 -p2] 44100Hz 2ch 0.80kbps 16Bit 0.06%\n1.000 100"},
+            {"speakers", join({text("tBaK"), block(1, info(44100, 44100, true)), last_frame, end, Data(100, 3)}),
+                "A [TAK -p2] 44100Hz 2ch(C+LFE) 0.80kbps 16Bit 0.06%\n1.000 100"},
             {"wrong checksum", join({text("tBaK"), wrong, encoder, end, Data(100, 3)}),
                 "A [TAK -p2] 44100Hz 2ch 0.92kbps 16Bit 0.07%\nX damaged header\n1.000 115"},
         });

@@ -97,6 +97,8 @@ TEST(StreamFacts, TellsAacByItsWholeConfiguration) {
     usac.bits(31, 5).bits(10, 6).bits(3, 4).bits(0, 4).bits(3, 5).bits(1, 3).bits(2, 5);
     BitBuilder twinvq; // error resilient, which has no flags of resilience of its own; SBR behind it
     twinvq.bits(21, 5).bits(6, 4).bits(2, 4).bits(1, 3).bits(0, 3).bits(0x2B7, 11).bits(5, 5).bits(1, 1).bits(3, 4);
+    BitBuilder eld; // object type 39 by escape, 24 kHz stereo, its SBR at twice that
+    eld.bits(31, 5).bits(7, 6).bits(6, 4).bits(2, 4).bits(0, 1 + 3).bits(1, 1).bits(1, 1).bits(0, 1 + 2);
     const std::pair<Data, const char*> rows[] = {
         {{0x12, 0x10}, "audio sample_rate=44100 channels=2 codec=AAC profile=LC layout=L R"},
         {{0x13, 0x10, 0x56, 0xE5, 0x98}, "audio sample_rate=48000 channels=2 codec=AAC profile=HE-AAC layout=L R"},
@@ -105,6 +107,7 @@ TEST(StreamFacts, TellsAacByItsWholeConfiguration) {
         {elements.bytes, "audio sample_rate=48000 channels=5 codec=AAC profile=LC"},
         {twinvq.bytes, "audio sample_rate=48000 channels=2 codec=TwinVQ layout=L R"},
         {usac.bytes, "audio sample_rate=48000 channels=2 codec=AAC profile=xHE-AAC layout=L R"},
+        {eld.bytes, "audio sample_rate=48000 channels=2 codec=AAC profile=ELD layout=L R"},
         {{0x12}, "audio codec=AAC"}, // cut: nothing of it is known
     };
     for (const auto& [bytes, expected] : rows) {

@@ -109,6 +109,7 @@ TEST(TextCodes, BytesOfUnknownCode) {
         std::string_view expected;
     } rows[] = {
         {"plain", "plain"},
+        {"\xEF\xBB\xBFplain", "plain"},
         {"caf\xC3\xA9", "café"},
         {"\x93\xFA\x96\x7B", "日本"},
         {"\x83\x41\x83\x42", "アィ"}, // the second one behind another

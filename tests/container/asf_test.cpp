@@ -264,6 +264,11 @@ TEST(Asf, describes_streams) {
             "0.000",
             "ASF created=2016-02-15T08:53:20Z notes=no data\n"
             "audio id=1 bit_rate=128000 sample_rate=44100 channels=2 codec=WMA2 codec_id=0x0161"},
+        {"degradable JPEG",
+            joined({header({file_properties(second, 1),
+                        stream_properties(guid(0x35907DE0, 0xE415), 1, ByteBuilder().le32(640).le32(480).bytes)}),
+                data_object({packet(1, 0)})}),
+            "[ASF]\nV 640x480 [JPEG]\n0.000", "ASF created=2016-02-15T08:53:20Z\nvideo id=1 size=640:480 codec=MJPEG"},
         {"neither a rate nor the tool's version",
             header({file_properties(second, 0), video(1, "MP43"),
                 object(guid(0xD2D0A440, 0xE307), ByteBuilder().le16(1).append(attribute("WM/ToolName", 0, wide("Tool"))).bytes)}),

@@ -228,10 +228,17 @@ Data ac3_frame() {
 
 Data sounds() {
     const Data units = stream_header("auds", 1, 48000, 48000, 4);
-    const Data extensible =
-        ByteBuilder().le16(20).le32(0x3F).le16(1).raw({0, 0, 0, 0, 0x10, 0, 0x80, 0, 0, 0xAA, 0, 0x38, 0x9B, 0x71}).bytes;
-    return avi({headers({audio(1, 192000, 16, units), audio(0xFF, 16000, 16, units, {0x11, 0x90}),
-                    audio(0xFFFE, 864000, 24, units, extensible), audio(2, 48000, 4, units)}),
+    const auto extensible = [](uint64_t tag) {
+        return ByteBuilder()
+            .le16(20)
+            .le32(0x3F)
+            .le16(tag)
+            .raw({0, 0, 0, 0, 0x10, 0, 0x80, 0, 0, 0xAA, 0, 0x38, 0x9B, 0x71})
+            .bytes;
+    };
+    return avi({headers({audio(1, 192000, 16, units),
+                    audio(0xFFFE, 16000, 16, units, ByteBuilder().append(extensible(0xFF)).raw({0x11, 0x90}).bytes),
+                    audio(0xFFFE, 864000, 24, units, extensible(1)), audio(2, 48000, 4, units)}),
         movi({riff_chunk("00wb", ac3_frame())})});
 }
 
@@ -373,7 +380,7 @@ TEST(Avi, describes_streams) {
             "0002] 48000Hz 2ch 4Bit 384.000kbps\n"
             "X no index\n"
             "1.000",
-            "AVI notes=no index duration=1.000 bit_rate=8384\n"
+            "AVI notes=no index duration=1.000 bit_rate=8560\n"
             "audio mode=1 duration=1.000 bit_rate=192000 nominal_bit_rate=1536000 sample_rate=48000 channels=2 codec=AC-3 "
             "codec_id=0x0001 layout=L R\n"
             "audio id=1 duration=1.000 bit_rate=128000 sample_rate=48000 channels=2 codec=AAC codec_id=0x00ff profile=LC "

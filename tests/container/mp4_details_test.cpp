@@ -81,8 +81,11 @@ TEST(Mp4Details, TellsTheTruthOfVideo) {
     const Data names =
         atom("udta", {atom("name", ByteBuilder().text("Angle 2").bytes),
                          atom("kind", full().text("urn:mpeg:dash:role:2011").u8(0).text("commentary").u8(0).bytes)});
-    const Data empty_edit = atom(
-        "edts", {atom("elst", full().be32(2).be32(500).be32(0xFFFFFFFF).be32(0x10000).be32(1500).be32(0).be32(0x10000).bytes)});
+    ByteBuilder edits = full().be32(101).be32(500).be32(0xFFFFFFFF).be32(0x10000);
+    for (int i = 0; i < 100; ++i) {
+        edits.be32(15).be32(0).be32(0x10000);
+    }
+    const Data empty_edit = atom("edts", {atom("elst", edits.bytes)});
     const Data plain = file({track({.tables = ticks})});
     const Data rich = file({track({.flags = 0,
         .header = media_header(1000, 2000, japanese),
@@ -116,7 +119,9 @@ TEST(Mp4Details, TellsTheTruthOfSound) {
     const Data dolby = atom("dec3", ByteBuilder().be16(448 << 3).be24(0x200F02).u8(0).bytes);
     const Data opus = atom("dOps", ByteBuilder().u8(0).u8(6).be16(312).be32(44100).be16(0).u8(1).bytes);
     const Data he_file = sound(audio_entry("mp4a", {he}), sizes({8000, 8000}));
-    const Data pcm = sound(audio_entry("sowt"), constant_sizes(1, 88200));
+    const auto speaker = [](uint64_t label) { return ByteBuilder().be32(label).fill(16).bytes; };
+    const Data layout = atom("chan", {full().be32(0).be32(0).be32(2).bytes, speaker(5), speaker(6)});
+    const Data pcm = sound(audio_entry("sowt", {layout}), constant_sizes(1, 88200));
     const Data mace = sound(audio_entry("MAC6"), constant_sizes(1, 88200));
     const Data flac_file = sound(audio_entry("fLaC", {flac}), sizes({100}), 48000);
     const Data dolby_file = sound(audio_entry("ec-3", {dolby}), constant_sizes(1792, 62), 48000);
@@ -129,21 +134,21 @@ TEST(Mp4Details, TellsTheTruthOfSound) {
         {"PCM by samples of one byte", pcm,
             line(pcm, "1 mode=1 id=1 duration=2.000 bit_rate=1411200 bytes=352800 samples=88200 sample_rate=44100 channels=2 "
                       "bit_depth=16"
-                      " codec=PCM codec_id=sowt profile=signed 16 LE")},
+                      " codec=PCM codec_id=sowt profile=signed 16 LE layout=Lb Rb")},
         {"packets of a format", mace,
             line(mace, "1 mode=1 id=1 duration=2.000 bit_rate=117600 bytes=29400 samples=88200 sample_rate=44100 channels=2"
                        " codec=MACE 6:1 codec_id=MAC6")},
         {"FLAC", flac_file,
             line(flac_file, "129 id=1 duration=2.000 bit_rate=400 bytes=100 samples=96000 sample_rate=48000 channels=2 "
                             "bit_depth=16 codec=FLAC"
-                            " codec_id=fLaC")},
+                            " codec_id=fLaC layout=L R")},
         {"E-AC-3", dolby_file,
             line(dolby_file, "1 mode=1 id=1 duration=2.000 bit_rate=444416 bytes=111104 samples=96000 sample_rate=48000 "
                              "channels=6 codec=E-AC-3"
                              " codec_id=ec-3 layout=L R C LFE Ls Rs")},
         {"Opus", opus_file,
             line(opus_file, "1 id=1 duration=2.000 bit_rate=400 bytes=100 samples=96000 sample_rate=48000 channels=6 codec=Opus "
-                            "codec_id=Opus")},
+                            "codec_id=Opus layout=L R C LFE Lb Rb")},
     });
 }
 
@@ -156,8 +161,8 @@ TEST(Mp4Details, TellsTextTracksChaptersAndMetadata) {
         atom("ilst", {item("\xA9nam", 1, ByteBuilder().text("Caf\xC3\xA9").bytes),
                          item("\xA9"
                               "ART",
-                             2, {0, 'A', 0, 'B'}),
-                         item("\xA9too", 1, ByteBuilder().text("Lavf1").bytes), item("covr", 13, {1}), item("desc", 1, {'x'})});
+                             2, {0xFF, 0xFE, 'A', 0, 'B', 0}),
+                         item("\xA9too", 3, {0x93, 0xFA, 0x96, 0x7B}), item("covr", 13, {1}), item("desc", 1, {'x'})});
     const Data user = atom("udta", {atom("meta", full().append(handler("mdir")).append(list).bytes)});
     const Data subtitle = atom("tx3g", ByteBuilder().fill(6).be16(1).be32(0x80000000).bytes);
     const Data referring = atom("tref", {atom("chap", ByteBuilder().be32(9).bytes)});
@@ -173,7 +178,7 @@ TEST(Mp4Details, TellsTextTracksChaptersAndMetadata) {
                   track({.id = 10, .type = "vide"})}),
             atom("mdat", {1, 2, 3}, 111)});
     expect_rows({{"all", bytes,
-        head(bytes, " title=Caf\xC3\xA9 artist=AB writer=Lavf1 notes=truncated", "MP4 profile=isom", 100) +
+        head(bytes, " title=Caf\xC3\xA9 artist=AB writer=\xE6\x97\xA5\xE6\x9C\xAC notes=truncated", "MP4 profile=isom", 100) +
             " missing=100 chapters=3 pictures=1"
             "\ntext flags=3 id=7 duration=2.000 bit_rate=400 bytes=100 codec=timed text codec_id=tx3g"
             "\ndata flags=1 id=8 duration=2.000 bit_rate=16 bytes=4 codec=timecode codec_id=tmcd"

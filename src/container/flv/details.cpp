@@ -172,14 +172,12 @@ void read_audio_configuration(Bytes config, ZatStream* stream) {
     } else if (codec == "Opus") {
         stream->sample_rate = 48000;
         if (read_opus_head(config, &opus)) {
-            stream->channels = opus.channels;
+            set_opus_facts(opus.channels, opus.mapping_family, stream);
         }
     } else if (codec == "FLAC") {
         const Bytes blocks = has_at(config, 0, "fLaC") ? config.subspan(4) : config;
         if (read_flac_streaminfo(flac_streaminfo_of_blocks(blocks), &flac)) {
-            stream->sample_rate = flac.sample_rate;
-            stream->channels = flac.channels;
-            stream->bit_depth = flac.bits;
+            flac_facts(flac, stream);
         }
     }
 }

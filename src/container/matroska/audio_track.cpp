@@ -215,10 +215,8 @@ void describe_flac(Description* text, ZatStream* stream) {
     if (read_flac_streaminfo(
             flac_streaminfo_of_blocks(text->codec_private.subspan(has_magic ? magic_size : 0)),
             &info)) {
-        stream->sample_rate = info.sample_rate;
-        stream->channels = info.channels;
+        flac_facts(info, stream);
         stream->samples = info.samples;
-        stream->bit_depth = info.bits;
     }
     text->bits = stream->bit_depth;
 }

@@ -1,9 +1,11 @@
 // The typed details of audio tracks.
 #include "audio/ac3_config.h"
 #include "audio/alac.h"
+#include "audio/apple_layout.h"
 #include "audio/audio_specific_config.h"
 #include "audio/first_frame.h"
 #include "audio/flac_streaminfo.h"
+#include "audio/opus.h"
 #include "audio/opus_config.h"
 #include "audio/stream_facts.h"
 #include "audio/truehd.h"
@@ -47,10 +49,21 @@ constexpr PcmFormat pcm_formats[] = {
     {fourcc("fpcm"), 0, PcmKind::floating, true},
 };
 
+// "ms" and a WAVE format tag.
+void read_tagged_pcm(const TrackFacts& facts, ZatStream* stream) {
+    if (std::string_view(stream->codec) == "PCM") {
+        ZatStream told = *stream;
+        set_format_tag_codec(&told, static_cast<uint16_t>(facts.format), facts.entry.sample_size);
+        stream->bit_depth = told.bit_depth;
+        copy_text(stream->profile, told.profile);
+    }
+}
+
 void read_pcm(const TrackFacts& facts, ZatStream* stream) {
     const auto* row = std::find_if(std::begin(pcm_formats), std::end(pcm_formats),
         [&facts](const PcmFormat& each) { return each.format == facts.format; });
     if (row == std::end(pcm_formats)) {
+        read_tagged_pcm(facts, stream);
         return;
     }
     PcmFormat pcm = *row;
@@ -73,6 +86,15 @@ void read_pcm(const TrackFacts& facts, ZatStream* stream) {
         pcm.big_endian = (facts.entry.pcm_flags & 2) != 0;
     }
     set_pcm(stream, pcm.kind, pcm.bits != 0 ? pcm.bits : facts.entry.sample_size, pcm.big_endian);
+}
+
+// Version and flags, then Core Audio's layout: see apple_layout.h.
+void read_layout(const TrackFacts& facts, ZatStream* stream) {
+    uint8_t buffer[4 + apple_layout_size];
+    const Bytes box = read_box(facts.reader, facts.entry.channel_layout, buffer);
+    if (stream->layout[0] == '\0' && box.size() > 4) {
+        set_layout(apple_layout_mask(box.subspan(4)), stream);
+    }
 }
 
 void read_aac(TrackFacts* facts, ZatStream* stream) {
@@ -131,9 +153,9 @@ void read_truehd(TrackFacts* facts, ZatStream* stream) {
 void read_opus(TrackFacts* facts, ZatStream* stream) {
     uint8_t box[audio_config_size];
     OpusConfig config;
-    stream->sample_rate = 48000; // whatever the encoder's input had
+    stream->sample_rate = opus_rate; // whatever the encoder's input had
     if (read_opus_config(read_box(facts->reader, facts->entry.audio_configuration, box), &config)) {
-        stream->channels = config.channels;
+        set_opus_facts(config.channels, config.mapping_family, stream);
     }
 }
 
@@ -143,9 +165,7 @@ void read_flac(TrackFacts* facts, ZatStream* stream) {
     const Span behind_version = sub_span(facts->entry.flac_configuration, 4);
     const Bytes blocks = read_box(facts->reader, behind_version, box);
     if (read_flac_streaminfo(flac_streaminfo_of_blocks(blocks), &info) && info.sample_rate != 0) {
-        stream->sample_rate = info.sample_rate;
-        stream->channels = info.channels;
-        stream->bit_depth = info.bits;
+        flac_facts(info, stream);
         stream->samples = info.samples;
     }
 }
@@ -247,6 +267,7 @@ void describe_audio_track(TrackFacts* facts, ZatStream* stream) {
         }
     }
     read_first_frame(facts, stream);
+    read_layout(*facts, stream);
     const SampleTotals& totals = facts->track->totals;
     if (totals.one_size && totals.samples != 0) {
         stream->bit_rate_mode = ZAT_BIT_RATE_CONSTANT;

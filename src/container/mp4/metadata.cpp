@@ -10,12 +10,12 @@ namespace zat::mp4 {
 namespace {
 
 // Well-known types of values (QuickTime File Format, "Well-Known Types").
-enum ValueType : uint32_t { value_utf8 = 1, value_utf16 = 2 };
+enum ValueType : uint32_t { value_utf8 = 1, value_utf16 = 2, value_shift_jis = 3 };
 
 // UTF-16 announces itself with a byte order mark.
 void convert(Bytes bytes, char* out, size_t size) {
     if (bytes.size() >= 2 && bytes[0] == 0xFE && bytes[1] == 0xFF) {
-        utf16be_to_utf8(bytes.subspan(2), out, size);
+        utf16be_to_utf8(bytes, out, size);
     } else {
         claimed_utf8_to_utf8(text_of(bytes), out, size);
     }
@@ -31,6 +31,8 @@ void read_item_text(Reader* reader, Span item, char* out, size_t size) {
             const Bytes value = read_box(reader, sub_span(atom.payload, 8), buffer);
             if (type == value_utf16) {
                 utf16be_to_utf8(value, out, size);
+            } else if (type == value_shift_jis) {
+                cp932_to_utf8(text_of(value), out, size);
             } else if (type <= value_utf8) {
                 convert(value, out, size);
             }

@@ -41,6 +41,7 @@ constexpr Located located[] = {
     {fourcc("enda"), &SampleEntry::byte_order},
     {fourcc("wfex"), &SampleEntry::audio_configuration},
     {fourcc("pcmC"), &SampleEntry::pcm_configuration},
+    {fourcc("chan"), &SampleEntry::channel_layout},
     {fourcc("sinf"), &SampleEntry::protection},
 };
 

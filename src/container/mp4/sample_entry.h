@@ -43,6 +43,7 @@ struct SampleEntry {
     Span bit_rates;           // "btrt"
     Span byte_order;          // "enda"
     Span pcm_configuration;   // "pcmC"
+    Span channel_layout;      // "chan"
     Span protection;          // "sinf"
     Span fixed;               // behind the common fields
 };

@@ -152,17 +152,18 @@ void read_track_user_data(TrackFacts* facts, ZatStream* stream) {
 // What edits make of the media (ISO/IEC 14496-12, 8.6.6): an empty one at the front delays the
 // track, the others tell how long it is played. Their scale is the movie's.
 void read_edits(TrackFacts* facts, uint32_t movie_scale, ZatStream* stream) {
-    constexpr uint32_t most_entries = 64;
+    constexpr int64_t most_entries = 65536;
     Reader* reader = facts->reader;
     const Span list = facts->track->edit_list;
     const bool large = version_1(reader, list);
     const int64_t entry_size = large ? 20 : 12;
-    const uint32_t entries = std::min(read_be32(reader, list, 4), most_entries);
+    const int64_t entries =
+        std::min<int64_t>(read_be32(reader, list, 4), (size_of(list) - 8) / entry_size);
     const double media = stream->duration;
     double played = 0;
-    bool sound = true;
+    bool sound = entries <= most_entries;
     stream->start = 0;
-    for (uint32_t i = 0; movie_scale != 0 && i < entries; ++i) {
+    for (int64_t i = 0; movie_scale != 0 && i < std::min(entries, most_entries); ++i) {
         const int64_t at = 8 + i * entry_size;
         const uint64_t high = large ? read_be32(reader, list, at) : 0;
         const uint64_t duration = high << 32 | read_be32(reader, list, at + (large ? 4 : 0));

@@ -134,11 +134,8 @@ void add_speex(const LogicalStream& stream, const Output& out, ZatStream* facts)
 
 void add_flac(const LogicalStream& stream, const Output& out, ZatStream* facts) {
     set_codec_text(facts, "FLAC", stream.coding == Coding::flac ? "FLAC" : "fLaC");
-    facts->sample_rate = stream.flac.sample_rate;
-    facts->channels = stream.flac.channels;
-    facts->bit_depth = stream.flac.bits;
+    flac_facts(stream.flac, facts);
     facts->flags |= ZAT_FLAG_LOSSLESS;
-    details_layout(default_channel_mask(facts->channels), facts->channels, facts->layout);
     add_audio_stream(out, *facts, {.codec = "FLAC", .bits = facts->bit_depth});
 }
 
