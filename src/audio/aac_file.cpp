@@ -18,8 +18,6 @@ namespace zat {
 
 namespace {
 
-constexpr uint32_t aac_block_samples = 1024; // of a raw_data_block
-
 // ADTS (ISO/IEC 13818-7, 6.2)
 
 constexpr uint32_t adts_look = 8; // bytes, the header and the one behind it
@@ -29,8 +27,7 @@ bool read_adts_frame(Bytes bytes, AudioFrame* frame) {
     if (frame->size <= adts_header_size || aac_sample_rate(bytes[2] >> 2 & 0xF) == 0) {
         return false;
     }
-    frame->samples =
-        aac_block_samples * ((bytes[6] & 3U) + 1); // number_of_raw_data_blocks_in_frame
+    frame->samples = audio_frame_samples(FrameKind::adts, bytes);
     return true;
 }
 
@@ -89,9 +86,11 @@ int analyze_adts(FramedFile* framed, const Output& out) {
 
 // LOAS (ISO/IEC 14496-3, 1.7.2)
 
+constexpr uint32_t loas_frame_samples = 1024; // of a sub-frame
+
 // The samples are those of one sub-frame.
 bool read_loas_frame(Bytes bytes, AudioFrame* frame) {
-    *frame = {loas_frame_size(bytes), aac_block_samples};
+    *frame = {loas_frame_size(bytes), loas_frame_samples};
     return frame->size > loas_header_size;
 }
 

@@ -217,12 +217,11 @@ void dts_facts(const DtsInfo& info, ZatStream* stream) {
     copy_utf8(stream->profile, x96 ? "96/24" : xch || info.es[0] != '\0' ? "ES" : "");
 }
 
-void truehd_facts(const TrueHdInfo& info, ZatStream* stream) {
+void truehd_format_facts(const TrueHdInfo& info, ZatStream* stream) {
     // By the bits of the channel assignment; those without a name make the mask one that does not
     // fit the count.
     static constexpr uint32_t masks[] = {front, centre, lfe, side, top_front, front_of_centre, back,
         back_centre, top_centre, 0, 0, top_front_centre, 0};
-    copy_utf8(stream->codec, "TrueHD");
     stream->channels = info.channels;
     uint32_t mask = 0;
     for (size_t bit = 0; bit < std::size(masks); ++bit) {
@@ -230,6 +229,11 @@ void truehd_facts(const TrueHdInfo& info, ZatStream* stream) {
     }
     set_layout(mask, stream);
     stream->sample_rate = info.sample_rate;
+}
+
+void truehd_facts(const TrueHdInfo& info, ZatStream* stream) {
+    copy_utf8(stream->codec, "TrueHD");
+    truehd_format_facts(info, stream);
     stream->bit_rate_mode = info.vbr != 0 ? ZAT_BIT_RATE_VARIABLE : ZAT_BIT_RATE_CONSTANT;
     stream->flags |= ZAT_FLAG_LOSSLESS;
 }

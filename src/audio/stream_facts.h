@@ -26,6 +26,8 @@ void ac3_facts(const Ac3Info& info, ZatStream* stream);
 void dts_facts(const DtsInfo& info, ZatStream* stream);
 
 void truehd_facts(const TrueHdInfo& info, ZatStream* stream);
+// Rate, channels and layout alone.
+void truehd_format_facts(const TrueHdInfo& info, ZatStream* stream);
 void mlp_facts(const MlpInfo& info, ZatStream* stream);
 
 // `channels` by a channel configuration of theirs, which may be 0.

@@ -24,6 +24,21 @@ uint32_t truehd_sample_rate(uint32_t code) {
 
 } // namespace
 
+bool read_truehd_format(Bytes format, TrueHdInfo* info) {
+    if (format.size() < 4) {
+        return false;
+    }
+    // audio_sampling_frequency (4), channel types and modifiers (8), then the two assignments with
+    // the 8-channel modifier (2) between them.
+    const uint32_t six_channel_assignment = (format[1] & 0x0FU) << 1 | format[2] >> 7;
+    const uint32_t eight_channel_assignment = (format[2] & 0x1FU) << 8 | format[3];
+    info->assignment =
+        eight_channel_assignment != 0 ? eight_channel_assignment : six_channel_assignment;
+    info->channels = TrueHDchannels(info->assignment);
+    info->sample_rate = truehd_sample_rate(format[0] >> 4);
+    return true;
+}
+
 int truehd_info(Bytes access_unit, TrueHdInfo* info) {
     uint8_t buf[truehd_header_size] = {};
     std::copy_n(access_unit.begin(), std::min(access_unit.size(), sizeof buf), buf);
@@ -39,14 +54,7 @@ int truehd_info(Bytes access_unit, TrueHdInfo* info) {
         return -2;
     }
     const uint8_t* p = buf + position + 4;
-    // audio_sampling_frequency (4), channel types and modifiers (8), then the two assignments with
-    // the 8-channel modifier (2) between them.
-    const uint32_t six_channel_assignment = (p[1] & 0x0FU) << 1 | p[2] >> 7;
-    const uint32_t eight_channel_assignment = (p[2] & 0x1FU) << 8 | p[3];
-    info->assignment =
-        eight_channel_assignment != 0 ? eight_channel_assignment : six_channel_assignment;
-    info->channels = TrueHDchannels(info->assignment);
-    info->sample_rate = truehd_sample_rate(p[0] >> 4);
+    read_truehd_format({p, 4}, info);
     // Behind signature, flags and a reserved word (16 each): variable_rate (1) and peak_data_rate
     // (15), in sixteenths of a bit per sample.
     const uint16_t rate = ReadBE16(p + 10);

@@ -25,6 +25,9 @@ struct TrueHdInfo {
 // stream than TrueHD.
 int truehd_info(Bytes access_unit, TrueHdInfo* info);
 
+// Decodes format_info: rate, channels and their assignment. False when its four bytes are cut.
+bool read_truehd_format(Bytes format, TrueHdInfo* info);
+
 // The major sync of an MLP stream of DVD-Audio, which orders the same fields otherwise.
 struct MlpInfo {
     uint32_t sample_rate = 0;  // Hz, of the first group of channels; 0 when not told

@@ -25,6 +25,21 @@ uint32_t sample_block(const WaveFormat& format) {
     return has_blocks ? sample_block_size(format) : 0;
 }
 
+// Samples per channel by the "fact" chunk. Encoders are known to write too few for the blocks of
+// IMA and MS ADPCM, which tell the samples that each of them holds.
+uint64_t told_samples(const WavChunks& chunks, int64_t announced) {
+    const WaveFormat& format = chunks.format;
+    const uint16_t tag = codec_tag(format);
+    if ((tag != wave_tag_ms_adpcm && tag != wave_tag_ima_adpcm) || format.extension_size < 2 ||
+        format.block_align == 0) {
+        return chunks.samples;
+    }
+    const uint32_t block_samples = format.valid_bits; // wSamplesPerBlock in its place
+    const uint64_t by_blocks =
+        static_cast<uint64_t>(announced) / format.block_align * block_samples;
+    return chunks.samples <= by_blocks / 2 ? by_blocks : chunks.samples;
+}
+
 // The data chunk's bytes, as announced, where that can be.
 int64_t announced_bytes(const WavChunks& chunks, int64_t available) {
     const auto most = static_cast<uint64_t>(std::numeric_limits<int64_t>::max());
@@ -40,7 +55,7 @@ void set_figures(const WavChunks& chunks, int64_t announced, int64_t available, 
         stream->bit_rate_mode = ZAT_BIT_RATE_CONSTANT;
         stream->bit_rate = uint64_t{block} * format.sample_rate * 8;
     } else if (stream->samples == 0) {
-        stream->samples = chunks.samples;
+        stream->samples = told_samples(chunks, announced);
     }
     if (stream->duration == 0 && stream->samples != 0 && format.sample_rate != 0) {
         stream->duration = static_cast<double>(stream->samples) / format.sample_rate;

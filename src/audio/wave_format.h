@@ -10,6 +10,8 @@
 namespace zat {
 
 constexpr uint16_t wave_tag_pcm = 0x0001;
+constexpr uint16_t wave_tag_ms_adpcm = 0x0002;
+constexpr uint16_t wave_tag_ima_adpcm = 0x0011;
 constexpr uint16_t wave_tag_mpeg = 0x0050;
 constexpr uint16_t wave_tag_mpeg_layer3 = 0x0055;
 constexpr uint16_t wave_tag_extensible = 0xFFFE;

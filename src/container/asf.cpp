@@ -44,19 +44,14 @@ double declared_time(const Header& header) {
     return static_cast<double>(header.play_duration - preroll) / double{ticks_per_second};
 }
 
-// Seconds from the first to the last object, of a recording whose header tells no time.
+// Seconds from the first to the last object of the longest stream, of a recording whose header
+// tells no time. Streams of a live recording may count from different times.
 double counted_time(const MediaScan& scan) {
-    bool found = false;
-    uint32_t first = 0;
-    uint32_t last = 0;
+    uint32_t longest = 0;
     for (const StreamScan& stream : scan.streams) {
-        if (stream.has_time) {
-            first = found ? std::min(first, stream.first_time) : stream.first_time;
-            last = std::max(last, stream.last_time);
-            found = true;
-        }
+        longest = std::max(longest, stream.has_time ? stream.last_time - stream.first_time : 0);
     }
-    return (last - first) * 1e-3;
+    return longest * 1e-3;
 }
 
 void write_texts(const Header& header, const Output& out) {

@@ -123,7 +123,9 @@ void describe_vp9(const BitmapStream& source, ZatStream* stream, VideoDescriptio
 void describe_mpeg4(const BitmapStream& source, ZatStream* stream, VideoDescription* text) {
     const Bytes media = source.media.empty() ? source.start : source.media;
     Mpeg4Headers headers;
+    // Sound may stand in front of the first picture, and look like a header.
     if (find_mpeg4_headers(source.info.codec_data, &headers) == 0 ||
+        find_mpeg4_headers(source.start, &headers) == 0 ||
         find_mpeg4_headers(media, &headers) == 0) {
         const ZatStream told = *stream;
         mpeg4_facts(headers, stream);

@@ -206,6 +206,11 @@ TEST(WavFile, TellsTypedDetails) {
             "WAV duration=1.000 bit_rate=65984\n"
             "audio duration=1.000 bit_rate=64880 bytes=8192 samples=8000 sample_rate=8000 channels=2 codec=ADPCM codec_id=0x0011 "
             "profile=IMA layout=L R"},
+        {"but not by one of fewer than half the blocks' samples",
+            wave({fmt({0x11, 2, 8000, 8110, 256, 4}, {2, 0, 0xF9, 0}), chunk("fact", Data{0x7C, 0x0F, 0, 0}), data(8192)}),
+            "WAV duration=0.996 bit_rate=66281\n"
+            "audio duration=0.996 bit_rate=64880 bytes=8192 samples=7968 sample_rate=8000 channels=2 codec=ADPCM codec_id=0x0011 "
+            "profile=IMA layout=L R"},
         {"MPEG audio", wave({fmt(mp3), chunk("data", mpeg_frame("Info", 1, 100))}),
             "WAV duration=2.612 bit_rate=1412\n"
             "audio mode=1 duration=2.612 bit_rate=128000 bytes=417 samples=115200 sample_rate=44100 channels=2 codec=MP3 "

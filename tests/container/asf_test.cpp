@@ -230,6 +230,21 @@ TEST(Asf, describes_streams) {
             "video id=5 bit_rate=30000 frame_rate=25.000 size=320:240 fps_ratio=25:1 codec=MS-MPEG4 v3 codec_id=MP43\n"
             "audio flags=32 id=6 bit_rate=128000 sample_rate=44100 channels=2 codec=WMA Pro codec_id=0x0162\n"
             "data id=7 codec=command"},
+        {"live, of no size, its streams on different clocks",
+            bare(1, data_object({packet(5, 0), packet(5, 1000), packet(6, 3'600'000)}, 50)),
+            "[ASF]\n"
+            "V 320x240 [C\x96\xB3MP43] ~1.000fps 2.784kbps 2f\n"
+            "A [C\x96\xB3"
+            "0162] 44100Hz 2ch 24Bit 128.000kbps encrypted\n"
+            "X [command]\n"
+            "X live\n"
+            "1.000",
+            "ASF created=2016-02-15T08:53:20Z notes=live duration=1.000 bit_rate=9096\n"
+            "video estimated=4 id=5 duration=1.000 bit_rate=2784 nominal_bit_rate=30000 bytes=348 frame_rate=1.000 frames=2 "
+            "size=320:240 codec=MS-MPEG4 v3 codec_id=MP43\n"
+            "audio flags=32 id=6 duration=1.000 bit_rate=128000 bytes=174 sample_rate=44100 channels=2 codec=WMA Pro "
+            "codec_id=0x0162\n"
+            "data flags=64 id=7 duration=1.000 codec=command"},
         {"cut", bare(2, data_object({packet(5, 0)}, 50 + 600)),
             "[ASF]\n"
             "V 320x240 [C\x96\xB3MP43] 30.000kbps\n"

@@ -265,8 +265,28 @@ Data pictures() {
         movi({riff_chunk("00dc", avc_picture())})});
 }
 
+// Sound in front of the picture looks like the header of an interlaced one.
+Data sound_like_a_header() {
+    return avi({headers({audio(1, 192000, 16, stream_header("auds", 1, 48000, 48000, 4)),
+                    video({.code = "XVID", .width = 176, .height = 144})}),
+        movi({riff_chunk("00wb", bytes_of_hex("00 00 01 20 00 C4 8D 88 00 CD 05 84 12 1C 63 00")),
+            riff_chunk("01dc", bytes_of_hex("00 00 01 20 00 C4 8D 88 00 CD 05 84 12 14 63 00"))})});
+}
+
 TEST(Avi, describes_streams) {
     expect_rows({
+        {"the picture's own header, not one in the sound", sound_like_a_header(),
+            "[AVI]\n"
+            "V 176x144 [C\x96\xB3XVID 1:1] 25.000fps 50f Progressive\n"
+            "A [C\x96\xB3"
+            "0001] 48000Hz 2ch 16Bit 1536.000kbps\n"
+            "X no index\n"
+            "2.000",
+            "AVI notes=no index duration=2.000 bit_rate=1496\n"
+            "audio duration=1.000 bit_rate=1536000 sample_rate=48000 channels=2 bit_depth=16 codec=PCM codec_id=0x0001 "
+            "profile=signed 16 LE\n"
+            "video id=1 duration=2.000 frame_rate=25.000 frames=50 size=176:144 pixel=1:1 display=11:9 fps_ratio=25:1 scan=1 "
+            "bit_depth=8 codec=MPEG-4 Visual codec_id=XVID chroma=4:2:0"},
         {"fields of MJPEG, display shape, PCM", two_streams(),
             "[AVI]\n"
             "V 320x240 [C\x96\xB3MJPG] 8Bit 25.000fps 4.500kbps 50f interlace display 427x240\n"

@@ -164,6 +164,9 @@ TEST_F(Mp4, NamesAudio) {
         {"TrueHD's rate of 32 bits",
             sound(atom("mlpa", ByteBuilder().be64(1).fill(8).be16(8).be16(16).be32(0).be32(96000).bytes)),
             "A [TrueHD] 96000Hz 8ch 16Bit 4.000kbps\n2.000"},
+        {"TrueHD's channels by its format_info",
+            sound(audio_entry("mlpa", {atom("dmlp", {0x00, 0x97, 0xC0, 0x0F, 0x18, 0xFE, 0, 0, 0, 0})})),
+            "A [TrueHD] 48000Hz 6ch 16Bit 4.000kbps\n2.000"},
         {"one size: knowingly the count of samples", sound(audio_entry("in24"), constant_sizes(6, 1000)),
             "A [PCM 24] 44100Hz 2ch 16Bit 4.000kbps\n2.000"},
     });

@@ -245,6 +245,9 @@ void read_header(Reader* reader, Header* header) {
         } else if (object.id == data_object) {
             header->has_data = true;
             header->data = sub_span(object.data, packets_at);
+            if (header->broadcast && size_of(header->data) == 0) {
+                header->data = rest; // a live recording's size was not known
+            }
             header->announced_end = std::max(header->announced_end, announced_end(object));
         }
     }

@@ -52,6 +52,7 @@ constexpr Codec codecs[] = {
     {"A_MLP", "MLP", {"MLP"}, Parser::lossless},
     {"A_VORBIS", "Vorbis", {"Vorbis"}, Parser::vorbis},
     {"A_OPUS", "Opus", {"Opus"}, Parser::opus},
+    {"A_SPEEX", "Speex", {"Speex"}}, // not registered, but written by GStreamer
     {"A_FLAC", "FLAC", {"FLAC"}, Parser::flac},
     {"A_ALAC", "ALAC", {"ALAC"}, Parser::alac},
     {"A_TTA1", "TTA", {"TTA"}, Parser::lossless},

@@ -3,6 +3,7 @@
 #include "audio/ac3_config.h"
 #include "audio/alac.h"
 #include "audio/flac_streaminfo.h"
+#include "audio/truehd.h"
 
 #include <cstring>
 
@@ -58,6 +59,18 @@ uint32_t apply_eac3(Reader* reader, SampleEntry* entry) {
     return config.bit_rate;
 }
 
+// The entry's own count of channels is that of the stereo presentation.
+void apply_truehd(Reader* reader, SampleEntry* entry) {
+    uint8_t format[4];
+    TrueHdInfo info;
+    if (std::memcmp(entry->format, "mlpa", sizeof entry->format) == 0 &&
+        read_truehd_format(read_box(reader, entry->audio_configuration, format), &info) &&
+        info.channels != 0 && info.sample_rate != 0) {
+        entry->channels = info.channels;
+        entry->sample_rate = info.sample_rate;
+    }
+}
+
 // ISO/IEC 14496-12, 12.2.4.
 void apply_sampling_rate(Reader* reader, SampleEntry* entry) {
     const uint32_t rate = read_be32(reader, entry->sampling_rate, 4);
@@ -71,6 +84,7 @@ void apply_sampling_rate(Reader* reader, SampleEntry* entry) {
 uint32_t apply_audio_config(Reader* reader, SampleEntry* entry) {
     apply_sampling_rate(reader, entry);
     apply_flac(reader, entry);
+    apply_truehd(reader, entry);
     const uint32_t eac3_rate = apply_eac3(reader, entry);
     const uint32_t alac_rate = apply_alac(reader, entry);
     return eac3_rate != 0 ? eac3_rate : alac_rate;

@@ -8,6 +8,7 @@
 #include "audio/opus.h"
 #include "audio/opus_config.h"
 #include "audio/stream_facts.h"
+#include "audio/truehd.h"
 #include "audio/wave_format.h"
 #include "common/codec_names.h"
 #include "common/numbers.h"
@@ -138,6 +139,17 @@ void read_dts(TrackFacts* facts, ZatStream* stream) {
     }
 }
 
+// MLPSpecificBox: format_info, peak_data_rate.
+void read_truehd(TrackFacts* facts, ZatStream* stream) {
+    uint8_t format[4];
+    TrueHdInfo info;
+    if (read_truehd_format(
+            read_box(facts->reader, facts->entry.audio_configuration, format), &info) &&
+        info.channels != 0 && info.sample_rate != 0) {
+        truehd_format_facts(info, stream);
+    }
+}
+
 void read_opus(TrackFacts* facts, ZatStream* stream) {
     uint8_t box[audio_config_size];
     OpusConfig config;
@@ -200,6 +212,7 @@ constexpr CodecReader config_readers[] = {
     {"AC-3", read_dolby},
     {"E-AC-3", read_dolby},
     {"DTS", read_dts},
+    {"TrueHD", read_truehd},
     {"Opus", read_opus},
     {"FLAC", read_flac},
     {"ALAC", read_alac},

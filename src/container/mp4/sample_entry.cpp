@@ -32,6 +32,7 @@ constexpr Located located[] = {
     {fourcc("dac3"), &SampleEntry::audio_configuration},
     {fourcc("dOps"), &SampleEntry::audio_configuration},
     {fourcc("ddts"), &SampleEntry::audio_configuration},
+    {fourcc("dmlp"), &SampleEntry::audio_configuration},
     {fourcc("dvcC"), &SampleEntry::dolby_vision},
     {fourcc("dvvC"), &SampleEntry::dolby_vision},
     {fourcc("dvwC"), &SampleEntry::dolby_vision},

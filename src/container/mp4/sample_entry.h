@@ -33,9 +33,10 @@ struct SampleEntry {
     Span flac_configuration; // "dfLa"
     Span eac3_configuration; // "dec3"
     Span sampling_rate;      // "srat"
+    // "dac3", "dOps", "ddts", "dmlp", "wfex": of details only but for "dmlp"
+    Span audio_configuration;
     // Of details only.
     Span video_configuration; // "hvcC", "av1C", "vpcC", "dvc1" and the like: by the format
-    Span audio_configuration; // "dac3", "dOps", "ddts"
     Span dolby_vision;        // "dvcC", "dvvC", "dvwC"
     Span colour;              // "colr", one with codes
     Span fields;              // "fiel"

@@ -78,12 +78,14 @@ bool describe_adts(Bytes captured, ZatStream* facts, StreamText* text) {
     header.line_style = adts_version_and_profile;
     const FrameRun run = follow_frames(FrameKind::adts, captured);
     const uint32_t samples = audio_frame_samples(FrameKind::adts, captured);
-    if (run.frames != 0) {
-        header.frame_length = static_cast<uint32_t>(run.bytes / run.frames);
-        header.bitrate =
-            static_cast<uint32_t>(run.bytes * 8 * header.sample_rate / (run.frames * samples));
-    }
     adts_facts(header, facts);
+    const uint64_t run_samples = run.frames * samples;
+    if (run_samples != 0) {
+        const uint64_t bits = run.bytes * 8;
+        header.frame_length = static_cast<uint32_t>(run.bytes / run.frames);
+        header.bitrate = static_cast<uint32_t>(bits * header.sample_rate / run_samples);
+        facts->bit_rate = bits * facts->sample_rate / run_samples;
+    }
     FormatAdtsLine(&header, text->line);
     set_frame_time(samples, *facts, text);
     text->has_line = true;
