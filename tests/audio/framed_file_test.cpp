@@ -110,6 +110,11 @@ TEST(Eac3File, counts_frames_of_the_first_programme) {
             {"7.1 and another programme", repeated(4, joined({core, rear, other})),
                 "A [E-AC-3 3/2.1] 48000Hz 8ch 400.000kbps\n0.128\nAC-3\naudio mode=1 duration=0.128 bit_rate=400000 bytes=6400 "
                 "samples=6144 sample_rate=48000 channels=8 codec=E-AC-3 layout=L R C LFE Lb Rb Ls Rs"},
+            {"behind a core of AC-3, whose rate tells the record's time",
+                repeated(4, joined({ByteBuilder().raw({0x0B, 0x77, 0, 0, 0x1E, 0x40, 0xE1}).pad_to(1792).bytes, rear})),
+                "A AC3 48000Hz [5.1Ch(3/2) L+C+R+SL+SR CM] 448kbps\n0.157\nAC-3 duration=0.128\naudio mode=1 duration=0.128 "
+                "bit_rate=548000 "
+                "bytes=8768 samples=6144 sample_rate=48000 channels=8 codec=E-AC-3 layout=L R C LFE Lb Rb Ls Rs"},
             {"behind a tag", joined({id3v2_tag(3000).bytes, repeated(3, core)}),
                 "A [E-AC-3 3/2.1] 48000Hz 6ch 200.000kbps\nX ID3v2(3000Byte)\n0.096\nAC-3\naudio mode=1 duration=0.096 "
                 "bit_rate=200000 bytes=2400 samples=4608" +
