@@ -22,7 +22,7 @@ constexpr TaggedDescriber tagged_describers[] = {
     {0x00FF, describe_adts_frame}, // AAC
     {0x1600, describe_adts_frame}, // MPEG_ADTS_AAC
     {0x1602, describe_loas_frame}, // MPEG_LOAS
-    {0x2000, describe_ac3_frame},
+    {0x2000, describe_dolby_frame},
     {0x2001, describe_dts_frame},
 };
 
@@ -73,6 +73,10 @@ bool describe_eac3_frame(Bytes start, ZatStream* stream, char (&line)[line_size]
     eac3_facts(info, stream);
     eac3_line(&info, line);
     return true;
+}
+
+bool describe_dolby_frame(Bytes start, ZatStream* stream, char (&line)[line_size]) {
+    return describe_ac3_frame(start, stream, line) || describe_eac3_frame(start, stream, line);
 }
 
 bool describe_dts_frame(Bytes start, ZatStream* stream, char (&line)[line_size]) {

@@ -22,6 +22,9 @@ using FrameDescriber = bool (*)(Bytes start, ZatStream* stream, char (&line)[lin
 bool describe_mpeg_audio_frame(Bytes start, ZatStream* stream, char (&line)[line_size]);
 bool describe_ac3_frame(Bytes start, ZatStream* stream, char (&line)[line_size]);
 bool describe_eac3_frame(Bytes start, ZatStream* stream, char (&line)[line_size]);
+// Either of the two: what goes by the name of AC-3 may be E-AC-3, which has no format tag of its
+// own.
+bool describe_dolby_frame(Bytes start, ZatStream* stream, char (&line)[line_size]);
 bool describe_dts_frame(Bytes start, ZatStream* stream, char (&line)[line_size]);
 bool describe_adts_frame(Bytes start, ZatStream* stream, char (&line)[line_size]);
 bool describe_loas_frame(Bytes start, ZatStream* stream, char (&line)[line_size]);

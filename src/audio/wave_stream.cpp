@@ -116,8 +116,7 @@ bool describe_by_sync(Bytes start, ZatStream* stream, char (&line)[line_size]) {
     const ZatStream told = *stream;
     stream->profile[0] = '\0';
     stream->bit_depth = 0;
-    if (describe_ac3_frame(start, stream, line) || describe_eac3_frame(start, stream, line) ||
-        describe_dts_frame(start, stream, line)) {
+    if (describe_dolby_frame(start, stream, line) || describe_dts_frame(start, stream, line)) {
         return true;
     }
     *stream = told;

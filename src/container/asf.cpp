@@ -27,8 +27,8 @@ bool needs_packets(Reader* reader, const Header& header) {
             if (stream.type != StreamType::audio) {
                 return stream.type == StreamType::video;
             }
-            const Bytes tag = read_view(reader, stream.type_data, 0, 2);
-            return tag.size() == 2 && frame_describer(ReadLE16(tag.data())) != nullptr;
+            const Bytes format = read_view(reader, stream.type_data, 0, wave_extensible_size);
+            return frame_describer(codec_tag(read_wave_format(format))) != nullptr;
         });
 }
 

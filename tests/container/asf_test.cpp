@@ -1,3 +1,4 @@
+#include "support/audio_builder.h"
 #include "support/byte_builder.h"
 #include "support/details_text.h"
 #include "support/record_text.h"
@@ -116,10 +117,10 @@ Data data_object(std::initializer_list<Data> packets, int64_t size = own_size) {
 }
 
 // One payload: a whole object of the rest of the packet.
-Data packet(uint64_t stream, uint64_t milliseconds) {
+Data packet(uint64_t stream, uint64_t milliseconds, const Data& payload = {}) {
     ByteBuilder bytes;
     bytes.raw({0x82, 0, 0, 0, 0x5D}).le32(0).le16(0).u8(0x80 | stream).u8(0).le32(0).u8(8).le32(100).le32(milliseconds + 1000);
-    return bytes.pad_to(packet_size, 0x55).bytes;
+    return bytes.append(payload).pad_to(packet_size, 0x55).bytes;
 }
 
 // Several payloads: the start of an object, its rest, and three objects in compressed form.
@@ -264,6 +265,19 @@ TEST(Asf, describes_streams) {
             "0.000",
             "ASF created=2016-02-15T08:53:20Z notes=no data\n"
             "audio id=1 bit_rate=128000 sample_rate=44100 channels=2 codec=WMA2 codec_id=0x0161"},
+        {"E-AC-3 by the name of AC-3, in an extensible format",
+            joined({header({file_properties(second, 1), audio(1, 0xFFFE,
+                                                            ByteBuilder()
+                                                                .le16(16)
+                                                                .le32(3)
+                                                                .le32(0x2000)
+                                                                .raw({0, 0, 0x10, 0, 0x80, 0, 0, 0xAA, 0, 0x38, 0x9B, 0x71})
+                                                                .bytes)}),
+                data_object({packet(1, 0, eac3_frame(0, 0, 64, 2, 0))})}),
+            "[ASF]\nA [E-AC-3 2/0] 48000Hz 2ch 16.000kbps\n0.000",
+            "ASF created=2016-02-15T08:53:20Z\n"
+            "audio estimated=2 id=1 bit_rate=16000 nominal_bit_rate=128000 bytes=174 sample_rate=48000 channels=2 codec=E-AC-3 "
+            "codec_id=0x2000 layout=L R"},
         {"degradable JPEG",
             joined({header({file_properties(second, 1),
                         stream_properties(guid(0x35907DE0, 0xE415), 1, ByteBuilder().le32(640).le32(480).bytes)}),

@@ -1,6 +1,7 @@
 #include "support/atom_builder.h"
 #include "support/details_text.h"
 #include "support/temp_file.h"
+#include "support/video_builder.h"
 
 #include <gtest/gtest.h>
 
@@ -91,11 +92,22 @@ TEST(Mp4Details, TellsTheTruthOfVideo) {
         .header = media_header(1000, 2000, japanese),
         .tables = tables(video_entry("encv", {avc, colour, fields, wide, scheme}), sizes({1000, 500}), 40),
         .others = join({names, empty_edit})})});
+    const Data picture =
+        join({sequence_header({.width = 320, .height = 240, .aspect = 2, .rate = 3}), sequence_extension({.chroma = 2})});
+    const Data front = join({file_type("isom"), atom("mdat", picture)});
+    const Data mpeg2 = join({front,
+        atom("moov", {movie_header(1000, 2000), track({.tables = join({tables(video_entry("m2v1"), sizes({1000, 500}), 40),
+                                                           first_chunk(front.size() - picture.size())})})})});
     const std::string rates = " bit_rate=6000 bytes=1500 frame_rate=25.000 frames=2";
     expect_rows({
         {"plain", plain,
             head(plain) + "\nvideo flags=1 id=1 duration=2.000" + rates + avc_facts +
                 " codec_id=avc1 profile=Baseline level=3 chroma=4:2:0"},
+        {"MPEG-2 by its first picture", mpeg2,
+            head(mpeg2) +
+                "\nvideo flags=1 id=1 duration=2.000 bit_rate=6000 nominal_bit_rate=8000000 bytes=1500 frame_rate=25.000"
+                " frames=2 size=320:240 pixel=1:1 display=4:3 fps_ratio=25:1 scan=2 bit_depth=8 codec=MPEG-2 Video"
+                " codec_id=m2v1 profile=Main level=Main chroma=4:2:2"},
         {"encrypted, delayed, with its own aspect, colour and fields", rich,
             head(rich) + "\nvideo flags=36 id=1 start=0.500 duration=1.500" + rates +
                 " size=320:240 pixel=4:3 display=16:9 fps_ratio=25:1 scan=2 field_order=2 bit_depth=8 codec=H.264"

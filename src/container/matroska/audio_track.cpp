@@ -265,7 +265,7 @@ void describe(Parser parser, Description* text, ZatStream* stream) {
         describe_aac(text, stream);
         break;
     case Parser::ac3:
-        describe_by_frame(describe_ac3_frame, text, stream);
+        describe_by_frame(describe_dolby_frame, text, stream);
         break;
     case Parser::dts:
         describe_dts(text, stream);

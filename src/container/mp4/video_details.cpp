@@ -6,6 +6,7 @@
 #include "container/mp4/track_details.h"
 #include "video/av1_config.h"
 #include "video/avc_config.h"
+#include "video/bitmap_stream.h"
 #include "video/colour_names.h"
 #include "video/dolby_vision.h"
 #include "video/hevc_sps.h"
@@ -69,6 +70,40 @@ void read_visual_headers(const TrackFacts& facts, ZatStream* stream) {
     if (codec == "MPEG-4 Visual" && find_mpeg4_headers(headers, &visual) == 0) {
         mpeg4_facts(visual, stream);
     }
+}
+
+// Codecs that have no configuration here, and the codes that they have elsewhere.
+struct PictureCodec {
+    std::string_view codec;
+    uint32_t code;
+};
+
+constexpr PictureCodec picture_codecs[] = {
+    {"MPEG-1 Video", fourcc("MPG1")},
+    {"MPEG-2 Video", fourcc("MPG2")},
+    {"MJPEG", fourcc("MJPG")},
+    {"DV", fourcc("dvsd")},
+};
+
+// What the first picture's own headers tell; the entry's size stays.
+void read_first_picture(const TrackFacts& facts, ZatStream* stream) {
+    const std::string_view codec = bounded_text(stream->codec);
+    const auto* row = std::find_if(std::begin(picture_codecs), std::end(picture_codecs),
+        [codec](const PictureCodec& each) { return each.codec == codec; });
+    if (row == std::end(picture_codecs) || (stream->flags & ZAT_FLAG_ENCRYPTED) != 0) {
+        return;
+    }
+    uint8_t start[video_config_size];
+    BitmapStream picture;
+    for (size_t i = 0; i < sizeof picture.info.compression; ++i) {
+        picture.info.compression[i] = static_cast<uint8_t>(row->code >> (24 - 8 * i));
+    }
+    picture.info.codec_data = facts.es.descriptor.specific_info;
+    picture.start = {start, read_first_chunk(facts.reader, *facts.track, start, sizeof start)};
+    VideoDescription description;
+    stream->width = facts.entry.width;
+    stream->height = facts.entry.height;
+    describe_bitmap_stream(picture, stream, &description);
 }
 
 // "nclx" (ISO/IEC 14496-12, 12.1.5) and QuickTime's "nclc", which has no range.
@@ -177,6 +212,7 @@ void describe_video_track(TrackFacts* facts, ZatStream* stream) {
     read_avc(*facts, stream);
     read_video_configuration(*facts, stream);
     read_visual_headers(*facts, stream);
+    read_first_picture(*facts, stream);
     if (stream->width == 0 || stream->height == 0) {
         stream->width = facts->entry.width;
         stream->height = facts->entry.height;
