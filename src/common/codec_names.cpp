@@ -304,6 +304,10 @@ CodecName audio_fourcc_name(uint32_t code) {
     return find_code(audio_codes, code);
 }
 
+CodecName video_entry_name(uint32_t code) {
+    return code == fourcc("rle ") ? CodecName{"Apple Animation (RLE)"} : video_fourcc_name(code);
+}
+
 void set_codec(ZatStream* stream, const CodecName& name) {
     copy_utf8(stream->codec, name.codec);
     if (!name.profile.empty()) {

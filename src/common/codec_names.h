@@ -20,6 +20,9 @@ struct CodecName {
 CodecName video_fourcc_name(uint32_t code);
 CodecName audio_fourcc_name(uint32_t code);
 
+// By the code of QuickTime's sample entries, one of which is another codec's elsewhere.
+CodecName video_entry_name(uint32_t code);
+
 // By a WAVE format tag (RFC 2361 and the multimedia registry).
 CodecName format_tag_name(uint16_t tag);
 

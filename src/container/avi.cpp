@@ -26,6 +26,12 @@ bool lacks_lengths(const Movie& movie) {
         [](const Stream& stream) { return stream.length == 0; });
 }
 
+// Of sound whose samples have one size, the samples.
+uint64_t counted_units(const Stream& stream) {
+    const bool in_bytes = stream.type == fourcc("auds") && stream.sample_size != 0;
+    return in_bytes ? stream.bytes / stream.sample_size : stream.chunks;
+}
+
 // The lengths by what was counted, of a part of the media data or of all.
 void take_counted_lengths(const MediaWalk& walk, Movie* movie) {
     const double part =
@@ -34,9 +40,8 @@ void take_counted_lengths(const MediaWalk& walk, Movie* movie) {
             : 1;
     for (uint32_t i = 0; i < movie->stream_count; ++i) {
         Stream* stream = &movie->streams[i];
-        const bool in_bytes = stream->type == fourcc("auds") && stream->sample_size != 0;
-        const uint64_t units = in_bytes ? stream->bytes / stream->sample_size : stream->chunks;
-        stream->length = clamp_to_integer<uint32_t>(static_cast<double>(units) / part);
+        stream->length =
+            clamp_to_integer<uint32_t>(static_cast<double>(counted_units(*stream)) / part);
     }
 }
 
@@ -56,6 +61,17 @@ bool count_streams(Reader* reader, uint32_t options, Movie* movie, Source* sourc
         take_counted_lengths(walk, movie);
     }
     return without_lengths && !walk.complete;
+}
+
+// Some writers tell the chunks of a sound in the place of its samples.
+void correct_lengths(Movie* movie) {
+    for (uint32_t i = 0; i < movie->stream_count; ++i) {
+        Stream* stream = &movie->streams[i];
+        if (stream->type == fourcc("auds") && stream->length == stream->chunks) {
+            stream->length =
+                clamp_to_integer<uint32_t>(static_cast<double>(counted_units(*stream)));
+        }
+    }
 }
 
 double play_time(const Movie& movie) {
@@ -139,6 +155,9 @@ int AnalyzeAviFile(FileRecord* file, const Output& out) {
     Source source{&reader, &movie, false, false, out, &extra};
     reader_allow(&reader, table_allowance);
     source.estimated = count_streams(&reader, out.record->options, &movie, &source);
+    if (source.counted) {
+        correct_lengths(&movie);
+    }
     reader_allow(&reader, walk_allowance);
     find_first_data(&reader, source.counted, &movie);
     write_file_facts(source);

@@ -275,6 +275,17 @@ Data sound_like_a_header() {
 
 TEST(Avi, describes_streams) {
     expect_rows({
+        {"chunks told in the place of samples",
+            avi({headers({audio(1, 192000, 16, stream_header("auds", 1, 48000, 2, 4))}), movi({riff_chunk("00wb", Data(96000))}),
+                idx1({{"00wb", 4, 48000}, {"00wb", 4, 48000}})}),
+            "[AVI]\n"
+            "A [C\x96\xB3"
+            "0001] 48000Hz 2ch 16Bit 1536.000kbps\n"
+            "0.500",
+            "AVI duration=0.500 bit_rate=1540000\n"
+            "audio duration=0.500 bit_rate=1536000 bytes=96000 sample_rate=48000 channels=2 bit_depth=16 codec=PCM "
+            "codec_id=0x0001 "
+            "profile=signed 16 LE"},
         {"the picture's own header, not one in the sound", sound_like_a_header(),
             "[AVI]\n"
             "V 176x144 [C\x96\xB3XVID 1:1] 25.000fps 50f Progressive\n"

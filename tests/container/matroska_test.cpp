@@ -204,14 +204,16 @@ TEST(Matroska, fills_the_details) {
 
     // QuickTime's sample entries, and Dolby Vision's configuration ("dvcC") beside the codec's.
     const Data vision = element(0x41E4, {number(0x41E7, 0x64766343), element(0x41ED, Data{1, 0, 10, 0x35, 0x10})});
-    const auto entries = details_of(file({info(1000),
-        tracks({track(1, video, "V_QUICKTIME",
-                    {element(0x63A2, ByteBuilder().be32(0).text("SVQ3").bytes), picture(320, 240), vision}),
-            track(2, audio, "A_QUICKTIME", {element(0x63A2, ByteBuilder().be32(0).text("QDM2").bytes), sound(44100, 2)})})}));
+    const auto entry = [](std::string_view code) { return element(0x63A2, ByteBuilder().be32(0).text(code).bytes); };
+    const auto entries =
+        details_of(file({info(1000), tracks({track(1, video, "V_QUICKTIME", {entry("SVQ3"), picture(320, 240), vision}),
+                                         track(2, audio, "A_QUICKTIME", {entry("QDM2"), sound(44100, 2)}),
+                                         track(3, video, "V_QUICKTIME", {entry("rle ")})})}));
     EXPECT_EQ(stream_text(entries->streams[0]),
         "video flags=1 id=1 size=320:240 pixel=1:1 display=4:3 codec=Sorenson Video 3 codec_id=V_QUICKTIME hdr=Dolby Vision");
     EXPECT_EQ(stream_text(entries->streams[1]),
         "audio flags=1 id=2 sample_rate=44100 channels=2 codec=QDesign Music 2 codec_id=A_QUICKTIME");
+    EXPECT_STREQ(entries->streams[2].codec, "Apple Animation (RLE)");
 }
 
 TEST(Matroska, counts_blocks_in_all_their_forms) {

@@ -74,6 +74,8 @@ TEST(ProgramStream, lists_its_streams) {
     ProgramBuilder languages; // and types that are none of those which streams of their ids mostly are
     languages.pack(0).map({{0x33, 0xE0}, {0x87, 0xC0}, {0x2D, 0xC1}}, {0x0A, 8, 'j', 'p', 'n', 0, 'e', 'n', 'g', 2});
     languages.packet(0xE0, slices(300), 0);
+    ProgramBuilder substream; // in the map in the place of its stream
+    substream.pack(0).map({{0x81, 0x80}}, {0x0A, 4, 'j', 'p', 'n', 0}).packet(0xBD, private_audio(0x80, ac3_frames(2)), 0);
     ProgramBuilder extension; // a stream_id_extension in the map and in the packet
     extension.pack(0).map({{0x81, 0xFD}}, {1, 1, 0x80 | 0x71, 0x0A, 4, 'j', 'p', 'n', 0}, 0xA1);
     extension.unit(0xFD, ByteBuilder().raw({0x81, 1, 3, 1, 0x81, 0x71}).append(ac3_frames(2)).bytes);
@@ -103,6 +105,7 @@ TEST(ProgramStream, lists_its_streams) {
         {"languages of a map", languages.bytes,
             "[MPEG2]\nV [video] jpn/eng hearing impaired\nA 0xC0 [E-AC-3] no data jpn/eng hearing impaired\n"
             "A 0xC1 [audio] no data jpn/eng hearing impaired\n0.000"},
+        {"a substream of a map", substream.bytes, "[MPEG2]\nA " + ac3_line + " jpn\n0.032"},
         {"an extended stream of a map", extension.bytes, "[MPEG2]\nA " + ac3_line + " jpn\n0.000"},
         {"E-AC-3 of one block a frame, behind a sync word by chance",
             ProgramBuilder()

@@ -146,9 +146,17 @@ TEST(Ogg, describes_each_stream_with_what_its_pages_tell) {
                 .stream(2)
                 .page(0, 88200, {Data(9), Data(4000)})
                 .bytes,
-            "[Ogg(OGM)]\nV 640x480 [C\x96\xB3XVID] 25.000fps 4.036kbps 50f\n"
+            "[Ogg(OGM)]\nV 640x480 [C\x96\xB3XVID] 25.000fps 4.028kbps 50f\n"
             "A [C\x96\xB3"
-            "0055] 44100Hz 2ch 16.036kbps\nX [text]\n2.000"},
+            "0055] 44100Hz 2ch 16.028kbps\nX [text]\n2.000"},
+        {"ogm sound, its tag without zeros, beside comments that are none",
+            OggBuilder()
+                .page(2, 0, {ogm_head("audio", {"55\0\0", 4}, 10000000, 44100, ByteBuilder().le16(2).le16(0).le32(16000).bytes)})
+                .page(0, 0, {ByteBuilder().u8(3).text("vorbisENCODER=seed").u8(0).bytes})
+                .page(4, 88200, {Data(9), Data(4000)})
+                .bytes,
+            "[Ogg(OGM)]\nA [C\x96\xB3"
+            "0055] 44100Hz 2ch 16.028kbps\n2.000"},
         {"ogm by its first packets, behind flags and lengths",
             OggBuilder()
                 .page(2, 0, {ogm_head("video", "XVID", 400000, 1, ByteBuilder().le32(640).le32(480).bytes)})
@@ -162,8 +170,8 @@ TEST(Ogg, describes_each_stream_with_what_its_pages_tell) {
                 .stream(2)
                 .page(0, 88200, {ByteBuilder().u8(0x82).fill(6).be32(0xFFFB9000).pad_to(4000).bytes})
                 .bytes,
-            "[Ogg(OGM)]\nV 640x480 [C\x96\xB3XviD0046] 25.000fps 4.000kbps 50f\n"
-            "A MPEG1-LayerIII 44100Hz [VBR Stereo] 16.00kbps [417bpf] \nA [C\x96\xB3"
+            "[Ogg(OGM)]\nV 640x480 [C\x96\xB3XviD0046] 25.000fps 3.992kbps 50f\n"
+            "A MPEG1-LayerIII 44100Hz [VBR Stereo] 15.97kbps [417bpf] \nA [C\x96\xB3"
             "0001] 8000Hz 1ch 16Bit 128.000kbps\nI v\n2.000"},
         {"unknown stream", OggBuilder().page(2, 0, {Data(40, 7)}).page(0, 5, {Data(5)}).bytes,
             "[Ogg]\nX [unknown stream]\n0.000"},
@@ -243,7 +251,7 @@ TEST(Ogg, fills_the_details) {
     ogm.page(0, 44100, {ByteBuilder().u8(8).be32(0xFFFB9000).pad_to(16001).bytes});
     EXPECT_EQ(details_text(*details_of(ogm.bytes)),
         "Ogg duration=1.000 bit_rate=129376\n"
-        "audio id=1 duration=1.000 bit_rate=128000 bytes=16001 samples=44100 sample_rate=44100 channels=2 codec=MP3 "
+        "audio id=1 duration=1.000 bit_rate=128000 bytes=16000 samples=44100 sample_rate=44100 channels=2 codec=MP3 "
         "codec_id=0x0055 layout=L R");
     // Two units a second, from 3 on for 1; a stream without data, of a rate and channels that none has.
     const Data kate_head = ByteBuilder()

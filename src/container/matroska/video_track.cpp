@@ -162,7 +162,7 @@ void name_by_entry(uint32_t code, ZatStream* stream, VideoDescription* descripti
     char text[fourcc_text_size];
     printable_fourcc_text(bytes, text);
     codec_name("[QT-VIDEO]", text, text, description->codec, sizeof description->codec);
-    set_codec(stream, video_fourcc_name(code));
+    set_codec(stream, video_entry_name(code));
 }
 
 void describe_theora(Bytes codec_private, ZatStream* stream, VideoDescription* description) {

@@ -18,7 +18,6 @@ struct FormatRow {
 // Formats that mean something else, or nothing, in other containers.
 constexpr FormatRow video_formats[] = {
     {fourcc("dvh1"), {"HEVC"}},
-    {fourcc("rle "), {"Apple Animation (RLE)"}},
 };
 
 constexpr FormatRow other_formats[] = {
@@ -106,7 +105,7 @@ CodecName object_name(uint8_t object_type) {
 CodecName format_name(uint32_t format, uint32_t kind) {
     if (kind == ZAT_STREAM_VIDEO) {
         const CodecName own = find_format(video_formats, format);
-        return own.codec.empty() ? video_fourcc_name(format) : own;
+        return own.codec.empty() ? video_entry_name(format) : own;
     }
     return kind == ZAT_STREAM_AUDIO ? audio_fourcc_name(format)
                                     : find_format(other_formats, format);

@@ -46,6 +46,12 @@ const IdRange* range_of(const IdRange (&ranges)[N], uint8_t id) {
     return nullptr;
 }
 
+// Whether a map tells a substream of private stream 1 by an id that no packet can have.
+bool is_substream(uint8_t id, Kind kind) {
+    const IdRange* range = id < id_program_stream_map ? range_of(substreams, id) : nullptr;
+    return range != nullptr && range->kind == kind;
+}
+
 bool find_substream(StreamTable* table, Bytes data, Payload* payload) {
     constexpr uint8_t first_ac3 = 0x80;
     // Broadcast AC-3 has no substream header.
@@ -178,7 +184,9 @@ void declare_streams(StreamTable* table, const StreamMap& map) {
     for (size_t i = 0; i < map.count; ++i) {
         const MapEntry& entry = map.entries[i];
         const Kind kind = kind_of_type(entry.stream_type, entry.stream_id);
-        const auto key = static_cast<uint16_t>(entry.stream_id << 8 | entry.extension_id);
+        const auto key = static_cast<uint16_t>(is_substream(entry.stream_id, kind)
+                                                   ? id_private_1 << 8 | entry.stream_id
+                                                   : entry.stream_id << 8 | entry.extension_id);
         if (kind == Kind::other || entry.stream_id == id_private_1 ||
             (entry.stream_id == id_extended && entry.extension_id == 0)) {
             continue; // its substreams tell their kinds themselves

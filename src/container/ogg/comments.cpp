@@ -84,7 +84,11 @@ bool copy_item(PacketCursor* cursor, Packet* packet) {
 
 void copy_packet(PacketCursor* cursor, Packet* packet) {
     uint8_t field[4];
-    if (!copy_item(cursor, packet) || read_packet(cursor, field, sizeof field) != sizeof field) {
+    if (!copy_item(cursor, packet)) {
+        packet->length = 0; // without a whole writer's name it is no list of comments
+        return;
+    }
+    if (read_packet(cursor, field, sizeof field) != sizeof field) {
         return;
     }
     const uint32_t count_at = packet->length;

@@ -61,18 +61,51 @@ uint64_t remaining_bit_rate(const Walk& walk, const LogicalStream& stream) {
     return std::isfinite(rate) && rate > 0 ? clamp_to_integer<uint64_t>(rate + 0.5) : 0;
 }
 
-void set_figures(const Walk& walk, const LogicalStream& stream, ZatStream* facts) {
+// Goes to the first packet of OGM's data, behind a byte with flags, of which the lowest marks
+// headers, and as many bytes of a length as bits 6, 7 and 1 count. Returns how many those are, 0
+// without such a packet.
+uint32_t find_ogm_data(Reader* reader, const LogicalStream& stream, PacketCursor* cursor) {
+    constexpr int packets_looked_at = 4;
+    start_packet(cursor, reader, stream.first_page, 0);
+    for (int i = 0; i < packets_looked_at && next_packet(cursor); ++i) {
+        uint8_t flags = 0;
+        if (read_packet(cursor, &flags, 1) == 1 && (flags & 1) == 0) {
+            const uint32_t length_size = uint32_t{flags} >> 6 | (flags & 2U) << 1;
+            read_packet(cursor, nullptr, length_size);
+            return 1 + length_size;
+        }
+    }
+    return 0;
+}
+
+uint32_t read_ogm_start(
+    Reader* reader, const LogicalStream& stream, uint8_t* start, uint32_t size) {
+    PacketCursor cursor;
+    return find_ogm_data(reader, stream, &cursor) != 0 ? read_packet(&cursor, start, size) : 0;
+}
+
+// What the pages hold, without what stands in front of the data in OGM's packets.
+uint64_t data_bytes(Reader* reader, const LogicalStream& stream) {
+    if (stream.coding != Coding::ogm_video && stream.coding != Coding::ogm_audio) {
+        return stream.bytes;
+    }
+    PacketCursor cursor;
+    const uint64_t heads = uint64_t{find_ogm_data(reader, stream, &cursor)} * stream.data_packets;
+    return stream.bytes - std::min(stream.bytes, heads);
+}
+
+void set_figures(Walk* walk, const LogicalStream& stream, ZatStream* facts) {
     facts->id = stream.serial;
     facts->duration = seconds_played(stream);
     facts->nominal_bit_rate = nominal_bit_rate(stream);
-    if (walk.counted) {
-        facts->bytes = stream.bytes;
-        const double rate = divide(static_cast<double>(stream.bytes) * 8, facts->duration);
+    if (walk->counted) {
+        facts->bytes = data_bytes(&walk->reader, stream);
+        const double rate = divide(static_cast<double>(facts->bytes) * 8, facts->duration);
         facts->bit_rate = std::isfinite(rate) ? clamp_to_integer<uint64_t>(rate + 0.5) : 0;
     } else if (facts->nominal_bit_rate != 0) {
         facts->bit_rate = facts->nominal_bit_rate;
     } else {
-        facts->bit_rate = remaining_bit_rate(walk, stream);
+        facts->bit_rate = remaining_bit_rate(*walk, stream);
         facts->estimated |= facts->bit_rate != 0 ? uint32_t{ZAT_ESTIMATED_BIT_RATE} : 0;
     }
     drop_nonsense(facts);
@@ -84,7 +117,7 @@ void set_figures(const Walk& walk, const LogicalStream& stream, ZatStream* facts
     } else if (facts->kind == ZAT_STREAM_AUDIO) {
         facts->samples = units_played(stream);
     }
-    if (walk.counted && stream.packets <= stream.header_packets && stream.bytes == 0) {
+    if (walk->counted && stream.packets <= stream.header_packets && stream.bytes == 0) {
         facts->flags |= ZAT_FLAG_NO_DATA;
     }
 }
@@ -172,23 +205,6 @@ void add_vp8(const LogicalStream& stream, const Output& out, ZatStream* facts) {
     add_video(out, facts, "VP8");
 }
 
-// The start of OGM's first packet of data: in front of it stand a byte with flags, of which the
-// lowest marks headers, and as many bytes of a length as bits 6, 7 and 1 count.
-uint32_t read_ogm_start(
-    Reader* reader, const LogicalStream& stream, uint8_t* start, uint32_t size) {
-    constexpr int packets_looked_at = 4;
-    PacketCursor cursor;
-    start_packet(&cursor, reader, stream.first_page, 0);
-    for (int i = 0; i < packets_looked_at && next_packet(&cursor); ++i) {
-        uint8_t flags = 0;
-        if (read_packet(&cursor, &flags, 1) == 1 && (flags & 1) == 0) {
-            read_packet(&cursor, nullptr, uint32_t{flags} >> 6 | (flags & 2U) << 1);
-            return read_packet(&cursor, start, size);
-        }
-    }
-    return 0;
-}
-
 // OGM's stream header: subtype 9, bits 41, then the size of pictures or the channels.
 void add_ogm_video(
     Reader* reader, const LogicalStream& stream, const Output& out, ZatStream* facts) {
@@ -213,14 +229,19 @@ void put_le(uint8_t* out, int size, uint32_t value) {
     }
 }
 
+// A format tag of up to four hexadecimal digits: some writers leave the leading zeros out.
+uint16_t ogm_tag(const uint8_t* subtype) {
+    char text[] = "0000";
+    const std::string_view digits = bounded_text(reinterpret_cast<const char*>(subtype), 4);
+    std::transform(digits.begin(), digits.end(), text + 4 - digits.size(), ascii_upper);
+    return static_cast<uint16_t>(ReadHex4(text));
+}
+
 void add_ogm_audio(Walk* walk, const LogicalStream& stream, const Output& out, ZatStream* facts) {
     const uint8_t* head = stream.head;
-    char tag[5] = {};
-    std::transform(
-        head + 9, head + 13, tag, [](uint8_t c) { return ascii_upper(static_cast<char>(c)); });
     // WAVEFORMATEX: tag, channels, rate, bytes a second, alignment, bits.
     uint8_t format[wave_plain_size];
-    put_le(format, 2, static_cast<uint32_t>(ReadHex4(tag)));
+    put_le(format, 2, ogm_tag(head + 9));
     std::copy_n(head + 45, 2, format + 2);
     put_le(format + 4, 4, clamp_to_integer<uint32_t>(stream.unit_rate + 0.5));
     std::copy_n(head + 49, 4, format + 8);
@@ -264,7 +285,7 @@ void add_text(const LogicalStream& stream, const Output& out, ExtraLines* extra,
 void describe_stream(Walk* walk, const LogicalStream& stream, const StreamComments& comments,
     const Output& out, ExtraLines* extra) {
     ZatStream facts = new_stream(kind_of(stream.coding));
-    set_figures(*walk, stream, &facts);
+    set_figures(walk, stream, &facts);
     copy_utf8(facts.language, comments.language);
     switch (stream.coding) {
     case Coding::vorbis:

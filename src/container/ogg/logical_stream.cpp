@@ -266,6 +266,7 @@ void take_page(Reader* reader, const Page& page, LogicalStream* stream) {
     }
     if (stream->first_granule != 0) {
         stream->bytes += page.body_size;
+        stream->data_packets += packets_ended(page);
     }
 }
 

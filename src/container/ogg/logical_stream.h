@@ -59,7 +59,8 @@ struct LogicalStream {
     bool pages_lost = false; // before the first granule above 0
     int64_t first_granule = 0;
     int64_t last_granule = 0;
-    uint64_t bytes = 0; // page bodies from the first granule above 0 on
+    uint64_t bytes = 0;        // page bodies from the first granule above 0 on
+    uint64_t data_packets = 0; // that ended on those pages
 };
 
 // Which ZatStreamKind a coding has.
