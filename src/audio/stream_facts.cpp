@@ -363,6 +363,18 @@ void wave_facts(const WaveFormat& format, ZatStream* stream) {
     set_rates(format.sample_rate, int64_t{format.byte_rate} * 8, stream);
 }
 
+void alac_facts(const AlacConfig& config, ZatStream* stream) {
+    // Apple Lossless Format Description, "Channel Layout Info": MPEG's layouts.
+    constexpr uint32_t five = front | centre | side;
+    static constexpr uint32_t masks[] = {0, centre, front, front | centre,
+        front | centre | back_centre, five, five | lfe, five | lfe | back_centre,
+        five | lfe | front_of_centre};
+    stream->sample_rate = config.sample_rate != 0 ? config.sample_rate : stream->sample_rate;
+    stream->channels = config.channels != 0 ? config.channels : stream->channels;
+    stream->bit_depth = config.bit_depth;
+    set_layout(mask_of(masks, stream->channels), stream);
+}
+
 void flac_facts(const FlacStreamInfo& info, ZatStream* stream) {
     stream->sample_rate = info.sample_rate;
     stream->channels = info.channels;

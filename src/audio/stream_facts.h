@@ -5,6 +5,7 @@
 
 #include "audio/ac3.h"
 #include "audio/adts.h"
+#include "audio/alac.h"
 #include "audio/audio_specific_config.h"
 #include "audio/dts.h"
 #include "audio/flac_streaminfo.h"
@@ -39,6 +40,7 @@ void adts_facts(const AdtsHeader& header, Bytes frame, ZatStream* stream);
 void vorbis_facts(const VorbisInfo& info, ZatStream* stream);
 
 // Rate, channels with their speakers and bits.
+void alac_facts(const AlacConfig& config, ZatStream* stream);
 void flac_facts(const FlacStreamInfo& info, ZatStream* stream);
 
 void dvd_lpcm_facts(const LpcmInfo& info, ZatStream* stream);
