@@ -12,8 +12,6 @@
 #include "common/stream_lines.h"
 #include "container/mp4.h"
 
-#include <algorithm>
-
 namespace zat {
 
 namespace {
@@ -37,20 +35,6 @@ int64_t find_adts_frames(Bytes bytes) {
 
 constexpr FrameFormat adts_frames = {adts_look, read_adts_frame, find_adts_frames};
 
-// A stream without a channel configuration begins with a program_config_element.
-void set_channels_of_first_element(Bytes frame, ZatStream* facts) {
-    constexpr uint32_t program_config = 5; // id_syn_ele
-    constexpr uint32_t crc_size = 2;
-    const bool protection_absent = (byte_at(frame, 1) & 1) != 0;
-    const size_t header = adts_header_size + (protection_absent ? 0 : crc_size);
-    BitReader reader{.bytes = frame.subspan(std::min(header, frame.size()))};
-    const bool has_element = read_bits(&reader, 3) == program_config;
-    const ProgramConfig program = read_program_config(&reader, 0);
-    if (has_element && !reader.failed) {
-        set_aac_channels(program.channel_configuration, program.channels, facts);
-    }
-}
-
 int analyze_adts(FramedFile* framed, const Output& out) {
     constexpr uint32_t first_look = 128; // bytes, the longest program_config_element but its text
     constexpr uint32_t variable_fullness = 0x7FF;
@@ -58,11 +42,8 @@ int analyze_adts(FramedFile* framed, const Output& out) {
     AdtsHeader header;
     (void)ParseAdtsHeader(start, &header); // refuses one rate that frames may have
     ZatStream* facts = &framed->facts;
-    adts_facts(header, facts);
+    adts_facts(header, start, facts);
     facts->estimated = 0;
-    if (header.channel_configuration == 0) {
-        set_channels_of_first_element(start, facts);
-    }
     const uint32_t fullness = (start[5] & 0x1FU) << 6 | start[6] >> 2; // adts_buffer_fullness
     facts->bit_rate_mode =
         fullness == variable_fullness ? ZAT_BIT_RATE_VARIABLE : ZAT_BIT_RATE_CONSTANT;

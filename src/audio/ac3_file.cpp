@@ -1,7 +1,9 @@
 #include "audio/ac3_file.h"
 
+#include "audio/eac3.h"
 #include "audio/eac3_file.h"
 #include "audio/first_frame.h"
+#include "audio/frame_search.h"
 #include "audio/mlp_file.h"
 #include "audio/stream_facts.h"
 #include "common/bytes.h"
@@ -26,19 +28,37 @@ Bytes find_frame(Bytes file_start) {
     return frame.first(std::min<size_t>(frame.size(), read_size));
 }
 
+// On Blu-ray discs dependent substreams of E-AC-3 follow the frames of an AC-3 core: what such a
+// stream is. False for AC-3 alone.
+bool set_extended_facts(
+    FileRecord* file, int64_t frame_at, uint32_t frame_size, const Output& out, ZatStream* stream) {
+    constexpr uint32_t extension_header_size = 12; // bytes
+    uint8_t header[extension_header_size];
+    const size_t length = read_at(file, frame_at + frame_size, header, sizeof header);
+    Eac3Frame extension;
+    return read_eac3_frame({header, length}, &extension) && extension.dependent &&
+           set_eac3_file_facts(file, out, stream);
+}
+
 // Of AC-3 itself the frame's own rate tells the play time of the whole file, padding before the
 // stream included.
 bool analyze_ac3(FileRecord* file, Bytes start, const Output& out) {
     ZatStream stream = new_stream(ZAT_STREAM_AUDIO);
     char line[line_size];
-    if (!describe_ac3_frame(find_frame(start), &stream, line)) {
+    const Bytes frame = find_frame(start);
+    if (!describe_ac3_frame(frame, &stream, line)) {
         return false;
     }
     const uint64_t byte_rate = stream.bit_rate / 8; // the lowest is 32 kbit/s
     const int64_t size = file->origin + file->size;
     out.record->play_time = static_cast<double>(size) / static_cast<double>(byte_rate);
     if (out.details != nullptr) {
-        complete_by_bytes(file->size, &stream);
+        if (set_extended_facts(file, frame.data() - start.data(),
+                audio_frame_size(FrameKind::ac3, frame), out, &stream)) {
+            out.details->duration = stream.duration;
+        } else {
+            complete_by_bytes(file->size, &stream);
+        }
         copy_utf8(out.details->format, "AC-3");
     }
     set_stream_line(out, stream, line);

@@ -35,27 +35,45 @@ int64_t find_frames(Bytes bytes) {
 
 constexpr FrameFormat eac3_frames = {eac3_header_look, read_frame, find_frames};
 
-} // namespace
-
-int eac3_file(FileRecord* file, const Output& out) {
+// Fills in the facts. False without frames of E-AC-3.
+bool count_eac3_file(FileRecord* file, const Output& out, FramedFile* framed, Eac3Info* info) {
     // Of so much, channels and programmes are told; the first frame is looked for there, too.
     constexpr uint32_t reach = 16384; // bytes
-    FramedFile framed;
-    open_framed_file(&framed, file);
+    open_framed_file(framed, file);
     uint8_t bytes[reach];
-    Bytes start = {bytes, read_some(&framed.reader, framed.stream, 0, bytes, reach)};
-    Eac3Info info;
-    if (!eac3_info(start, &info)) {
+    Bytes start = {bytes, read_some(&framed->reader, framed->stream, 0, bytes, reach)};
+    if (!eac3_info(start, info)) {
         const int64_t first = find_frames(start);
-        if (first < 0 || !eac3_info(start.subspan(static_cast<size_t>(first)), &info)) {
-            return 1;
+        if (first < 0 || !eac3_info(start.subspan(static_cast<size_t>(first)), info)) {
+            return false;
         }
-        framed.stream.start += first;
+        framed->stream.start += first;
     }
-    eac3_facts(info, &framed.facts);
-    framed.facts.estimated = 0;
-    (void)count_framed_file(&framed, eac3_frames, out); // of a cut frame the header's rate stands
-    framed.facts.bit_rate_mode = framed.count.varies ? 0 : ZAT_BIT_RATE_CONSTANT;
+    eac3_facts(*info, &framed->facts);
+    framed->facts.estimated = 0;
+    (void)count_framed_file(framed, eac3_frames, out); // of a cut frame the header's rate stands
+    framed->facts.bit_rate_mode = framed->count.varies ? 0 : ZAT_BIT_RATE_CONSTANT;
+    return true;
+}
+
+} // namespace
+
+bool set_eac3_file_facts(FileRecord* file, const Output& out, ZatStream* stream) {
+    FramedFile framed;
+    Eac3Info info;
+    if (!count_eac3_file(file, out, &framed, &info)) {
+        return false;
+    }
+    *stream = framed.facts;
+    return true;
+}
+
+int eac3_file(FileRecord* file, const Output& out) {
+    FramedFile framed;
+    Eac3Info info;
+    if (!count_eac3_file(file, out, &framed, &info)) {
+        return 1;
+    }
     eac3_name(info, framed.line);
     append_bit_rate(framed.facts, framed.line);
     name_framed_file(out, "", "AC-3");

@@ -95,7 +95,7 @@ bool describe_adts_frame(Bytes start, ZatStream* stream, char (&line)[line_size]
     if (!IsAdtsSync(sync) || ParseAdtsHeader(start, &header) != 0) {
         return false;
     }
-    adts_facts(header, stream);
+    adts_facts(header, start, stream);
     FormatAdtsLine(&header, line);
     return true;
 }

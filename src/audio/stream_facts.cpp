@@ -1,10 +1,12 @@
 #include "audio/stream_facts.h"
 
+#include "common/bits.h"
 #include "common/channel_layout.h"
 #include "common/codec_names.h"
 #include "common/numbers.h"
 #include "common/text.h"
 
+#include <algorithm>
 #include <bit>
 #include <cmath>
 #include <cstring>
@@ -140,6 +142,28 @@ constexpr uint32_t aac_masks[] = {0, centre, front, front | centre, front | cent
     front | centre | side | lfe | back_centre, front | centre | side | lfe | back, 0,
     front | centre | side | lfe | top_front};
 
+// `channels` by a channel configuration of theirs, which may be 0.
+void set_aac_channels(uint32_t channel_configuration, uint32_t channels, ZatStream* stream) {
+    if (channels != 0) { // else what the container told stands
+        stream->channels = channels;
+        set_layout(mask_of(aac_masks, channel_configuration), stream);
+    }
+}
+
+// A stream without a channel configuration may begin with a program_config_element.
+void set_channels_of_first_element(Bytes frame, ZatStream* stream) {
+    constexpr uint32_t program_config = 5; // id_syn_ele
+    constexpr uint32_t crc_size = 2;
+    const bool protection_absent = (byte_at(frame, 1) & 1) != 0;
+    const size_t header = adts_header_size + (protection_absent ? 0 : crc_size);
+    BitReader reader{.bytes = frame.subspan(std::min(header, frame.size()))};
+    const bool has_element = read_bits(&reader, 3) == program_config;
+    const ProgramConfig program = read_program_config(&reader, 0);
+    if (has_element && !reader.failed) {
+        set_aac_channels(program.channel_configuration, program.channels, stream);
+    }
+}
+
 } // namespace
 
 void set_layout(uint32_t mask, ZatStream* stream) {
@@ -247,11 +271,6 @@ void mlp_facts(const MlpInfo& info, ZatStream* stream) {
     stream->flags |= ZAT_FLAG_LOSSLESS;
 }
 
-void set_aac_channels(uint32_t channel_configuration, uint32_t channels, ZatStream* stream) {
-    stream->channels = channels;
-    set_layout(mask_of(aac_masks, channel_configuration), stream);
-}
-
 void aac_facts(const AudioSpecificConfig& config, ZatStream* stream) {
     copy_utf8(stream->codec, object_type_codec(config.object_type));
     const bool high_efficiency = config.object_type == object_type_aac_lc && config.sbr;
@@ -267,12 +286,15 @@ void aac_facts(const AudioSpecificConfig& config, ZatStream* stream) {
         parametric ? stereo : config.channels, stream);
 }
 
-void adts_facts(const AdtsHeader& header, ZatStream* stream) {
+void adts_facts(const AdtsHeader& header, Bytes frame, ZatStream* stream) {
     aac_facts({.object_type = header.profile + 1,
                   .sample_rate = aac_sample_rate(header.sampling_frequency_index),
                   .channel_configuration = header.channel_configuration,
                   .channels = aac_channels(header.channel_configuration)},
         stream);
+    if (header.channel_configuration == 0) {
+        set_channels_of_first_element(frame, stream);
+    }
     stream->bit_rate = uint64_t{header.frame_length} * 8 * stream->sample_rate / 1024;
     stream->estimated |= ZAT_ESTIMATED_BIT_RATE;
 }
@@ -339,6 +361,18 @@ void wave_facts(const WaveFormat& format, ZatStream* stream) {
                                                  : 0,
         stream);
     set_rates(format.sample_rate, int64_t{format.byte_rate} * 8, stream);
+}
+
+void alac_facts(const AlacConfig& config, ZatStream* stream) {
+    // Apple Lossless Format Description, "Channel Layout Info": MPEG's layouts.
+    constexpr uint32_t five = front | centre | side;
+    static constexpr uint32_t masks[] = {0, centre, front, front | centre,
+        front | centre | back_centre, five, five | lfe, five | lfe | back_centre,
+        five | lfe | front_of_centre};
+    stream->sample_rate = config.sample_rate != 0 ? config.sample_rate : stream->sample_rate;
+    stream->channels = config.channels != 0 ? config.channels : stream->channels;
+    stream->bit_depth = config.bit_depth;
+    set_layout(mask_of(masks, stream->channels), stream);
 }
 
 void flac_facts(const FlacStreamInfo& info, ZatStream* stream) {

@@ -5,6 +5,7 @@
 
 #include "audio/ac3.h"
 #include "audio/adts.h"
+#include "audio/alac.h"
 #include "audio/audio_specific_config.h"
 #include "audio/dts.h"
 #include "audio/flac_streaminfo.h"
@@ -30,17 +31,16 @@ void truehd_facts(const TrueHdInfo& info, ZatStream* stream);
 void truehd_format_facts(const TrueHdInfo& info, ZatStream* stream);
 void mlp_facts(const MlpInfo& info, ZatStream* stream);
 
-// `channels` by a channel configuration of theirs, which may be 0.
-void set_aac_channels(uint32_t channel_configuration, uint32_t channels, ZatStream* stream);
-
 void aac_facts(const AudioSpecificConfig& config, ZatStream* stream);
 
-// The bit rate is that of one frame, and marked as estimated.
-void adts_facts(const AdtsHeader& header, ZatStream* stream);
+// The bit rate is that of one frame, and marked as estimated. The frame begins with the header; its
+// first element may tell the channels where that does not.
+void adts_facts(const AdtsHeader& header, Bytes frame, ZatStream* stream);
 
 void vorbis_facts(const VorbisInfo& info, ZatStream* stream);
 
 // Rate, channels with their speakers and bits.
+void alac_facts(const AlacConfig& config, ZatStream* stream);
 void flac_facts(const FlacStreamInfo& info, ZatStream* stream);
 
 void dvd_lpcm_facts(const LpcmInfo& info, ZatStream* stream);

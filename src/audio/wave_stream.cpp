@@ -101,7 +101,7 @@ bool describe_aac(
         return false;
     }
     const uint64_t rate = stream->bit_rate;
-    adts_facts(header, stream);
+    adts_facts(header, wave.start, stream);
     if (rate != 0) {
         header.bitrate = static_cast<uint32_t>(std::min<uint64_t>(rate, UINT32_MAX));
         stream->bit_rate = rate;

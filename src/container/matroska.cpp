@@ -131,6 +131,10 @@ void write_file_facts(const Source& source) {
     if (out.details == nullptr) {
         return;
     }
+    if (out.details->artist[0] == '\0') { // films, whose lines show none, have one too
+        read_span_text(source.reader, segment.tag_artist, texts.artist);
+        copy_utf8(out.details->artist, bounded_text(texts.artist));
+    }
     copy_utf8(out.details->format, segment.is_webm ? "WebM" : "Matroska");
     out.details->duration = source.duration;
     if (segment.date_told) {

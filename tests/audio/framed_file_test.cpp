@@ -7,12 +7,6 @@ namespace zat::test::framed_file_test {
 
 namespace {
 
-// A program_config_element with a pair in front, one channel behind and an LFE.
-BitBuilder program_config(BitBuilder out, uint32_t rate_index) {
-    out.bits(0, 4).bits(1, 2).bits(rate_index, 4).bits(1, 4).bits(0, 4).bits(1, 4).bits(1, 2).bits(0, 3).bits(0, 4);
-    return out.bits(0, 3).bits(1, 1).bits(0, 4).bits(0, 1).bits(0, 4).bits(0, 4).bits(0, 16).bits(0, 8);
-}
-
 Data adif(bool copyright, bool variable, uint64_t rate) {
     BitBuilder out;
     out.bits(0x41444946, 32).bits(copyright ? 1 : 0, 1).bits(0, copyright ? 36 : 0).bits(0, copyright ? 36 : 0).bits(0, 2);
@@ -25,9 +19,6 @@ TEST(AacFile, counts_adts_frames) {
     const Data title = id3v2_tag(100, id3v2_text("TIT2", "Song")).bytes;
     const Data stamp = id3v2_tag(73).bytes;
     const AdtsFields custom = {.rate_index = 3, .channels = 0, .fullness = 0};
-    Data pce = program_config(BitBuilder().bits(5, 3), 3).bytes;
-    pce.insert(pce.begin(), {0xFF, 0xF1, 0x4C, 0x00, 0x0C, 0x80, 0x00}); // 100 bytes
-    pce.resize(100);
     const std::string lc = "A [MPEG4-AAC AAC_LC] 44100Hz stereo(L,R) 128.165kbps 372Byte\n";
     const std::string facts = " sample_rate=44100 channels=2 codec=AAC profile=LC layout=L R";
     expect_rows(FILETYPE_AAC, "[ADTS]",
@@ -43,7 +34,7 @@ TEST(AacFile, counts_adts_frames) {
                     "X truncated\n0.139\nADTS notes=truncated\naudio mode=2 duration=0.139 bit_rate=128166 bytes=2232 "
                     "samples=6144" +
                     facts},
-            {"channels in the stream", joined({pce, adts_frame(100, custom)}),
+            {"channels in the stream", joined({adts_program_frame(100, custom), adts_frame(100, custom)}),
                 "A [MPEG4-AAC AAC_LC] 48000Hz custom 37.500kbps 100Byte\n0.043\nADTS\naudio mode=1 duration=0.043 "
                 "bit_rate=37500 bytes=200 samples=2048 sample_rate=48000 channels=4 codec=AAC profile=LC"},
             {"several blocks in a frame, the lowest rate",
@@ -110,6 +101,11 @@ TEST(Eac3File, counts_frames_of_the_first_programme) {
             {"7.1 and another programme", repeated(4, joined({core, rear, other})),
                 "A [E-AC-3 3/2.1] 48000Hz 8ch 400.000kbps\n0.128\nAC-3\naudio mode=1 duration=0.128 bit_rate=400000 bytes=6400 "
                 "samples=6144 sample_rate=48000 channels=8 codec=E-AC-3 layout=L R C LFE Lb Rb Ls Rs"},
+            {"behind a core of AC-3, whose rate tells the record's time",
+                repeated(4, joined({ByteBuilder().raw({0x0B, 0x77, 0, 0, 0x1E, 0x40, 0xE1}).pad_to(1792).bytes, rear})),
+                "A AC3 48000Hz [5.1Ch(3/2) L+C+R+SL+SR CM] 448kbps\n0.157\nAC-3 duration=0.128\naudio mode=1 duration=0.128 "
+                "bit_rate=548000 "
+                "bytes=8768 samples=6144 sample_rate=48000 channels=8 codec=E-AC-3 layout=L R C LFE Lb Rb Ls Rs"},
             {"behind a tag", joined({id3v2_tag(3000).bytes, repeated(3, core)}),
                 "A [E-AC-3 3/2.1] 48000Hz 6ch 200.000kbps\nX ID3v2(3000Byte)\n0.096\nAC-3\naudio mode=1 duration=0.096 "
                 "bit_rate=200000 bytes=2400 samples=4608" +

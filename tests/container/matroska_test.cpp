@@ -178,9 +178,10 @@ TEST(Matroska, fills_the_details) {
                         picture(320, 240, {colour, number(0x54B0, 4), number(0x54BA, 3), number(0x54B2, 3)})}),
             track(9, audio, "A_PCM/FLOAT/IEEE", {sound(48000, 1, 32), number(0x88, 0)})}),
         cluster(40, blocks(7, 10, 40, 1000)),
-        element(0x1254C367, {tag(109, {{"ENCODER", "Lavc"}, {"DURATION", "00:00:00.400000000"}})})});
+        element(
+            0x1254C367, {tag(109, {{"ENCODER", "Lavc"}, {"DURATION", "00:00:00.400000000"}}), tag(0, {{"ARTIST", "Troupe"}})})});
     EXPECT_EQ(details_text(*details_of(bytes)),
-        "Matroska title=A film writer=writer duration=0.400 bit_rate=217900\n"
+        "Matroska title=A film artist=Troupe writer=writer duration=0.400 bit_rate=219500\n"
         "video flags=1 id=7 start=0.040 duration=0.402 bit_rate=199149 bytes=10000 frame_rate=23.976 frames=10 size=320:240 "
         "pixel=1:1 "
         "display=4:3 fps_ratio=24000:1001 bit_depth=8 codec=VP8 codec_id=V_VP8 chroma=4:2:0 primaries=BT.2020 transfer=PQ "

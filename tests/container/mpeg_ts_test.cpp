@@ -174,17 +174,18 @@ TEST(MpegTs, measures_what_headers_leave_out) {
                       {{0x0F, 0x40},
                           {6, 0x41, ByteBuilder().append(descriptor(5, "Opus")).append(descriptor(0x7F, Data{0x80, 0})).bytes}}));
     for (int i = 0; i < 6; ++i) {
-        to.pes(0x40, 0xC0, 1000 + i * 3840, adts_frame(i % 2 == 0 ? 300 : 401, {.rate_index = 3, .blocks = 1}));
+        to.pes(0x40, 0xC0, 1000 + i * 3840,
+            adts_program_frame(i % 2 == 0 ? 300 : 401, {.rate_index = 3, .channels = 0, .blocks = 1}));
         to.pes(0x41, 0xBD, 1000 + i * 1800, Data(100, 0xFC));
     }
     expect_rows({{"AAC of two blocks a frame, Opus of two single channels", to.file.bytes,
-        "[MPEG2-TS(188)]\nA 0x0040 [MPEG4-AAC AAC_LC] 48000Hz stereo(L,R) 65.718kbps 350Byte\n"
+        "[MPEG2-TS(188)]\nA 0x0040 [MPEG4-AAC AAC_LC] 48000Hz custom 65.718kbps 350Byte\n"
         "A 0x0041 [Opus] 48000Hz 2ch 18.750kbps\nX PID 0000 0030(PMT)\n0.256"}});
     const auto details = details_of(to.file.bytes);
     EXPECT_EQ(details_text(*details),
         "MPEG-TS duration=0.256 bit_rate=" + std::to_string(details->bit_rate) +
-            "\naudio estimated=2 id=64 duration=0.256 bit_rate=65718 bytes=2103 sample_rate=48000 channels=2 codec=AAC "
-            "codec_id=0x0F profile=LC layout=L R"
+            "\naudio estimated=2 id=64 duration=0.256 bit_rate=65718 bytes=2103 sample_rate=48000 channels=4 codec=AAC "
+            "codec_id=0x0F profile=LC"
             "\naudio id=65 duration=0.100 bit_rate=18750 bytes=600 sample_rate=48000 channels=2 codec=Opus codec_id=0x06");
 
     TsBuilder lossless; // its header tells the peak rate only; beside it DTS without a core

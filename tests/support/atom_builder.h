@@ -89,8 +89,7 @@ inline Data track(uint64_t id, std::string_view handler, std::initializer_list<D
 }
 
 // ISO/IEC 14496-1 descriptors around a decoder's configuration, lengths of one byte.
-inline Data es_descriptor(
-    int object_type, const Data& specific_info, uint64_t average_bitrate, uint64_t maximum_bitrate = 128000) {
+inline Data es_descriptor(int object_type, const Data& specific_info, uint64_t average_bitrate) {
     const Data specific = ByteBuilder().u8(5).u8(specific_info.size()).append(specific_info).bytes;
     const Data config = ByteBuilder()
                             .u8(4)
@@ -98,7 +97,7 @@ inline Data es_descriptor(
                             .u8(static_cast<uint64_t>(object_type))
                             .u8(0x15)
                             .be24(0)
-                            .be32(maximum_bitrate)
+                            .be32(128000)
                             .be32(average_bitrate)
                             .append(specific)
                             .bytes;

@@ -3,6 +3,8 @@
 
 #include "support/byte_builder.h"
 
+#include <algorithm>
+
 namespace zat::test {
 
 inline std::vector<uint8_t> joined(std::initializer_list<std::vector<uint8_t>> parts) {
@@ -31,6 +33,20 @@ inline std::vector<uint8_t> adts_frame(uint32_t size, const AdtsFields& f = {}) 
     out.bits(0xFFF, 12).bits(f.id, 1).bits(0, 2).bits(1, 1).bits(f.profile, 2).bits(f.rate_index, 4);
     out.bits(1, 1).bits(f.channels, 3).bits(0, 4).bits(size, 13).bits(f.fullness, 11).bits(f.blocks, 2);
     return ByteBuilder().append(out.bytes).pad_to(size).bytes;
+}
+
+// A program_config_element with a pair in front, one channel behind and an LFE.
+inline BitBuilder program_config(BitBuilder out, uint32_t rate_index) {
+    out.bits(0, 4).bits(1, 2).bits(rate_index, 4).bits(1, 4).bits(0, 4).bits(1, 4).bits(1, 2).bits(0, 3).bits(0, 4);
+    return out.bits(0, 3).bits(1, 1).bits(0, 4).bits(0, 1).bits(0, 4).bits(0, 4).bits(0, 16).bits(0, 8);
+}
+
+// A frame that begins with that element.
+inline std::vector<uint8_t> adts_program_frame(uint32_t size, const AdtsFields& f) {
+    std::vector<uint8_t> frame = adts_frame(size, f);
+    const std::vector<uint8_t> element = program_config(BitBuilder().bits(5, 3), f.rate_index).bytes;
+    std::copy(element.begin(), element.end(), frame.begin() + 7);
+    return frame;
 }
 
 // A LOAS frame of `size` bytes around the bits of an AudioMuxElement.

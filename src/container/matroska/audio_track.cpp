@@ -224,9 +224,7 @@ void describe_flac(Description* text, ZatStream* stream) {
 void describe_alac(Description* text, ZatStream* stream) {
     AlacConfig config;
     if (read_alac_config(text->codec_private, &config)) {
-        stream->sample_rate = config.sample_rate != 0 ? config.sample_rate : stream->sample_rate;
-        stream->channels = config.channels != 0 ? config.channels : stream->channels;
-        stream->bit_depth = config.bit_depth;
+        alac_facts(config, stream);
     }
     text->bits = stream->bit_depth;
 }

@@ -175,9 +175,7 @@ void read_alac(TrackFacts* facts, ZatStream* stream) {
     AlacConfig config;
     const Span behind_version = sub_span(facts->entry.alac_cookie, 4);
     if (read_alac_config(read_box(facts->reader, behind_version, box), &config)) {
-        stream->sample_rate = config.sample_rate != 0 ? config.sample_rate : stream->sample_rate;
-        stream->channels = config.channels;
-        stream->bit_depth = config.bit_depth;
+        alac_facts(config, stream);
         facts->claim = config.average_bit_rate;
     }
 }

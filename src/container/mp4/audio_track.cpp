@@ -33,10 +33,8 @@ bool name_aac(const EsDescriptor& descriptor, const SampleEntry& entry, char* ou
     config.container_sample_rate = entry.sample_rate;
     config.maximum_bitrate = descriptor.maximum_bitrate;
     config.average_bitrate = descriptor.average_bitrate;
-    // A maximum that is not known may be the largest number.
-    const uint32_t maximum =
-        descriptor.maximum_bitrate < INT32_MAX ? descriptor.maximum_bitrate : 0;
-    const uint32_t bitrate = descriptor.average_bitrate != 0 ? descriptor.average_bitrate : maximum;
+    const uint32_t bitrate =
+        descriptor.average_bitrate != 0 ? descriptor.average_bitrate : descriptor.maximum_bitrate;
     format_text(out, codec_text_size, "AAC %dHz %s %dkbps", aac_config_rate(&config),
         AacChannelName(ResolveAacChannels(&config)), static_cast<int32_t>(bitrate / 1000));
     return true;

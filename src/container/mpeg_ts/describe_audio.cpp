@@ -78,7 +78,7 @@ bool describe_adts(Bytes captured, ZatStream* facts, StreamText* text) {
     header.line_style = adts_version_and_profile;
     const FrameRun run = follow_frames(FrameKind::adts, captured);
     const uint32_t samples = audio_frame_samples(FrameKind::adts, captured);
-    adts_facts(header, facts);
+    adts_facts(header, captured, facts);
     const uint64_t run_samples = run.frames * samples;
     if (run_samples != 0) {
         const uint64_t bits = run.bytes * 8;
