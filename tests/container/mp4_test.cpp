@@ -140,7 +140,7 @@ TEST_F(Mp4, NamesAudio) {
     const Data in_wave = join({fixed(1).fill(16).bytes, atom("wave", {atom("frma", ByteBuilder().text("mp4a").bytes), aac})});
     expect_rows({
         {"ALAC by its cookie", sound(audio_entry("alac", {atom("alac", cookie)})),
-            "A [ALAC] 96000Hz 1ch 16Bit 700.000kbps\n2.000"},
+            "A [ALAC] 96000Hz 1ch 24Bit 700.000kbps\n2.000"},
         {"ALAC's cookie in an entry of another codec", sound(audio_entry("in24", {atom("alac", cookie)})),
             "A [PCM 24] 44100Hz 2ch 16Bit 4.000kbps\n2.000"},
         {"E-AC-3, frames of one size", sound(audio_entry("ec-3", {atom("dec3", eac3)}), constant_sizes(1792, 100)),

@@ -18,7 +18,7 @@ constexpr uint32_t largest_entry_rate = 65535;
 constexpr uint32_t config_box_size = 64;
 
 // An ALACSpecificConfig behind version and flags; only an entry of that codec has one. The entry's
-// rate stands, unless it cannot hold the true one.
+// rate and bits stand, unless it cannot hold the true rate.
 uint32_t apply_alac(Reader* reader, SampleEntry* entry) {
     uint8_t box[config_box_size];
     AlacConfig config;
@@ -29,6 +29,7 @@ uint32_t apply_alac(Reader* reader, SampleEntry* entry) {
     entry->channels = config.channels;
     if (config.sample_rate > largest_entry_rate) {
         entry->sample_rate = config.sample_rate;
+        entry->sample_size = config.bit_depth;
     }
     return config.average_bit_rate;
 }
