@@ -55,7 +55,8 @@ bool next_level1(Reader* reader, ElementCursor* cursor, Element* element) {
         if (found && is_level1(element->id)) {
             return true;
         }
-        if (!found || !goes_on(reader, *cursor)) {
+        // Of unknown size are clusters and segments only.
+        if (!found || element->unknown_size || !goes_on(reader, *cursor)) {
             cursor->position = start + 1;
             if (!find_level1(reader, cursor)) {
                 return false;

@@ -26,9 +26,9 @@ struct Seeks {
     uint32_t count = 0;
 };
 
-// Each kind but tags counts once, wherever it stands.
+// Each kind counts once, wherever it stands, but tags, and tracks, whose entries do.
 bool is_first(Segment* segment, uint32_t id) {
-    static constexpr uint32_t once[] = {id_info, id_tracks, id_chapters, id_attachments};
+    static constexpr uint32_t once[] = {id_info, id_chapters, id_attachments};
     const auto* kind = std::find(std::begin(once), std::end(once), id);
     const uint32_t bit = kind == std::end(once) ? 0 : 1U << (kind - std::begin(once));
     const bool first = (segment->parts_read & bit) == 0;
