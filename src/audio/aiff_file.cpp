@@ -129,6 +129,21 @@ void take_note(const Chunk& chunk, AiffFile* aiff) {
     take_annotation(chunk_text(chunk, aiff), &aiff->sound);
 }
 
+// Comments (AIFF 1.3, 8.0): their count; of each a time stamp of 32 bits, a marker of 16, the size
+// of the text and the text, padded to an even size.
+void take_comments(const Chunk& chunk, AiffFile* aiff) {
+    constexpr int64_t head_size = 8;
+    const uint32_t count = read_be32(&aiff->reader, chunk.payload, 0) >> 16;
+    int64_t at = 2;
+    for (uint32_t i = 0; i < count && aiff->text_chunks < text_chunk_limit; ++i) {
+        const uint32_t size = read_be32(&aiff->reader, chunk.payload, at + 4) & 0xFFFF;
+        Chunk comment = chunk;
+        comment.payload = sub_span(chunk.payload, at + head_size, size);
+        take_note(comment, aiff);
+        at += head_size + size + size % 2;
+    }
+}
+
 struct AiffHandler {
     uint32_t id;
     void (*take)(const Chunk& chunk, AiffFile* aiff);
@@ -141,6 +156,7 @@ constexpr AiffHandler aiff_handlers[] = {
     {fourcc("NAME"), take_name},
     {fourcc("AUTH"), take_author},
     {fourcc("ANNO"), take_note},
+    {fourcc("COMT"), take_comments},
     {fourcc("ID3 "), take_id3v2},
     {fourcc("id3 "), take_id3v2},
 };

@@ -103,9 +103,9 @@ void append_word(char (&line)[line_size], std::string_view piece) {
 }
 
 void append_remarks(const ZatStream& stream, char (&line)[line_size]) {
-    const std::string_view language = bounded_text(stream.language);
-    if (!language.empty() && language != "und") {
-        append_word(line, language);
+    if (stream.language[0] != '\0' && bounded_text(stream.language) != "und") {
+        char language[2 * sizeof stream.language]; // the nearest form of a character may be longer
+        append_word(line, {language, utf8_to_cp932(bounded_text(stream.language), language)});
     }
     append_title(stream, line);
     for (const FlagWord& row : flag_words) {

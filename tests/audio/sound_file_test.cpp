@@ -120,6 +120,26 @@ TEST(SoundFile, DescribesAiff) {
             "AIFF duration=0.000\n"
             "audio mode=1 duration=0.000 bit_rate=4233600 bytes=36 samples=3 sample_rate=44100 channels=4 bit_depth=20 codec=PCM "
             "profile=signed 20 BE"},
+        {"comments", 105,
+            form("AIFF", {chunk("COMT", ByteBuilder()
+                                            .be16(2)
+                                            .be32(0)
+                                            .be16(0)
+                                            .be16(3)
+                                            .text("abc")
+                                            .u8(0)
+                                            .be32(0)
+                                            .be16(0)
+                                            .be16(9)
+                                            .text("Title=Tea")
+                                            .u8(0)
+                                            .bytes),
+                             text_chunk("COMT", "?")}),
+            "[AIFF]",
+            "X [COMT][COMT]\n"
+            "I Tea\n"
+            "0.000\n"
+            "AIFF title=Tea"},
         {"more texts than are read", 105, form("AIFF", names), "[AIFF]",
             "X [NAME]+[NAME]+[NAME]+[NAME]+[NAME]+[NAME]+[NAME]+[NAME]+[NAME]+\n"
             "I a, b, c, d, e, f, g, h, i, j, k, l, m, n, o, p\n"

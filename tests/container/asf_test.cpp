@@ -245,6 +245,12 @@ TEST(Asf, describes_streams) {
             "audio flags=32 id=6 duration=1.000 bit_rate=128000 bytes=174 sample_rate=44100 channels=2 codec=WMA Pro "
             "codec_id=0x0162\n"
             "data flags=64 id=7 duration=1.000 codec=command"},
+        {"the rate of the part that is there",
+            joined({header({file_properties(3 * second, 4), video(1, "MP43")}), data_object({packet(1, 0), packet(1, 40)})}),
+            "[ASF]\nV 320x240 [C\x96\xB3MP43] 25.000fps ~2.784kbps\n2.000",
+            "ASF created=2016-02-15T08:53:20Z duration=2.000 bit_rate=2852\n"
+            "video estimated=2 id=1 duration=2.000 bit_rate=2784 frame_rate=25.000 size=320:240 fps_ratio=25:1 codec=MS-MPEG4 v3 "
+            "codec_id=MP43"},
         {"cut", bare(2, data_object({packet(5, 0)}, 50 + 600)),
             "[ASF]\n"
             "V 320x240 [C\x96\xB3MP43] 30.000kbps\n"

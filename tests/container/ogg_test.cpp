@@ -92,8 +92,10 @@ TEST(Ogg, describes_each_stream_with_what_its_pages_tell) {
     const Row rows[] = {
         {"opus", whole, "[Ogg]\nA [Opus] 48000Hz 2ch 40.257kbps\nI libopus\n1.014"},
         {"its texts",
-            opus({"title=T", "ARTIST=A", "encoder=E", "LANGUAGE=eng", "CHAPTER001=00:00:00.000", "CHAPTER001NAME=x"}).bytes,
-            "[Ogg]\nA [Opus] 48000Hz 2ch 40.257kbps eng\nX \x83\x60\x83\x83\x83\x76\x83\x5E\x81\x5B(1)\nI A - T / E\n1.014"},
+            opus({"title=T", "ARTIST=A", "encoder=E", "LANGUAGE=fran\303\247ais\r\n", "CHAPTER001=00:00:00.000",
+                     "CHAPTER001NAME=x"})
+                .bytes,
+            "[Ogg]\nA [Opus] 48000Hz 2ch 40.257kbps francais\nX \x83\x60\x83\x83\x83\x76\x83\x5E\x81\x5B(1)\nI A - T / E\n1.014"},
         {"cut in its last page", Data(whole.begin(), whole.end() - 30),
             "[Ogg]\nA [Opus] 48000Hz 2ch 40.262kbps\nX truncated(30 Byte missing)\nI libopus\n0.994"},
         {"cut in a page header", Data(whole.begin(), whole.end() - 110),

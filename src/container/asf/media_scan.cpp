@@ -63,6 +63,8 @@ void scan_media(Reader* reader, const Header& header, uint32_t budget, MediaScan
             }
         }
     }
+    scan->read = wanted;
+    scan->all = all;
     scan->complete = wanted == all && all != 0 && !reader->limited;
 }
 

@@ -27,6 +27,8 @@ struct TimedStream {
 
 struct MediaScan {
     bool complete = false; // all packets of the file
+    int64_t read = 0;      // packets
+    int64_t all = 0;       // packets, as declared or else present
     StreamScan streams[stream_numbers];
     uint32_t timed_count = 0;
     TimedStream timed[timed_limit];

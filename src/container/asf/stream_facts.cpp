@@ -54,19 +54,25 @@ ZatStream container_facts(
     return facts;
 }
 
-// Bit/s over the time from the first to the last object; 0 when there is none between.
-uint64_t counted_rate(const StreamScan& scan) {
-    const double seconds = (scan.last_time - scan.first_time) * milliseconds;
-    return seconds > 0
-               ? clamp_to_integer<uint64_t>(static_cast<double>(scan.bytes) * 8 / seconds + 0.5)
-               : 0;
+// Bit/s over the time from the first to the last object, or, of more packets than were read, over
+// the play time if all are like those; 0 when there is no time.
+uint64_t counted_rate(const Source& source, const StreamScan& scan) {
+    const MediaScan& media = *source.scan;
+    const bool extends = !media.complete && media.read != 0 && source.play_time > 0;
+    const double share =
+        extends ? static_cast<double>(media.all) / static_cast<double>(media.read) : 1;
+    const double seconds =
+        extends ? source.play_time : (scan.last_time - scan.first_time) * milliseconds;
+    return seconds > 0 ? clamp_to_integer<uint64_t>(
+                             static_cast<double>(scan.bytes) * share * 8 / seconds + 0.5)
+                       : 0;
 }
 
 // A claim counts, unless all packets show that it is far from true.
 void set_video_rate(const Source& source, const Described& described, ZatStream* facts) {
     const uint64_t told = described.extras->data_rate != 0 ? described.extras->data_rate
                                                            : described.extras->packet_rate;
-    const uint64_t counted = counted_rate(*described.scan);
+    const uint64_t counted = counted_rate(source, *described.scan);
     const bool is_wrong = source.scan->complete && counted != 0 && told > 2 * counted;
     facts->bit_rate = told == 0 || is_wrong ? counted : told;
     facts->nominal_bit_rate = is_wrong ? told : 0;

@@ -1,6 +1,7 @@
 #include "container/matroska/ebml.h"
 
 #include "common/bits.h"
+#include "common/text.h"
 #include "common/text_codes.h"
 
 #include <algorithm>
@@ -97,6 +98,11 @@ void read_text(Reader* reader, const Element& element, char* out, size_t size) {
     const Bytes bytes = read_view(reader, element.data, 0, wanted);
     std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
     claimed_utf8_to_utf8(text.substr(0, text.find('\0')), out, size);
+}
+
+void read_string(Reader* reader, const Element& element, char* out, size_t size) {
+    read_text(reader, element, out, size);
+    std::replace_if(out, out + bounded_text(out, size).size(), IsNotPrintable, '?');
 }
 
 } // namespace zat

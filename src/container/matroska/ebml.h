@@ -63,4 +63,11 @@ void read_text(Reader* reader, const Element& element, char (&out)[N]) {
     read_text(reader, element, out, N);
 }
 
+// A String (RFC 8794, 7.4), which is printable ASCII: other bytes become "?".
+void read_string(Reader* reader, const Element& element, char* out, size_t size);
+template <size_t N>
+void read_string(Reader* reader, const Element& element, char (&out)[N]) {
+    read_string(reader, element, out, N);
+}
+
 } // namespace zat

@@ -265,7 +265,7 @@ void read_sub_element(Reader* reader, const Element& element, Track* track) {
         set_flag(reader, element, ZAT_FLAG_COMMENTARY, track);
         break;
     case id_codec_id:
-        read_text(reader, element, track->codec_id);
+        read_string(reader, element, track->codec_id);
         break;
     case id_codec_private:
         track->codec_private = element.data;
@@ -298,9 +298,9 @@ void read_track(Reader* reader, Span data, Track* track) {
     Element element;
     while (next_element(reader, &cursor, &element)) {
         if (element.id == id_language) {
-            read_text(reader, element, code);
+            read_string(reader, element, code);
         } else if (element.id == id_language_bcp47) {
-            read_text(reader, element, tag);
+            read_string(reader, element, tag);
         } else {
             read_sub_element(reader, element, track);
         }
