@@ -35,6 +35,7 @@
 #include "container/realaudio.h"
 #include "container/realmedia.h"
 #include "container/video_cd.h"
+#include "detect/driver.h"
 #include "detect/file_type.h"
 #include "picture/bmp_file.h"
 #include "picture/gif_file.h"
@@ -50,8 +51,9 @@ namespace {
 
 using Analyser = int (*)(FileRecord* file, const Output& out);
 
-// What an analyser's result means to the host.
-enum class Result : uint8_t { unused, error_count };
+// What an analyser's result other than 0 means: nothing to the host, a number of errors, or that a
+// file with a letter G here and there was taken for a transport stream.
+enum class Result : uint8_t { unused, error_count, no_packets };
 
 // What a call without options may read of a file, detection included; docs/host-guide.md promises
 // it. Structures that a decoder needs stand in few places; tables that are summed, and what stands
@@ -72,8 +74,8 @@ constexpr Row rows[] = {
     {AnalyzeAviFile, tables, FILETYPE_AVI},
     {AnalyzeAsfFile, tables, FILETYPE_WMV},
     {AnalyzeMp4File, tables, FILETYPE_QUICKTIME},
-    {AnalyzeMpegTsFile, headers, FILETYPE_MPEG2_TS},
-    {AnalyzeMpegTsFile, headers, FILETYPE_MPEG2_M2TS},
+    {AnalyzeMpegTsFile, headers, FILETYPE_MPEG2_TS, Result::no_packets},
+    {AnalyzeMpegTsFile, headers, FILETYPE_MPEG2_M2TS, Result::no_packets},
     {AnalyzeMp4File, tables, FILETYPE_3GPP2},
     {AnalyzeMp4File, tables, FILETYPE_MPEG4},
     {AnalyzeAacFile, headers, FILETYPE_AAC},
@@ -143,15 +145,25 @@ FileWork limit_of(const InfoRecord& record, const FileWork& usual) {
                              std::max(usual.bytes, budget)};
 }
 
-void analyse(const Row& row, FileRecord* file, const Output& out) {
-    file->limit = limit_of(*out.record, row.limit);
+const Row* row_of(uint32_t type_code) {
+    const Row* row = std::find_if(std::begin(rows), std::end(rows),
+        [type_code](const Row& each) { return each.type_code == type_code; });
+    return row != std::end(rows) ? row : nullptr;
+}
+
+void analyse(const Row* row, FileRecord* file, const Output& out) {
+    file->limit = limit_of(*out.record, row->limit);
     file->exhausted = false;
-    const int result = row.analyser(file, out);
+    int result = row->analyser(file, out);
+    if (row->result == Result::no_packets && result != 0) { // the code stays, as detection gave it
+        row = row_of(type_without_packets(file));
+        result = row != nullptr ? row->analyser(file, out) : 0;
+    }
     if (file->exhausted) {
         note_details(out.details, "work limit");
     }
     out.record->play_time = without_negative_zero(out.record->play_time);
-    if (row.result == Result::error_count && result != 0) {
+    if (result != 0 && row->result == Result::error_count) {
         set_general_line(out.record, message::errors_found, result);
     }
 }
@@ -159,11 +171,8 @@ void analyse(const Row& row, FileRecord* file, const Output& out) {
 } // namespace
 
 void DispatchAnalyser(FileRecord* file, const Output& out) {
-    for (const Row& row : rows) {
-        if (row.type_code == out.record->type_code) {
-            analyse(row, file, out);
-            break;
-        }
+    if (const Row* row = row_of(out.record->type_code); row != nullptr) {
+        analyse(row, file, out);
     }
     if (out.details != nullptr && out.details->format[0] == '\0') {
         copy_utf8(out.details->format, type_format(out.record->type_code));

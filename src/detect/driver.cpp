@@ -132,6 +132,17 @@ void leave_out_padding(FileWindow* window, const LateSignature& late) {
     }
 }
 
+// The probes behind those for packets.
+int probe_further(FileWindow* window, DetectContext* context) {
+    const LateSignature late = check_late_signature(window);
+    if (late.type_code != FILETYPE_UNKNOWN) {
+        context->type_code = late.type_code;
+        leave_out_padding(window, late);
+        return 0;
+    }
+    return search_streams(window, context);
+}
+
 // The probes, from the surest to the most lenient, on the bytes behind the tags.
 int probe(FileWindow* window, DetectContext* context) {
     const Bytes start = window_bytes(window);
@@ -163,13 +174,16 @@ int probe(FileWindow* window, DetectContext* context) {
     if (TsOnePacketCheck(bytes) == 0) {
         return accept_packets(context, timestamped_packet_size, 0);
     }
-    const LateSignature late = check_late_signature(window);
-    if (late.type_code != FILETYPE_UNKNOWN) {
-        context->type_code = late.type_code;
-        leave_out_padding(window, late);
-        return 0;
+    return probe_further(window, context);
+}
+
+// Goes behind the tags. False when nothing can be read there.
+bool pass_tags(FileWindow* window) {
+    const int64_t stream = end_of_tags(window);
+    if (stream > 0) {
+        window_move(window, stream);
     }
-    return search_streams(window, context);
+    return window_load(window, 1) != 0;
 }
 
 int classify(FileWindow* window, DetectContext* context) {
@@ -187,12 +201,8 @@ int classify(FileWindow* window, DetectContext* context) {
             return refuse(context, FILETYPE_UNKNOWN, -5, row.text);
         }
     }
-    const int64_t stream = end_of_tags(window);
-    if (stream > 0) {
-        window_move(window, stream);
-        if (window_load(window, 1) == 0) {
-            return refuse(context, FILETYPE_ERROR, -3, message::read_failed);
-        }
+    if (!pass_tags(window)) {
+        return refuse(context, FILETYPE_ERROR, -3, message::read_failed);
     }
     return probe(window, context);
 }
@@ -218,6 +228,20 @@ int detect(DetectContext* context, FileRecord* file) {
         result = refuse(context, FILETYPE_ERROR, -2, message::buffer_failed);
     }
     return result;
+}
+
+uint32_t type_without_packets(FileRecord* file) {
+    DetectContext context{};
+    FileWindow window;
+    window_open(&window, file, 0, view_size);
+    if (!pass_tags(&window)) {
+        return FILETYPE_UNKNOWN;
+    }
+    if (starts_with(window_at(&window, 0, 3), "\0\0\1")) {
+        return FILETYPE_MPEG;
+    }
+    probe_further(&window, &context);
+    return context.type_code == FILETYPE_MPEG2_TS ? uint32_t{FILETYPE_UNKNOWN} : context.type_code;
 }
 
 } // namespace zat

@@ -32,4 +32,9 @@ struct DetectContext {
 // refusal writes its general line. The file stays open.
 int detect(DetectContext* context, FileRecord* file);
 
+// What a file is that was taken for a transport stream, whose sync byte is a letter that texts and
+// pictures have too, and holds no packets: the type that the probes behind those for packets give,
+// FILETYPE_UNKNOWN for none.
+uint32_t type_without_packets(FileRecord* file);
+
 } // namespace zat
