@@ -116,6 +116,7 @@ bool describe_by_sync(Bytes start, ZatStream* stream, char (&line)[line_size]) {
     const ZatStream told = *stream;
     stream->profile[0] = '\0';
     stream->bit_depth = 0;
+    stream->bit_rate_mode = 0;
     if (describe_dolby_frame(start, stream, line) || describe_dts_frame(start, stream, line)) {
         return true;
     }
@@ -163,7 +164,11 @@ uint64_t told_rate(const Parsed& parsed) {
 }
 
 void set_format_facts(const WaveStream& wave, const Parsed& parsed, ZatStream* stream) {
-    set_format_tag_codec(stream, parsed.tag, parsed.bits);
+    set_format_tag_codec(stream, parsed.tag, parsed.format.bits_per_sample);
+    if (std::string_view(stream->codec) == "PCM") {
+        stream->bit_rate_mode = ZAT_BIT_RATE_CONSTANT;
+        stream->bit_depth = std::min(stream->bit_depth, parsed.bits); // some may be unused
+    }
     stream->sample_rate = parsed.format.sample_rate;
     stream->channels = parsed.format.channels;
     if ((stream->flags & ZAT_FLAG_LOSSLESS) != 0) {

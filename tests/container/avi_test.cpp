@@ -283,7 +283,7 @@ TEST(Avi, describes_streams) {
             "0001] 48000Hz 2ch 16Bit 1536.000kbps\n"
             "0.500",
             "AVI duration=0.500 bit_rate=1540000\n"
-            "audio duration=0.500 bit_rate=1536000 bytes=96000 sample_rate=48000 channels=2 bit_depth=16 codec=PCM "
+            "audio mode=1 duration=0.500 bit_rate=1536000 bytes=96000 sample_rate=48000 channels=2 bit_depth=16 codec=PCM "
             "codec_id=0x0001 "
             "profile=signed 16 LE"},
         {"the picture's own header, not one in the sound", sound_like_a_header(),
@@ -294,7 +294,7 @@ TEST(Avi, describes_streams) {
             "X no index\n"
             "2.000",
             "AVI notes=no index duration=2.000 bit_rate=1496\n"
-            "audio duration=1.000 bit_rate=1536000 sample_rate=48000 channels=2 bit_depth=16 codec=PCM codec_id=0x0001 "
+            "audio mode=1 duration=1.000 bit_rate=1536000 sample_rate=48000 channels=2 bit_depth=16 codec=PCM codec_id=0x0001 "
             "profile=signed 16 LE\n"
             "video id=1 duration=2.000 frame_rate=25.000 frames=50 size=176:144 pixel=1:1 display=11:9 fps_ratio=25:1 scan=1 "
             "bit_depth=8 codec=MPEG-4 Visual codec_id=XVID chroma=4:2:0"},
@@ -307,7 +307,7 @@ TEST(Avi, describes_streams) {
             "AVI duration=2.000 bit_rate=2152\n"
             "video duration=2.000 bit_rate=4500 bytes=45 frame_rate=25.000 frames=50 size=320:240 pixel=4:3 display=16:9 "
             "fps_ratio=25:1 scan=2 field_order=2 bit_depth=8 codec=MJPEG codec_id=MJPG chroma=4:2:2\n"
-            "audio id=1 duration=2.000 bit_rate=1536000 bytes=16 sample_rate=48000 channels=2 bit_depth=16 codec=PCM "
+            "audio mode=1 id=1 duration=2.000 bit_rate=1536000 bytes=16 sample_rate=48000 channels=2 bit_depth=16 codec=PCM "
             "codec_id=0x0001 profile=signed 16 LE"},
         {"frames of the told rate", mp3_file(384),
             "[AVI]\n"
@@ -341,7 +341,7 @@ TEST(Avi, describes_streams) {
             "AVI notes=no index duration=0.100 bit_rate=1565600\n"
             "video duration=0.080 bit_rate=1800 bytes=18 frame_rate=25.000 frames=2 size=320:240 fps_ratio=25:1 codec=MJPEG "
             "codec_id=MJPG\n"
-            "audio id=1 duration=0.100 bit_rate=1536000 bytes=19200 sample_rate=48000 channels=2 bit_depth=16 codec=PCM "
+            "audio mode=1 id=1 duration=0.100 bit_rate=1536000 bytes=19200 sample_rate=48000 channels=2 bit_depth=16 codec=PCM "
             "codec_id=0x0001 profile=signed 16 LE"},
         {"a long one", long_open_recording(40000),
             "[AVI]\n"
@@ -396,8 +396,9 @@ TEST(Avi, describes_streams) {
             "codec_id=0x0001 layout=L R\n"
             "audio id=1 duration=1.000 bit_rate=128000 sample_rate=48000 channels=2 codec=AAC codec_id=0x00ff profile=LC "
             "layout=L R\n"
-            "audio id=2 duration=1.000 bit_rate=6912000 sample_rate=48000 channels=2 bit_depth=20 codec=PCM codec_id=0x0001 "
-            "profile=signed 20 LE\n"
+            "audio mode=1 id=2 duration=1.000 bit_rate=6912000 sample_rate=48000 channels=2 bit_depth=20 codec=PCM "
+            "codec_id=0x0001 "
+            "profile=signed 24 LE\n"
             "audio id=3 duration=1.000 bit_rate=384000 sample_rate=48000 channels=2 codec=ADPCM codec_id=0x0002 profile=MS"},
         {"pictures", pictures(),
             "[AVI]\n"

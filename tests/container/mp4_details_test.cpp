@@ -82,7 +82,7 @@ TEST(Mp4Details, TellsTheTruthOfVideo) {
     const Data names =
         atom("udta", {atom("name", ByteBuilder().text("Angle 2").bytes),
                          atom("kind", full().text("urn:mpeg:dash:role:2011").u8(0).text("commentary").u8(0).bytes)});
-    ByteBuilder edits = full().be32(101).be32(500).be32(0xFFFFFFFF).be32(0x10000);
+    ByteBuilder edits = full().be32(102).be32(300).be32(0xFFFFFFFF).be32(0x10000).be32(200).be32(0xFFFFFFFF).be32(0x10000);
     for (int i = 0; i < 100; ++i) {
         edits.be32(15).be32(0).be32(0x10000);
     }

@@ -149,7 +149,7 @@ void read_track_user_data(TrackFacts* facts, ZatStream* stream) {
     }
 }
 
-// What edits make of the media (ISO/IEC 14496-12, 8.6.6): an empty one at the front delays the
+// What edits make of the media (ISO/IEC 14496-12, 8.6.6): empty ones at the front delay the
 // track, the others tell how long it is played. Their scale is the movie's.
 void read_edits(TrackFacts* facts, uint32_t movie_scale, ZatStream* stream) {
     constexpr int64_t most_entries = 65536;
@@ -171,8 +171,8 @@ void read_edits(TrackFacts* facts, uint32_t movie_scale, ZatStream* stream) {
         if (read_be32(reader, list, at + (large ? 12 : 4)) != UINT32_MAX) { // media_time of -1
             played += seconds;
             sound = sound && seconds < media + 1; // one edit plays the media once at most
-        } else if (i == 0) {
-            stream->start = seconds;
+        } else if (played == 0) {
+            stream->start += seconds;
         }
     }
     if (played > 0 && sound) {
