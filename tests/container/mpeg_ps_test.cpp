@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 namespace zat::test::mpeg_ps_test {
 namespace {
 
@@ -87,6 +89,10 @@ TEST(ProgramStream, lists_its_streams) {
     for (int frame = 1; frame < 12; ++frame) {
         timed.packet(0xE0, slices(99), frame * 3750).packet(0xE0, slices(120));
     }
+    // AudioMuxElement with a StreamMuxConfig: AAC LC of 48 kHz, stereo.
+    Payload latm = loas_frame(BitBuilder().bits(1, 3).bits(0, 13).bits(0x1190, 16), 300);
+    const Payload adts = adts_frame(4000, {.rate_index = 3});
+    std::copy_n(adts.begin(), 7, latm.begin() + 100);
     const struct {
         const char* name;
         Payload bytes;
@@ -107,6 +113,8 @@ TEST(ProgramStream, lists_its_streams) {
             "A 0xC1 [audio] no data jpn/eng hearing impaired\n0.000"},
         {"a substream of a map", substream.bytes, "[MPEG2]\nA " + ac3_line + " jpn\n0.032"},
         {"an extended stream of a map", extension.bytes, "[MPEG2]\nA " + ac3_line + " jpn\n0.000"},
+        {"LATM with an ADTS sync word by chance", ProgramBuilder().pack(0).map({{0x11, 0xC0}}).packet(0xC0, latm, 0).bytes,
+            "[MPEG2]\nA [AAC LC] 48000Hz stereo(L,R) 112.500kbps jpn\n0.021"},
         {"E-AC-3 of one block a frame, behind a sync word by chance",
             ProgramBuilder()
                 .pack(0)

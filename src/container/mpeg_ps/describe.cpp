@@ -222,12 +222,14 @@ bool describe_mlp(Stream* stream) {
 }
 
 bool describe_audio(Stream* stream) {
+    constexpr uint8_t latm_type = 0x11; // whose data may look like a first ADTS frame
     switch (stream->kind) {
     case Kind::mpeg_audio:
         return describe_frame(stream, mpeg_candidate) || describe_frame(stream, adts_candidate) ||
                describe_frame(stream, ac3_candidate);
-    case Kind::aac:
-        return describe_frame(stream, adts_candidate) || describe_loas(stream);
+    case Kind::aac: // either form occurs under the stream type of the other
+        return (stream->stream_type == latm_type && describe_loas(stream)) ||
+               describe_frame(stream, adts_candidate) || describe_loas(stream);
     case Kind::ac3:
     case Kind::eac3:
         return describe_frame(stream, ac3_candidate) || describe_eac3(stream);
