@@ -39,4 +39,30 @@ TEST(Dispatch, writes_the_line_of_the_only_stream_over_others) {
     }
 }
 
+// Its sync byte is a letter, and two of them one packet apart are enough for the code.
+TEST(Dispatch, describes_what_was_taken_for_a_transport_stream) {
+    const auto with_letters = [](ByteBuilder bytes, size_t at) {
+        return bytes.pad_to(1000).put(at, "G").put(at + 188, "G").bytes;
+    };
+    const struct {
+        const char* name;
+        Data bytes;
+        const char* label;
+        std::string expected;
+    } rows[] = {
+        {"AU", with_letters(ByteBuilder().text(".snd").be32(24).be32(976).be32(2).be32(8000).be32(1), 30), "[AU]",
+            "A [C\x96\xB3"
+            "0001] 8000Hz 1ch 64.00kbps 8Bit\n0.122"},
+        {"MP3 behind noise", with_letters(ByteBuilder().fill(40, 1).append(mpeg_frames(4).bytes), 2), "",
+            "A MPEG1-LayerIII 44100Hz [CBR Stereo] 128.00kbps [417bpf] \nX \x91\xBC\x82\xCCtag(40Byte)\n0.107"},
+        {"nothing that is known", with_letters(ByteBuilder().raw({1, 2, 3, 0}), 30), "", "0.000"},
+    };
+    for (const auto& row : rows) {
+        const auto record = info_of(row.bytes);
+        EXPECT_EQ(record->type_code, static_cast<uint32_t>(FILETYPE_MPEG2_TS)) << row.name;
+        EXPECT_STREQ(record->label, row.label) << row.name;
+        EXPECT_EQ(record_text(*record), row.expected) << row.name;
+    }
+}
+
 } // namespace zat::test::dispatch_test
