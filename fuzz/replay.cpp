@@ -7,10 +7,10 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <sanitizer/common_interface_defs.h>
 #include <vector>
 
-// NOLINTNEXTLINE(bugprone-reserved-identifier,readability-identifier-naming): the sanitizers' name
-extern "C" [[gnu::weak]] void __sanitizer_set_death_callback(void (*callback)());
+#pragma weak __sanitizer_set_death_callback // missing in a build without sanitizers
 
 namespace {
 
