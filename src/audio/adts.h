@@ -30,6 +30,11 @@ struct AdtsHeader {
     bool estimated = false;    // length and rate are those of a part of the stream
 };
 
+// Samples per channel, by number_of_raw_data_blocks_in_frame; a block's where the header is cut.
+constexpr uint32_t adts_frame_samples(Bytes frame) {
+    return ((byte_at(frame, 6) & 3U) + 1) * 1024;
+}
+
 // Looks at two bytes.
 bool IsAdtsSync(const uint8_t* bytes);
 

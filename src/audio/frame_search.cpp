@@ -1,6 +1,7 @@
 #include "audio/frame_search.h"
 
 #include "audio/ac3.h"
+#include "audio/adts.h"
 #include "audio/mpeg_audio.h"
 
 #include <algorithm>
@@ -120,8 +121,8 @@ uint32_t audio_frame_samples(FrameKind kind, Bytes bytes) {
     case FrameKind::mpeg_audio:
         read_mpeg_header(bytes, &info);
         return mpeg_audio_frame_samples(&info);
-    case FrameKind::adts: // number_of_raw_data_blocks_in_frame + 1
-        return ((bytes[6] & 3U) + 1) * 1024;
+    case FrameKind::adts:
+        return adts_frame_samples(bytes);
     case FrameKind::ac3:
         return 1536;
     case FrameKind::dts: // NBLKS + 1 blocks of 32

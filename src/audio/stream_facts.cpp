@@ -295,7 +295,8 @@ void adts_facts(const AdtsHeader& header, Bytes frame, ZatStream* stream) {
     if (header.channel_configuration == 0) {
         set_channels_of_first_element(frame, stream);
     }
-    stream->bit_rate = uint64_t{header.frame_length} * 8 * stream->sample_rate / 1024;
+    stream->bit_rate =
+        uint64_t{header.frame_length} * 8 * stream->sample_rate / adts_frame_samples(frame);
     stream->estimated |= ZAT_ESTIMATED_BIT_RATE;
 }
 

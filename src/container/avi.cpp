@@ -10,6 +10,7 @@
 #include "container/avi/stream_facts.h"
 
 #include <algorithm>
+#include <limits>
 
 namespace zat {
 
@@ -68,8 +69,8 @@ void correct_lengths(Movie* movie) {
     for (uint32_t i = 0; i < movie->stream_count; ++i) {
         Stream* stream = &movie->streams[i];
         if (stream->type == fourcc("auds") && stream->length == stream->chunks) {
-            stream->length =
-                clamp_to_integer<uint32_t>(static_cast<double>(counted_units(*stream)));
+            stream->length = static_cast<uint32_t>(
+                std::min<uint64_t>(counted_units(*stream), std::numeric_limits<uint32_t>::max()));
         }
     }
 }

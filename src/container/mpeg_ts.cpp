@@ -73,7 +73,7 @@ void analyse(ts::Analysis* analysis, const Output& out) {
 int AnalyzeMpegTsFile(FileRecord* file, const Output& out) {
     const WorkMemory memory(sizeof(ts::Analysis));
     if (memory.bytes == nullptr) {
-        return 1;
+        return 0; // which tells nothing of packets
     }
     ts::Analysis* analysis = ts::start_analysis(memory, file);
     analysis->layout = find_packets(analysis);

@@ -8,7 +8,7 @@ namespace zat {
 
 // Describes the streams, the service and its events. Reads the head of the file until all is
 // described, at most the scan budget, then its end and a few probes; with option bit 0 all of it.
-// Returns 0, or 1 when the file holds no packets.
+// Returns 1 when the file holds no packets, else 0.
 int AnalyzeMpegTsFile(FileRecord* file, const Output& out);
 
 } // namespace zat

@@ -73,6 +73,11 @@ TEST(StreamFacts, TellsLoasByItsConfiguration) {
     EXPECT_EQ(described(describe_loas_frame, joined({loas(without), loas(without)})), "refused");
 }
 
+TEST(StreamFacts, TellsTheRateOfAdtsByAllBlocksOfItsFrame) {
+    const Data frame = adts_frame(600, {.rate_index = 3, .channels = 2, .blocks = 1}); // one behind the first
+    EXPECT_NE(described(describe_adts_frame, frame).find(" bit_rate=112500 "), std::string::npos);
+}
+
 TEST(StreamFacts, TellsAacByItsWholeConfiguration) {
     const auto facts = [](const Data& bytes) {
         AudioSpecificConfig config;

@@ -170,7 +170,7 @@ void read_audio_configuration(Bytes config, ZatStream* stream) {
     if (codec == "AAC") {
         read_aac(config, stream);
     } else if (codec == "Opus") {
-        stream->sample_rate = 48000;
+        stream->sample_rate = opus_rate;
         if (read_opus_head(config, &opus)) {
             set_opus_facts(opus.channels, opus.mapping_family, stream);
         }
