@@ -6,6 +6,21 @@
 
 namespace zat {
 
+namespace {
+
+using TextsReader = void (*)(Reader* reader, Span tag, TagTexts* texts);
+
+void complete_by(Reader* reader, Span tag, TextsReader read, TagTexts* texts) {
+    if (size_of(tag) == 0) {
+        return; // most files have one tag, or none
+    }
+    TagTexts next;
+    read(reader, tag, &next);
+    complete_texts(texts, next);
+}
+
+} // namespace
+
 void add_tag_fact(ExtraLines* extra, const TagList& tags) {
     constexpr uint32_t first_ape_version = 1000;
     char line[line_size] = "";
@@ -37,18 +52,11 @@ void add_tag_fact(ExtraLines* extra, const TagList& tags) {
 
 void complete_by_tags(Reader* reader, const OuterTags& outer, Span inner_id3v2, const TagTexts& own,
     TagTexts* texts) {
-    TagTexts next;
-    read_ape_texts(reader, outer.ape_items, &next);
-    complete_texts(texts, next);
-    for (const Span id3v2 : {outer.id3v2, inner_id3v2}) {
-        next = {};
-        read_id3v2_texts(reader, id3v2, &next);
-        complete_texts(texts, next);
-    }
+    complete_by(reader, outer.ape_items, read_ape_texts, texts);
+    complete_by(reader, outer.id3v2, read_id3v2_texts, texts);
+    complete_by(reader, inner_id3v2, read_id3v2_texts, texts);
     complete_texts(texts, own);
-    next = {};
-    read_id3v1_texts(reader, outer.id3v1, &next);
-    complete_texts(texts, next);
+    complete_by(reader, outer.id3v1, read_id3v1_texts, texts);
 }
 
 } // namespace zat
