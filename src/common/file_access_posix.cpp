@@ -33,14 +33,15 @@ size_t whole_pages(size_t size) {
 
 int FileOpen(FileRecord* file, const char* path) {
     file->handle = -1;
-    struct stat status {};
-    // Looked at before opening: opening a pipe or a device can already change its state. What takes
-    // the path's place in between is read as a file that changes while it is read.
-    if (stat(path, &status) != 0 || !S_ISREG(status.st_mode)) {
-        return 1;
-    }
+    // Does not wait for a pipe's writer, nor take a terminal over. To look before opening would be
+    // the second way through the path's directories, which takes as long as opening.
     const int descriptor = open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
     if (descriptor < 0) {
+        return 1;
+    }
+    struct stat status {};
+    if (fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode)) {
+        close(descriptor);
         return 1;
     }
     file->handle = descriptor;
