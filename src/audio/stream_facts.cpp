@@ -3,6 +3,7 @@
 #include "common/bits.h"
 #include "common/channel_layout.h"
 #include "common/codec_names.h"
+#include "common/details.h"
 #include "common/numbers.h"
 #include "common/text.h"
 
@@ -388,13 +389,12 @@ void complete_by_bytes(int64_t bytes, ZatStream* stream) {
         return;
     }
     stream->bytes = static_cast<uint64_t>(bytes);
-    const double bits = static_cast<double>(bytes) * 8;
     if (stream->duration == 0 && stream->bit_rate != 0) {
-        stream->duration = bits / static_cast<double>(stream->bit_rate);
+        stream->duration = static_cast<double>(bytes) * 8 / static_cast<double>(stream->bit_rate);
         stream->estimated |=
             stream->bit_rate_mode == ZAT_BIT_RATE_CONSTANT ? 0 : uint32_t{ZAT_ESTIMATED_DURATION};
     } else if (stream->duration > 0 && stream->bit_rate == 0) {
-        stream->bit_rate = clamp_to_integer<uint64_t>(bits / stream->duration + 0.5);
+        stream->bit_rate = mean_bit_rate(static_cast<double>(bytes), stream->duration);
     }
 }
 

@@ -102,6 +102,10 @@ void set_display_aspect(ZatStream* stream, uint64_t width, uint64_t height) {
         &stream->pixel_aspect_height);
 }
 
+uint64_t mean_bit_rate(double bytes, double seconds) {
+    return seconds > 0 ? clamp_to_integer<uint64_t>(bytes * 8 / seconds + 0.5) : 0;
+}
+
 void set_frame_rate(ZatStream* stream, uint64_t numerator, uint64_t denominator) {
     if (numerator == 0 || denominator == 0) {
         return;

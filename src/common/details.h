@@ -43,6 +43,9 @@ void set_pixel_aspect(ZatStream* stream, uint64_t width, uint64_t height);
 // Sets the display aspect and, by the stream's size, the pixel aspect.
 void set_display_aspect(ZatStream* stream, uint64_t width, uint64_t height);
 
+// Bit/s of so many bytes over a time, rounded; 0 for a time that is not positive.
+uint64_t mean_bit_rate(double bytes, double seconds);
+
 // Sets frame_rate and its ratio; nothing for a ratio with a 0.
 void set_frame_rate(ZatStream* stream, uint64_t numerator, uint64_t denominator);
 

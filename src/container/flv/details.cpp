@@ -6,6 +6,7 @@
 #include "audio/opus.h"
 #include "audio/stream_facts.h"
 #include "common/codec_names.h"
+#include "common/details.h"
 #include "common/fourcc.h"
 #include "common/numbers.h"
 #include "common/stream_lines.h"
@@ -54,8 +55,7 @@ void set_rate(const FlvInfo& info, const FlvTags& tags, double claim, ZatStream*
     stream->bytes = tags.bytes;
     if (tags.bytes != 0 && stream->duration > 0) {
         constexpr double same_rate = 0.01;
-        stream->bit_rate = clamp_to_integer<uint64_t>(
-            static_cast<double>(tags.bytes) * 8 / stream->duration + 0.5);
+        stream->bit_rate = mean_bit_rate(static_cast<double>(tags.bytes), stream->duration);
         const double difference =
             std::abs(static_cast<double>(claimed) - static_cast<double>(stream->bit_rate));
         if (claimed != 0 && difference > same_rate * static_cast<double>(stream->bit_rate)) {

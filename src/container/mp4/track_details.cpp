@@ -1,7 +1,6 @@
 #include "container/mp4/track_details.h"
 
 #include "common/details.h"
-#include "common/numbers.h"
 #include "common/stream_lines.h"
 #include "common/text.h"
 #include "common/text_codes.h"
@@ -258,11 +257,7 @@ constexpr double same_bit_rate = 0.01;
 void count_bytes(TrackFacts* facts, ZatStream* stream) {
     stream->bytes = movie_bytes(*facts, *stream) + facts->track->fragment_bytes;
     const uint64_t claim = facts->claim != 0 ? facts->claim : stream->bit_rate;
-    stream->bit_rate = 0;
-    if (facts->seconds > 0 && stream->bytes != 0) {
-        stream->bit_rate = clamp_to_integer<uint64_t>(
-            static_cast<double>(stream->bytes) * 8 / facts->seconds + 0.5);
-    }
+    stream->bit_rate = mean_bit_rate(static_cast<double>(stream->bytes), facts->seconds);
     if (stream->bit_rate == 0) {
         stream->bit_rate = claim;
         return;
