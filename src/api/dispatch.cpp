@@ -160,7 +160,7 @@ void analyse(const Row* row, FileRecord* file, const Output& out) {
         result = row != nullptr ? row->analyser(file, out) : 0;
     }
     if (file->exhausted) {
-        note_details(out.details, "work limit");
+        note_work_limit(out.details);
     }
     out.record->play_time = without_negative_zero(out.record->play_time);
     if (result != 0 && row->result == Result::error_count) {

@@ -54,11 +54,8 @@ void set_rate(const FlvInfo& info, const FlvTags& tags, double claim, ZatStream*
     }
     stream->bytes = tags.bytes;
     if (tags.bytes != 0 && stream->duration > 0) {
-        constexpr double same_rate = 0.01;
         stream->bit_rate = mean_bit_rate(static_cast<double>(tags.bytes), stream->duration);
-        const double difference =
-            std::abs(static_cast<double>(claimed) - static_cast<double>(stream->bit_rate));
-        if (claimed != 0 && difference > same_rate * static_cast<double>(stream->bit_rate)) {
+        if (claimed != 0 && !is_same_bit_rate(claimed, stream->bit_rate)) {
             stream->nominal_bit_rate = claimed;
         }
     }
@@ -270,8 +267,7 @@ void describe_flv(Reader* reader, const FlvInfo& info, double seconds, ZatDetail
         describe_video(reader, info, duration, details);
     }
     if (info.missing_bytes != 0) {
-        details->missing_bytes = static_cast<uint64_t>(info.missing_bytes);
-        note_details(details, "truncated");
+        note_missing_bytes(details, static_cast<uint64_t>(info.missing_bytes));
     }
 }
 

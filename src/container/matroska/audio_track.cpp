@@ -9,13 +9,13 @@
 #include "audio/wave_stream.h"
 #include "common/codec_catalogue.h"
 #include "common/codec_names.h"
+#include "common/details.h"
 #include "common/fourcc.h"
 #include "common/numbers.h"
 #include "common/stream_lines.h"
 #include "container/matroska/track_stream.h"
 
 #include <algorithm>
-#include <cmath>
 
 namespace zat::matroska {
 
@@ -24,7 +24,6 @@ namespace {
 constexpr uint32_t audio_private_size = 1024; // bytes
 constexpr uint32_t audio_frame_size = 4096;
 static_assert(audio_frame_size >= frame_start_size);
-constexpr double rate_tolerance = 0.01;
 
 // What a track is described from and what its line is made of: a line of its parser, or the generic
 // one.
@@ -41,17 +40,12 @@ struct Description {
     uint32_t bits = 0;
 };
 
-bool differs(uint64_t a, uint64_t b) {
-    const auto x = static_cast<double>(a);
-    const auto y = static_cast<double>(b);
-    return std::abs(x - y) > rate_tolerance * y;
-}
-
 // A header's rate is a claim where the container knows better.
 void keep_rate(uint64_t rate, ZatStream* stream) {
     if (rate != 0) {
         stream->nominal_bit_rate =
-            stream->bit_rate != 0 && differs(rate, stream->bit_rate) ? stream->bit_rate : 0;
+            stream->bit_rate != 0 && !is_same_bit_rate(rate, stream->bit_rate) ? stream->bit_rate
+                                                                               : 0;
         stream->bit_rate = rate;
     }
 }

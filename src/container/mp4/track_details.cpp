@@ -9,7 +9,6 @@
 #include "container/mp4/sample_tables.h"
 
 #include <algorithm>
-#include <cmath>
 #include <string_view>
 
 namespace zat::mp4 {
@@ -251,9 +250,6 @@ uint64_t movie_bytes(const TrackFacts& facts, const ZatStream& stream) {
     return samples * totals.sample_size;
 }
 
-// A claim within this part of the counted rate is the same.
-constexpr double same_bit_rate = 0.01;
-
 void count_bytes(TrackFacts* facts, ZatStream* stream) {
     stream->bytes = movie_bytes(*facts, *stream) + facts->track->fragment_bytes;
     const uint64_t claim = facts->claim != 0 ? facts->claim : stream->bit_rate;
@@ -262,9 +258,7 @@ void count_bytes(TrackFacts* facts, ZatStream* stream) {
         stream->bit_rate = claim;
         return;
     }
-    const double difference =
-        std::abs(static_cast<double>(claim) - static_cast<double>(stream->bit_rate));
-    if (claim != 0 && difference > same_bit_rate * static_cast<double>(stream->bit_rate)) {
+    if (claim != 0 && !is_same_bit_rate(claim, stream->bit_rate)) {
         stream->nominal_bit_rate = claim;
     }
 }
