@@ -3,7 +3,6 @@
 #include "common/bits.h"
 #include "common/text.h"
 
-#include <algorithm>
 #include <iterator>
 
 namespace zat {
@@ -133,8 +132,8 @@ int32_t ac3_framesize(int frmsizecod, int fscod) {
 
 int ac3_info(Bytes frame, Ac3Info* info) {
     constexpr uint32_t sync_word = 0x0B77;
-    uint8_t header[ac3_header_size] = {};
-    std::copy_n(frame.begin(), std::min(frame.size(), sizeof header), header);
+    uint8_t header[ac3_header_size];
+    copy_padded(frame, header);
     BitReader reader{header};
 
     // syncinfo

@@ -105,8 +105,8 @@ void skip_eac3_programme(BitReader* reader) {
 bool read_eac3_frame(Bytes bytes, Eac3Frame* frame) {
     static constexpr uint32_t rates[] = {48000, 44100, 32000};
     static constexpr uint8_t block_counts[] = {1, 2, 3, 6};
-    uint8_t header[eac3_header_size] = {};
-    std::copy_n(bytes.begin(), std::min(bytes.size(), sizeof header), header);
+    uint8_t header[eac3_header_size];
+    copy_padded(bytes, header);
     BitReader reader{.bytes = header};
     if (read_bits(&reader, 16) != sync_word) {
         return false;

@@ -101,8 +101,8 @@ double average_bitrate(const MpegAudioInfo* info, uint32_t byte_count, uint32_t 
 } // namespace
 
 int ParseVbrHeader(Bytes frame, MpegAudioInfo* info) {
-    uint8_t bytes[vbr_header_reach] = {};
-    std::copy_n(frame.begin(), std::min(frame.size(), sizeof bytes), bytes);
+    uint8_t bytes[vbr_header_reach];
+    copy_padded(frame, bytes);
 
     const uint8_t* header = bytes + xing_offset(info);
     const bool xing = starts_with(header, "Xing");

@@ -2,7 +2,6 @@
 
 #include "common/text.h"
 
-#include <algorithm>
 #include <cstring>
 
 namespace zat {
@@ -20,8 +19,8 @@ constexpr uint8_t tag_guids[][guid_size - guid_tag_size] = {
 } // namespace
 
 WaveFormat read_wave_format(Bytes bytes) {
-    uint8_t fields[wave_extensible_size] = {};
-    std::copy_n(bytes.begin(), std::min(bytes.size(), sizeof fields), fields);
+    uint8_t fields[wave_extensible_size];
+    copy_padded(bytes, fields);
     WaveFormat format;
     format.tag = ReadLE16(fields);
     format.channels = ReadLE16(fields + 2);
