@@ -9,13 +9,6 @@ namespace zat {
 
 namespace {
 
-// ATSC A/52, 5.4.1.3; -1 for the reserved code.
-int32_t ac3_sample_rate(uint32_t fscod) {
-    static constexpr int32_t rates[] = {48000, 44100, 32000};
-    static_assert(std::size(rates) == 3);
-    return fscod < std::size(rates) ? rates[fscod] : -1;
-}
-
 // ATSC A/52, table 5.7. The last code means voice over for a single channel, else karaoke.
 const char* service_name(uint32_t bsmod, uint32_t acmod) {
     static constexpr const char* names[] = {"CM", "ME", "VI", "HI", "D", "C", "E"};
@@ -72,6 +65,18 @@ void format_line(const char* name, const Ac3Info* info, char (&out)[line_size]) 
 }
 
 } // namespace
+
+uint32_t ac3_sample_rate(uint32_t fscod) {
+    static constexpr uint32_t rates[] = {48000, 44100, 32000};
+    return fscod < std::size(rates) ? rates[fscod] : 0;
+}
+
+uint32_t ac3_channel_mask(uint32_t acmod, bool has_lfe) {
+    static constexpr uint32_t masks[] = {0x3, 0x4, 0x3, 0x7, 0x103, 0x107, 0x603, 0x607};
+    static_assert(std::size(masks) == 8);
+    constexpr uint32_t lfe = 0x8;
+    return (acmod < std::size(masks) ? masks[acmod] : 0) | (has_lfe ? lfe : 0);
+}
 
 uint16_t ac3_bitrate(uint32_t frmsizecod_pair) {
     static constexpr uint16_t rates[] = {
@@ -142,8 +147,9 @@ int ac3_info(Bytes frame, Ac3Info* info) {
     }
     skip_bits(&reader, 16); // crc1
     const uint32_t fscod = read_bits(&reader, 2);
-    info->sample_rate = ac3_sample_rate(fscod);
-    if (info->sample_rate == -1) {
+    const uint32_t sample_rate = ac3_sample_rate(fscod);
+    info->sample_rate = sample_rate != 0 ? static_cast<int32_t>(sample_rate) : -1;
+    if (sample_rate == 0) {
         return 1;
     }
     const uint32_t frmsizecod = read_bits(&reader, 6);

@@ -207,11 +207,8 @@ void mpeg_audio_facts(const MpegAudioInfo& info, ZatStream* stream) {
 }
 
 void ac3_facts(const Ac3Info& info, ZatStream* stream) {
-    // By acmod (ATSC A/52, table 5.8).
-    static constexpr uint32_t masks[] = {front, centre, front, front | centre, front | back_centre,
-        front | centre | back_centre, front | side, front | centre | side};
     copy_utf8(stream->codec, "AC-3");
-    set_speakers(mask_of(masks, info.acmod) | (info.has_lfe ? lfe : 0), stream);
+    set_speakers(ac3_channel_mask(info.acmod, info.has_lfe), stream);
     if (info.acmod == 0) {
         stream->layout[0] = '\0'; // two programmes
     }
