@@ -6,7 +6,6 @@
 #include "audio/first_frame.h"
 #include "audio/flac_streaminfo.h"
 #include "audio/opus.h"
-#include "audio/opus_config.h"
 #include "audio/stream_facts.h"
 #include "audio/truehd.h"
 #include "audio/wave_format.h"
@@ -152,10 +151,10 @@ void read_truehd(TrackFacts* facts, ZatStream* stream) {
 
 void read_opus(TrackFacts* facts, ZatStream* stream) {
     uint8_t box[audio_config_size];
-    OpusConfig config;
+    OpusHead head;
     stream->sample_rate = opus_rate; // whatever the encoder's input had
-    if (read_opus_config(read_box(facts->reader, facts->entry.audio_configuration, box), &config)) {
-        set_opus_facts(config.channels, config.mapping_family, stream);
+    if (read_opus_record(read_box(facts->reader, facts->entry.audio_configuration, box), &head)) {
+        set_opus_facts(head.channels, head.mapping_family, stream);
     }
 }
 
