@@ -6,6 +6,8 @@
 #include "common/tag_sizes.h"
 #include "common/text.h"
 
+#include <bit>
+
 namespace zat {
 
 namespace {
@@ -15,7 +17,7 @@ constexpr uint32_t cd_frame_samples = 588;
 constexpr uint32_t cd_chunk_limit = 16;
 
 // What every track holds.
-constexpr SampleForm disc_form = pcm_form(PcmKind::signed_integer, 16, false);
+constexpr SampleForm disc_form = pcm_form(PcmKind::signed_integer, 16, std::endian::little);
 constexpr uint32_t disc_rate = 44100; // Hz
 constexpr uint32_t disc_channels = 2;
 

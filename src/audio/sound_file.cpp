@@ -138,7 +138,7 @@ void set_sample_form(SoundFile* sound, const SampleForm& form, uint32_t bits) {
     const uint32_t told = form.bits != 0 ? form.bits : bits;
     sound->bits = told <= most_bits ? told : 0;
     if (form.is_pcm) {
-        set_pcm(facts, form.kind, sound->bits, form.big_endian);
+        set_pcm(facts, form.kind, sound->bits, form.order);
         sound->form.block_bytes = (sound->bits + 7) / 8;
         sound->form.block_samples = 1;
     } else if (form.tag != 0) {

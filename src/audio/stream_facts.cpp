@@ -58,7 +58,8 @@ uint64_t whole_kilobits(double bit_rate) {
 // `stored_channels` and `stored_bits` are those that bytes are spent on.
 void set_lpcm(const LpcmInfo& info, uint32_t stored_channels, int stored_bits, ZatStream* stream) {
     const bool known = info.bits > 0;
-    set_pcm(stream, PcmKind::signed_integer, known ? static_cast<uint32_t>(info.bits) : 0, true);
+    set_pcm(stream, PcmKind::signed_integer, known ? static_cast<uint32_t>(info.bits) : 0,
+        std::endian::big);
     stream->bit_rate =
         known ? uint64_t{stream->sample_rate} * stored_channels * static_cast<uint32_t>(stored_bits)
               : 0;

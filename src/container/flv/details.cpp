@@ -18,6 +18,7 @@
 #include "video/stream_facts.h"
 #include "video/vp9.h"
 
+#include <bit>
 #include <cmath>
 #include <iterator>
 
@@ -189,7 +190,7 @@ void read_sound_header(uint8_t header, ZatStream* stream) {
     if (format == flv_sound_pcm || format == flv_sound_pcm_le) {
         const bool wide = (header & 2) != 0;
         set_pcm(stream, wide ? PcmKind::signed_integer : PcmKind::unsigned_integer, wide ? 16 : 8,
-            false);
+            std::endian::little);
     } else if (format == nellymoser_16khz || format == speex) {
         stream->sample_rate = 16000;
         stream->channels = 1;

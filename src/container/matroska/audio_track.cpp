@@ -16,6 +16,7 @@
 #include "container/matroska/track_stream.h"
 
 #include <algorithm>
+#include <bit>
 
 namespace zat::matroska {
 
@@ -223,10 +224,10 @@ void describe_alac(Description* text, ZatStream* stream) {
     text->bits = stream->bit_depth;
 }
 
-void describe_pcm(PcmKind kind, bool big_endian, Description* text, ZatStream* stream) {
+void describe_pcm(PcmKind kind, std::endian order, Description* text, ZatStream* stream) {
     const uint32_t bits = text->track->audio.bits;
     const bool is_byte = kind == PcmKind::signed_integer && bits == 8;
-    set_pcm(stream, is_byte ? PcmKind::unsigned_integer : kind, bits, big_endian);
+    set_pcm(stream, is_byte ? PcmKind::unsigned_integer : kind, bits, order);
     text->bits = bits;
     const uint64_t rate = uint64_t{stream->sample_rate} * stream->channels * bits;
     if (rate != 0) {
@@ -281,11 +282,13 @@ void describe(Parser parser, Description* text, ZatStream* stream) {
         describe_alac(text, stream);
         break;
     case Parser::pcm_signed_le:
+        describe_pcm(PcmKind::signed_integer, std::endian::little, text, stream);
+        break;
     case Parser::pcm_signed_be:
-        describe_pcm(PcmKind::signed_integer, parser == Parser::pcm_signed_be, text, stream);
+        describe_pcm(PcmKind::signed_integer, std::endian::big, text, stream);
         break;
     case Parser::pcm_float:
-        describe_pcm(PcmKind::floating, false, text, stream);
+        describe_pcm(PcmKind::floating, std::endian::little, text, stream);
         break;
     case Parser::stsd:
         describe_entry(text, stream);
