@@ -2,9 +2,9 @@
 
 #include "audio/apple_layout.h"
 #include "audio/sound_file.h"
+#include "common/outer_tags.h"
 #include "common/record_lines.h"
 #include "common/riff.h"
-#include "common/tag_sizes.h"
 #include "common/text.h"
 #include "common/text_codes.h"
 

@@ -1,9 +1,9 @@
 #include "audio/cd_track_file.h"
 
 #include "audio/sound_file.h"
+#include "common/outer_tags.h"
 #include "common/record_lines.h"
 #include "common/riff.h"
-#include "common/tag_sizes.h"
 #include "common/text.h"
 
 #include <bit>

@@ -2,7 +2,7 @@
 
 #include "common/details.h"
 #include "common/numbers.h"
-#include "common/tag_sizes.h"
+#include "common/outer_tags.h"
 
 #include <algorithm>
 

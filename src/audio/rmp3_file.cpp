@@ -2,9 +2,9 @@
 #include "audio/mp3_file.h"
 #include "audio/stream_facts.h"
 #include "common/info_list.h"
+#include "common/outer_tags.h"
 #include "common/record_lines.h"
 #include "common/stream_lines.h"
-#include "common/tag_sizes.h"
 
 #include <algorithm>
 #include <cstring>

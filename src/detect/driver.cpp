@@ -2,6 +2,7 @@
 
 #include "common/file_window.h"
 #include "common/messages.h"
+#include "common/outer_tags.h"
 #include "common/tag_sizes.h"
 #include "detect/ac3_probe.h"
 #include "detect/mpeg_probes.h"
