@@ -26,11 +26,21 @@ struct DetectContext {
     int32_t general_count;
 };
 
+// How a detection ended: a probe decided, or why none did.
+enum class Detection : uint8_t {
+    decided,
+    not_opened,
+    no_memory,
+    not_read,
+    empty,
+    refused, // text, executables, archives
+    unknown, // no probe matched
+};
+
 // Decides the type of the file at context->path; the context is cleared but for path, path length
-// and stream start. Returns 0 when a probe decided, else a negative reason: -1 not opened, -2 no
-// memory, -3 nothing read, -4 empty, -5 refused, -6 nothing matched. The type is always written; a
-// refusal writes its general line. The file stays open.
-int detect(DetectContext* context, FileRecord* file);
+// and stream start. The type is always written; all but `decided` and `unknown` write a general
+// line that says why. The file stays open.
+Detection detect(DetectContext* context, FileRecord* file);
 
 // What a file is that was taken for a transport stream, whose sync byte is a letter that texts and
 // pictures have too, and holds no packets: the type that the probes behind those for packets give,
