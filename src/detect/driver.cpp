@@ -39,15 +39,13 @@ Detection refuse(
     return result;
 }
 
-Detection accept(DetectContext* context, uint32_t type_code, int64_t stream_start) {
+Detection accept(DetectContext* context, uint32_t type_code) {
     context->type_code = type_code;
-    context->stream_start = static_cast<int32_t>(stream_start);
     return Detection::decided;
 }
 
-Detection accept_packets(DetectContext* context, uint32_t packet_size, int64_t stream_start) {
-    return accept(context, packet_size == ts_packet_size ? FILETYPE_MPEG2_TS : FILETYPE_MPEG2_M2TS,
-        stream_start);
+Detection accept_packets(DetectContext* context, uint32_t packet_size) {
+    return accept(context, packet_size == ts_packet_size ? FILETYPE_MPEG2_TS : FILETYPE_MPEG2_M2TS);
 }
 
 struct Refusal {
@@ -101,26 +99,23 @@ int64_t find_packets(FileWindow* window, uint32_t* packet_size) {
 Detection search_streams(FileWindow* window, DetectContext* context) {
     const size_t zeros = leading_zeros(window_bytes(window));
     if (zeros > padding_limit) {
-        return refuse(context, FILETYPE_UNKNOWN, Detection::decided, message::dummy_data);
+        return refuse(context, FILETYPE_UNKNOWN, Detection::refused, message::dummy_data);
     }
     window_load(window, static_cast<uint32_t>(zeros) + mpeg_audio_reach);
-    int64_t position = MpegAudioCheck(window_bytes(window).subspan(zeros), MpegAudioMode::search);
-    if (position >= 0) {
-        return accept(context, FILETYPE_MP3, static_cast<int64_t>(zeros) + position);
+    if (MpegAudioCheck(window_bytes(window).subspan(zeros), MpegAudioMode::search) >= 0) {
+        return accept(context, FILETYPE_MP3);
     }
     window_load_all(window);
     const Bytes bytes = window_bytes(window).subspan(zeros);
-    position = MpegSequenceCheck(bytes);
-    if (position >= 0) {
-        return accept(context, FILETYPE_MPEG, static_cast<int64_t>(zeros) + position);
+    if (MpegSequenceCheck(bytes) >= 0) {
+        return accept(context, FILETYPE_MPEG);
     }
     uint32_t packet_size = 0;
     if (TsTwoPacketCheck(bytes, &packet_size) == 0) {
-        return accept(context, FILETYPE_MPEG2_TS, static_cast<int64_t>(zeros)); // of either size
+        return accept(context, FILETYPE_MPEG2_TS); // of either size
     }
-    position = Ac3SyncCheck(bytes);
-    if (position >= 0) {
-        return accept(context, FILETYPE_AC3, static_cast<int64_t>(zeros) + position);
+    if (Ac3SyncCheck(bytes) >= 0) {
+        return accept(context, FILETYPE_AC3);
     }
     context->type_code = FILETYPE_UNKNOWN;
     return Detection::unknown;
@@ -138,9 +133,8 @@ void leave_out_padding(FileWindow* window, const LateSignature& late) {
 Detection probe_further(FileWindow* window, DetectContext* context) {
     const LateSignature late = check_late_signature(window);
     if (late.type_code != FILETYPE_UNKNOWN) {
-        context->type_code = late.type_code;
         leave_out_padding(window, late);
-        return Detection::decided;
+        return accept(context, late.type_code);
     }
     return search_streams(window, context);
 }
@@ -148,33 +142,30 @@ Detection probe_further(FileWindow* window, DetectContext* context) {
 // The probes, from the surest to the most lenient, on the bytes behind the tags.
 Detection probe(FileWindow* window, DetectContext* context) {
     const Bytes start = window_bytes(window);
-    const int64_t wrapped = WrappedMp3Check(start);
-    if (wrapped > 0) {
-        return accept(context, FILETYPE_SHOCKWAVEMP3, wrapped);
+    if (WrappedMp3Check(start) > 0) {
+        return accept(context, FILETYPE_SHOCKWAVEMP3);
     }
     for (const auto check : {CheckHeaderSignature, QuickTimeBrandCheck}) {
         const uint32_t type_code = check(start);
         if (type_code != FILETYPE_UNKNOWN) {
-            context->type_code = type_code;
-            return Detection::decided;
+            return accept(context, type_code);
         }
     }
     if (MpegAudioCheck(start, MpegAudioMode::at_start) >= 0) {
-        return accept(context, FILETYPE_MP3, 0);
+        return accept(context, FILETYPE_MP3);
     }
     uint32_t packet_size = 0;
-    const int64_t packets = find_packets(window, &packet_size);
-    if (packets >= 0) {
-        return accept_packets(context, packet_size, packets);
+    if (find_packets(window, &packet_size) >= 0) {
+        return accept_packets(context, packet_size);
     }
     const Bytes bytes = window_bytes(window);
     if (TsTwoPacketCheck(bytes, &packet_size) == 0) {
-        return accept_packets(context, packet_size, 0);
+        return accept_packets(context, packet_size);
     }
     // Packets of 188 bytes have been accepted by now. A start code at the start, too, ends here at
     // the latest: the signatures leave it only with a sync byte behind it.
     if (TsOnePacketCheck(bytes) == 0) {
-        return accept_packets(context, timestamped_packet_size, 0);
+        return accept_packets(context, timestamped_packet_size);
     }
     return probe_further(window, context);
 }

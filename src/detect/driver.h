@@ -19,9 +19,7 @@ struct DetectContext {
     char path[path_limit];
     size_t path_length; // bytes; more than path_limit when the text did not fit
     uint32_t type_code;
-    int32_t stream_start; // byte position of the stream in the view behind a leading tag, set to -1
-                          // by the caller; written for streams that a probe found
-    int64_t file_size;    // bytes; 0 for a file that does not open
+    int64_t file_size; // bytes; 0 for a file that does not open
     char general[2][line_size];
     int32_t general_count;
 };
@@ -37,9 +35,9 @@ enum class Detection : uint8_t {
     unknown, // no probe matched
 };
 
-// Decides the type of the file at context->path; the context is cleared but for path, path length
-// and stream start. The type is always written; all but `decided` and `unknown` write a general
-// line that says why. The file stays open.
+// Decides the type of the file at context->path; the context is cleared but for path and path
+// length. The type is always written; all but `decided` and `unknown` write a general line that says
+// why. The file stays open.
 Detection detect(DetectContext* context, FileRecord* file);
 
 // What a file is that was taken for a transport stream, whose sync byte is a letter that texts and

@@ -26,7 +26,6 @@ void take_path(const InfoRecord* record, DetectContext* context) {
 void fill_file_format(InfoRecord* record, FileRecord* file) {
     DetectContext context{};
     take_path(record, &context);
-    context.stream_start = -1;
     const Detection result = detect(&context, file);
     record->file_size = static_cast<uint64_t>(context.file_size);
     record->type_code = context.type_code;
