@@ -14,6 +14,7 @@
 #include "audio/mp3_file.h"
 #include "audio/musepack_file.h"
 #include "audio/optimfrog_file.h"
+#include "audio/rmp3_file.h"
 #include "audio/tak_file.h"
 #include "audio/tta_file.h"
 #include "audio/wav_file.h"

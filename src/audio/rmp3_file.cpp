@@ -1,5 +1,6 @@
-// RIFF files of form "RMP3": an MPEG audio stream in the "data" chunk.
-#include "audio/mp3_file.h"
+#include "audio/rmp3_file.h"
+
+#include "audio/mpeg_audio.h"
 #include "audio/stream_facts.h"
 #include "common/info_list.h"
 #include "common/outer_tags.h"

@@ -6,7 +6,6 @@
 #include "common/codec_catalogue.h"
 #include "common/extra_info.h"
 #include "common/extra_lines.h"
-#include "common/fourcc.h"
 #include "common/stream_lines.h"
 #include "common/text.h"
 #include "common/text_codes.h"
@@ -54,14 +53,10 @@ uint64_t block_size(const SoundFile& sound) {
 
 void find_codec_name(const SampleForm& form, char (&out)[codec_name_size]) {
     if (form.tag != 0) {
-        char key[tag_key_size];
-        tag_key(form.tag, key);
-        codec_name("[AVI-Audio]", key, key, out, sizeof out);
-        return;
+        wave_tag_name(form.tag, out);
+    } else {
+        fourcc_codec_name("[QT-AUDIO]", form.fourcc, out, sizeof out);
     }
-    char key[fourcc_text_size];
-    printable_fourcc_text(form.fourcc, key);
-    codec_name("[QT-AUDIO]", key, key, out, sizeof out);
 }
 
 // The form of WAVE lines, without what is not known.

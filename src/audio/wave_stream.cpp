@@ -143,13 +143,9 @@ bool has_bits(const ZatStream& stream) {
 
 void codec_text(const Parsed& parsed, char (&out)[codec_name_size]) {
     if (parsed.tag == wave_tag_extensible) {
-        char guid[guid_text_size];
-        guid_text(parsed.format.guid, guid);
-        codec_name("[WAV-EXT]", guid, guid, out, sizeof out);
+        wave_guid_name(parsed.format.guid, out);
     } else {
-        char key[tag_key_size];
-        tag_key(parsed.tag, key);
-        codec_name("[AVI-Audio]", key, key, out, sizeof out);
+        wave_tag_name(parsed.tag, out);
     }
 }
 

@@ -10,7 +10,6 @@
 #include "common/codec_catalogue.h"
 #include "common/codec_names.h"
 #include "common/details.h"
-#include "common/fourcc.h"
 #include "common/numbers.h"
 #include "common/stream_lines.h"
 #include "container/matroska/track_stream.h"
@@ -242,11 +241,9 @@ void describe_entry(Description* text, ZatStream* stream) {
     if (text->codec_private.size() < code_at + 4) {
         return;
     }
-    const uint8_t* code = text->codec_private.data() + code_at;
-    char name[fourcc_text_size];
-    printable_fourcc_text(code, name);
-    codec_name("[QT-AUDIO]", name, name, text->codec, sizeof text->codec);
-    set_codec(stream, audio_fourcc_name(ReadBE32(code)));
+    const uint32_t code = ReadBE32(text->codec_private.data() + code_at);
+    fourcc_codec_name("[QT-AUDIO]", code, text->codec, sizeof text->codec);
+    set_codec(stream, audio_fourcc_name(code));
 }
 
 void describe(Parser parser, Description* text, ZatStream* stream) {
