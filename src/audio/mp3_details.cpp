@@ -23,7 +23,7 @@ bool read_frame(Reader* reader, int64_t position, MpegAudioInfo* info) {
     if (!read_header(frame, info)) {
         return false;
     }
-    (void)ParseVbrHeader(frame.first(std::min<size_t>(frame.size(), info->frame_size)), info);
+    (void)ParseVbrHeader(frame, info);
     return true;
 }
 

@@ -10,7 +10,6 @@
 #include "common/text.h"
 #include "common/value_text.h"
 
-#include <algorithm>
 #include <cstring>
 
 namespace zat {
@@ -80,8 +79,7 @@ void describe_mpeg_audio(Reader* reader, const WavChunks& chunks, InfoRecord* re
     const Bytes frame =
         read_view(reader, whole_file(reader), chunks.data_position, vbr_header_reach);
     MpegAudioInfo mpeg;
-    if (read_mpeg_audio_header(frame, &mpeg) != 0 ||
-        ParseVbrHeader(frame.first(std::min<size_t>(frame.size(), mpeg.frame_size)), &mpeg) != 0) {
+    if (read_mpeg_audio_header(frame, &mpeg) != 0 || ParseVbrHeader(frame, &mpeg) != 0) {
         return;
     }
     mpeg_audio_facts(mpeg, stream);
