@@ -36,8 +36,8 @@ enum class Detection : uint8_t {
 };
 
 // Decides the type of the file at context->path; the context is cleared but for path and path
-// length. The type is always written; all but `decided` and `unknown` write a general line that says
-// why. The file stays open.
+// length. The type is always written; all but `decided` and `unknown` write a general line that
+// says why. The file stays open.
 Detection detect(DetectContext* context, FileRecord* file);
 
 // What a file is that was taken for a transport stream, whose sync byte is a letter that texts and
