@@ -124,11 +124,13 @@ int search_streams(FileWindow* window, DetectContext* context) {
     return -6;
 }
 
-// Analysers see a file that begins with its stream. Those of audio step over a tag and what follows
-// it by themselves, and describe the tag.
-void leave_out_padding(FileWindow* window, const LateSignature& late) {
-    if (late.start != 0 && (window->start == 0 || late.type_code < FILETYPE_AUDIO)) {
-        FileBeginAt(window->file, window->start + late.start);
+// Analysers see a file that begins with its stream, `padding` bytes behind the tags. Those of audio
+// step over a tag and what follows it by themselves, and describe the tag.
+void accept_signature(
+    FileWindow* window, DetectContext* context, uint32_t type_code, uint32_t padding) {
+    context->type_code = type_code;
+    if (window->start == 0 || type_code < FILETYPE_AUDIO) {
+        FileBeginAt(window->file, window->start + padding);
     }
 }
 
@@ -136,8 +138,7 @@ void leave_out_padding(FileWindow* window, const LateSignature& late) {
 int probe_further(FileWindow* window, DetectContext* context) {
     const LateSignature late = check_late_signature(window);
     if (late.type_code != FILETYPE_UNKNOWN) {
-        context->type_code = late.type_code;
-        leave_out_padding(window, late);
+        accept_signature(window, context, late.type_code, late.start);
         return 0;
     }
     return search_streams(window, context);
@@ -153,7 +154,7 @@ int probe(FileWindow* window, DetectContext* context) {
     for (const auto check : {CheckHeaderSignature, QuickTimeBrandCheck}) {
         const uint32_t type_code = check(start);
         if (type_code != FILETYPE_UNKNOWN) {
-            context->type_code = type_code;
+            accept_signature(window, context, type_code, 0);
             return 0;
         }
     }
