@@ -184,6 +184,11 @@ TEST(ProgramStream, times_what_was_joined_or_went_round) {
         SCOPED_TRACE(row.name);
         EXPECT_EQ(lines_of(row.bytes).substr(0, row.expected.size()), row.expected);
     }
+    Payload filling = large.bytes; // a download in a file of its full size
+    filling.resize(2'097'152);
+    filling.resize(large.bytes.size());
+    EXPECT_NEAR(details_of(filling)->duration, 60, 1);
+    EXPECT_EQ(details_of(filling)->streams[0].duration, 0);
     EXPECT_NEAR(info_of(loops.bytes)->play_time, 120, 8);
     EXPECT_NEAR(info_of(parts.bytes)->play_time, 6, 0.1);
 }
