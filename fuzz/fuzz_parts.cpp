@@ -617,7 +617,8 @@ void report(Bytes bytes) {
     auto* fields = reinterpret_cast<uint8_t*>(&record);
     std::copy_n(bytes.begin(), half, fields + offsetof(InfoRecord, type_code));
     std::copy_n(bytes.begin() + static_cast<ptrdiff_t>(half), half, fields + sizeof record - half);
-    require_sound_reports(record);
+    require_sound_report(record);
+    require_sound_short_report(record);
 }
 
 constexpr void (*parts[])(Bytes) = {

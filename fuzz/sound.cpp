@@ -156,14 +156,17 @@ void require_agreement(const InfoRecord& record, const ZatDetails& details) {
     require(record.audio_count == lines(streams_of(details, ZAT_STREAM_AUDIO)), "audio lines");
 }
 
-void require_sound_reports(const InfoRecord& record) {
-    static char limited[ZAT_REPORT_SIZE];
+void require_sound_report(const InfoRecord& record) {
     static char whole[65536]; // more than all fields of a record hold
+    const uint32_t length = ReFormFullBounded(&record, whole, sizeof whole);
+    require_sound_text(whole, length, sizeof whole, false);
+}
+
+void require_sound_short_report(const InfoRecord& record) {
+    static char limited[ZAT_REPORT_SIZE];
     std::memset(limited, 'x', sizeof limited);
     ReFormFull(&record, limited);
     require(std::memchr(limited, '\0', sizeof limited) != nullptr, "the report's end");
-    const uint32_t length = ReFormFullBounded(&record, whole, sizeof whole);
-    require_sound_text(whole, length, sizeof whole, false);
 }
 
 } // namespace zat::test

@@ -26,7 +26,8 @@ void require_sound_text(const char* text, size_t length, size_t size, bool utf8)
 // The lines have the streams of the details.
 void require_agreement(const InfoRecord& record, const ZatDetails& details);
 
-// Both reports of the record.
-void require_sound_reports(const InfoRecord& record);
+// The record's report, and the one that is cut to a host's small buffer.
+void require_sound_report(const InfoRecord& record);
+void require_sound_short_report(const InfoRecord& record);
 
 } // namespace zat::test

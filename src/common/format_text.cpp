@@ -26,9 +26,16 @@ void put(Writer* out, std::string_view piece) {
     out->length += piece.size();
 }
 
+void put_character(Writer* out, char c) {
+    if (out->length < out->size) {
+        out->text[out->length] = c;
+    }
+    ++out->length;
+}
+
 void put_repeated(Writer* out, char c, int count) {
     for (int i = 0; i < count; ++i) {
-        put(out, {&c, 1});
+        put_character(out, c);
     }
 }
 
@@ -93,7 +100,9 @@ void put_number(Writer* out, const Conversion& conversion, std::string_view digi
     } else {
         put_repeated(out, ' ', missing);
     }
-    put(out, negative ? "-" : "");
+    if (negative) {
+        put_character(out, '-');
+    }
     put_repeated(out, '0', zeros);
     put(out, digits);
 }
@@ -162,11 +171,9 @@ void put_conversion(Writer* out, const Conversion& conversion, va_list* argument
         end = std::to_chars(
             digits, digits + sizeof digits, unsigned_argument(conversion, arguments), 16);
         break;
-    case 'c': {
-        const auto c = static_cast<char>(va_arg(*arguments, int));
-        put(out, {&c, 1});
+    case 'c':
+        put_character(out, static_cast<char>(va_arg(*arguments, int)));
         return;
-    }
     case 's':
         put_string(out, conversion, va_arg(*arguments, const char*));
         return;
@@ -174,7 +181,9 @@ void put_conversion(Writer* out, const Conversion& conversion, va_list* argument
         put_double(out, conversion, va_arg(*arguments, double));
         return;
     default: // "%%"
-        put(out, {&conversion.type, conversion.type == '\0' ? 0U : 1U});
+        if (conversion.type != '\0') {
+            put_character(out, conversion.type);
+        }
         return;
     }
     if (conversion.type == 'X') {
@@ -190,14 +199,11 @@ size_t format_text_v(char* text, size_t size, const char* format, va_list argume
     va_list rest; // a va_list that can be handed on by address on every platform
     va_copy(rest, arguments);
     while (*format != '\0') {
-        const char* const plain = format;
-        while (*format != '\0' && *format != '%') { // mostly a few characters
-            ++format;
-        }
-        put(&out, {plain, static_cast<size_t>(format - plain)});
         if (*format == '%') {
             ++format;
             put_conversion(&out, parse_conversion(&format), &rest);
+        } else { // mostly a few between conversions
+            put_character(&out, *format++);
         }
     }
     va_end(rest);

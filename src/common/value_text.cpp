@@ -1,5 +1,6 @@
 #include "common/value_text.h"
 
+#include "common/fixed_decimal.h"
 #include "common/numbers.h"
 #include "common/text.h"
 
@@ -30,8 +31,9 @@ int FormatPlayTime(double seconds, char (&out)[value_text_size]) {
     const int32_t hours = whole / 3600;
     const int32_t minutes = (whole - hours * 3600) / 60;
     const int32_t rest = whole - hours * 3600 - minutes * 60;
-    char fraction[value_text_size];
-    format_text(fraction, sizeof fraction, "%f", seconds - (hours * 3600.0 + minutes * 60 + rest));
+    FixedDecimalText digits;
+    const std::string_view fraction = // "0." and six digits, of which three are shown
+        fixed_decimal(seconds - (hours * 3600.0 + minutes * 60 + rest), 6, &digits);
     const int milliseconds =
         (fraction[2] - '0') * 100 + (fraction[3] - '0') * 10 + (fraction[4] - '0');
     format_text(out, value_text_size, "%d:%.2d:%.2d.%.3d", hours, minutes, rest, milliseconds);

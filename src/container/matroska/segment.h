@@ -93,6 +93,8 @@ struct Track {
 constexpr uint64_t default_timestamp_scale = 1'000'000;
 
 struct Segment {
+    Segment() {} // leaves the tracks as they are: clearing them all costs more than reading one
+
     Span span;            // the data, as far as the file has it
     int64_t said_end = 0; // where the size says that it ends
     bool unknown_size = false;
@@ -107,7 +109,9 @@ struct Segment {
     Span muxing_app;
     Span writing_app;
 
-    Track tracks[most_tracks];
+    union {
+        Track tracks[most_tracks]; // those that are counted
+    };
     uint32_t track_count = 0; // may be more than are kept
 
     int64_t first_cluster = -1; // where its identifier stands

@@ -67,6 +67,8 @@ struct IndexedStream {
 };
 
 struct Movie {
+    Movie() {} // leaves the tracks as they are: clearing them all costs more than reading one
+
     bool brand_seen = false;
     uint8_t brand[4] = {};
     bool movie_seen = false;
@@ -79,7 +81,9 @@ struct Movie {
     uint32_t duration = 0;
     uint32_t chapters = 0;
 
-    Track tracks[max_tracks]; // in file order
+    union {
+        Track tracks[max_tracks]; // in file order; those that are counted
+    };
     int track_count = 0;
     int kind_count[static_cast<int>(TrackKind::count)] = {}; // of all in the file
     Track open_track; // the one whose atoms are being visited
