@@ -151,12 +151,13 @@ TEST(Matroska, describes_streams_of_every_kind) {
                     track(3, audio, "A_PCM/INT/LIT", {sound(48000, 2, 16)}),
                     track(4, audio, "A_AAC", {codec_private({0x12, 0x10}), sound(44100, 2)}),
                     track(5, audio, "A_AAC/MPEG4/LC/SBR", {sound(24000, 2)}), track(6, audio, "A_NEW\nCODEC", {sound(96000, 8)}),
-                    track(7, audio, "A_SPEEX", {sound(16000, 1)})}),
+                    track(7, audio, "A_SPEEX", {sound(16000, 1)}),
+                    track(8, audio, "A_AAC", {codec_private({0x17, 0x80, 0x5D, 0xC0, 0x10}), sound(48000, 2)})}),
                 ten_frames}),
             "A [Opus] 48000Hz 6ch(L+R+C+LFE+BL+BR) 200.000kbps\nA [FLAC] 44100Hz 2ch 16Bit\nA [PCM] 48000Hz 2ch 16Bit "
             "1536.000kbps\n"
             "A [AAC LC] 44100Hz stereo(L,R)\nA [AAC HE+SBR] 48000Hz stereo(L,R)\n"
-            "A [A_NEW?CODEC] 96000Hz 8ch(L+R+C+LFE+BL+BR+SL+SR)\nA [Speex] 16000Hz 1ch\nI writer\n1.000"},
+            "A [A_NEW?CODEC] 96000Hz 8ch(L+R+C+LFE+BL+BR+SL+SR)\nA [Speex] 16000Hz 1ch\nA [AAC LC] custom\nI writer\n1.000"},
         {"subtitles, chapters, attachments, in their order",
             file({info(1000),
                 tracks({track(1, subtitle, "S_TEXT/UTF8", {words(0x22B59C, "jpn"), words(0x22B59D, "ja")}),
