@@ -21,7 +21,6 @@
 #include "audio/midi_track.h"
 #include "audio/mpeg_audio.h"
 #include "audio/opus.h"
-#include "audio/opus_config.h"
 #include "audio/speex.h"
 #include "audio/stream_facts.h"
 #include "audio/truehd.h"
@@ -420,8 +419,7 @@ void opus(Bytes bytes) {
         set_opus_facts(head.channels, head.mapping_family, &stream);
         require_facts(stream);
     }
-    OpusConfig config;
-    read_opus_config(bytes, &config);
+    read_opus_record(bytes, &head);
     (void)opus_packet_samples(bytes);
 }
 

@@ -14,6 +14,7 @@
 #include "audio/mp3_file.h"
 #include "audio/musepack_file.h"
 #include "audio/optimfrog_file.h"
+#include "audio/rmp3_file.h"
 #include "audio/tak_file.h"
 #include "audio/tta_file.h"
 #include "audio/wav_file.h"
@@ -160,7 +161,7 @@ void analyse(const Row* row, FileRecord* file, const Output& out) {
         result = row != nullptr ? row->analyser(file, out) : 0;
     }
     if (file->exhausted) {
-        note_details(out.details, "work limit");
+        note_work_limit(out.details);
     }
     out.record->play_time = without_negative_zero(out.record->play_time);
     if (result != 0 && row->result == Result::error_count) {

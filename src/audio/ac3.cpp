@@ -3,19 +3,11 @@
 #include "common/bits.h"
 #include "common/text.h"
 
-#include <algorithm>
 #include <iterator>
 
 namespace zat {
 
 namespace {
-
-// ATSC A/52, 5.4.1.3; -1 for the reserved code.
-int32_t ac3_sample_rate(uint32_t fscod) {
-    static constexpr int32_t rates[] = {48000, 44100, 32000};
-    static_assert(std::size(rates) == 3);
-    return fscod < std::size(rates) ? rates[fscod] : -1;
-}
 
 // ATSC A/52, table 5.7. The last code means voice over for a single channel, else karaoke.
 const char* service_name(uint32_t bsmod, uint32_t acmod) {
@@ -66,6 +58,70 @@ void read_alternate_syntax(BitReader* reader, Ac3Info* info) {
     }
 }
 
+// syncinfo() (ATSC A/52, 5.3.1).
+bool read_sync_info(BitReader* reader, Ac3Info* info) {
+    constexpr uint32_t sync_word = 0x0B77;
+    if (read_bits(reader, 16) != sync_word) {
+        return false;
+    }
+    skip_bits(reader, 16); // crc1
+    const uint32_t fscod = read_bits(reader, 2);
+    const uint32_t sample_rate = ac3_sample_rate(fscod);
+    info->sample_rate = sample_rate != 0 ? static_cast<int32_t>(sample_rate) : -1;
+    if (sample_rate == 0) {
+        return false;
+    }
+    const uint32_t frmsizecod = read_bits(reader, 6);
+    info->bitrate = ac3_bitrate(frmsizecod >> 1);
+    if (info->bitrate == ac3_invalid_bitrate) {
+        return false;
+    }
+    info->framesize = ac3_framesize(static_cast<int>(frmsizecod), static_cast<int>(fscod));
+    return true;
+}
+
+// The coding mode's mix levels, of which each mode has those that it needs.
+void read_mix_levels(BitReader* reader, uint32_t acmod, Ac3Info* info) {
+    const bool has_centre = (acmod & 1) != 0 && acmod != 1;
+    skip_bits(reader, has_centre ? 2 : 0);         // cmixlev
+    skip_bits(reader, (acmod & 4) != 0 ? 2 : 0);   // surmixlev
+    if (acmod == 2 && read_bits(reader, 2) == 2) { // dsurmod
+        copy_text(info->surround, " Dolby Surround");
+    }
+}
+
+// bsi() (ATSC A/52, 5.3.2), up to the fields of the alternate syntax.
+bool read_bit_stream_information(BitReader* reader, Ac3Info* info) {
+    constexpr uint32_t last_bsid = 8; // E-AC-3 from 11 on
+    constexpr uint32_t alternate_syntax = 6;
+    const uint32_t bsid = read_bits(reader, 5);
+    if (bsid > last_bsid) {
+        return false;
+    }
+    const uint32_t bsmod = read_bits(reader, 3);
+    const uint32_t acmod = read_bits(reader, 3);
+    const CodingMode mode = coding_mode(acmod);
+    info->acmod = static_cast<uint8_t>(acmod);
+    copy_text(info->service, service_name(bsmod, acmod));
+    copy_text(info->mode_name, mode.name);
+    info->channels = mode.channels;
+    read_mix_levels(reader, acmod, info);
+    if (read_flag(reader)) { // lfeon
+        copy_text(info->lfe, ".1");
+        info->has_lfe = true;
+    }
+    skip_programme(reader);
+    if (acmod == 0) {
+        skip_programme(reader);
+    }
+    skip_bits(reader, 1); // copyrightb
+    skip_bits(reader, 1); // origbs
+    if (bsid == alternate_syntax) {
+        read_alternate_syntax(reader, info);
+    }
+    return !reader->failed;
+}
+
 void format_line(const char* name, const Ac3Info* info, char (&out)[line_size]) {
     format_text(out, line_size, "%s %dHz [%d%s%s %s%s%s] %dkbps", name, info->sample_rate,
         info->channels, info->lfe, info->mode_name, info->service, info->surround,
@@ -73,6 +129,18 @@ void format_line(const char* name, const Ac3Info* info, char (&out)[line_size]) 
 }
 
 } // namespace
+
+uint32_t ac3_sample_rate(uint32_t fscod) {
+    static constexpr uint32_t rates[] = {48000, 44100, 32000};
+    return fscod < std::size(rates) ? rates[fscod] : 0;
+}
+
+uint32_t ac3_channel_mask(uint32_t acmod, bool has_lfe) {
+    static constexpr uint32_t masks[] = {0x3, 0x4, 0x3, 0x7, 0x103, 0x107, 0x603, 0x607};
+    static_assert(std::size(masks) == 8);
+    constexpr uint32_t lfe = 0x8;
+    return (acmod < std::size(masks) ? masks[acmod] : 0) | (has_lfe ? lfe : 0);
+}
 
 uint16_t ac3_bitrate(uint32_t frmsizecod_pair) {
     static constexpr uint16_t rates[] = {
@@ -132,65 +200,10 @@ int32_t ac3_framesize(int frmsizecod, int fscod) {
 }
 
 int ac3_info(Bytes frame, Ac3Info* info) {
-    constexpr uint32_t sync_word = 0x0B77;
-    uint8_t header[ac3_header_size] = {};
-    std::copy_n(frame.begin(), std::min(frame.size(), sizeof header), header);
+    uint8_t header[ac3_header_size];
+    copy_padded(frame, header);
     BitReader reader{header};
-
-    // syncinfo
-    if (read_bits(&reader, 16) != sync_word) {
-        return 1;
-    }
-    skip_bits(&reader, 16); // crc1
-    const uint32_t fscod = read_bits(&reader, 2);
-    info->sample_rate = ac3_sample_rate(fscod);
-    if (info->sample_rate == -1) {
-        return 1;
-    }
-    const uint32_t frmsizecod = read_bits(&reader, 6);
-    info->bitrate = ac3_bitrate(frmsizecod >> 1);
-    if (info->bitrate == ac3_invalid_bitrate) {
-        return 1;
-    }
-    info->framesize = ac3_framesize(static_cast<int>(frmsizecod), static_cast<int>(fscod));
-
-    // bsi
-    const uint32_t bsid = read_bits(&reader, 5);
-    if (bsid >= 9) {
-        return 1;
-    }
-    const uint32_t bsmod = read_bits(&reader, 3);
-    const uint32_t acmod = read_bits(&reader, 3);
-    const CodingMode mode = coding_mode(acmod);
-    info->acmod = static_cast<uint8_t>(acmod);
-    copy_text(info->service, service_name(bsmod, acmod));
-    copy_text(info->mode_name, mode.name);
-    info->channels = mode.channels;
-    if ((acmod & 1) != 0 && acmod != 1) {
-        skip_bits(&reader, 2); // cmixlev
-    }
-    if ((acmod & 4) != 0) {
-        skip_bits(&reader, 2); // surmixlev
-    }
-    if (acmod == 2) {
-        if (read_bits(&reader, 2) == 2) { // dsurmod
-            copy_text(info->surround, " Dolby Surround");
-        }
-    }
-    if (read_bits(&reader, 1) != 0) { // lfeon
-        copy_text(info->lfe, ".1");
-        info->has_lfe = true;
-    }
-    skip_programme(&reader);
-    if (acmod == 0) {
-        skip_programme(&reader);
-    }
-    skip_bits(&reader, 1); // copyrightb
-    skip_bits(&reader, 1); // origbs
-    if (bsid == 6) {
-        read_alternate_syntax(&reader, info);
-    }
-    return reader.failed ? 1 : 0;
+    return read_sync_info(&reader, info) && read_bit_stream_information(&reader, info) ? 0 : 1;
 }
 
 void ac3_line(const Ac3Info* info, char (&out)[line_size]) {

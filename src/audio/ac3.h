@@ -33,6 +33,13 @@ int ac3_info(Bytes frame, Ac3Info* info);
 constexpr uint16_t ac3_invalid_bitrate = 0xFFFF;
 uint16_t ac3_bitrate(uint32_t frmsizecod_pair);
 
+// Hz (ATSC A/52, table 5.6); 0 for the reserved fscod.
+uint32_t ac3_sample_rate(uint32_t fscod);
+
+// The speakers of an audio coding mode (ATSC A/52, table 5.8) as a channel mask; those of a single
+// surround channel and of two of them at the back centre and the sides. Dual mono counts as stereo.
+uint32_t ac3_channel_mask(uint32_t acmod, bool has_lfe);
+
 // Bytes of a sync frame (ATSC A/52, table 5.18); 0 for reserved codes.
 int32_t ac3_framesize(int frmsizecod, int fscod);
 

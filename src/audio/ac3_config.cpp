@@ -3,23 +3,17 @@
 #include "audio/ac3.h"
 #include "common/bits.h"
 
+#include <bit>
 #include <iterator>
 
 namespace zat {
 
 namespace {
 
-constexpr uint8_t channels_by_acmod[] = {2, 1, 2, 3, 3, 4, 4, 5};
-
-uint32_t rate_of(uint32_t fscod) {
-    constexpr uint32_t rates[] = {48000, 44100, 32000};
-    return fscod < std::size(rates) ? rates[fscod] : 0;
-}
-
 void set_channels(uint32_t acmod, uint32_t lfeon, Ac3Config* config) {
     config->acmod = acmod;
     config->lfe = lfeon != 0;
-    config->channels = channels_by_acmod[acmod] + lfeon;
+    config->channels = static_cast<uint32_t>(std::popcount(ac3_channel_mask(acmod, config->lfe)));
 }
 
 } // namespace
@@ -36,7 +30,7 @@ bool read_ac3_config(Bytes record, Ac3Config* config) {
         return false;
     }
     *config = {};
-    config->sample_rate = rate_of(fscod);
+    config->sample_rate = ac3_sample_rate(fscod);
     config->bit_rate = kilobits != ac3_invalid_bitrate ? kilobits * 1000 : 0;
     if (bsid == 9 || bsid == 10) { // half and quarter of the usual rates
         config->sample_rate >>= bsid - 8;
@@ -57,7 +51,7 @@ bool read_eac3_config(Bytes record, Ac3Config* config) {
     BitReader bits{.bytes = record};
     config->bit_rate = read_bits(&bits, 13) * 1000;
     const uint32_t more_substreams = read_bits(&bits, 3); // num_ind_sub
-    config->sample_rate = rate_of(read_bits(&bits, 2));
+    config->sample_rate = ac3_sample_rate(read_bits(&bits, 2));
     skip_bits(&bits, 5 + 1 + 1 + 3); // bsid, reserved, asvc, bsmod
     const uint32_t acmod = read_bits(&bits, 3);
     set_channels(acmod, read_bits(&bits, 1), config);
@@ -80,11 +74,8 @@ bool read_eac3_config(Bytes record, Ac3Config* config) {
 }
 
 uint32_t ac3_config_mask(const Ac3Config& config) {
-    // By acmod (ETSI TS 102 366, table 4.3), the surround channels at the sides.
-    constexpr uint32_t masks[] = {0, 0x4, 0x3, 0x7, 0x103, 0x107, 0x603, 0x607};
-    constexpr uint32_t lfe = 0x8;
-    const uint32_t mask = config.locations != 0 ? 0 : masks[config.acmod & 7];
-    return mask != 0 && config.lfe ? mask | lfe : mask;
+    return config.locations != 0 || config.acmod == 0 ? 0
+                                                      : ac3_channel_mask(config.acmod, config.lfe);
 }
 
 } // namespace zat

@@ -4,7 +4,6 @@
 #include "common/bits.h"
 #include "common/text.h"
 
-#include <algorithm>
 #include <iterator>
 
 namespace zat {
@@ -51,8 +50,8 @@ bool IsAdtsSync(const uint8_t* bytes) {
 
 int ParseAdtsHeader(Bytes frame, AdtsHeader* header) {
     constexpr int samples_shift = 10; // a frame has 1024 samples
-    uint8_t bytes[adts_header_size] = {};
-    std::copy_n(frame.begin(), std::min(frame.size(), sizeof bytes), bytes);
+    uint8_t bytes[adts_header_size];
+    copy_padded(frame, bytes);
     BitReader reader{bytes};
 
     // adts_fixed_header

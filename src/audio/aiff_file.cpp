@@ -2,9 +2,9 @@
 
 #include "audio/apple_layout.h"
 #include "audio/sound_file.h"
+#include "common/outer_tags.h"
 #include "common/record_lines.h"
 #include "common/riff.h"
-#include "common/tag_sizes.h"
 #include "common/text.h"
 #include "common/text_codes.h"
 
@@ -39,12 +39,12 @@ constexpr SampleForm packed(uint16_t tag, uint32_t bits, uint32_t block_bytes, u
 constexpr CompressionRow compressions[] = {
     {fourcc("NONE"), pcm_form(PcmKind::signed_integer, 0)},
     {fourcc("twos"), pcm_form(PcmKind::signed_integer, 0)},
-    {fourcc("sowt"), pcm_form(PcmKind::signed_integer, 0, false)},
+    {fourcc("sowt"), pcm_form(PcmKind::signed_integer, 0, std::endian::little)},
     {fourcc("raw "), pcm_form(PcmKind::unsigned_integer, 0)},
     {fourcc("in24"), pcm_form(PcmKind::signed_integer, 24)},
     {fourcc("in32"), pcm_form(PcmKind::signed_integer, 32)},
-    {fourcc("42ni"), pcm_form(PcmKind::signed_integer, 24, false)},
-    {fourcc("23ni"), pcm_form(PcmKind::signed_integer, 32, false)},
+    {fourcc("42ni"), pcm_form(PcmKind::signed_integer, 24, std::endian::little)},
+    {fourcc("23ni"), pcm_form(PcmKind::signed_integer, 32, std::endian::little)},
     {fourcc("fl32"), pcm_form(PcmKind::floating, 32)},
     {fourcc("FL32"), pcm_form(PcmKind::floating, 32)},
     {fourcc("fl64"), pcm_form(PcmKind::floating, 64)},

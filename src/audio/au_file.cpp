@@ -1,8 +1,8 @@
 #include "audio/au_file.h"
 
 #include "audio/sound_file.h"
+#include "common/outer_tags.h"
 #include "common/record_lines.h"
-#include "common/tag_sizes.h"
 #include "common/text.h"
 #include "common/text_codes.h"
 

@@ -1,10 +1,12 @@
 #include "audio/cd_track_file.h"
 
 #include "audio/sound_file.h"
+#include "common/outer_tags.h"
 #include "common/record_lines.h"
 #include "common/riff.h"
-#include "common/tag_sizes.h"
 #include "common/text.h"
+
+#include <bit>
 
 namespace zat {
 
@@ -15,7 +17,7 @@ constexpr uint32_t cd_frame_samples = 588;
 constexpr uint32_t cd_chunk_limit = 16;
 
 // What every track holds.
-constexpr SampleForm disc_form = pcm_form(PcmKind::signed_integer, 16, false);
+constexpr SampleForm disc_form = pcm_form(PcmKind::signed_integer, 16, std::endian::little);
 constexpr uint32_t disc_rate = 44100; // Hz
 constexpr uint32_t disc_channels = 2;
 

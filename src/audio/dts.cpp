@@ -3,7 +3,6 @@
 #include "common/bits.h"
 #include "common/text.h"
 
-#include <algorithm>
 #include <iterator>
 #include <utility>
 
@@ -92,11 +91,6 @@ const char* packing_name(uint32_t sync_type) {
 
 using FrameStart = uint8_t[dts_frame_start_size];
 
-void copy_start(Bytes frame, FrameStart& start) {
-    std::fill(std::begin(start), std::end(start), uint8_t{0});
-    std::copy_n(frame.begin(), std::min(frame.size(), sizeof start), start);
-}
-
 void swap_words(FrameStart& buf) {
     for (size_t i = 0; i < sizeof buf; i += 2) {
         std::swap(buf[i], buf[i + 1]);
@@ -130,7 +124,7 @@ void unpack(DtsSyncType type, FrameStart& buf) {
 
 DtsSyncType dts_sync_type(Bytes frame) {
     FrameStart buf;
-    copy_start(frame, buf);
+    copy_padded(frame, buf);
     switch (ReadBE32(buf)) {
     case 0x7FFE8001:
         return dts_16bit_be;
@@ -150,7 +144,7 @@ int dts_info(Bytes frame, DtsInfo* info) {
     constexpr uint32_t sync_word = 0x7FFE8001;
     constexpr size_t header_size = 15;
     FrameStart buf;
-    copy_start(frame, buf);
+    copy_padded(frame, buf);
     const DtsSyncType type = dts_sync_type(frame);
     info->sync_type = type;
     unpack(type, buf);

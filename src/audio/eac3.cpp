@@ -103,10 +103,9 @@ void skip_eac3_programme(BitReader* reader) {
 } // namespace
 
 bool read_eac3_frame(Bytes bytes, Eac3Frame* frame) {
-    static constexpr uint32_t rates[] = {48000, 44100, 32000};
     static constexpr uint8_t block_counts[] = {1, 2, 3, 6};
-    uint8_t header[eac3_header_size] = {};
-    std::copy_n(bytes.begin(), std::min(bytes.size(), sizeof header), header);
+    uint8_t header[eac3_header_size];
+    copy_padded(bytes, header);
     BitReader reader{.bytes = header};
     if (read_bits(&reader, 16) != sync_word) {
         return false;
@@ -125,10 +124,10 @@ bool read_eac3_frame(Bytes bytes, Eac3Frame* frame) {
     const uint32_t fscod = read_bits(&reader, 2);
     const uint32_t code = read_bits(&reader, 2); // fscod2 or numblkscod
     if (fscod == 3) {
-        frame->sample_rate = code < 3 ? rates[code] / 2 : 0;
+        frame->sample_rate = ac3_sample_rate(code) / 2;
         frame->samples = 6 * eac3_block_samples;
     } else {
-        frame->sample_rate = rates[fscod];
+        frame->sample_rate = ac3_sample_rate(fscod);
         frame->samples = block_counts[code] * eac3_block_samples;
     }
     frame->acmod = static_cast<uint8_t>(read_bits(&reader, 3));

@@ -52,7 +52,7 @@ bool describe_mpeg_audio_frame(Bytes start, ZatStream* stream, char (&line)[line
         return false;
     }
     // Without usable counts the line shows what was decoded all the same.
-    (void)ParseVbrHeader(start.first(std::min<size_t>(start.size(), info.frame_size)), &info);
+    (void)ParseVbrHeader(start, &info);
     mpeg_audio_facts(info, stream);
     FormatMpegAudioLine(&info, line);
     return true;
@@ -64,7 +64,7 @@ void describe_mpeg_audio_at_rate(
     if (read_mpeg_audio_header(start, &info) != 0) {
         return;
     }
-    (void)ParseVbrHeader(start.first(std::min<size_t>(start.size(), info.frame_size)), &info);
+    (void)ParseVbrHeader(start, &info);
     info.rate_mode = rate_mode_variable;
     info.average_bitrate = static_cast<double>(bit_rate) / 1000;
     FormatMpegAudioLine(&info, line);

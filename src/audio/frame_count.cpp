@@ -1,7 +1,8 @@
 #include "audio/frame_count.h"
 
+#include "common/details.h"
 #include "common/numbers.h"
-#include "common/tag_sizes.h"
+#include "common/outer_tags.h"
 
 #include <algorithm>
 
@@ -144,8 +145,7 @@ void set_counted(const FrameCount& count, int64_t size, uint32_t unit, ZatStream
     }
     facts->samples = clamp_to_integer<uint64_t>(samples + 0.5);
     facts->duration = samples / facts->sample_rate;
-    facts->bit_rate =
-        clamp_to_integer<uint64_t>(static_cast<double>(facts->bytes) * 8 / facts->duration + 0.5);
+    facts->bit_rate = mean_bit_rate(static_cast<double>(facts->bytes), facts->duration);
 }
 
 } // namespace zat

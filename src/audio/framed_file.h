@@ -3,9 +3,9 @@
 #pragma once
 
 #include "audio/frame_count.h"
+#include "common/outer_tags.h"
 #include "common/output.h"
 #include "common/reader.h"
-#include "common/tag_sizes.h"
 #include "common/text.h"
 
 #include <cstdint>

@@ -3,8 +3,8 @@
 #pragma once
 
 #include "common/details.h"
+#include "common/outer_tags.h"
 #include "common/reader.h"
-#include "common/tag_sizes.h"
 #include "common/tag_texts.h"
 
 #include <cstddef>

@@ -172,9 +172,7 @@ void write_lossless_file(LosslessFile* lossless, const LosslessKind& kind, const
     add_facts(*lossless, texts, &extra);
     add_notes(*lossless, out, &extra);
     write_extra_lines(extra, out.record);
-    if (lossless->reader.limited) {
-        note_details(out.details, "work limit");
-    }
+    note_work_limit(out, lossless->reader);
 }
 
 } // namespace zat

@@ -5,10 +5,10 @@
 #include "common/extra_info.h"
 #include "common/extra_lines.h"
 #include "common/info_list.h"
+#include "common/outer_tags.h"
 #include "common/record_lines.h"
 #include "common/riff.h"
 #include "common/stream_lines.h"
-#include "common/tag_sizes.h"
 #include "common/text.h"
 #include "common/text_codes.h"
 

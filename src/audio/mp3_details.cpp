@@ -2,6 +2,7 @@
 
 #include "audio/frame_count.h"
 #include "audio/stream_facts.h"
+#include "common/details.h"
 #include "common/tag_lines.h"
 
 #include <algorithm>
@@ -22,7 +23,7 @@ bool read_frame(Reader* reader, int64_t position, MpegAudioInfo* info) {
     if (!read_header(frame, info)) {
         return false;
     }
-    (void)ParseVbrHeader(frame.first(std::min<size_t>(frame.size(), info->frame_size)), info);
+    (void)ParseVbrHeader(frame, info);
     return true;
 }
 
@@ -102,8 +103,7 @@ void read_mp3_facts(
     complete_by_bytes(present, stream);
     // The duration is that of the frames that the header counts, so it tells of its bytes too.
     if (info.frame_count != 0 && int64_t{info.byte_count} > present) {
-        details->missing_bytes = static_cast<uint64_t>(int64_t{info.byte_count} - present);
-        note_details(details, "truncated");
+        note_missing_bytes(details, static_cast<uint64_t>(int64_t{info.byte_count} - present));
     }
 }
 

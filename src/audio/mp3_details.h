@@ -3,7 +3,7 @@
 
 #include "audio/mpeg_audio.h"
 #include "common/details.h"
-#include "common/tag_sizes.h"
+#include "common/outer_tags.h"
 
 namespace zat {
 

@@ -3,6 +3,7 @@
 #include "audio/mp3_details.h"
 #include "common/file_window.h"
 #include "common/messages.h"
+#include "common/outer_tags.h"
 #include "common/record_lines.h"
 #include "common/stream_lines.h"
 #include "common/tag_sizes.h"

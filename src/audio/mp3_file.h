@@ -1,4 +1,4 @@
-// Files that hold a bare MPEG audio stream, and the RIFF form RMP3 around one.
+// Files that hold a bare MPEG audio stream.
 #pragma once
 
 #include "common/file_access.h"
@@ -9,8 +9,5 @@ namespace zat {
 // Describes the MPEG audio stream of the file, computes the play time and lists the tags around
 // it. Returns 0, or 1 when no stream could be described.
 int AnalyzeMp3File(FileRecord* file, const Output& out);
-
-// Describes the first frame of the "data" chunk. Always returns 0.
-int AnalyzeRmp3File(FileRecord* file, const Output& out);
 
 } // namespace zat

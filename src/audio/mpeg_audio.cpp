@@ -1,6 +1,5 @@
 #include "audio/mpeg_audio.h"
 
-#include <algorithm>
 #include <cstring>
 
 namespace zat {
@@ -109,8 +108,8 @@ int DecodeMpegAudioHeader(std::span<uint8_t, mpeg_audio_header_size> bytes, Mpeg
 }
 
 int read_mpeg_audio_header(Bytes frame, MpegAudioHeader* info) {
-    uint8_t header[mpeg_audio_header_size] = {};
-    std::copy_n(frame.begin(), std::min(frame.size(), sizeof header), header);
+    uint8_t header[mpeg_audio_header_size];
+    copy_padded(frame, header);
     return DecodeMpegAudioHeader(header, info);
 }
 

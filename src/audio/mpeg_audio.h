@@ -66,10 +66,11 @@ uint32_t mpeg_audio_frame_samples(const MpegAudioHeader* info);
 // ParseVbrHeader looks at no byte of the frame from here on.
 constexpr uint32_t vbr_header_reach = 36 + 120 + 256;
 
-// Looks for a Xing, Info or VBRI header and an encoder's name in a frame, header included, whose
-// info is decoded already. Bytes behind the frame's end count as zeros. Fills the rate mode, frame
-// count, average bit rate and the encoder's texts. Returns 0, or 1 when the header's counts are
-// unusable: what depends on them is not stored then, but the line can still be formatted.
+// Looks for a Xing, Info or VBRI header and an encoder's name in the frame at the bytes' start,
+// whose header is decoded already. What lies behind the frame's end, or is missing of it, counts as
+// zeros. Fills the rate mode, frame count, average bit rate and the encoder's texts. Returns 0, or
+// 1 when the header's counts are unusable: what depends on them is not stored then, but the line
+// can still be formatted.
 int ParseVbrHeader(Bytes frame, MpegAudioInfo* info);
 
 // Writes the description line, like

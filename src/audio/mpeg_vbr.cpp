@@ -98,63 +98,99 @@ double average_bitrate(const MpegAudioInfo* info, uint32_t byte_count, uint32_t 
     return bits_per_frame * info->sample_rate * (1 / samples_per_frame(info)) * 0.001;
 }
 
+// "Info" is what encoders of a constant rate write in place of "Xing".
+enum class VbrKind : uint8_t { none, xing, info, vbri };
+
+struct VbrHeader {
+    VbrKind kind = VbrKind::none;
+    const uint8_t* start = nullptr; // its name
+};
+
+VbrHeader find_vbr_header(const uint8_t* frame, const MpegAudioInfo* info) {
+    const uint8_t* start = frame + xing_offset(info);
+    if (starts_with(start, "Xing")) {
+        return {VbrKind::xing, start};
+    }
+    if (starts_with(start, "Info")) {
+        return {VbrKind::info, start};
+    }
+    for (const uint8_t* place : {start, frame + vbri_offset}) {
+        if (starts_with(place, "VBRI")) {
+            return {VbrKind::vbri, place};
+        }
+    }
+    return {};
+}
+
+// What the header counts; 0 where it does not.
+struct Counts {
+    uint32_t frames = 0;
+    uint32_t bytes = 0;
+};
+
+// False when the header counts no frames at all.
+bool read_counts(const VbrHeader& header, Counts* counts) {
+    if (header.kind == VbrKind::none) {
+        return true;
+    }
+    if (header.kind == VbrKind::vbri) {
+        counts->bytes = ReadBE32(header.start + vbri_bytes);
+        counts->frames = ReadBE32(header.start + vbri_frames);
+        return counts->frames != 0;
+    }
+    const uint8_t flags = header.start[xing_flags];
+    if ((flags & flag_frames) != 0) {
+        counts->frames = ReadBE32(header.start + xing_frames);
+        if (counts->frames == 0) {
+            return false;
+        }
+    }
+    if ((flags & flag_bytes) != 0) {
+        counts->bytes = ReadBE32(header.start + xing_bytes);
+    }
+    return true;
+}
+
+// The header's own frame is not part of the stream. False when that leaves no frame.
+bool set_average_bitrate(Counts* counts, MpegAudioInfo* info) {
+    if (counts->frames <= 1) {
+        return false;
+    }
+    info->average_bitrate = average_bitrate(info, counts->bytes, counts->frames - 1);
+    if (info->version_code == 10 && info->layer == 1) {
+        --counts->frames;
+    }
+    return true;
+}
+
 } // namespace
 
 int ParseVbrHeader(Bytes frame, MpegAudioInfo* info) {
-    uint8_t bytes[vbr_header_reach] = {};
-    std::copy_n(frame.begin(), std::min(frame.size(), sizeof bytes), bytes);
-
-    const uint8_t* header = bytes + xing_offset(info);
-    const bool xing = starts_with(header, "Xing");
-    const bool plain = starts_with(header, "Info");
-    bool vbri = starts_with(header, "VBRI");
-    if (!xing && !plain && !vbri && starts_with(bytes + vbri_offset, "VBRI")) {
-        header = bytes + vbri_offset;
-        vbri = true;
-    }
-    if (xing || vbri) {
-        copy_text(info->vbr_header_kind, xing ? "Xing" : "VBRI");
+    uint8_t bytes[vbr_header_reach];
+    copy_padded(frame.first(std::min<size_t>(frame.size(), info->frame_size)), bytes);
+    const VbrHeader header = find_vbr_header(bytes, info);
+    const bool is_variable = header.kind == VbrKind::xing || header.kind == VbrKind::vbri;
+    if (is_variable) {
+        copy_text(info->vbr_header_kind, header.kind == VbrKind::xing ? "Xing" : "VBRI");
         info->rate_mode = rate_mode_variable;
     }
     // Frames of silence begin with the encoder's name where there is no header.
     if (starts_with(bytes + vbri_offset, "LAME")) {
         copy_text(info->encoder_string, printable_text(bytes + vbri_offset, 8));
     }
-
-    uint32_t frame_count = 0;
-    uint32_t byte_count = 0;
+    Counts counts;
+    if (!read_counts(header, &counts)) {
+        return 1;
+    }
     char annotation[sizeof info->encoder_annotation] = {};
-    if (xing || plain) {
-        const uint8_t flags = header[xing_flags];
-        if ((flags & flag_frames) != 0) {
-            frame_count = ReadBE32(header + xing_frames);
-            if (frame_count == 0) {
-                return 1;
-            }
-        }
-        if ((flags & flag_bytes) != 0) {
-            byte_count = ReadBE32(header + xing_bytes);
-        }
-        parse_encoder(header, info, annotation);
-    } else if (vbri) {
-        byte_count = ReadBE32(header + vbri_bytes);
-        frame_count = ReadBE32(header + vbri_frames);
-        if (frame_count == 0) {
-            return 1;
-        }
+    if (header.kind == VbrKind::xing || header.kind == VbrKind::info) {
+        parse_encoder(header.start, info, annotation);
     }
-    if (xing || vbri) {
-        if (frame_count <= 1) {
-            return 1;
-        }
-        // The header's own frame is not part of the stream.
-        info->average_bitrate = average_bitrate(info, byte_count, frame_count - 1);
-        if (info->version_code == 10 && info->layer == 1) {
-            --frame_count;
-        }
+    if (is_variable && !set_average_bitrate(&counts, info)) {
+        return 1;
     }
-    info->frame_count = frame_count;
-    info->byte_count = byte_count;
+    info->frame_count = counts.frames;
+    info->byte_count = counts.bytes;
     if (info->rate_mode != rate_mode_variable) {
         info->rate_mode = rate_mode_constant;
     }

@@ -33,6 +33,19 @@ bool read_opus_head(Bytes packet, OpusHead* head) {
     return true;
 }
 
+bool read_opus_record(Bytes record, OpusHead* head) {
+    // Version 1, channels 1, pre-skip 2, rate 4, gain 2, mapping family 1
+    constexpr size_t record_size = 11;
+    if (record.size() < record_size) {
+        return false;
+    }
+    head->channels = record[1];
+    head->pre_skip = ReadBE16(record.data() + 2);
+    head->input_rate = ReadBE32(record.data() + 4);
+    head->mapping_family = record[10];
+    return true;
+}
+
 uint32_t opus_packet_samples(Bytes packet) {
     if (packet.empty()) {
         return 0;

@@ -1,4 +1,5 @@
-// Opus in Ogg: the identification header (RFC 7845, 5.1) and the length of packets (RFC 6716, 3.1).
+// Opus: the identification header of Ogg (RFC 7845, 5.1), MP4's record of the same fields, and the
+// length of packets (RFC 6716, 3.1).
 #pragma once
 
 #include "common/bytes.h"
@@ -20,6 +21,10 @@ struct OpusHead {
 
 // Reads a packet "OpusHead". False, and nothing is written, when it is another one or cut off.
 bool read_opus_head(Bytes packet, OpusHead* head);
+
+// Reads the content of a "dOps" box, whose fields are big-endian (Encapsulation of Opus in ISO Base
+// Media File Format, 4.3.2). False, and nothing is written, when it is cut off.
+bool read_opus_record(Bytes record, OpusHead* head);
 
 // Samples per channel at opus_rate of the packet that begins with these bytes (two at least, but
 // for a packet of one); 0 when they cannot tell.

@@ -1,10 +1,11 @@
-// RIFF files of form "RMP3": an MPEG audio stream in the "data" chunk.
-#include "audio/mp3_file.h"
+#include "audio/rmp3_file.h"
+
+#include "audio/mpeg_audio.h"
 #include "audio/stream_facts.h"
 #include "common/info_list.h"
+#include "common/outer_tags.h"
 #include "common/record_lines.h"
 #include "common/stream_lines.h"
-#include "common/tag_sizes.h"
 
 #include <algorithm>
 #include <cstring>

@@ -6,7 +6,6 @@
 #include "common/codec_catalogue.h"
 #include "common/extra_info.h"
 #include "common/extra_lines.h"
-#include "common/fourcc.h"
 #include "common/stream_lines.h"
 #include "common/text.h"
 #include "common/text_codes.h"
@@ -54,14 +53,10 @@ uint64_t block_size(const SoundFile& sound) {
 
 void find_codec_name(const SampleForm& form, char (&out)[codec_name_size]) {
     if (form.tag != 0) {
-        char key[tag_key_size];
-        tag_key(form.tag, key);
-        codec_name("[AVI-Audio]", key, key, out, sizeof out);
-        return;
+        wave_tag_name(form.tag, out);
+    } else {
+        fourcc_codec_name("[QT-AUDIO]", form.fourcc, out, sizeof out);
     }
-    char key[fourcc_text_size];
-    printable_fourcc_text(form.fourcc, key);
-    codec_name("[QT-AUDIO]", key, key, out, sizeof out);
 }
 
 // The form of WAVE lines, without what is not known.
@@ -138,7 +133,7 @@ void set_sample_form(SoundFile* sound, const SampleForm& form, uint32_t bits) {
     const uint32_t told = form.bits != 0 ? form.bits : bits;
     sound->bits = told <= most_bits ? told : 0;
     if (form.is_pcm) {
-        set_pcm(facts, form.kind, sound->bits, form.big_endian);
+        set_pcm(facts, form.kind, sound->bits, form.order);
         sound->form.block_bytes = (sound->bits + 7) / 8;
         sound->form.block_samples = 1;
     } else if (form.tag != 0) {

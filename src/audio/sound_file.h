@@ -7,6 +7,7 @@
 #include "common/details.h"
 #include "common/tag_texts.h"
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 
@@ -18,18 +19,18 @@ struct SampleForm {
     uint32_t fourcc = 0;
     bool is_pcm = false;
     PcmKind kind = PcmKind::signed_integer;
-    bool big_endian = true;
+    std::endian order = std::endian::big;
     uint32_t bits = 0; // per sample; 0: as the header tells
     // Of formats that have blocks of a channel's samples.
     uint32_t block_bytes = 0;
     uint32_t block_samples = 0;
 };
 
-constexpr SampleForm pcm_form(PcmKind kind, uint32_t bits, bool big_endian = true) {
+constexpr SampleForm pcm_form(PcmKind kind, uint32_t bits, std::endian order = std::endian::big) {
     return {.tag = static_cast<uint16_t>(kind == PcmKind::floating ? 0x0003 : 0x0001),
         .is_pcm = true,
         .kind = kind,
-        .big_endian = big_endian,
+        .order = order,
         .bits = bits};
 }
 

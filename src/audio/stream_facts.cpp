@@ -3,6 +3,7 @@
 #include "common/bits.h"
 #include "common/channel_layout.h"
 #include "common/codec_names.h"
+#include "common/details.h"
 #include "common/numbers.h"
 #include "common/text.h"
 
@@ -57,7 +58,8 @@ uint64_t whole_kilobits(double bit_rate) {
 // `stored_channels` and `stored_bits` are those that bytes are spent on.
 void set_lpcm(const LpcmInfo& info, uint32_t stored_channels, int stored_bits, ZatStream* stream) {
     const bool known = info.bits > 0;
-    set_pcm(stream, PcmKind::signed_integer, known ? static_cast<uint32_t>(info.bits) : 0, true);
+    set_pcm(stream, PcmKind::signed_integer, known ? static_cast<uint32_t>(info.bits) : 0,
+        std::endian::big);
     stream->bit_rate =
         known ? uint64_t{stream->sample_rate} * stored_channels * static_cast<uint32_t>(stored_bits)
               : 0;
@@ -206,11 +208,8 @@ void mpeg_audio_facts(const MpegAudioInfo& info, ZatStream* stream) {
 }
 
 void ac3_facts(const Ac3Info& info, ZatStream* stream) {
-    // By acmod (ATSC A/52, table 5.8).
-    static constexpr uint32_t masks[] = {front, centre, front, front | centre, front | back_centre,
-        front | centre | back_centre, front | side, front | centre | side};
     copy_utf8(stream->codec, "AC-3");
-    set_speakers(mask_of(masks, info.acmod) | (info.has_lfe ? lfe : 0), stream);
+    set_speakers(ac3_channel_mask(info.acmod, info.has_lfe), stream);
     if (info.acmod == 0) {
         stream->layout[0] = '\0'; // two programmes
     }
@@ -388,13 +387,12 @@ void complete_by_bytes(int64_t bytes, ZatStream* stream) {
         return;
     }
     stream->bytes = static_cast<uint64_t>(bytes);
-    const double bits = static_cast<double>(bytes) * 8;
     if (stream->duration == 0 && stream->bit_rate != 0) {
-        stream->duration = bits / static_cast<double>(stream->bit_rate);
+        stream->duration = static_cast<double>(bytes) * 8 / static_cast<double>(stream->bit_rate);
         stream->estimated |=
             stream->bit_rate_mode == ZAT_BIT_RATE_CONSTANT ? 0 : uint32_t{ZAT_ESTIMATED_DURATION};
     } else if (stream->duration > 0 && stream->bit_rate == 0) {
-        stream->bit_rate = clamp_to_integer<uint64_t>(bits / stream->duration + 0.5);
+        stream->bit_rate = mean_bit_rate(static_cast<double>(bytes), stream->duration);
     }
 }
 

@@ -3,7 +3,6 @@
 #include "common/bytes.h"
 #include "common/text.h"
 
-#include <algorithm>
 #include <bit>
 #include <iterator>
 
@@ -40,8 +39,8 @@ bool read_truehd_format(Bytes format, TrueHdInfo* info) {
 }
 
 int truehd_info(Bytes access_unit, TrueHdInfo* info) {
-    uint8_t buf[truehd_header_size] = {};
-    std::copy_n(access_unit.begin(), std::min(access_unit.size(), sizeof buf), buf);
+    uint8_t buf[truehd_header_size];
+    copy_padded(access_unit, buf);
     constexpr uint32_t sync = 0xF8726F; // format_sync, the same for all MLP streams ...
     constexpr uint8_t truehd = 0xBA;    // ... up to this byte
     size_t position = 0;

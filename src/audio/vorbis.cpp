@@ -1,7 +1,5 @@
 #include "audio/vorbis.h"
 
-#include <algorithm>
-
 namespace zat {
 
 namespace {
@@ -22,8 +20,8 @@ const char* rate_mode(const VorbisInfo* info) {
 } // namespace
 
 void vorbis_info(Bytes fields, VorbisInfo* info) {
-    uint8_t bytes[vorbis_fields_size] = {};
-    std::copy_n(fields.begin(), std::min(fields.size(), sizeof bytes), bytes);
+    uint8_t bytes[vorbis_fields_size];
+    copy_padded(fields, bytes);
     info->channels = bytes[0];
     info->sample_rate = ReadLE32(bytes + 1);
     info->bitrate_maximum = ReadLE32(bytes + 5);

@@ -1,6 +1,7 @@
 #include "audio/wav_details.h"
 
 #include "audio/stream_facts.h"
+#include "common/details.h"
 #include "common/info_list.h"
 #include "common/stream_lines.h"
 #include "common/text.h"
@@ -119,8 +120,7 @@ void write_wav_details(
         stream->duration > 0 ? stream->duration : std::numeric_limits<double>::quiet_NaN();
     details->estimated = stream->estimated & uint32_t{ZAT_ESTIMATED_DURATION};
     if (announced > available) {
-        details->missing_bytes = static_cast<uint64_t>(announced - available);
-        note_details(details, "truncated");
+        note_missing_bytes(details, static_cast<uint64_t>(announced - available));
     }
     drop_nonsense(stream);
 }

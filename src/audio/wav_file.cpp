@@ -3,14 +3,13 @@
 #include "audio/first_frame.h"
 #include "audio/stream_facts.h"
 #include "audio/wav_details.h"
-#include "audio/wav_names.h"
+#include "audio/wav_speakers.h"
 #include "common/codec_catalogue.h"
 #include "common/messages.h"
 #include "common/stream_lines.h"
 #include "common/text.h"
 #include "common/value_text.h"
 
-#include <algorithm>
 #include <cstring>
 
 namespace zat {
@@ -30,17 +29,12 @@ void set_play_time(const WavChunks& chunks, InfoRecord* record) {
     }
 }
 
-void find_codec_name(const WavChunks& chunks, char* name) {
-    char guid[guid_text_size];
-    char tag[tag_key_size];
-    const char* key = tag;
+void find_codec_name(const WavChunks& chunks, char (&name)[codec_name_size]) {
     if (chunks.format.tag == wave_tag_extensible && chunks.fmt_size > wave_plain_size) {
-        guid_text(chunks.format.guid, guid);
-        key = guid;
+        wave_guid_name(chunks.format.guid, name);
     } else {
-        tag_key(chunks.format.tag, tag);
+        wave_tag_name(chunks.format.tag, name);
     }
-    codec_name(key == guid ? "[WAV-EXT]" : "[AVI-Audio]", key, key, name, codec_name_size);
 }
 
 // PCM in a format with an extension, which gives its speakers.
@@ -85,8 +79,7 @@ void describe_mpeg_audio(Reader* reader, const WavChunks& chunks, InfoRecord* re
     const Bytes frame =
         read_view(reader, whole_file(reader), chunks.data_position, vbr_header_reach);
     MpegAudioInfo mpeg;
-    if (read_mpeg_audio_header(frame, &mpeg) != 0 ||
-        ParseVbrHeader(frame.first(std::min<size_t>(frame.size(), mpeg.frame_size)), &mpeg) != 0) {
+    if (read_mpeg_audio_header(frame, &mpeg) != 0 || ParseVbrHeader(frame, &mpeg) != 0) {
         return;
     }
     mpeg_audio_facts(mpeg, stream);

@@ -2,7 +2,6 @@
 
 #include "common/text.h"
 
-#include <algorithm>
 #include <cstring>
 
 namespace zat {
@@ -20,8 +19,8 @@ constexpr uint8_t tag_guids[][guid_size - guid_tag_size] = {
 } // namespace
 
 WaveFormat read_wave_format(Bytes bytes) {
-    uint8_t fields[wave_extensible_size] = {};
-    std::copy_n(bytes.begin(), std::min(bytes.size(), sizeof fields), fields);
+    uint8_t fields[wave_extensible_size];
+    copy_padded(bytes, fields);
     WaveFormat format;
     format.tag = ReadLE16(fields);
     format.channels = ReadLE16(fields + 2);
@@ -55,8 +54,16 @@ uint32_t sample_block_size(const WaveFormat& format) {
     return format.block_align == 0 || contradicts ? block : format.block_align;
 }
 
-void tag_key(uint16_t tag, char (&out)[tag_key_size]) {
-    format_text(out, sizeof out, "%.4X", tag);
+void wave_tag_name(uint16_t tag, char (&out)[codec_name_size]) {
+    char key[5]; // "0055"
+    format_text(key, sizeof key, "%.4X", tag);
+    codec_name("[AVI-Audio]", key, key, out, sizeof out);
+}
+
+void wave_guid_name(const uint8_t* guid, char (&out)[codec_name_size]) {
+    char key[guid_text_size];
+    guid_text(guid, key);
+    codec_name("[WAV-EXT]", key, key, out, sizeof out);
 }
 
 void guid_text(const uint8_t* guid, char (&out)[guid_text_size]) {

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "common/bytes.h"
+#include "common/codec_catalogue.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -21,7 +22,6 @@ constexpr size_t wave_extensible_size = 40; // bytes up to the GUID's end
 
 constexpr size_t guid_size = 16;      // bytes
 constexpr size_t guid_text_size = 37; // bytes, terminator included
-constexpr size_t tag_key_size = 5;    // bytes, terminator included
 
 struct WaveFormat {
     uint16_t tag = 0;
@@ -48,8 +48,9 @@ uint16_t codec_tag(const WaveFormat& format);
 // contradicts the other fields is taken for wrong.
 uint32_t sample_block_size(const WaveFormat& format);
 
-// The tag as catalogues have it: "0055".
-void tag_key(uint16_t tag, char (&out)[tag_key_size]);
+// What the catalogue calls a format by its tag, or by the GUID of one that is extensible.
+void wave_tag_name(uint16_t tag, char (&out)[codec_name_size]);
+void wave_guid_name(const uint8_t* guid, char (&out)[codec_name_size]);
 
 // The text of a GUID as it stands in a file (guid_size bytes, its first three numbers
 // little-endian), in the registry's layout without braces: "00000001-0000-0010-8000-00AA00389B71".

@@ -6,10 +6,10 @@
 #include "audio/wave_format.h"
 #include "common/codec_catalogue.h"
 #include "common/codec_names.h"
+#include "common/details.h"
 #include "common/stream_lines.h"
 
 #include <algorithm>
-#include <cmath>
 
 namespace zat {
 
@@ -17,7 +17,6 @@ namespace {
 
 constexpr size_t extension_at = 18; // behind the extension's size
 constexpr size_t extensible_part = wave_extensible_size - extension_at;
-constexpr double rate_tolerance = 0.01;
 
 // Format tags (RFC 2361 and the multimedia registry).
 enum Tag : uint16_t {
@@ -63,17 +62,12 @@ bool is_aac(uint16_t tag) {
     return tag == tag_aac || tag == tag_mpeg_aac || tag == tag_adts_aac;
 }
 
-bool differs(double a, double b) {
-    return std::abs(a - b) > rate_tolerance * b;
-}
-
 // Frames of one size by their headers whose bytes say otherwise: the stream varies.
 bool describe_mpeg_audio(const WaveStream& wave, ZatStream* stream, char (&line)[line_size]) {
     if (!describe_mpeg_audio_frame(wave.start, stream, line)) {
         return false;
     }
-    const auto told = static_cast<double>(stream->bit_rate);
-    if (wave.rate_is_counted && wave.rate != 0 && differs(static_cast<double>(wave.rate), told)) {
+    if (wave.rate_is_counted && wave.rate != 0 && !is_same_bit_rate(wave.rate, stream->bit_rate)) {
         describe_mpeg_audio_at_rate(wave.start, wave.rate, stream, line);
     }
     return true;
@@ -149,13 +143,9 @@ bool has_bits(const ZatStream& stream) {
 
 void codec_text(const Parsed& parsed, char (&out)[codec_name_size]) {
     if (parsed.tag == wave_tag_extensible) {
-        char guid[guid_text_size];
-        guid_text(parsed.format.guid, guid);
-        codec_name("[WAV-EXT]", guid, guid, out, sizeof out);
+        wave_guid_name(parsed.format.guid, out);
     } else {
-        char key[tag_key_size];
-        tag_key(parsed.tag, key);
-        codec_name("[AVI-Audio]", key, key, out, sizeof out);
+        wave_tag_name(parsed.tag, out);
     }
 }
 
@@ -180,7 +170,7 @@ void set_format_facts(const WaveStream& wave, const Parsed& parsed, ZatStream* s
 
 void keep_claim(const Parsed& parsed, ZatStream* stream) {
     const uint64_t told = told_rate(parsed);
-    if (told != 0 && differs(static_cast<double>(stream->bit_rate), static_cast<double>(told))) {
+    if (told != 0 && !is_same_bit_rate(stream->bit_rate, told)) {
         stream->nominal_bit_rate = told;
     }
 }

@@ -89,6 +89,15 @@ constexpr uint8_t byte_at(Bytes bytes, size_t offset) {
     return offset < bytes.size() ? bytes[offset] : uint8_t{0};
 }
 
+// Copies the first bytes, zeros where there are fewer: a header that may be cut short.
+template <size_t N>
+void copy_padded(Bytes bytes, uint8_t (&out)[N]) {
+    std::memset(out, 0, N);
+    if (!bytes.empty()) { // an empty view may have no address
+        std::memcpy(out, bytes.data(), bytes.size() < N ? bytes.size() : N);
+    }
+}
+
 // The number of zero bytes at the front.
 size_t leading_zeros(Bytes bytes);
 

@@ -2,6 +2,7 @@
 
 #include "common/catalogue_directory.h"
 #include "common/file_access.h"
+#include "common/fourcc.h"
 #include "common/kept_text.h"
 #include "common/messages.h"
 #include "common/text.h"
@@ -229,6 +230,12 @@ int codec_name(std::string_view section, std::string_view key, std::string_view 
     format_text(
         out, size, result == codec_not_listed ? message::not_listed : message::no_catalogue, code);
     return result;
+}
+
+int fourcc_codec_name(std::string_view section, uint32_t code, char* out, size_t size) {
+    char key[fourcc_text_size];
+    printable_fourcc_text(code, key);
+    return codec_name(section, key, key, out, size);
 }
 
 } // namespace zat

@@ -6,6 +6,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <span>
 #include <string_view>
 
@@ -34,6 +35,9 @@ constexpr size_t codec_name_size = 256; // bytes for any name, terminator includ
 // says why and shows the code as `shown`. Returns the lookup's result.
 int codec_name(
     std::string_view section, std::string_view key, std::string_view shown, char* out, size_t size);
+
+// The same by a four-character code, the first character in the top byte.
+int fourcc_codec_name(std::string_view section, uint32_t code, char* out, size_t size);
 
 // One of several keys that are looked up at once.
 struct CodecKey {

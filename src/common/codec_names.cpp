@@ -337,14 +337,14 @@ void set_format_tag_codec(ZatStream* stream, uint16_t tag, uint32_t bits) {
             tag == tag_float ? PcmKind::floating
             : bits <= 8      ? PcmKind::unsigned_integer
                              : PcmKind::signed_integer,
-            bits, false);
+            bits, std::endian::little);
         return;
     }
     const CodecName name = format_tag_name(tag);
     set_codec(stream, name.codec.empty() ? CodecName{stream->codec_id} : name);
 }
 
-void set_pcm(ZatStream* stream, PcmKind kind, uint32_t bits, bool big_endian) {
+void set_pcm(ZatStream* stream, PcmKind kind, uint32_t bits, std::endian order) {
     constexpr uint32_t most_bits = 64;
     static constexpr const char* kinds[] = {"signed", "unsigned", "float"};
     copy_utf8(stream->codec, "PCM");
@@ -352,9 +352,9 @@ void set_pcm(ZatStream* stream, PcmKind kind, uint32_t bits, bool big_endian) {
         stream->bit_depth = bits;
         format_text(stream->profile, sizeof stream->profile, "%s %u%s",
             kinds[static_cast<int>(kind)], bits,
-            bits <= 8    ? ""
-            : big_endian ? " BE"
-                         : " LE");
+            bits <= 8                   ? ""
+            : order == std::endian::big ? " BE"
+                                        : " LE");
     }
 }
 

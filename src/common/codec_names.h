@@ -4,6 +4,7 @@
 
 #include "common/details.h"
 
+#include <bit>
 #include <cstdint>
 #include <string_view>
 
@@ -41,6 +42,6 @@ enum class PcmKind : uint8_t { signed_integer, unsigned_integer, floating };
 
 // Sets the codec PCM and its profile, such as "signed 16 LE", and the bit depth. A byte has no byte
 // order; without bits there is no profile.
-void set_pcm(ZatStream* stream, PcmKind kind, uint32_t bits, bool big_endian);
+void set_pcm(ZatStream* stream, PcmKind kind, uint32_t bits, std::endian order);
 
 } // namespace zat

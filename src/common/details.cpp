@@ -4,6 +4,7 @@
 #include "common/text.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstring>
 #include <limits>
 #include <numeric>
@@ -102,6 +103,16 @@ void set_display_aspect(ZatStream* stream, uint64_t width, uint64_t height) {
         &stream->pixel_aspect_height);
 }
 
+uint64_t mean_bit_rate(double bytes, double seconds) {
+    return seconds > 0 ? clamp_to_integer<uint64_t>(bytes * 8 / seconds + 0.5) : 0;
+}
+
+bool is_same_bit_rate(uint64_t rate, uint64_t other) {
+    constexpr double tolerance = 0.01;
+    const double difference = std::abs(static_cast<double>(rate) - static_cast<double>(other));
+    return difference <= tolerance * static_cast<double>(other);
+}
+
 void set_frame_rate(ZatStream* stream, uint64_t numerator, uint64_t denominator) {
     if (numerator == 0 || denominator == 0) {
         return;
@@ -130,10 +141,19 @@ void note_details(ZatDetails* details, std::string_view note) {
     }
 }
 
+void note_work_limit(ZatDetails* details) {
+    note_details(details, "work limit");
+}
+
 void note_work_limit(const Output& out, const Reader& reader) {
     if (reader.limited) {
-        note_details(out.details, "work limit");
+        note_work_limit(out.details);
     }
+}
+
+void note_missing_bytes(ZatDetails* details, uint64_t missing_bytes) {
+    details->missing_bytes = missing_bytes;
+    note_details(details, "truncated");
 }
 
 void clear_details(ZatDetails* details) {

@@ -43,14 +43,26 @@ void set_pixel_aspect(ZatStream* stream, uint64_t width, uint64_t height);
 // Sets the display aspect and, by the stream's size, the pixel aspect.
 void set_display_aspect(ZatStream* stream, uint64_t width, uint64_t height);
 
+// Bit/s of so many bytes over a time, rounded; 0 for a time that is not positive.
+uint64_t mean_bit_rate(double bytes, double seconds);
+
+// Whether a bit rate is within one percent of another: a claim that is tells nothing beside it.
+bool is_same_bit_rate(uint64_t rate, uint64_t other);
+
 // Sets frame_rate and its ratio; nothing for a ratio with a 0.
 void set_frame_rate(ZatStream* stream, uint64_t numerator, uint64_t denominator);
 
 // Adds a note of ASCII words. A note that stands there already is not repeated.
 void note_details(ZatDetails* details, std::string_view note);
 
-// Notes that a walk ended because it had used up its allowance.
+// Notes that not all of the file was looked at, as its walk had used up its allowance.
+void note_work_limit(ZatDetails* details);
+
+// The same where the reader's allowance is used up.
 void note_work_limit(const Output& out, const Reader& reader);
+
+// Notes that the file's end is cut off, and how much is missing there.
+void note_missing_bytes(ZatDetails* details, uint64_t missing_bytes);
 
 // Clears all but the size, before an analyser runs; of the slots only those that are counted, since
 // all of them take longer to clear than many a file to describe.

@@ -113,6 +113,12 @@ void add_truncated_note(const Output& out, ExtraLines* extra, uint64_t missing_b
     }
 }
 
+void add_trailing_data_note(const Output& out, ExtraLines* extra, uint64_t bytes) {
+    char grouped[value_text_size];
+    FormatGroupedSize(bytes, grouped);
+    add_note(out, extra, "trailing data(%s Byte)", grouped);
+}
+
 void write_extra_lines(const ExtraLines& extra, InfoRecord* record) {
     const int32_t before_facts = share_lines(extra).before_facts;
     write_lines(extra, ExtraLines::streams, 0, before_facts, record);

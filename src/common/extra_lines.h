@@ -34,6 +34,9 @@ void add_note(const Output& out, ExtraLines* extra, const char* format, ...) ZAT
 // "truncated(1,234 Byte missing)", with the number in the details.
 void add_truncated_note(const Output& out, ExtraLines* extra, uint64_t missing_bytes);
 
+// "trailing data(1,234 Byte)", for what stands behind the end that the file tells.
+void add_trailing_data_note(const Output& out, ExtraLines* extra, uint64_t bytes);
+
 // Appends the lines to the record's.
 void write_extra_lines(const ExtraLines& extra, InfoRecord* record);
 

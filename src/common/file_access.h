@@ -1,5 +1,6 @@
 // The one seam to the platform: opening, reading and closing media files, and reserving memory for
-// a view of one. Implemented in file_access_posix.cpp and file_access_win32.cpp.
+// a view of one. What calls the system is in file_access_posix.cpp and file_access_win32.cpp, what
+// all platforms share in file_access.cpp.
 #pragma once
 
 #include <cstddef>
@@ -7,10 +8,10 @@
 
 namespace zat {
 
-// Reading: how much was done, or may be done.
+// An amount of reading, done or allowed: calls, and the bytes that they ask for.
 struct FileWork {
     int64_t reads;
-    int64_t bytes; // asked for
+    int64_t bytes;
 };
 
 constexpr FileWork unlimited_work = {INT64_MAX, INT64_MAX};
@@ -32,7 +33,7 @@ struct FileRecord {
     int64_t position = 0;     // byte position after the last seek or read
     int64_t size = 0;         // bytes, taken when the file was opened
     int64_t origin = 0;       // bytes before the place that counts as position 0
-    FileEnds* ends = nullptr; // the owner's; read_at keeps the ends there, if it may
+    FileEnds* ends = nullptr; // where read_at keeps the ends of the file; null: nowhere
     FileWork done = {};
     FileWork limit = unlimited_work;
     bool exhausted = false; // a read was refused because of the limit
@@ -88,7 +89,8 @@ int64_t FileSizeByPath(const char* path);
 // 0 when something stands at `path`, a directory included; 1 when nothing does.
 int FileExists(const char* path);
 
-// What differs when a file's content does, but for one written again within the clock's step.
+// Tells one content of a file from another. Two that were written within one step of the file
+// system's clock may have the same stamp.
 struct FileStamp {
     uint64_t place[2]; // which file it is
     int64_t size;      // bytes
@@ -98,8 +100,8 @@ struct FileStamp {
     bool operator==(const FileStamp&) const = default;
 };
 
-// The stamp of the regular file at `path`. False when it has none, or was changed within the last
-// seconds, so that its next content might have the same one.
+// The stamp of the regular file at `path`. False when there is none, or when it was changed within
+// the last seconds: a further change might leave the stamp as it is.
 bool settled_stamp(const char* path, FileStamp* stamp);
 
 // Reserves `size` bytes that read as zero and cost memory only where they are written, as the first

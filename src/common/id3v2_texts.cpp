@@ -1,4 +1,4 @@
-#include "common/tag_sizes.h"
+#include "common/outer_tags.h"
 #include "common/tag_texts.h"
 #include "common/text.h"
 #include "common/text_codes.h"
@@ -108,14 +108,6 @@ uint32_t synchronise(uint8_t* bytes, uint32_t length) {
         }
     }
     return kept;
-}
-
-uint32_t sync_safe(const uint8_t* bytes) {
-    uint32_t value = 0;
-    for (int i = 0; i < 4; ++i) {
-        value = value << 7 | (bytes[i] & 0x7F);
-    }
-    return value;
 }
 
 // Some writers put identifiers of version 2.2 into later tags, with a blank behind them.

@@ -1,5 +1,6 @@
+#include "common/outer_tags.h"
+
 #include "common/bytes.h"
-#include "common/tag_sizes.h"
 
 #include <algorithm>
 
@@ -9,8 +10,7 @@ namespace {
 
 constexpr uint8_t has_footer = 0x10;
 
-// APE tag footer (APEv2): "APETAGEX", version, size of items and footer, count,
-// flags.
+// APE tag footer (APEv2): "APETAGEX", version, size of items and footer, count, flags.
 constexpr uint32_t ape_has_header = 0x80000000;
 
 constexpr int64_t lyrics3_trailer = 15; // six digits, "LYRICS200"
@@ -93,15 +93,20 @@ bool peel_ape(Bytes tail, OuterTags* tags) {
 
 } // namespace
 
+uint32_t sync_safe(const uint8_t* bytes) {
+    uint32_t value = 0;
+    for (int i = 0; i < 4; ++i) {
+        value = value << 7 | (bytes[i] & 0x7F);
+    }
+    return value;
+}
+
 int64_t whole_id3v2_size(const uint8_t* header) {
     if (!starts_with(header, "ID3")) {
         return 0;
     }
-    int64_t size = 0;
-    for (int i = 6; i < 10; ++i) {
-        size = size << 7 | (header[i] & 0x7F);
-    }
-    return size + id3v2_header_size + ((header[5] & has_footer) != 0 ? id3v2_header_size : 0);
+    return int64_t{sync_safe(header + 6)} + id3v2_header_size +
+           ((header[5] & has_footer) != 0 ? id3v2_header_size : 0);
 }
 
 Span span_behind_id3v2(Reader* reader) {

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "common/extra_lines.h"
-#include "common/tag_sizes.h"
+#include "common/outer_tags.h"
 #include "common/tag_texts.h"
 
 #include <cstdint>

@@ -2,6 +2,7 @@
 
 #include "common/bytes.h"
 #include "common/file_window.h"
+#include "common/outer_tags.h"
 
 #include <algorithm>
 

@@ -6,7 +6,6 @@
 #include "common/record_lines.h"
 #include "common/tag_texts.h"
 #include "common/utc_time.h"
-#include "common/value_text.h"
 #include "container/matroska/ids.h"
 #include "container/matroska/levels.h"
 #include "container/matroska/live.h"
@@ -89,9 +88,7 @@ void add_notes(const Source& source) {
     if (behind < 0) {
         add_truncated_note(source.out, source.extra, static_cast<uint64_t>(-behind));
     } else if (!segment.unknown_size && behind > 0 && !goes_on(source.reader, segment.said_end)) {
-        char grouped[value_text_size];
-        FormatGroupedSize(static_cast<uint64_t>(behind), grouped);
-        add_note(source.out, source.extra, "trailing data(%s Byte)", grouped);
+        add_trailing_data_note(source.out, source.extra, static_cast<uint64_t>(behind));
     }
     if (std::any_of(
             segment.tracks, end, [](const Track& track) { return track.encodings.encrypted; })) {

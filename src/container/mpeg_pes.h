@@ -50,8 +50,6 @@ enum StreamId : uint8_t {
 int64_t read_clock(const uint8_t* bytes);
 
 constexpr size_t pes_start_size = 6; // start code and length
-// Bytes that every header but an absurd one fits in.
-constexpr size_t pes_header_limit = 9 + 255 + 1;
 
 struct PesHeader {
     uint8_t stream_id = 0;

@@ -1,5 +1,6 @@
 #include "container/mpeg_ps.h"
 
+#include "common/outer_tags.h"
 #include "common/record_lines.h"
 #include "common/tag_sizes.h"
 #include "container/mpeg_ps/elementary.h"

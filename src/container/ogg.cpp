@@ -1,10 +1,10 @@
 #include "container/ogg.h"
 
+#include "common/details.h"
 #include "common/extra_info.h"
 #include "common/extra_lines.h"
 #include "common/messages.h"
 #include "common/record_lines.h"
-#include "common/value_text.h"
 #include "container/ogg/comments.h"
 #include "container/ogg/describe.h"
 #include "container/ogg/walk.h"
@@ -31,16 +31,12 @@ void write_notes(const Walk& walk, const Output& out, ExtraLines* extra) {
         }
     }
     if (walk.trailing != 0) {
-        char grouped[value_text_size];
-        FormatGroupedSize(walk.trailing, grouped);
-        add_note(out, extra, "trailing data(%s Byte)", grouped);
+        add_trailing_data_note(out, extra, walk.trailing);
     }
     if (walk.estimated) {
         add_note(out, extra, "time estimated");
     }
-    if (walk.reader.limited) {
-        note_details(out.details, "work limit");
-    }
+    note_work_limit(out, walk.reader);
 }
 
 // Artist, title and writer of the first stream that tells one of them; chapters of all.

@@ -2,9 +2,9 @@
 
 #include "common/codec_names.h"
 #include "common/extra_lines.h"
+#include "common/outer_tags.h"
 #include "common/record_lines.h"
 #include "common/stream_lines.h"
-#include "common/tag_sizes.h"
 #include "common/tag_texts.h"
 #include "common/text.h"
 #include "common/text_codes.h"

@@ -235,8 +235,7 @@ void note_missing_data(Scan* scan, uint32_t position) {
     const int64_t end = int64_t{position} + read_be32(&scan->window, position + 4);
     const int64_t missing = end - scan->window.file->size;
     if (missing > 0) {
-        scan->details->missing_bytes = static_cast<uint64_t>(missing);
-        note_details(scan->details, "truncated");
+        note_missing_bytes(scan->details, static_cast<uint64_t>(missing));
     }
 }
 

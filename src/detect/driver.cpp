@@ -2,6 +2,7 @@
 
 #include "common/file_window.h"
 #include "common/messages.h"
+#include "common/outer_tags.h"
 #include "common/tag_sizes.h"
 #include "detect/ac3_probe.h"
 #include "detect/mpeg_probes.h"
@@ -29,23 +30,22 @@ constexpr FileWork detection_limit = {64, 3 * int64_t{view_size}};
 constexpr uint32_t large_tag = 4096;
 constexpr uint32_t few_tags = 16;
 
-// The result and, for a refusal, the line that says why.
-int refuse(DetectContext* context, uint32_t type_code, int result, std::string_view text) {
+// Writes the line that says why.
+Detection refuse(
+    DetectContext* context, uint32_t type_code, Detection result, std::string_view text) {
     context->type_code = type_code;
     copy_text(context->general[0], text);
     context->general_count = 1;
     return result;
 }
 
-int accept(DetectContext* context, uint32_t type_code, int64_t stream_start) {
+Detection accept(DetectContext* context, uint32_t type_code) {
     context->type_code = type_code;
-    context->stream_start = static_cast<int32_t>(stream_start);
-    return 0;
+    return Detection::decided;
 }
 
-int accept_packets(DetectContext* context, uint32_t packet_size, int64_t stream_start) {
-    return accept(context, packet_size == ts_packet_size ? FILETYPE_MPEG2_TS : FILETYPE_MPEG2_M2TS,
-        stream_start);
+Detection accept_packets(DetectContext* context, uint32_t packet_size) {
+    return accept(context, packet_size == ts_packet_size ? FILETYPE_MPEG2_TS : FILETYPE_MPEG2_M2TS);
 }
 
 struct Refusal {
@@ -96,32 +96,29 @@ int64_t find_packets(FileWindow* window, uint32_t* packet_size) {
 }
 
 // Streams that begin somewhere in the view.
-int search_streams(FileWindow* window, DetectContext* context) {
+Detection search_streams(FileWindow* window, DetectContext* context) {
     const size_t zeros = leading_zeros(window_bytes(window));
     if (zeros > padding_limit) {
-        return refuse(context, FILETYPE_UNKNOWN, 0, message::dummy_data);
+        return refuse(context, FILETYPE_UNKNOWN, Detection::refused, message::dummy_data);
     }
     window_load(window, static_cast<uint32_t>(zeros) + mpeg_audio_reach);
-    int64_t position = MpegAudioCheck(window_bytes(window).subspan(zeros), MpegAudioMode::search);
-    if (position >= 0) {
-        return accept(context, FILETYPE_MP3, static_cast<int64_t>(zeros) + position);
+    if (MpegAudioCheck(window_bytes(window).subspan(zeros), MpegAudioMode::search) >= 0) {
+        return accept(context, FILETYPE_MP3);
     }
     window_load_all(window);
     const Bytes bytes = window_bytes(window).subspan(zeros);
-    position = MpegSequenceCheck(bytes);
-    if (position >= 0) {
-        return accept(context, FILETYPE_MPEG, static_cast<int64_t>(zeros) + position);
+    if (MpegSequenceCheck(bytes) >= 0) {
+        return accept(context, FILETYPE_MPEG);
     }
     uint32_t packet_size = 0;
     if (TsTwoPacketCheck(bytes, &packet_size) == 0) {
-        return accept(context, FILETYPE_MPEG2_TS, static_cast<int64_t>(zeros)); // of either size
+        return accept(context, FILETYPE_MPEG2_TS); // of either size
     }
-    position = Ac3SyncCheck(bytes);
-    if (position >= 0) {
-        return accept(context, FILETYPE_AC3, static_cast<int64_t>(zeros) + position);
+    if (Ac3SyncCheck(bytes) >= 0) {
+        return accept(context, FILETYPE_AC3);
     }
     context->type_code = FILETYPE_UNKNOWN;
-    return -6;
+    return Detection::unknown;
 }
 
 // Analysers see a file that begins with its stream. Those of audio step over a tag and what follows
@@ -133,46 +130,42 @@ void leave_out_padding(FileWindow* window, const LateSignature& late) {
 }
 
 // The probes behind those for packets.
-int probe_further(FileWindow* window, DetectContext* context) {
+Detection probe_further(FileWindow* window, DetectContext* context) {
     const LateSignature late = check_late_signature(window);
     if (late.type_code != FILETYPE_UNKNOWN) {
-        context->type_code = late.type_code;
         leave_out_padding(window, late);
-        return 0;
+        return accept(context, late.type_code);
     }
     return search_streams(window, context);
 }
 
 // The probes, from the surest to the most lenient, on the bytes behind the tags.
-int probe(FileWindow* window, DetectContext* context) {
+Detection probe(FileWindow* window, DetectContext* context) {
     const Bytes start = window_bytes(window);
-    const int64_t wrapped = WrappedMp3Check(start);
-    if (wrapped > 0) {
-        return accept(context, FILETYPE_SHOCKWAVEMP3, wrapped);
+    if (WrappedMp3Check(start) > 0) {
+        return accept(context, FILETYPE_SHOCKWAVEMP3);
     }
     for (const auto check : {CheckHeaderSignature, QuickTimeBrandCheck}) {
         const uint32_t type_code = check(start);
         if (type_code != FILETYPE_UNKNOWN) {
-            context->type_code = type_code;
-            return 0;
+            return accept(context, type_code);
         }
     }
     if (MpegAudioCheck(start, MpegAudioMode::at_start) >= 0) {
-        return accept(context, FILETYPE_MP3, 0);
+        return accept(context, FILETYPE_MP3);
     }
     uint32_t packet_size = 0;
-    const int64_t packets = find_packets(window, &packet_size);
-    if (packets >= 0) {
-        return accept_packets(context, packet_size, packets);
+    if (find_packets(window, &packet_size) >= 0) {
+        return accept_packets(context, packet_size);
     }
     const Bytes bytes = window_bytes(window);
     if (TsTwoPacketCheck(bytes, &packet_size) == 0) {
-        return accept_packets(context, packet_size, 0);
+        return accept_packets(context, packet_size);
     }
     // Packets of 188 bytes have been accepted by now. A start code at the start, too, ends here at
     // the latest: the signatures leave it only with a sync byte behind it.
     if (TsOnePacketCheck(bytes) == 0) {
-        return accept_packets(context, timestamped_packet_size, 0);
+        return accept_packets(context, timestamped_packet_size);
     }
     return probe_further(window, context);
 }
@@ -186,46 +179,46 @@ bool pass_tags(FileWindow* window) {
     return window_load(window, 1) != 0;
 }
 
-int classify(FileWindow* window, DetectContext* context) {
+Detection classify(FileWindow* window, DetectContext* context) {
     if (window->file->size == 0) {
-        return refuse(context, FILETYPE_UNKNOWN, -4, message::empty_file);
+        return refuse(context, FILETYPE_UNKNOWN, Detection::empty, message::empty_file);
     }
     if (window_load(window, 1) == 0) {
-        return refuse(context, FILETYPE_ERROR, -3, message::read_failed);
+        return refuse(context, FILETYPE_ERROR, Detection::not_read, message::read_failed);
     }
     if (TextFileCheck(window, window->file->size) == 0) {
-        return refuse(context, FILETYPE_UNKNOWN, -5, message::text_file);
+        return refuse(context, FILETYPE_UNKNOWN, Detection::refused, message::text_file);
     }
     for (const Refusal& row : refusals) {
         if (starts_with(window->bytes, row.magic)) {
-            return refuse(context, FILETYPE_UNKNOWN, -5, row.text);
+            return refuse(context, FILETYPE_UNKNOWN, Detection::refused, row.text);
         }
     }
     if (!pass_tags(window)) {
-        return refuse(context, FILETYPE_ERROR, -3, message::read_failed);
+        return refuse(context, FILETYPE_ERROR, Detection::not_read, message::read_failed);
     }
     return probe(window, context);
 }
 
 } // namespace
 
-int detect(DetectContext* context, FileRecord* file) {
+Detection detect(DetectContext* context, FileRecord* file) {
     if (context->path_length > path_limit) {
-        const int result = refuse(context, FILETYPE_PATHTOOLONG, -1, "");
+        const Detection result = refuse(context, FILETYPE_PATHTOOLONG, Detection::not_opened, "");
         format_text(context->general[0], line_size, message::path_too_long,
             static_cast<int>(context->path_length), static_cast<int>(path_limit));
         return result;
     }
     if (context->path_length == path_limit || FileOpen(file, context->path) != 0) {
-        return refuse(context, FILETYPE_OPENFAILED, -1, message::open_failed);
+        return refuse(context, FILETYPE_OPENFAILED, Detection::not_opened, message::open_failed);
     }
     context->file_size = file->size;
     file->limit = detection_limit;
     FileWindow window;
     window_open(&window, file, 0, view_size);
-    int result = classify(&window, context);
+    Detection result = classify(&window, context);
     if (window.no_memory) {
-        result = refuse(context, FILETYPE_ERROR, -2, message::buffer_failed);
+        result = refuse(context, FILETYPE_ERROR, Detection::no_memory, message::buffer_failed);
     }
     return result;
 }

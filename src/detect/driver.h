@@ -19,18 +19,26 @@ struct DetectContext {
     char path[path_limit];
     size_t path_length; // bytes; more than path_limit when the text did not fit
     uint32_t type_code;
-    int32_t stream_start; // byte position of the stream in the view behind a leading tag, set to -1
-                          // by the caller; written for streams that a probe found
-    int64_t file_size;    // bytes; 0 for a file that does not open
+    int64_t file_size; // bytes; 0 for a file that does not open
     char general[2][line_size];
     int32_t general_count;
 };
 
-// Decides the type of the file at context->path; the context is cleared but for path, path length
-// and stream start. Returns 0 when a probe decided, else a negative reason: -1 not opened, -2 no
-// memory, -3 nothing read, -4 empty, -5 refused, -6 nothing matched. The type is always written; a
-// refusal writes its general line. The file stays open.
-int detect(DetectContext* context, FileRecord* file);
+// How a detection ended: a probe decided, or why none did.
+enum class Detection : uint8_t {
+    decided,
+    not_opened,
+    no_memory,
+    not_read,
+    empty,
+    refused, // text, executables, archives
+    unknown, // no probe matched
+};
+
+// Decides the type of the file at context->path; the context is cleared but for path and path
+// length. The type is always written; all but `decided` and `unknown` write a general line that
+// says why. The file stays open.
+Detection detect(DetectContext* context, FileRecord* file);
 
 // What a file is that was taken for a transport stream, whose sync byte is a letter that texts and
 // pictures have too, and holds no packets: the type that the probes behind those for packets give,

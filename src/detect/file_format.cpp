@@ -26,15 +26,14 @@ void take_path(const InfoRecord* record, DetectContext* context) {
 void fill_file_format(InfoRecord* record, FileRecord* file) {
     DetectContext context{};
     take_path(record, &context);
-    context.stream_start = -1;
-    const int result = detect(&context, file);
+    const Detection result = detect(&context, file);
     record->file_size = static_cast<uint64_t>(context.file_size);
     record->type_code = context.type_code;
     record->general_count = context.general_count;
     for (int32_t i = 0; i < context.general_count; ++i) {
         copy_text(record->general[i], bounded_text(context.general[i]));
     }
-    if (result == -6) {
+    if (result == Detection::unknown) {
         set_general_line(record, "%s", message::unsupported);
     }
 }

@@ -4,7 +4,7 @@
 #include "audio/frame_search.h"
 #include "audio/latm.h"
 #include "common/bytes.h"
-#include "common/tag_sizes.h"
+#include "common/outer_tags.h"
 #include "video/video_kind.h"
 
 #include <algorithm>

@@ -1,9 +1,9 @@
 #include "picture/picture_file.h"
 
 #include "common/extra_lines.h"
+#include "common/outer_tags.h"
 #include "common/record_lines.h"
 #include "common/stream_lines.h"
-#include "common/tag_sizes.h"
 
 #include <algorithm>
 

@@ -2,6 +2,8 @@
 
 #include "common/codec_names.h"
 
+#include <bit>
+
 namespace zat {
 
 namespace {
@@ -124,7 +126,7 @@ void set_dv_facts(const DvInfo& info, ZatStream* stream) {
 }
 
 void set_dv_audio_facts(const DvInfo& info, ZatStream* stream) {
-    set_pcm(stream, PcmKind::signed_integer, info.sample_bits, true);
+    set_pcm(stream, PcmKind::signed_integer, info.sample_bits, std::endian::big);
     stream->sample_rate = info.sample_rate;
     stream->channels = info.channels;
     stream->bit_rate = uint64_t{info.sample_rate} * info.channels * info.sample_bits;

@@ -1,6 +1,6 @@
 #include "common/tag_texts.h"
 
-#include "common/tag_sizes.h"
+#include "common/outer_tags.h"
 #include "support/atom_builder.h"
 #include "support/temp_file.h"
 

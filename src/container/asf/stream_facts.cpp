@@ -2,7 +2,7 @@
 
 #include "audio/first_frame.h"
 #include "audio/wave_stream.h"
-#include "common/numbers.h"
+#include "common/details.h"
 #include "common/stream_lines.h"
 #include "video/bitmap_stream.h"
 
@@ -63,9 +63,7 @@ uint64_t counted_rate(const Source& source, const StreamScan& scan) {
         extends ? static_cast<double>(media.all) / static_cast<double>(media.read) : 1;
     const double seconds =
         extends ? source.play_time : (scan.last_time - scan.first_time) * milliseconds;
-    return seconds > 0 ? clamp_to_integer<uint64_t>(
-                             static_cast<double>(scan.bytes) * share * 8 / seconds + 0.5)
-                       : 0;
+    return mean_bit_rate(static_cast<double>(scan.bytes) * share, seconds);
 }
 
 // A claim counts, unless all packets show that it is far from true.

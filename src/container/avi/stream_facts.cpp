@@ -1,6 +1,6 @@
 #include "container/avi/stream_facts.h"
 
-#include "common/numbers.h"
+#include "common/details.h"
 #include "common/text_codes.h"
 #include "container/avi/language.h"
 
@@ -39,9 +39,7 @@ ZatStream stream_facts(const Source& source, uint32_t number, ZatStreamKind kind
 
 uint64_t counted_rate(const Source& source, const Stream& stream) {
     const double seconds = static_cast<double>(stream.chunks) * unit_time(*source.movie, stream);
-    return seconds > 0
-               ? clamp_to_integer<uint64_t>(static_cast<double>(stream.bytes) * 8 / seconds + 0.5)
-               : 0;
+    return mean_bit_rate(static_cast<double>(stream.bytes), seconds);
 }
 
 } // namespace zat::avi

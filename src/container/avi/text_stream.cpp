@@ -63,10 +63,8 @@ void add_text(const Source& source, uint32_t number) {
 void add_data(const Source& source, uint32_t number) {
     const uint32_t type = source.movie->streams[number].type;
     ZatStream facts = stream_facts(source, number, ZAT_STREAM_DATA);
-    const uint8_t code[] = {static_cast<uint8_t>(type >> 24), static_cast<uint8_t>(type >> 16),
-        static_cast<uint8_t>(type >> 8), static_cast<uint8_t>(type)};
     char name[fourcc_text_size];
-    printable_fourcc_text(code, name);
+    printable_fourcc_text(type, name);
     const bool is_midi = type == fourcc("mids");
     copy_utf8(facts.codec_id, name);
     copy_utf8(facts.codec, is_midi ? "MIDI" : name);

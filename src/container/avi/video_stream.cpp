@@ -1,6 +1,6 @@
 #include "common/codec_names.h"
+#include "common/details.h"
 #include "common/file_window.h"
-#include "common/numbers.h"
 #include "common/stream_lines.h"
 #include "container/avi/stream_facts.h"
 #include "video/bitmap_stream.h"
@@ -45,9 +45,7 @@ uint64_t rest_rate(const Source& source, const ZatStream& facts) {
     constexpr double header_size = 8;
     const double rest = static_cast<double>(source.movie->movi_bytes) - audio_bytes(*source.movie) -
                         header_size * static_cast<double>(facts.frames);
-    return facts.duration > 0 && rest > 0 && is_only_video(*source.movie)
-               ? clamp_to_integer<uint64_t>(rest * 8 / facts.duration + 0.5)
-               : 0;
+    return rest > 0 && is_only_video(*source.movie) ? mean_bit_rate(rest, facts.duration) : 0;
 }
 
 void set_rates(const Source& source, const Stream& stream, ZatStream* facts) {

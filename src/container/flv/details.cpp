@@ -6,6 +6,7 @@
 #include "audio/opus.h"
 #include "audio/stream_facts.h"
 #include "common/codec_names.h"
+#include "common/details.h"
 #include "common/fourcc.h"
 #include "common/numbers.h"
 #include "common/stream_lines.h"
@@ -17,6 +18,7 @@
 #include "video/stream_facts.h"
 #include "video/vp9.h"
 
+#include <bit>
 #include <cmath>
 #include <iterator>
 
@@ -53,12 +55,8 @@ void set_rate(const FlvInfo& info, const FlvTags& tags, double claim, ZatStream*
     }
     stream->bytes = tags.bytes;
     if (tags.bytes != 0 && stream->duration > 0) {
-        constexpr double same_rate = 0.01;
-        stream->bit_rate = clamp_to_integer<uint64_t>(
-            static_cast<double>(tags.bytes) * 8 / stream->duration + 0.5);
-        const double difference =
-            std::abs(static_cast<double>(claimed) - static_cast<double>(stream->bit_rate));
-        if (claimed != 0 && difference > same_rate * static_cast<double>(stream->bit_rate)) {
+        stream->bit_rate = mean_bit_rate(static_cast<double>(tags.bytes), stream->duration);
+        if (claimed != 0 && !is_same_bit_rate(claimed, stream->bit_rate)) {
             stream->nominal_bit_rate = claimed;
         }
     }
@@ -192,7 +190,7 @@ void read_sound_header(uint8_t header, ZatStream* stream) {
     if (format == flv_sound_pcm || format == flv_sound_pcm_le) {
         const bool wide = (header & 2) != 0;
         set_pcm(stream, wide ? PcmKind::signed_integer : PcmKind::unsigned_integer, wide ? 16 : 8,
-            false);
+            std::endian::little);
     } else if (format == nellymoser_16khz || format == speex) {
         stream->sample_rate = 16000;
         stream->channels = 1;
@@ -270,8 +268,7 @@ void describe_flv(Reader* reader, const FlvInfo& info, double seconds, ZatDetail
         describe_video(reader, info, duration, details);
     }
     if (info.missing_bytes != 0) {
-        details->missing_bytes = static_cast<uint64_t>(info.missing_bytes);
-        note_details(details, "truncated");
+        note_missing_bytes(details, static_cast<uint64_t>(info.missing_bytes));
     }
 }
 

@@ -10,13 +10,13 @@
 #include "audio/wave_stream.h"
 #include "common/codec_catalogue.h"
 #include "common/codec_names.h"
-#include "common/fourcc.h"
+#include "common/details.h"
 #include "common/numbers.h"
 #include "common/stream_lines.h"
 #include "container/matroska/track_stream.h"
 
 #include <algorithm>
-#include <cmath>
+#include <bit>
 
 namespace zat::matroska {
 
@@ -25,7 +25,6 @@ namespace {
 constexpr uint32_t audio_private_size = 1024; // bytes
 constexpr uint32_t audio_frame_size = 4096;
 static_assert(audio_frame_size >= frame_start_size);
-constexpr double rate_tolerance = 0.01;
 
 // What a track is described from and what its line is made of: a line of its parser, or the generic
 // one.
@@ -42,17 +41,12 @@ struct Description {
     uint32_t bits = 0;
 };
 
-bool differs(uint64_t a, uint64_t b) {
-    const auto x = static_cast<double>(a);
-    const auto y = static_cast<double>(b);
-    return std::abs(x - y) > rate_tolerance * y;
-}
-
 // A header's rate is a claim where the container knows better.
 void keep_rate(uint64_t rate, ZatStream* stream) {
     if (rate != 0) {
         stream->nominal_bit_rate =
-            stream->bit_rate != 0 && differs(rate, stream->bit_rate) ? stream->bit_rate : 0;
+            stream->bit_rate != 0 && !is_same_bit_rate(rate, stream->bit_rate) ? stream->bit_rate
+                                                                               : 0;
         stream->bit_rate = rate;
     }
 }
@@ -242,10 +236,10 @@ void describe_alac(Description* text, ZatStream* stream) {
     text->bits = stream->bit_depth;
 }
 
-void describe_pcm(PcmKind kind, bool big_endian, Description* text, ZatStream* stream) {
+void describe_pcm(PcmKind kind, std::endian order, Description* text, ZatStream* stream) {
     const uint32_t bits = text->track->audio.bits;
     const bool is_byte = kind == PcmKind::signed_integer && bits == 8;
-    set_pcm(stream, is_byte ? PcmKind::unsigned_integer : kind, bits, big_endian);
+    set_pcm(stream, is_byte ? PcmKind::unsigned_integer : kind, bits, order);
     text->bits = bits;
     const uint64_t rate = uint64_t{stream->sample_rate} * stream->channels * bits;
     if (rate != 0) {
@@ -260,11 +254,9 @@ void describe_entry(Description* text, ZatStream* stream) {
     if (text->codec_private.size() < code_at + 4) {
         return;
     }
-    const uint8_t* code = text->codec_private.data() + code_at;
-    char name[fourcc_text_size];
-    printable_fourcc_text(code, name);
-    codec_name("[QT-AUDIO]", name, name, text->codec, sizeof text->codec);
-    set_codec(stream, audio_fourcc_name(ReadBE32(code)));
+    const uint32_t code = ReadBE32(text->codec_private.data() + code_at);
+    fourcc_codec_name("[QT-AUDIO]", code, text->codec, sizeof text->codec);
+    set_codec(stream, audio_fourcc_name(code));
 }
 
 void describe(Parser parser, Description* text, ZatStream* stream) {
@@ -300,11 +292,13 @@ void describe(Parser parser, Description* text, ZatStream* stream) {
         describe_alac(text, stream);
         break;
     case Parser::pcm_signed_le:
+        describe_pcm(PcmKind::signed_integer, std::endian::little, text, stream);
+        break;
     case Parser::pcm_signed_be:
-        describe_pcm(PcmKind::signed_integer, parser == Parser::pcm_signed_be, text, stream);
+        describe_pcm(PcmKind::signed_integer, std::endian::big, text, stream);
         break;
     case Parser::pcm_float:
-        describe_pcm(PcmKind::floating, false, text, stream);
+        describe_pcm(PcmKind::floating, std::endian::little, text, stream);
         break;
     case Parser::stsd:
         describe_entry(text, stream);

@@ -1,6 +1,6 @@
 #include "container/matroska/track_stream.h"
 
-#include "common/numbers.h"
+#include "common/details.h"
 #include "common/text.h"
 #include "common/text_codes.h"
 
@@ -70,8 +70,7 @@ void set_bit_rate(const Source& source, const Track& track, ZatStream* stream) {
     }
     const double seconds = counted_duration(*source.segment, track);
     if (seconds > 0) {
-        stream->bit_rate =
-            clamp_to_integer<uint64_t>(static_cast<double>(track.counts.bytes) * 8 / seconds + 0.5);
+        stream->bit_rate = mean_bit_rate(static_cast<double>(track.counts.bytes), seconds);
         stream->estimated |= source.segment->counted ? 0 : uint32_t{ZAT_ESTIMATED_BIT_RATE};
     }
 }

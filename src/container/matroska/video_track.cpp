@@ -1,6 +1,5 @@
 #include "common/codec_catalogue.h"
 #include "common/codec_names.h"
-#include "common/fourcc.h"
 #include "common/numbers.h"
 #include "common/stream_lines.h"
 #include "container/matroska/track_stream.h"
@@ -157,11 +156,7 @@ void set_display(const VideoSettings& video, BitmapStream* bitmap, VideoDescript
 
 // Names the codec by the code of a sample entry.
 void name_by_entry(uint32_t code, ZatStream* stream, VideoDescription* description) {
-    const uint8_t bytes[] = {static_cast<uint8_t>(code >> 24), static_cast<uint8_t>(code >> 16),
-        static_cast<uint8_t>(code >> 8), static_cast<uint8_t>(code)};
-    char text[fourcc_text_size];
-    printable_fourcc_text(bytes, text);
-    codec_name("[QT-VIDEO]", text, text, description->codec, sizeof description->codec);
+    fourcc_codec_name("[QT-VIDEO]", code, description->codec, sizeof description->codec);
     set_codec(stream, video_entry_name(code));
 }
 

@@ -6,7 +6,6 @@
 #include "audio/first_frame.h"
 #include "audio/flac_streaminfo.h"
 #include "audio/opus.h"
-#include "audio/opus_config.h"
 #include "audio/stream_facts.h"
 #include "audio/truehd.h"
 #include "audio/wave_format.h"
@@ -17,6 +16,7 @@
 #include "container/mp4/track_details.h"
 
 #include <algorithm>
+#include <bit>
 #include <iterator>
 #include <string_view>
 
@@ -32,21 +32,21 @@ struct PcmFormat {
     uint32_t format;
     uint32_t bits; // 0: as the entry tells
     PcmKind kind;
-    bool big_endian;
+    std::endian order;
 };
 
 constexpr PcmFormat pcm_formats[] = {
-    {fourcc("twos"), 0, PcmKind::signed_integer, true},
-    {fourcc("sowt"), 0, PcmKind::signed_integer, false},
-    {fourcc("in24"), 24, PcmKind::signed_integer, true},
-    {fourcc("in32"), 32, PcmKind::signed_integer, true},
-    {fourcc("fl32"), 32, PcmKind::floating, true},
-    {fourcc("fl64"), 64, PcmKind::floating, true},
-    {fourcc("raw "), 0, PcmKind::unsigned_integer, true},
-    {fourcc("NONE"), 0, PcmKind::unsigned_integer, true},
-    {fourcc("lpcm"), 0, PcmKind::signed_integer, false},
-    {fourcc("ipcm"), 0, PcmKind::signed_integer, true},
-    {fourcc("fpcm"), 0, PcmKind::floating, true},
+    {fourcc("twos"), 0, PcmKind::signed_integer, std::endian::big},
+    {fourcc("sowt"), 0, PcmKind::signed_integer, std::endian::little},
+    {fourcc("in24"), 24, PcmKind::signed_integer, std::endian::big},
+    {fourcc("in32"), 32, PcmKind::signed_integer, std::endian::big},
+    {fourcc("fl32"), 32, PcmKind::floating, std::endian::big},
+    {fourcc("fl64"), 64, PcmKind::floating, std::endian::big},
+    {fourcc("raw "), 0, PcmKind::unsigned_integer, std::endian::big},
+    {fourcc("NONE"), 0, PcmKind::unsigned_integer, std::endian::big},
+    {fourcc("lpcm"), 0, PcmKind::signed_integer, std::endian::little},
+    {fourcc("ipcm"), 0, PcmKind::signed_integer, std::endian::big},
+    {fourcc("fpcm"), 0, PcmKind::floating, std::endian::big},
 };
 
 // "ms" and a WAVE format tag.
@@ -57,6 +57,10 @@ void read_tagged_pcm(const TrackFacts& facts, ZatStream* stream) {
         stream->bit_depth = told.bit_depth;
         copy_text(stream->profile, told.profile);
     }
+}
+
+std::endian order_of(bool is_little) {
+    return is_little ? std::endian::little : std::endian::big;
 }
 
 void read_pcm(const TrackFacts& facts, ZatStream* stream) {
@@ -71,21 +75,21 @@ void read_pcm(const TrackFacts& facts, ZatStream* stream) {
     // A flag that the samples are little-endian.
     const Bytes byte_order = read_box(facts.reader, facts.entry.byte_order, buffer);
     if (byte_order.size() >= 2) {
-        pcm.big_endian = ReadBE16(byte_order.data()) != 1;
+        pcm.order = order_of(ReadBE16(byte_order.data()) == 1);
     }
     // Version and flags, format flags 1, sample size 1
     const Bytes config = read_box(facts.reader, facts.entry.pcm_configuration, buffer);
     if (config.size() == sizeof buffer) {
-        pcm.big_endian = (config[4] & 1) == 0;
+        pcm.order = order_of((config[4] & 1) != 0);
         pcm.bits = config[5];
     }
     if (facts.format == fourcc("lpcm")) {
         pcm.kind = (facts.entry.pcm_flags & 1) != 0   ? PcmKind::floating
                    : (facts.entry.pcm_flags & 4) != 0 ? PcmKind::signed_integer
                                                       : PcmKind::unsigned_integer;
-        pcm.big_endian = (facts.entry.pcm_flags & 2) != 0;
+        pcm.order = order_of((facts.entry.pcm_flags & 2) == 0);
     }
-    set_pcm(stream, pcm.kind, pcm.bits != 0 ? pcm.bits : facts.entry.sample_size, pcm.big_endian);
+    set_pcm(stream, pcm.kind, pcm.bits != 0 ? pcm.bits : facts.entry.sample_size, pcm.order);
 }
 
 // Version and flags, then Core Audio's layout: see apple_layout.h.
@@ -152,10 +156,10 @@ void read_truehd(TrackFacts* facts, ZatStream* stream) {
 
 void read_opus(TrackFacts* facts, ZatStream* stream) {
     uint8_t box[audio_config_size];
-    OpusConfig config;
+    OpusHead head;
     stream->sample_rate = opus_rate; // whatever the encoder's input had
-    if (read_opus_config(read_box(facts->reader, facts->entry.audio_configuration, box), &config)) {
-        set_opus_facts(config.channels, config.mapping_family, stream);
+    if (read_opus_record(read_box(facts->reader, facts->entry.audio_configuration, box), &head)) {
+        set_opus_facts(head.channels, head.mapping_family, stream);
     }
 }
 

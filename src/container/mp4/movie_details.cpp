@@ -119,11 +119,10 @@ void describe_movie(Reader* reader, Movie* movie, double seconds, ZatDetails* de
     }
     describe_tracks(reader, movie, details);
     if (movie->missing_bytes != 0) {
-        details->missing_bytes = static_cast<uint64_t>(movie->missing_bytes);
-        note_details(details, "truncated");
+        note_missing_bytes(details, static_cast<uint64_t>(movie->missing_bytes));
     }
     if (reader->limited) {
-        note_details(details, "work limit");
+        note_work_limit(details);
     }
 }
 

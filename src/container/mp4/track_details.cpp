@@ -1,7 +1,6 @@
 #include "container/mp4/track_details.h"
 
 #include "common/details.h"
-#include "common/numbers.h"
 #include "common/stream_lines.h"
 #include "common/text.h"
 #include "common/text_codes.h"
@@ -10,7 +9,6 @@
 #include "container/mp4/sample_tables.h"
 
 #include <algorithm>
-#include <cmath>
 #include <string_view>
 
 namespace zat::mp4 {
@@ -252,24 +250,15 @@ uint64_t movie_bytes(const TrackFacts& facts, const ZatStream& stream) {
     return samples * totals.sample_size;
 }
 
-// A claim within this part of the counted rate is the same.
-constexpr double same_bit_rate = 0.01;
-
 void count_bytes(TrackFacts* facts, ZatStream* stream) {
     stream->bytes = movie_bytes(*facts, *stream) + facts->track->fragment_bytes;
     const uint64_t claim = facts->claim != 0 ? facts->claim : stream->bit_rate;
-    stream->bit_rate = 0;
-    if (facts->seconds > 0 && stream->bytes != 0) {
-        stream->bit_rate = clamp_to_integer<uint64_t>(
-            static_cast<double>(stream->bytes) * 8 / facts->seconds + 0.5);
-    }
+    stream->bit_rate = mean_bit_rate(static_cast<double>(stream->bytes), facts->seconds);
     if (stream->bit_rate == 0) {
         stream->bit_rate = claim;
         return;
     }
-    const double difference =
-        std::abs(static_cast<double>(claim) - static_cast<double>(stream->bit_rate));
-    if (claim != 0 && difference > same_bit_rate * static_cast<double>(stream->bit_rate)) {
+    if (claim != 0 && !is_same_bit_rate(claim, stream->bit_rate)) {
         stream->nominal_bit_rate = claim;
     }
 }

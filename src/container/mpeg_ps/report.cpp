@@ -1,6 +1,5 @@
 #include "common/details.h"
 #include "common/extra_lines.h"
-#include "common/numbers.h"
 #include "common/record_lines.h"
 #include "common/stream_lines.h"
 #include "container/mpeg_ps/describe.h"
@@ -83,7 +82,7 @@ void set_rate(const Program& program, double seconds, Stream* stream) {
         facts->estimated |= ZAT_ESTIMATED_BIT_RATE;
     }
     facts->nominal_bit_rate = facts->bit_rate;
-    facts->bit_rate = clamp_to_integer<uint64_t>(bytes * 8 / seconds + 0.5);
+    facts->bit_rate = mean_bit_rate(bytes, seconds);
 }
 
 // "0xE1 ": the PES id, or the substream within its id.

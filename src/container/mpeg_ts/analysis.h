@@ -4,6 +4,7 @@
 #include "common/file_access.h"
 #include "common/work_memory.h"
 #include "container/mpeg_pes.h"
+#include "container/mpeg_ts/clock.h"
 #include "container/mpeg_ts/packets.h"
 #include "container/mpeg_ts/sections.h"
 #include "container/mpeg_ts/service_info.h"
@@ -34,21 +35,6 @@ struct Program {
     uint16_t pcr_pid = 0;
     bool listed = false; // in the program association table
     bool has_map = false;
-};
-
-// The PCRs of an identifier within a stretch of the file.
-struct Clock {
-    uint16_t pid = 0;
-    bool jumps = false; // backward, or far off the pace before
-    uint32_t count = 0;
-    int64_t first = 0; // ticks of 27 MHz
-    int64_t last = 0;
-    int64_t first_position = 0; // of the packet in the file
-    int64_t last_position = 0;
-    int64_t steady = 0; // the first value a second behind `first`: muxers begin with a burst
-    int64_t steady_position = 0;
-    int64_t good_ticks = 0; // of the steps that are no jumps
-    int64_t good_bytes = 0;
 };
 
 // The payload of the PES packets of a stream.
@@ -179,9 +165,6 @@ void judge_units(Analysis* analysis);
 inline Bytes captured_bytes(const Analysis* analysis, const Unit& unit) {
     return {analysis->pool + unit.capture, unit.captured};
 }
-
-// Adds a PCR to those of a stretch.
-void add_pcr(Clock* clock, int64_t pcr, int64_t position);
 
 // Reads the head of the file, `limit` bytes at most: tables, then streams until they are all
 // described or, if `thorough`, to the limit.

@@ -1,7 +1,7 @@
 #include "container/mpeg_ts/stream_output.h"
 
+#include "common/details.h"
 #include "common/frame_timing.h"
-#include "common/numbers.h"
 #include "common/record_lines.h"
 #include "common/stream_lines.h"
 #include "container/mpeg_descriptors.h"
@@ -60,7 +60,7 @@ void measure_bit_rate(const StreamOutput& output, const Unit& unit, ZatStream* f
     const auto read = static_cast<double>(analysis->head_end + analysis->sampled);
     const double payload =
         static_cast<double>(unit.payload + unit.sampled) * (analysis->whole_file ? 1 : size / read);
-    facts->bit_rate = clamp_to_integer<uint64_t>(payload * 8 / seconds + 0.5);
+    facts->bit_rate = mean_bit_rate(payload, seconds);
     if (!analysis->whole_file || output.time->joined) {
         facts->estimated |= ZAT_ESTIMATED_BIT_RATE;
     } else {

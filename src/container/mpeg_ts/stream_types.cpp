@@ -12,73 +12,6 @@ namespace {
 
 constexpr uint32_t hdmv = fourcc("HDMV");
 
-constexpr CodecText codec_names[] = {
-    {ZAT_STREAM_VIDEO, "MPEG1", "MPEG-1 Video"},
-    {ZAT_STREAM_VIDEO, "MPEG2", "MPEG-2 Video"},
-    {ZAT_STREAM_VIDEO, "MPEG4", "MPEG-4 Visual"},
-    {ZAT_STREAM_VIDEO, "AVC/H264", "H.264"},
-    {ZAT_STREAM_VIDEO, "AVC/H264 layers", "H.264"},
-    {ZAT_STREAM_VIDEO, "HEVC/H265", "HEVC"},
-    {ZAT_STREAM_VIDEO, "HEVC/H265 layers", "HEVC"},
-    {ZAT_STREAM_VIDEO, "VVC/H266", "VVC"},
-    {ZAT_STREAM_VIDEO, "EVC", "EVC"},
-    {ZAT_STREAM_VIDEO, "AV1", "AV1"},
-    {ZAT_STREAM_VIDEO, "VC-1", "VC-1"},
-    {ZAT_STREAM_VIDEO, "JPEG 2000", "JPEG 2000"},
-    {ZAT_STREAM_VIDEO, "JPEG XS", "JPEG XS"},
-    {ZAT_STREAM_VIDEO, "Dirac", "Dirac"},
-    {ZAT_STREAM_VIDEO, "AVS", "AVS"},
-    {ZAT_STREAM_VIDEO, "AVS2", "AVS2"},
-    {ZAT_STREAM_VIDEO, "AVS3", "AVS3"},
-    {ZAT_STREAM_VIDEO, "video", ""},
-    {ZAT_STREAM_AUDIO, "MPEG audio", "MPEG audio"},
-    {ZAT_STREAM_AUDIO, "AAC", "AAC"},
-    {ZAT_STREAM_AUDIO, "AAC", "AAC"},
-    {ZAT_STREAM_AUDIO, "AC-3", "AC-3"},
-    {ZAT_STREAM_AUDIO, "E-AC-3", "E-AC-3"},
-    {ZAT_STREAM_AUDIO, "AC-4", "AC-4"},
-    {ZAT_STREAM_AUDIO, "TrueHD", "TrueHD"},
-    {ZAT_STREAM_AUDIO, "DTS", "DTS"},
-    {ZAT_STREAM_AUDIO, "DTS-HD HRA", "DTS"},
-    {ZAT_STREAM_AUDIO, "DTS-HD MA", "DTS"},
-    {ZAT_STREAM_AUDIO, "DTS Express", "DTS"},
-    {ZAT_STREAM_AUDIO, "LPCM", "PCM"},
-    {ZAT_STREAM_AUDIO, "SMPTE 302M", "PCM"},
-    {ZAT_STREAM_AUDIO, "Opus", "Opus"},
-    {ZAT_STREAM_AUDIO, "MPEG-H Audio", "MPEG-H 3D Audio"},
-    {ZAT_STREAM_AUDIO, "audio", ""},
-    {ZAT_STREAM_TEXT, "PGS", "PGS"},
-    {ZAT_STREAM_TEXT, "HDMV text", "HDMV text"},
-    {ZAT_STREAM_TEXT, "DVB subtitle", "DVB subtitle"},
-    {ZAT_STREAM_TEXT, "teletext", "teletext"},
-    {ZAT_STREAM_TEXT, "ARIB caption", "ARIB caption"},
-    {ZAT_STREAM_TEXT, "ARIB superimpose", "ARIB superimpose"},
-    {ZAT_STREAM_TEXT, "TTML", "TTML"},
-    {ZAT_STREAM_TEXT, "timed text", "timed text"},
-    {ZAT_STREAM_DATA, "IGS", "IGS"},
-    {ZAT_STREAM_DATA, "data broadcasting", "data broadcasting"},
-    {ZAT_STREAM_DATA, "timed ID3", "timed ID3"},
-    {ZAT_STREAM_DATA, "KLV", "KLV"},
-    {ZAT_STREAM_DATA, "AIT", "AIT"},
-    {ZAT_STREAM_DATA, "SCTE-35", "SCTE-35"},
-    {ZAT_STREAM_DATA, "private sections", "private sections"},
-    {ZAT_STREAM_DATA, "private data", "private data"},
-    {ZAT_STREAM_DATA, "MHEG", "MHEG"},
-    {ZAT_STREAM_DATA, "DSM-CC", "DSM-CC"},
-    {ZAT_STREAM_DATA, "DSM-CC type A", "DSM-CC"},
-    {ZAT_STREAM_DATA, "DSM-CC type B", "DSM-CC"},
-    {ZAT_STREAM_DATA, "DSM-CC type C", "DSM-CC"},
-    {ZAT_STREAM_DATA, "DSM-CC type D", "DSM-CC"},
-    {ZAT_STREAM_DATA, "H.222.1", "H.222.1"},
-    {ZAT_STREAM_DATA, "auxiliary", "auxiliary"},
-    {ZAT_STREAM_DATA, "SL packets", "SL packets"},
-    {ZAT_STREAM_DATA, "download", "download"},
-    {ZAT_STREAM_DATA, "metadata", "metadata"},
-    {ZAT_STREAM_DATA, "IPMP", "IPMP"},
-    {ZAT_STREAM_DATA, "data", "data"},
-};
-static_assert(std::size(codec_names) == static_cast<size_t>(Codec::count));
-
 struct TypeRow {
     uint8_t type;
     Codec codec;
@@ -416,10 +349,6 @@ void read_data_component(Stream* stream) {
 }
 
 } // namespace
-
-const CodecText& text_of(Codec codec) {
-    return codec_names[static_cast<size_t>(codec)];
-}
 
 uint32_t registration_of(Bytes descriptors) {
     Descriptor descriptor;

@@ -1,13 +1,13 @@
 #include "container/mpeg_ts/timing.h"
 
 #include <algorithm>
-#include <iterator>
 
 namespace zat::ts {
 
 namespace {
 
 constexpr uint32_t probe_count = 8;
+static_assert(probe_count + 2 <= ClockChain::most); // with the head and the tail
 constexpr int64_t probe_size = 256 << 10;
 constexpr int64_t probed_size = 1 << 20; // for each probe, in smaller files
 
@@ -196,120 +196,9 @@ void read_probe(const Timeline* line, int64_t position, int64_t usual, Stretch* 
     }
 }
 
-// Ticks for each byte, 0 when a stretch does not tell.
-double pace_of(const Clock& clock) {
-    const bool steady = clock.steady_position > 0 && clock.steady_position < clock.last_position;
-    const int64_t from = steady ? clock.steady : clock.first;
-    const int64_t bytes =
-        clock.last_position - (steady ? clock.steady_position : clock.first_position);
-    const int64_t ticks = pcr_distance(from, clock.last);
-    return bytes > 0 && ticks > 0 && !clock.jumps
-               ? static_cast<double>(ticks) / static_cast<double>(bytes)
-               : 0;
-}
-
-// Stretches with a clock, from the head to the tail.
-struct Chain {
-    Clock links[probe_count + 2];
-    uint32_t count = 0;
-};
-
-void add_link(Chain* chain, const Clock& clock) {
-    if (clock.count > 0) {
-        chain->links[chain->count++] = clock;
-    }
-}
-
-struct Range {
-    double low = 0;
-    double high = 0;
-};
-
-void widen(Range* range, double pace) {
-    if (pace > 0) {
-        range->low = range->low > 0 ? std::min(range->low, pace) : pace;
-        range->high = std::max(range->high, pace);
-    }
-}
-
-struct Step {
-    int64_t ticks = 0;
-    int64_t bytes = 0;
-};
-
-Step step_behind(const Chain& chain, uint32_t link) {
-    const Clock& from = chain.links[link];
-    const Clock& to = chain.links[link + 1];
-    return {pcr_distance(from.last, to.first), to.first_position - from.last_position};
-}
-
-double pace_of(const Step& step) {
-    return step.bytes > 0 ? static_cast<double>(step.ticks) / static_cast<double>(step.bytes) : 0;
-}
-
-double median_step_pace(const Chain& chain) {
-    double paces[std::size(chain.links)];
-    uint32_t count = 0;
-    for (uint32_t i = 0; i + 1 < chain.count; ++i) {
-        const Step step = step_behind(chain, i);
-        if (step.ticks > 0 && step.bytes > 0) {
-            paces[count++] = pace_of(step);
-        }
-    }
-    std::sort(paces, paces + count);
-    return count > 0 ? paces[count / 2] : 0;
-}
-
-// How far a step may be off the pace around it: little where all of the file has one pace.
-double tolerance(const Chain& chain) {
-    constexpr double constant = 1.5;
-    constexpr double variable = 4;
-    Range all;
-    for (uint32_t i = 0; i < chain.count; ++i) {
-        widen(&all, pace_of(chain.links[i]));
-    }
-    return all.high <= all.low * 1.2 ? constant : variable;
-}
-
-struct Sum {
-    double ticks = 0; // of stretches and steps that hold together
-    double bytes = 0;
-    double loose_bytes = 0; // of the others
-};
-
-// Adds up the chain. False when a part of it does not hold together.
-bool add_up(const Chain& chain, Sum* sum) {
-    const double factor = tolerance(chain);
-    const double usual = median_step_pace(chain);
-    bool whole = true;
-    for (uint32_t i = 0; i < chain.count; ++i) {
-        const Clock& link = chain.links[i];
-        sum->ticks += static_cast<double>(link.good_ticks);
-        sum->bytes += static_cast<double>(link.good_bytes);
-        whole = whole && !link.jumps;
-        if (i + 1 == chain.count) {
-            break;
-        }
-        Range range;
-        widen(&range, pace_of(link));
-        widen(&range, pace_of(chain.links[i + 1]));
-        widen(&range, usual);
-        const Step step = step_behind(chain, i);
-        const double pace = pace_of(step);
-        if (step.ticks > 0 && pace * factor >= range.low && pace <= range.high * factor) {
-            sum->ticks += static_cast<double>(step.ticks);
-            sum->bytes += static_cast<double>(step.bytes);
-        } else {
-            sum->loose_bytes += static_cast<double>(step.bytes);
-            whole = false;
-        }
-    }
-    return whole;
-}
-
 // The clock's time for all of the file: its part behind the last value is taken to go on at the
 // mean pace.
-double clock_time(const Timeline* line, const Sum& sum) {
+double clock_time(const Timeline* line, const ClockSum& sum) {
     const Layout& layout = line->analysis->layout;
     if (sum.bytes <= 0) {
         return 0;
@@ -356,8 +245,8 @@ PlayTime whole_file_time(const Timeline* line) {
         return time;
     }
     if (const Clock* clock = head_clock(line)) {
-        Sum sum;
-        Chain chain;
+        ClockSum sum;
+        ClockChain chain;
         add_link(&chain, *clock);
         time.joined = !add_up(chain, &sum);
         time.seconds = clock_time(line, sum);
@@ -374,7 +263,7 @@ bool stamps_jump(const Timeline* line) {
     return false;
 }
 
-void add_probes(const Timeline* line, const Clock& clock, int64_t end, Chain* chain) {
+void add_probes(const Timeline* line, const Clock& clock, int64_t end, ClockChain* chain) {
     const int64_t start = line->analysis->head_end;
     const int64_t gap = end - start;
     const auto count =
@@ -391,9 +280,9 @@ PlayTime probed_time(const Timeline* line) {
     constexpr double farthest = 10; // seconds between the two ways
     Stretch tail;
     read_tail(line, &tail);
-    Chain chain;
+    ClockChain chain;
     bool holds = !stamps_jump(line);
-    Sum sum;
+    ClockSum sum;
     if (const Clock* clock = head_clock(line)) {
         add_link(&chain, *clock);
         add_probes(line, *clock, line->analysis->file_size - probe_size, &chain);
@@ -419,29 +308,6 @@ PlayTime probed_time(const Timeline* line) {
 }
 
 } // namespace
-
-void add_pcr(Clock* clock, int64_t pcr, int64_t position) {
-    constexpr int64_t longest_gap = 10 * pcr_rate;
-    if (clock->count == 0) {
-        clock->first = pcr;
-        clock->first_position = position;
-    } else {
-        const int64_t distance = pcr_distance(clock->last, pcr);
-        if (distance < 0 || distance > longest_gap) {
-            clock->jumps = true;
-        } else {
-            clock->good_ticks += distance;
-            clock->good_bytes += position - clock->last_position;
-        }
-        if (clock->steady_position == 0 && pcr_distance(clock->first, pcr) > pcr_rate) {
-            clock->steady = pcr;
-            clock->steady_position = position;
-        }
-    }
-    clock->last = pcr;
-    clock->last_position = position;
-    ++clock->count;
-}
 
 PlayTime measure_play_time(Analysis* analysis, uint32_t program) {
     Timeline line;

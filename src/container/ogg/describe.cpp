@@ -6,6 +6,7 @@
 #include "audio/wave_format.h"
 #include "audio/wave_stream.h"
 #include "common/channel_layout.h"
+#include "common/details.h"
 #include "common/numbers.h"
 #include "common/stream_lines.h"
 #include "common/text_codes.h"
@@ -100,8 +101,7 @@ void set_figures(Walk* walk, const LogicalStream& stream, ZatStream* facts) {
     facts->nominal_bit_rate = nominal_bit_rate(stream);
     if (walk->counted) {
         facts->bytes = data_bytes(&walk->reader, stream);
-        const double rate = divide(static_cast<double>(facts->bytes) * 8, facts->duration);
-        facts->bit_rate = std::isfinite(rate) ? clamp_to_integer<uint64_t>(rate + 0.5) : 0;
+        facts->bit_rate = mean_bit_rate(static_cast<double>(facts->bytes), facts->duration);
     } else if (facts->nominal_bit_rate != 0) {
         facts->bit_rate = facts->nominal_bit_rate;
     } else {

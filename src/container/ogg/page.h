@@ -8,7 +8,6 @@
 namespace zat::ogg {
 
 constexpr uint32_t page_header_size = 27;
-constexpr uint32_t largest_page = 65307; // bytes
 
 constexpr uint8_t flag_continued = 1; // the first packet began on an earlier page
 constexpr uint8_t flag_first = 2;     // of a logical bitstream

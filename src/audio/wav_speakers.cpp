@@ -1,4 +1,4 @@
-#include "audio/wav_names.h"
+#include "audio/wav_speakers.h"
 
 #include "common/text.h"
 

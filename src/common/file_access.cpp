@@ -26,7 +26,7 @@ int64_t back_start(const FileRecord* file) {
     return file->size - file->ends->back_loaded;
 }
 
-// Fills the end of the file that a read of `count` bytes lies in, if it lies in one.
+// Loads the kept front or back of the file when the wanted bytes begin in it.
 void hold(FileRecord* file, int64_t position, uint32_t count) {
     FileEnds* ends = file->ends;
     if (position == 0 && file->origin == 0 && count <= FileEnds::front_size) {
