@@ -89,7 +89,8 @@ struct Analysis {
     Layout layout;
     int64_t file_size = 0;
     int64_t head_end = 0; // what was read from the file's start on
-    int64_t sampled = 0;  // bytes read outside of it
+    int64_t sampled = 0;  // bytes of packets read outside of it
+    int64_t lost = 0;     // bytes of it that are no packets
     bool whole_file = false;
 
     bool pat_seen = false;

@@ -221,6 +221,7 @@ void read_head(Analysis* analysis, int64_t limit, bool thorough) {
         const auto used = static_cast<int64_t>(cursor.position);
         position += used;
         analysis->head_end = position;
+        analysis->lost += static_cast<int64_t>(cursor.lost);
         if (used == 0 || position + packet_size > end) {
             break;
         }

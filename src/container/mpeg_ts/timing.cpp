@@ -138,7 +138,7 @@ int64_t scan(
         }
         sample_payload(analysis, packet);
     }
-    analysis->sampled += static_cast<int64_t>(cursor.position);
+    analysis->sampled += static_cast<int64_t>(cursor.position - cursor.lost);
     return static_cast<int64_t>(cursor.position);
 }
 
