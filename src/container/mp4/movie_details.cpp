@@ -54,8 +54,9 @@ void describe_tracks(Reader* reader, Movie* movie, ZatDetails* details) {
             details->chapters = sample_totals(reader, &track).samples;
         }
     }
-    if (details->stream_count >=
-        ZAT_STREAM_SLOTS) { // else a slot would be counted that nothing filled
+    // Tracks that were not kept only count: with slots left, the next one would be counted
+    // unfilled.
+    if (details->stream_count >= ZAT_STREAM_SLOTS) {
         details->stream_count += static_cast<uint32_t>(all - movie->track_count);
     }
 }
