@@ -10,6 +10,7 @@
 #include "common/numbers.h"
 #include "common/stream_lines.h"
 #include "common/text_codes.h"
+#include "container/ogg/codings.h"
 #include "video/bitmap_stream.h"
 #include "video/container_aspect.h"
 
