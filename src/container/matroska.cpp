@@ -155,7 +155,7 @@ int AnalyzeMatroskaFile(FileRecord* file, const Output& out) {
     }
     ClusterWalk walk;
     make_wishes(segment, &walk);
-    walk_clusters(&reader, (out.record->options & option_thorough) != 0, &segment, &walk);
+    walk_clusters(&reader, is_thorough(*out.record), &segment, &walk);
     // However long the walk was, the tracks' headers are read.
     constexpr Allowance rest = {200'000, 8 << 20};
     reader_allow(&reader, rest);
