@@ -2,7 +2,6 @@
 
 #include "common/extra_info.h"
 #include "common/messages.h"
-#include "common/numbers.h"
 #include "common/record_lines.h"
 #include "common/tag_texts.h"
 #include "common/utc_time.h"

@@ -7,7 +7,6 @@
 #include "audio/stream_facts.h"
 #include "common/codec_names.h"
 #include "common/details.h"
-#include "common/fourcc.h"
 #include "common/numbers.h"
 #include "common/stream_lines.h"
 #include "common/text.h"

@@ -1,6 +1,5 @@
 #include "container/mp4/video_track.h"
 
-#include "common/codec_catalogue.h"
 #include "common/start_code.h"
 #include "common/text.h"
 #include "container/mp4/codec_text.h"

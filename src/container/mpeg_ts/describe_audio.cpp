@@ -2,7 +2,6 @@
 
 #include "audio/ac3.h"
 #include "audio/adts.h"
-#include "audio/dts.h"
 #include "audio/dts_hd.h"
 #include "audio/eac3.h"
 #include "audio/first_frame.h"

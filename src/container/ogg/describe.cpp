@@ -5,7 +5,6 @@
 #include "audio/vorbis.h"
 #include "audio/wave_format.h"
 #include "audio/wave_stream.h"
-#include "common/channel_layout.h"
 #include "common/details.h"
 #include "common/numbers.h"
 #include "common/stream_lines.h"
