@@ -27,7 +27,8 @@ constexpr int64_t block_header_size = 4;
 constexpr uint8_t last_block = 0x80;
 constexpr int block_limit = 1024; // files have a handful
 
-// A first frame that metadata does not lead to is looked for in this much.
+// A first frame that metadata does not lead to, and a last one that is not at the end, are looked
+// for in this much.
 constexpr int64_t frame_search = 1048576;
 // The last frame, where its largest size is not known or nonsense.
 constexpr int64_t largest_tail = 65536;
@@ -231,11 +232,8 @@ bool goes_on(const FlacFrame& first, const FlacFrame& frame) {
            frame.channels == first.channels && frame.bits == first.bits;
 }
 
-void find_last_frame(FlacFile* flac) {
+void find_last_frame(FlacFile* flac, int64_t tail) {
     const int64_t end = size_of(flac->lossless.tags.stream);
-    const int64_t largest = flac->info.largest_frame;
-    const int64_t tail =
-        largest == 0 || !flac->has_info ? largest_tail : std::min(largest, largest_tail);
     const int64_t from = std::max(flac->first_at, end - tail);
     scan_frames(flac, from, end, [flac](const FlacFrame& frame, int64_t) {
         if (goes_on(flac->first, frame)) {
@@ -244,6 +242,17 @@ void find_last_frame(FlacFile* flac) {
         }
         return true;
     });
+}
+
+// The last frame stands at the end, but for what else somebody may have put there.
+void find_end(FlacFile* flac) {
+    const int64_t largest = flac->info.largest_frame;
+    const int64_t tail =
+        largest == 0 || !flac->has_info ? largest_tail : std::min(largest, largest_tail);
+    find_last_frame(flac, tail);
+    if (flac->frame_samples == 0) {
+        find_last_frame(flac, frame_search);
+    }
 }
 
 // Where the frames tell something else than the header they hold: the header's figure, then theirs.
@@ -302,7 +311,7 @@ int AnalyzeFlacFile(FileRecord* file, const Output& out) {
         const bool led_on = walk_blocks(&flac);
         find_first_frame(&flac, led_on);
         if (flac.first.block != 0) {
-            find_last_frame(&flac);
+            find_end(&flac);
         }
         set_format(&flac);
         set_length(&flac);

@@ -122,6 +122,9 @@ void add_notes(const LosslessFile& lossless, const Output& out, ExtraLines* extr
             out, extra, static_cast<uint64_t>(lossless.declared_payload - lossless.payload));
     } else if (lossless.truncated) {
         add_note(out, extra, "truncated");
+        if (out.details != nullptr) {
+            out.details->bit_rate = no_bit_rate;
+        }
     }
     if (lossless.note[0] != '\0') {
         add_note(out, extra, "%s", lossless.note);

@@ -181,6 +181,9 @@ void finish_details(const InfoRecord& record, ZatDetails* details) {
                                   ? uint32_t{ZAT_ESTIMATED_BIT_RATE}
                                   : 0;
     }
+    if (details->bit_rate == no_bit_rate) {
+        details->bit_rate = 0;
+    }
     details->estimated &= (details->duration != 0 ? uint32_t{ZAT_ESTIMATED_DURATION} : 0) |
                           (details->bit_rate != 0 ? uint32_t{ZAT_ESTIMATED_BIT_RATE} : 0);
 }

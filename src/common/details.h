@@ -14,6 +14,9 @@ namespace zat {
 // Bits a second that no stream has, whatever a damaged file claims.
 constexpr uint64_t bit_rate_limit = 10'000'000'000;
 
+// As the rate of a file: it is not known, for more is missing than anything tells.
+constexpr uint64_t no_bit_rate = UINT64_MAX;
+
 // Seconds that no file has, whatever a damaged one claims: reports show none of these either.
 constexpr double duration_limit = 2'147'483'648.0;
 

@@ -121,20 +121,21 @@ Detection search_streams(FileWindow* window, DetectContext* context) {
     return Detection::unknown;
 }
 
-// Analysers see a file that begins with its stream. Those of audio step over a tag and what follows
-// it by themselves, and describe the tag.
-void leave_out_padding(FileWindow* window, const LateSignature& late) {
-    if (late.start != 0 && (window->start == 0 || late.type_code < FILETYPE_AUDIO)) {
-        FileBeginAt(window->file, window->start + late.start);
+// Analysers see a file that begins with its stream, `padding` bytes behind the tags. Those of audio
+// step over a tag and what follows it by themselves, and describe the tag.
+Detection accept_signature(
+    FileWindow* window, DetectContext* context, uint32_t type_code, uint32_t padding) {
+    if (window->start == 0 || type_code < FILETYPE_AUDIO) {
+        FileBeginAt(window->file, window->start + padding);
     }
+    return accept(context, type_code);
 }
 
 // The probes behind those for packets.
 Detection probe_further(FileWindow* window, DetectContext* context) {
     const LateSignature late = check_late_signature(window);
     if (late.type_code != FILETYPE_UNKNOWN) {
-        leave_out_padding(window, late);
-        return accept(context, late.type_code);
+        return accept_signature(window, context, late.type_code, late.start);
     }
     return search_streams(window, context);
 }
@@ -148,7 +149,7 @@ Detection probe(FileWindow* window, DetectContext* context) {
     for (const auto check : {CheckHeaderSignature, QuickTimeBrandCheck}) {
         const uint32_t type_code = check(start);
         if (type_code != FILETYPE_UNKNOWN) {
-            return accept(context, type_code);
+            return accept_signature(window, context, type_code, 0);
         }
     }
     if (MpegAudioCheck(start, MpegAudioMode::at_start) >= 0) {

@@ -156,6 +156,9 @@ TEST(FlacFile, Rows) {
                 join({text("fLaC"), flac_block(0, streaminfo(44100, 5, 16, 4096)),
                     flac_block(last | 4, comment_block("", {"WAVEFORMATEXTENSIBLE_CHANNEL_MASK=0x33"}))}),
                 "A [FLAC] 44100Hz 5ch 16Bit\nX VorbisComment(1)\nX truncated\n0.093 0"},
+            {"more behind than a frame's size",
+                join({text("fLaC"), flac_block(last, streaminfo(44100, 2, 16, 8192, 100)), frame_0, frame_1, Data(300)}),
+                "A [FLAC] 44100Hz 2ch 21.53kbps 16Bit 1.53%\n0.186 500"},
             {"unknown total", join({text("fLaC"), flac_block(last, streaminfo(44100, 2, 16, 0)), frame_0, frame_1}),
                 "A [FLAC] 44100Hz 2ch 8.61kbps 16Bit 0.61%\n0.186 200"},
             {"no stream information", join({text("fLaC"), flac_block(last | 1, Data(2)), frame_0}),
@@ -170,6 +173,9 @@ TEST(FlacFile, Rows) {
             {"rate 0, no frame", join({text("fLaC"), flac_block(last, streaminfo(0, 1, 16, 5))}),
                 "A [FLAC] 1ch 16Bit\nX damaged header\n0.000 0"},
         });
+    const Data cut = join({text("fLaC"), flac_block(last, streaminfo(44100, 2, 16, 441000)), frame_0});
+    EXPECT_EQ(details_of(cut)->duration, 10);
+    EXPECT_EQ(details_of(cut)->bit_rate, 0U);
 }
 
 TEST(WavPackFile, Rows) {

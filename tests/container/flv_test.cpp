@@ -181,6 +181,8 @@ TEST(Flv, walks_tags_to_the_end_of_the_first_mebibyte) {
     expect_rows({
         {"the largest timestamp, with its extension",
             FlvBuilder().tag(audio, {}, 10).tag(audio, {}, 0x01000000).tag(audio, {}, 20).bytes, nothing + "16777.216"},
+        {"what is no tag has no time", FlvBuilder().tag(audio, {}, 10).tag(audio | 0x20, {}, 30).tag('T', {}, 5000).bytes,
+            nothing + "0.030"},
         {"size past the end", FlvBuilder().tag(script, duration_behind({}), 0, 0xFFFFFF).tag(video, {0x13}).bytes,
             nothing + "2.000"},
         {"data offset past the end", ByteBuilder().text("FLV").raw({1, 5}).be32(0xFFFFFFFF).fill(64).bytes, nothing + "0.000"},
@@ -227,14 +229,22 @@ TEST(Flv, fills_the_details) {
                            .bytes;
     EXPECT_EQ(details_text(*details_of(bytes)),
         "FLV writer=Lavf1 notes=truncated duration=2.000 bit_rate=" + std::to_string((bytes.size() + 96) * 4) +
-            " missing=96\nvideo id=9 duration=2.000 bit_rate=8 bytes=2 frame_rate=25.000 frames=1 size=320:240"
+            " missing=96\nvideo id=9 duration=2.000 bytes=2 frame_rate=25.000 frames=1 size=320:240"
             " scan=1 bit_depth=8 codec=H.264 codec_id=7 profile=Baseline level=3 chroma=4:2:0"
-            "\naudio id=8 duration=2.000 bit_rate=32 bytes=8 sample_rate=44100 channels=2 codec=AAC codec_id=10 profile=HE-AAC "
+            "\naudio id=8 duration=2.000 bytes=8 sample_rate=44100 channels=2 codec=AAC codec_id=10 profile=HE-AAC "
             "layout=L R");
     const Data others = FlvBuilder().tag(video, {0x14, 0x21, 0, 0, 0, 1, 8, 10, 8, 10}).tag(audio, {0x3E, 0, 0}).bytes;
     EXPECT_EQ(details_text(*details_of(others)),
         "FLV\nvideo id=9 bytes=9 frames=1 size=158:127 codec=VP6 codec_id=4"
         "\naudio id=8 bytes=2 sample_rate=44100 channels=1 bit_depth=16 codec=PCM codec_id=3 profile=signed 16 LE");
+    // What there is of a file tells how large it was, and its rate in the time that is left.
+    ByteBuilder sized = metadata();
+    number(number(sized, "filesize", 1000), "duration", 2).raw({0, 0, 9});
+    const Data cut = FlvBuilder().tag(script, sized.bytes).tag(audio, {0x3E, 0, 0}).tag(audio, {0x3E, 0, 0}, 16).bytes;
+    EXPECT_EQ(details_text(*details_of(cut)),
+        "FLV notes=truncated duration=2.000 bit_rate=4000 missing=" + std::to_string(1000 - cut.size()) +
+            "\naudio estimated=2 id=8 duration=2.000 bit_rate=1000 bytes=4 sample_rate=44100 channels=1 bit_depth=16 codec=PCM "
+            "codec_id=3 profile=signed 16 LE");
     // A composition time stands before the first frame only.
     const Data enhanced =
         FlvBuilder().tag(video, {0x91, 'h', 'v', 'c', '1', 0, 0, 0, 1, 2}).tag(video, {0x93, 'h', 'v', 'c', '1', 1, 2, 3}).bytes;

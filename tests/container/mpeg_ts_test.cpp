@@ -107,6 +107,22 @@ TEST(MpegTs, tells_the_play_time) {
     });
 }
 
+// A download fills a file that has its size already.
+TEST(MpegTs, measures_rates_by_packets_alone) {
+    TsBuilder to;
+    to.table(0, pat({{1, 0x30}})).table(0x30, pmt(1, 0x40, {{0x1B, 0x40}}));
+    for (int64_t i = 0; i < 2500; ++i) {
+        to.packet(0x40, {}, false, 0, i * 3600 * 300);
+        to.pes(0x40, 0xE0, i * 3600, Data(1000, 0x55));
+    }
+    Data filling = to.file.bytes;
+    filling.resize(to.file.bytes.size() / 2);
+    filling.resize(to.file.bytes.size());
+    const auto rate = [](const Data& bytes) { return static_cast<double>(details_of(bytes)->streams[0].bit_rate); };
+    EXPECT_NEAR(rate(to.file.bytes), 200'000, 2'000);
+    EXPECT_NEAR(rate(filling), 200'000, 2'000);
+}
+
 TEST(MpegTs, reads_tables_as_they_come) {
     TsBuilder subtitled; // a program of subtitles in front of one with as many streams
     subtitled.table(0, pat({{1, 0x1000}, {2, 0x1001}}))

@@ -221,6 +221,11 @@ TEST(Ogg, reads_a_large_file_at_its_ends_only) {
         file.page(0, 960 * i + 312, {opus_packet(5000)});
     }
     EXPECT_EQ(lines_of(*info_of(file.bytes)), "[Ogg]\nA [Opus] 48000Hz 2ch ~2018.901kbps\nI libopus\n10.000");
+    // Room for what has not come yet.
+    OggBuilder filled = file;
+    filled.bytes.resize(filled.bytes.size() + 2'000'000);
+    EXPECT_EQ(lines_of(*info_of(filled.bytes)),
+        "[Ogg]\nA [Opus] 48000Hz 2ch ~3618.901kbps\nX trailing data(2,000,000 Byte)\nI libopus\n10.000");
     // A further link that is as long.
     OggBuilder chain = file;
     chain.stream(2).page(2, 0, {opus_head()}).page(0, 0, {opus_tags()});

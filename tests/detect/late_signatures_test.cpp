@@ -197,6 +197,7 @@ TEST(LateSignatures, leave_out_padding) {
     EXPECT_EQ(described(zeros_before(700, wave)), described(wave));
     EXPECT_EQ(described(zeros_before(1, flash)), described(flash));
     EXPECT_EQ(described(joined({id3v2_tag(300).bytes, footer, flash})), described(flash));
+    EXPECT_EQ(described(joined({id3v2_tag(300).bytes, flash})), described(flash));
     const Contents wavpack = ByteBuilder()
                                  .text("wvpk")
                                  .le32(24)

@@ -17,6 +17,7 @@
 #include "video/stream_facts.h"
 #include "video/vp9.h"
 
+#include <algorithm>
 #include <bit>
 #include <cmath>
 #include <iterator>
@@ -45,14 +46,41 @@ void set_listed_codec(const CodecName (&names)[N], uint32_t code, ZatStream* str
     set_codec(stream, name.codec.empty() ? CodecName{stream->codec_id} : name);
 }
 
-// Counted where all tags were seen, else as the metadata claims in 1000 bit/s.
+// Milliseconds from one tag to the next, on the whole.
+double mean_step(const FlvTags& tags) {
+    return tags.frames > 1
+               ? (static_cast<double>(tags.last_time) - tags.first_time) / (tags.frames - 1)
+               : 0;
+}
+
+// Whether the tags that were seen reach the end of the declared time.
+bool reach_end(const FlvInfo& info, double seconds) {
+    constexpr double most = 0.75; // durations are not exact, of short files least
+    const double end = info.last_timestamp + std::max(mean_step(info.video), mean_step(info.audio));
+    return info.whole && info.missing_bytes == 0 && end >= most * 1000 * seconds;
+}
+
+// Of the tags that were seen, over the time that they cover.
+void measure_rate(const FlvTags& tags, ZatStream* stream) {
+    const double seconds = mean_step(tags) * tags.frames / 1000;
+    if (seconds > 0) {
+        stream->bit_rate = mean_bit_rate(static_cast<double>(tags.bytes), seconds);
+        stream->estimated |= ZAT_ESTIMATED_BIT_RATE;
+    }
+}
+
+// Counted where all tags were seen, else as the metadata claims in 1000 bit/s, else measured: the
+// bytes of a file that was cut are those of a part of the declared time.
 void set_rate(const FlvInfo& info, const FlvTags& tags, double claim, ZatStream* stream) {
     const auto claimed = clamp_to_integer<uint64_t>(claim > 0 ? claim * 1000 + 0.5 : 0);
     stream->bit_rate = claimed;
-    if (!info.whole) {
+    stream->bytes = info.whole ? tags.bytes : 0;
+    if (!reach_end(info, stream->duration)) {
+        if (claimed == 0) {
+            measure_rate(tags, stream);
+        }
         return;
     }
-    stream->bytes = tags.bytes;
     if (tags.bytes != 0 && stream->duration > 0) {
         stream->bit_rate = mean_bit_rate(static_cast<double>(tags.bytes), stream->duration);
         if (claimed != 0 && !is_same_bit_rate(claimed, stream->bit_rate)) {
@@ -242,6 +270,12 @@ void take_text(const char* text, char (&out)[256]) {
     }
 }
 
+// By the declared size of a file that does not reach its end, else of the tag that is cut.
+int64_t missing_bytes(const FlvInfo& info, int64_t size, double seconds) {
+    const auto declared = clamp_to_integer<int64_t>(info.metadata.file_size);
+    return declared > size && !reach_end(info, seconds) ? declared - size : info.missing_bytes;
+}
+
 } // namespace
 
 void describe_flv(Reader* reader, const FlvInfo& info, double seconds, ZatDetails* details) {
@@ -263,8 +297,9 @@ void describe_flv(Reader* reader, const FlvInfo& info, double seconds, ZatDetail
     if (info.has_video && info.has_audio && !video_first) {
         describe_video(reader, info, duration, details);
     }
-    if (info.missing_bytes != 0) {
-        note_missing_bytes(details, static_cast<uint64_t>(info.missing_bytes));
+    const int64_t missing = missing_bytes(info, reader->block.file->size, duration);
+    if (missing != 0) {
+        note_missing_bytes(details, static_cast<uint64_t>(missing));
     }
 }
 

@@ -185,8 +185,15 @@ void read_tag_data(Reader* reader, uint8_t type, Span data, FlvInfo* info) {
     }
 }
 
-// FLVTAG (annex E.4.1): each behind the size of the one before it.
+// Bit 5 tells that the data is encrypted; the two above it are 0.
+bool is_tag_type(uint8_t type) {
+    const uint8_t kind = type & ~uint8_t{0x20};
+    return kind == tag_audio || kind == tag_video || kind == tag_script;
+}
+
+// FLVTAG (annex E.4.1): each behind the size of the one before it. What is no tag has no time.
 void walk_tags(Reader* reader, Span space, int64_t position, FlvInfo* info) {
+    bool only_tags = true;
     for (;;) {
         position += previous_tag_size;
         const Bytes header = read_view(reader, space, position, tag_header_size);
@@ -197,7 +204,11 @@ void walk_tags(Reader* reader, Span space, int64_t position, FlvInfo* info) {
         const int64_t size = ReadBE24(header.data() + 1);
         const uint32_t timestamp = ReadBE24(header.data() + 4) | static_cast<uint32_t>(header[7])
                                                                      << 24;
-        info->last_timestamp = std::max(info->last_timestamp, timestamp);
+        if (is_tag_type(type)) {
+            info->last_timestamp = std::max(info->last_timestamp, timestamp);
+        } else {
+            only_tags = false;
+        }
         position += tag_header_size;
         const Span data = sub_span(space, position, size);
         read_tag_data(reader, type, data, info);
@@ -207,7 +218,7 @@ void walk_tags(Reader* reader, Span space, int64_t position, FlvInfo* info) {
         position += size;
     }
     const int64_t file_end = reader->block.file->size;
-    info->whole = space.end == file_end;
+    info->whole = only_tags && space.end == file_end;
     info->missing_bytes =
         info->whole ? std::max<int64_t>(position - previous_tag_size - file_end, 0) : 0;
 }

@@ -54,7 +54,7 @@ struct FlvInfo {
     bool detailed = false; // what follows is wanted
     FlvTags audio;
     FlvTags video;
-    bool whole = false;        // all tags were seen
+    bool whole = false;        // all tags were seen, and nothing else
     int64_t missing_bytes = 0; // of a tag that the file's end cuts
 };
 

@@ -174,6 +174,7 @@ constexpr KnownNumber known_numbers[] = {
     {"framerate", &FlvMetadata::frame_rate},
     {"videodatarate", &FlvMetadata::video_rate},
     {"audiodatarate", &FlvMetadata::audio_rate},
+    {"filesize", &FlvMetadata::file_size},
 };
 
 using TextField = char (FlvMetadata::*)[256];

@@ -13,6 +13,7 @@ struct FlvMetadata {
     double frame_rate = 0; // frames per second
     double video_rate = 0; // kbit/s
     double audio_rate = 0; // kbit/s
+    double file_size = 0;  // bytes
 
     // The first texts of each name, as they stand; empty where there is none.
     char title[256] = "";

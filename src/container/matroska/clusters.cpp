@@ -173,6 +173,7 @@ int64_t read_cluster(Reader* reader, const Element& cluster, Segment* segment, C
             count_block(head, time, segment, walk);
         }
     }
+    walk->damaged |= !cluster.unknown_size && cursor.position < cluster.data.end;
     return cluster.unknown_size ? cursor.position : cluster.data.end;
 }
 
@@ -225,7 +226,9 @@ void walk_clusters(Reader* reader, bool thorough, Segment* segment, ClusterWalk*
         cursor.position = read_cluster(reader, element, segment, walk);
         ++clusters;
     }
-    segment->counted = counts_all && all && !reader->limited;
+    // Of a segment that tells its size, and mostly its time, what was lost would be missing.
+    const bool lost = (cursor.damaged || walk->damaged) && !segment->unknown_size;
+    segment->counted = counts_all && all && !lost && !reader->limited;
 }
 
 double frame_duration(const Track& track) {

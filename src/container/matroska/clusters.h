@@ -32,6 +32,7 @@ struct ClusterWalk {
     // Whether a walk of a part would tell something: rates or times that nothing else tells.
     bool wants_rates = false;
     uint64_t wants_frame = 0; // bits of the tracks whose first frame is looked for
+    bool damaged = false;     // a cluster was not read to its end
 };
 
 // Looks at the clusters that begin near the first one, or at all for a thorough walk. When those

@@ -41,6 +41,7 @@ Vint parse_vint(Bytes bytes);
 struct ElementCursor {
     Span parent;
     int64_t position = 0; // in the file
+    bool damaged = false; // what is no element was passed over
 };
 
 constexpr ElementCursor children_of(Span data) {

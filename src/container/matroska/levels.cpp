@@ -58,6 +58,7 @@ bool next_level1(Reader* reader, ElementCursor* cursor, Element* element) {
         // Of unknown size are clusters and segments only.
         if (!found || element->unknown_size || !goes_on(reader, *cursor)) {
             cursor->position = start + 1;
+            cursor->damaged = true;
             if (!find_level1(reader, cursor)) {
                 return false;
             }

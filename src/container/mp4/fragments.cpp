@@ -1,6 +1,7 @@
 #include "container/mp4/fragments.h"
 
 #include <algorithm>
+#include <bit>
 #include <iterator>
 
 namespace zat::mp4 {
@@ -152,10 +153,8 @@ void visit_track_run(Reader* reader, const Atom& atom, Movie* movie) {
     if ((flags & (has_durations | has_sizes)) == 0) {
         return;
     }
-    uint32_t width = 0; // bytes of a sample
-    for (const uint32_t flag : {has_durations, has_sizes, has_flags, has_time_offsets}) {
-        width += (flags & flag) != 0 ? 4 : 0;
-    }
+    constexpr uint32_t sample_fields = has_durations | has_sizes | has_flags | has_time_offsets;
+    const auto width = 4 * static_cast<uint32_t>(std::popcount(flags & sample_fields)); // bytes
     Span table = atom.payload;
     table.start += 8;
     table.start += (flags & has_data_offset) != 0 ? 4 : 0;

@@ -17,6 +17,15 @@ double stamped_seconds(const Stream& stream) {
                : 0;
 }
 
+// Of a stream that plays on behind what was read of the file, no time is known.
+double known_seconds(const Program& program, const PlayTime& time, const Stream& stream) {
+    if (program.bare) {
+        return time.seconds;
+    }
+    const bool has_end = program.whole || has_stamps(stream.tail);
+    return has_end && !time.joined ? stamped_seconds(stream) : 0;
+}
+
 // The longest stream by its time stamps, which is what players show; by the clocks where stamps of
 // the end are missing or another recording was joined.
 PlayTime play_time(const Program& program) {
@@ -198,9 +207,7 @@ void write_program(Program* program, const Output& out, const char* format) {
     }
     for (size_t i = 0; i < program->table.count; ++i) {
         Stream* stream = &program->table.streams[i];
-        stream->facts.duration = program->bare ? time.seconds
-                                 : time.joined ? 0
-                                               : stamped_seconds(*stream);
+        stream->facts.duration = known_seconds(*program, time, *stream);
         set_rate(
             *program, stream->facts.duration > 0 ? stream->facts.duration : time.seconds, stream);
     }

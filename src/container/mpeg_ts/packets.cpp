@@ -133,7 +133,10 @@ Layout find_layout(Bytes bytes, bool whole) {
 bool next_packet(PacketCursor* cursor, Packet* packet) {
     const Bytes bytes = cursor->bytes;
     if (cursor->position < bytes.size() && bytes[cursor->position] != sync_byte) {
-        cursor->position = find_sync(cursor);
+        const size_t sync = find_sync(cursor);
+        const size_t passed = sync - cursor->position;
+        cursor->lost += passed > cursor->stride ? passed : 0; // less is the rest of a packet
+        cursor->position = sync;
     }
     if (cursor->position >= bytes.size() || bytes.size() - cursor->position < packet_size) {
         return false;

@@ -44,6 +44,7 @@ struct PacketCursor {
     Bytes bytes;
     uint32_t stride = packet_size;
     size_t position = 0; // of the next packet
+    size_t lost = 0;     // bytes passed over that are no packets
 };
 
 // False when no whole packet is left; the position then tells where to go on with more bytes.

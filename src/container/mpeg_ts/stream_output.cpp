@@ -53,11 +53,12 @@ void find_start(StreamOutput* output, uint16_t program) {
 void measure_bit_rate(const StreamOutput& output, const Unit& unit, ZatStream* facts) {
     const Analysis* analysis = output.analysis;
     const double seconds = std::floor(output.time->seconds * 10'000 + 0.5) / 10'000; // as shown
-    if (seconds <= 0 || analysis->head_end <= 0) {
+    const int64_t packets = analysis->head_end - analysis->lost + analysis->sampled;
+    if (seconds <= 0 || packets <= 0) {
         return;
     }
     const auto size = static_cast<double>(analysis->file_size);
-    const auto read = static_cast<double>(analysis->head_end + analysis->sampled);
+    const auto read = static_cast<double>(packets);
     const double payload =
         static_cast<double>(unit.payload + unit.sampled) * (analysis->whole_file ? 1 : size / read);
     facts->bit_rate = mean_bit_rate(payload, seconds);
@@ -261,7 +262,7 @@ void add_other_stream(
 bool is_encrypted(const Analysis* analysis, uint32_t stream) {
     const Unit& unit = analysis->units[stream];
     return unit.encrypted ||
-           (analysis->pids[analysis->streams[stream].pid].scrambled && !unit.described) ||
+           (known_of(analysis, analysis->streams[stream].pid).scrambled && !unit.described) ||
            (analysis->streams[stream].flags & ZAT_FLAG_ENCRYPTED) != 0;
 }
 

@@ -154,9 +154,14 @@ bool sees_all(const Link& link, const Tail& tail) {
     return true;
 }
 
-// Finds, in a chain, about where the first link ends, and takes its last pages. The play time of
-// the whole is what its share of the file suggests.
-void estimate_chain(Walk* walk, int64_t low, int64_t high) {
+// Where the pages of the first link end.
+struct LinkEnd {
+    int64_t about = 0; // no page of it begins behind
+    int64_t last = 0;  // the end of the last page before that
+};
+
+// Finds about where the first link ends, and takes its last pages.
+LinkEnd find_link_end(Walk* walk, int64_t low, int64_t high) {
     FileRecord* file = walk->reader.block.file;
     while (high - low > tail_step) {
         const int64_t middle = low + (high - low) / 2;
@@ -167,12 +172,23 @@ void estimate_chain(Walk* walk, int64_t low, int64_t high) {
         (of_first ? low : high) = middle;
     }
     Tail tail;
+    LinkEnd link_end = {high, high};
     const int64_t from = find_page(file, std::max(low - tail_step, walk->start), high);
     if (from >= 0) {
         walk_pages(
-            walk, from, high, [&](const Page& page) { take_tail_page(walk, page, &tail); },
+            walk, from, high,
+            [&](const Page& page) {
+                take_tail_page(walk, page, &tail);
+                link_end.last = end_of(page);
+            },
             [] { return false; });
     }
+    return link_end;
+}
+
+// The play time of a whole chain is what the first link's share of the file suggests.
+void estimate_chain(Walk* walk, int64_t high) {
+    const FileRecord* file = walk->reader.block.file;
     const double share = static_cast<double>(high - walk->start) / static_cast<double>(file->size);
     walk->later_seconds = share > 0 ? link_seconds(walk->first) * (1 / share - 1) : 0;
     walk->estimated = true;
@@ -194,8 +210,11 @@ void read_tail(Walk* walk, int64_t head_end) {
             end = page;
         }
     }
-    if (tail.foreign && !sees_all(walk->first, tail)) {
-        estimate_chain(walk, head_end, from);
+    if (end == file->size && from > head_end) { // a download fills a file that has its size already
+        walk->trailing =
+            static_cast<uint64_t>(file->size - find_link_end(walk, head_end, from).last);
+    } else if (tail.foreign && !sees_all(walk->first, tail)) {
+        estimate_chain(walk, find_link_end(walk, head_end, from).about);
     }
 }
 

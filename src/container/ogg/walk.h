@@ -13,7 +13,11 @@ constexpr int32_t max_streams = 12;
 // Logical bitstreams that begin together. Chained files have several links, one behind the other
 // (RFC 3533, 4).
 struct Link {
-    LogicalStream streams[max_streams];
+    Link() {} // leaves the streams as they are: clearing them all costs more than reading one
+
+    union {
+        LogicalStream streams[max_streams]; // those that are counted
+    };
     int32_t count = 0;
     bool has_data = false; // a data page was seen: a first page begins the next link
 };
