@@ -178,7 +178,7 @@ void read_tail(const Timeline* line, Stretch* tail) {
     }
 }
 
-// The bytes that mostly hold two values of the clock, by how far apart they are in the head.
+// How many bytes a probe reads at first: two steps of the clock, as they are in the head.
 int64_t usual_probe(const Clock& clock) {
     const int64_t steps = std::max<int64_t>(int64_t{clock.count} - 1, 1);
     return 2 * (clock.last_position - clock.first_position) / steps;
