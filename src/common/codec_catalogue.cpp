@@ -56,8 +56,9 @@ void fill_block(LineReader* reader) {
     reader->at_end_of_file = got == 0 || reader->file.position >= reader->file.size;
 }
 
-// Passes over lines of which none begins with '[', without a look at each: up to a bracket that
-// begins one, or may, or up to the last line of which the block shows the whole. Brackets are rare.
+// Moves to the next line that may begin with '[', by a search for the bracket: outside the wanted
+// section no other line counts. Stops before the last line of the block, which may go on behind it,
+// and at a line so long that its rest counts as a line of its own.
 void skip_to_bracket(LineReader* reader) {
     const char* const block = reader->block;
     size_t from = reader->at;
@@ -72,7 +73,7 @@ void skip_to_bracket(LineReader* reader) {
         }
         reader->at = start;
         if (start == at || at - start >= line_limit) {
-            return; // what is that long goes on as a line of its own
+            return;
         }
         from = at + 1;
     }

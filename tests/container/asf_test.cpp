@@ -4,8 +4,6 @@
 #include "support/record_text.h"
 #include "support/temp_file.h"
 
-#include "zat/zat.h"
-
 #include <gtest/gtest.h>
 
 namespace zat::test::asf_test {
@@ -21,14 +19,6 @@ Data guid(uint64_t first, uint64_t second, uint64_t third = 0x11CF, uint64_t res
 Data object(const Data& id, const Data& content, int64_t size = own_size) {
     const auto whole = static_cast<int64_t>(content.size()) + 24;
     return ByteBuilder().append(id).le64(static_cast<uint64_t>(size == own_size ? whole : size)).append(content).bytes;
-}
-
-Data joined(std::initializer_list<Data> parts) {
-    ByteBuilder all;
-    for (const Data& part : parts) {
-        all.append(part);
-    }
-    return all.bytes;
 }
 
 // UTF-16 with its zero.

@@ -9,14 +9,6 @@
 namespace zat::test::stream_facts_test {
 namespace {
 
-Data joined(std::initializer_list<Data> parts) {
-    ByteBuilder all;
-    for (const Data& part : parts) {
-        all.append(part);
-    }
-    return all.bytes;
-}
-
 Data display_extension() {
     return BitBuilder()
         .bits(0x1B5, 32)

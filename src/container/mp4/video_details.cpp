@@ -30,10 +30,7 @@ void read_avc(const TrackFacts& facts, ZatStream* stream) {
         return;
     }
     AvcSequenceInfo info;
-    AvcParseState state;
-    ParseAvcSequenceParameterSet(config.first_sps.data(),
-        static_cast<uint32_t>(config.first_sps.size()), &info, &state, AvcRules::standard);
-    if (info.width != 0) {
+    if (read_avc_sps(config.first_sps, &info)) {
         avc_facts(info, stream);
         return;
     }

@@ -1,7 +1,6 @@
 #include "container/mpeg_ts/describe.h"
 
 #include "audio/ac3.h"
-#include "audio/dts.h"
 #include "audio/dts_hd.h"
 #include "audio/eac3.h"
 #include "audio/first_frame.h"
