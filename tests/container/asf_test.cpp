@@ -53,9 +53,9 @@ Data video(uint64_t number, std::string_view code, const Data& codec_data = {}) 
     return stream_properties(guid(0xBC19EFC0, 0x5B4D), number, format.bytes);
 }
 
-Data audio(uint64_t number, uint64_t tag, const Data& extension = {}) {
+Data audio(uint64_t number, uint64_t tag, const Data& extension = {}, uint64_t byte_rate = 16000) {
     ByteBuilder format;
-    format.le16(tag).le16(2).le32(44100).le32(16000).le16(4).le16(16).le16(extension.size()).append(extension);
+    format.le16(tag).le16(2).le32(44100).le32(byte_rate).le16(4).le16(16).le16(extension.size()).append(extension);
     return stream_properties(guid(0xF8699E40, 0x5B4D), number, format.bytes);
 }
 
@@ -274,6 +274,13 @@ TEST(Asf, describes_streams) {
             "ASF created=2016-02-15T08:53:20Z\n"
             "audio estimated=2 id=1 bit_rate=16000 nominal_bit_rate=128000 bytes=174 sample_rate=48000 channels=2 codec=E-AC-3 "
             "codec_id=0x2000 layout=L R"},
+        {"sound that claims no rate",
+            joined(
+                {header({file_properties(3 * second, 2), audio(1, 0x161, {}, 0)}), data_object({packet(1, 0), packet(1, 1000)})}),
+            "[ASF]\nA [C\x96\xB3"
+            "0161] 44100Hz 2ch 2.784kbps\n2.000",
+            "ASF created=2016-02-15T08:53:20Z duration=2.000 bit_rate=2720\n"
+            "audio id=1 duration=2.000 bit_rate=2784 bytes=348 sample_rate=44100 channels=2 codec=WMA2 codec_id=0x0161"},
         {"degradable JPEG",
             joined({header({file_properties(second, 1),
                         stream_properties(guid(0x35907DE0, 0xE415), 1, ByteBuilder().le32(640).le32(480).bytes)}),
