@@ -29,7 +29,7 @@ constexpr uint64_t audio_search_limit = 262'144;
 
 // Whether the pictures of a video that tells no frame rate are counted still.
 bool is_counting(const Stream& stream) {
-    constexpr int64_t most_fields = 64;
+    constexpr int64_t most_fields = int64_t{FrameTimes::most} * 2;
     return stream.form == Form::generic_video && stream.facts.frame_rate == 0 &&
            stream.pictures != nullptr && stream.pictures->count.coded_fields < most_fields;
 }
