@@ -212,7 +212,7 @@ void walk_tags(Reader* reader, Span space, int64_t position, FlvInfo* info) {
         position += tag_header_size;
         const Span data = sub_span(space, position, size);
         read_tag_data(reader, type, data, info);
-        if (info->detailed) {
+        if (info->detailed && only_tags) { // behind something else they may be none either
             count_media(reader, type, data, timestamp, info);
         }
         position += size;
