@@ -99,7 +99,7 @@ ZatStream audio() {
 // Video.
 
 void avc_sps(Bytes bytes) {
-    for (const AvcRules rules : {AvcRules::first_lines, AvcRules::standard}) {
+    for (const AvcRules rules : {AvcRules::legacy, AvcRules::standard}) {
         AvcSequenceInfo info;
         AvcParseState state;
         ParseAvcSequenceParameterSet(

@@ -62,12 +62,17 @@ double line_bitrate(const AacConfig* cfg) {
     return by_frame != 0 ? static_cast<double>(by_frame) : cfg->maximum_bitrate;
 }
 
-// "[AAC LC] 44100Hz stereo(L,R)".
-void format_start(AacConfig* cfg, char (&out)[line_size]) {
+// "[AAC LC] 44100Hz stereo(L,R)". Tables have -1 for a rate that is reserved or stands elsewhere.
+void format_start(AacConfig* cfg, bool known_rate_only, char (&out)[line_size]) {
     const char* channels = AacChannelName(ResolveAacChannels(cfg)); // before the name: sets PS
     char name[aac_name_size] = "";
     stream_name(cfg, name);
-    format_text(out, line_size, "[%s] %dHz %s", name, aac_config_rate(cfg), channels);
+    const int32_t rate = aac_config_rate(cfg);
+    if (rate < 0 && known_rate_only) {
+        format_text(out, line_size, "[%s] %s", name, channels);
+    } else {
+        format_text(out, line_size, "[%s] %dHz %s", name, rate, channels);
+    }
 }
 
 } // namespace
@@ -191,7 +196,7 @@ int32_t aac_config_rate(const AacConfig* cfg) {
 }
 
 void FormatAacConfigLine(AacConfig* cfg, char (&out)[line_size]) {
-    format_start(cfg, out);
+    format_start(cfg, false, out);
     char figures[64];
     format_text(
         figures, sizeof figures, " %dBit %.3fkbps", cfg->bit_depth, line_bitrate(cfg) * 0.001);
@@ -199,7 +204,7 @@ void FormatAacConfigLine(AacConfig* cfg, char (&out)[line_size]) {
 }
 
 void format_known_aac_line(AacConfig* cfg, char (&out)[line_size]) {
-    format_start(cfg, out);
+    format_start(cfg, true, out);
     char figure[32];
     if (cfg->bit_depth != 0) {
         format_text(figure, sizeof figure, " %dBit", cfg->bit_depth);

@@ -56,7 +56,7 @@ int32_t aac_config_rate(const AacConfig* cfg);
 // Describes the stream, with the container's bits and a bit rate, known or not.
 void FormatAacConfigLine(AacConfig* cfg, char (&out)[line_size]);
 
-// The same, with bits and rate only where they are known.
+// The same, with bits and rates only where they are known.
 void format_known_aac_line(AacConfig* cfg, char (&out)[line_size]);
 
 } // namespace zat

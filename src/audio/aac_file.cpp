@@ -161,8 +161,8 @@ constexpr BareForm bare_forms[] = {
     {"[LATM]", "LATM", begins_with_frame<read_loas_frame>, analyze_latm},
 };
 
-// Returns the analyser's result, or -1 for a file of boxes. (Apart from the analyser below, on
-// whose stack the one for boxes has buffers of its own.)
+// Returns the analyser's result, or -1 for a file of boxes. A function of its own, so that these
+// buffers have left the stack when AnalyzeMp4File brings its own.
 int analyze_bare_stream(FileRecord* file, const Output& out) {
     FramedFile framed;
     open_framed_file(&framed, file);

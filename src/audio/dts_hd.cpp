@@ -2,7 +2,6 @@
 
 #include "audio/stream_facts.h"
 #include "common/bits.h"
-#include "common/text.h"
 
 #include <bit>
 #include <iterator>

@@ -1,6 +1,7 @@
 #include "audio/first_frame.h"
 
 #include "audio/eac3.h"
+#include "audio/frame_search.h"
 #include "audio/latm.h"
 #include "audio/stream_facts.h"
 #include "audio/wave_format.h"
@@ -25,6 +26,22 @@ constexpr TaggedDescriber tagged_describers[] = {
     {0x2000, describe_dolby_frame},
     {0x2001, describe_dts_frame},
 };
+
+struct ConsecutiveFrames {
+    uint64_t frames = 0;
+    uint64_t bytes = 0;
+};
+
+ConsecutiveFrames consecutive_frames(FrameKind kind, Bytes bytes) {
+    ConsecutiveFrames run;
+    for (uint32_t size = audio_frame_size(kind, bytes); size != 0 && size <= bytes.size();
+         size = audio_frame_size(kind, bytes)) {
+        ++run.frames;
+        run.bytes += size;
+        bytes = bytes.subspan(size);
+    }
+    return run;
+}
 
 } // namespace
 
@@ -96,6 +113,14 @@ bool describe_adts_frame(Bytes start, ZatStream* stream, char (&line)[line_size]
         return false;
     }
     adts_facts(header, start, stream);
+    const ConsecutiveFrames run = consecutive_frames(FrameKind::adts, start);
+    const uint64_t samples = run.frames * adts_frame_samples(start);
+    if (samples != 0) {
+        const uint64_t bits = run.bytes * 8;
+        header.frame_length = static_cast<uint32_t>(run.bytes / run.frames);
+        header.bitrate = static_cast<uint32_t>(bits * header.sample_rate / samples);
+        stream->bit_rate = bits * stream->sample_rate / samples;
+    }
     FormatAdtsLine(&header, line);
     return true;
 }

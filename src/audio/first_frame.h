@@ -11,8 +11,8 @@
 
 namespace zat {
 
-// Bytes of a stream's start that the describers look at; of E-AC-3 and LOAS all that is given
-// counts for channels and the mean bit rate.
+// Bytes of a stream's start that the describers look at; of E-AC-3, ADTS and LOAS all frames that
+// follow one another count for channels, mean length and mean bit rate.
 constexpr uint32_t frame_start_size = vbr_header_reach;
 
 // Writes the stream's line and sets its facts by the frame at its start; what is missing of the

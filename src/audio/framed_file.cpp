@@ -49,11 +49,11 @@ Bytes framed_start(FramedFile* framed, uint32_t length) {
 
 bool count_framed_file(
     FramedFile* framed, const FrameFormat& format, const Output& out, uint32_t unit) {
-    if ((out.record->options & option_thorough) != 0) {
+    const bool exact = is_thorough(*out.record);
+    if (exact) {
         reader_allow(&framed->reader, table_allowance);
     }
-    framed->count = count_frames(
-        &framed->reader, framed->stream, format, (out.record->options & option_thorough) != 0);
+    framed->count = count_frames(&framed->reader, framed->stream, format, exact);
     if (framed->count.samples == 0 || framed->facts.sample_rate == 0) {
         return false;
     }

@@ -2,7 +2,6 @@
 
 #include "common/channel_layout.h"
 #include "common/file_window.h"
-#include "common/numbers.h"
 #include "common/text.h"
 
 #include <algorithm>

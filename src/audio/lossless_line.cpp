@@ -1,6 +1,5 @@
 // Records of files with one stream of lossless audio: the line, the tags, the notes.
 #include "audio/lossless_file.h"
-#include "common/channel_layout.h"
 #include "common/details.h"
 #include "common/extra_lines.h"
 #include "common/numbers.h"

@@ -65,8 +65,19 @@ void set_gain(double* gain, double decibels, bool told) {
     }
 }
 
+// Signed hundredths of a decibel.
+void set_old_gain(const uint8_t* field, double* gain) {
+    constexpr double hundredth = 0.01;
+    const auto value = static_cast<int16_t>(ReadLE16(field));
+    set_gain(gain, value * hundredth, value != 0);
+}
+
+// "MP+" and the version 1, frames 4, form of the sound 4, peak and gain of track and album 2 each,
+// ending 4, reserved, version of the encoder 1.
 void describe_version_7(LosslessFile* musepack) {
     constexpr uint32_t header_size = 28;
+    // Of the last word one byte is the encoder's version; the frames begin in the others.
+    constexpr int64_t frames_at = 25;
     constexpr uint32_t frame_samples = 1152;
     constexpr uint32_t decoder_delay = 481;
     constexpr double least_frame_bits = 20;
@@ -96,14 +107,9 @@ void describe_version_7(LosslessFile* musepack) {
     const uint64_t samples = frames * frame_samples;
     set_samples(musepack, samples > unused ? samples - unused : 0);
 
-    constexpr double hundredth = 0.01;
-    TagTexts* own = &musepack->own_texts;
-    for (double* gain : {&own->track_gain, &own->album_gain}) {
-        const uint8_t* field = header + (gain == &own->track_gain ? 14 : 18);
-        const auto value = static_cast<int16_t>(ReadLE16(field));
-        set_gain(gain, value * hundredth, value != 0);
-    }
-    musepack->payload = std::max<int64_t>(size_of(stream) - 25, 0);
+    set_old_gain(header + 14, &musepack->own_texts.track_gain);
+    set_old_gain(header + 18, &musepack->own_texts.album_gain);
+    musepack->payload = std::max<int64_t>(size_of(stream) - frames_at, 0);
     musepack->truncated =
         static_cast<double>(musepack->payload) * 8 < least_frame_bits * static_cast<double>(frames);
 }

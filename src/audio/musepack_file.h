@@ -1,5 +1,4 @@
-// MusePack files: stream versions 7 and 8, and the ones
-// before, which have no signature of their own.
+// MusePack files: stream versions 7 and 8. Those before have no signature of their own.
 #pragma once
 
 #include "common/file_access.h"

@@ -281,7 +281,7 @@ void describe_stream(WavPackFile* wavpack, bool thorough) {
 int AnalyzeWavPackFile(FileRecord* file, const Output& out) {
     WavPackFile wavpack;
     open_lossless_file(&wavpack.lossless, file);
-    describe_stream(&wavpack, (out.record->options & option_thorough) != 0);
+    describe_stream(&wavpack, is_thorough(*out.record));
     write_lossless_file(&wavpack.lossless, wavpack_kind, out);
     return 0;
 }

@@ -56,8 +56,9 @@ void fill_block(LineReader* reader) {
     reader->at_end_of_file = got == 0 || reader->file.position >= reader->file.size;
 }
 
-// Passes over lines of which none begins with '[', without a look at each: up to a bracket that
-// begins one, or may, or up to the last line of which the block shows the whole. Brackets are rare.
+// Moves to the next line that may begin with '[', by a search for the bracket: outside the wanted
+// section no other line counts. Stops before the last line of the block, which may go on behind it,
+// and at a line so long that its rest counts as a line of its own.
 void skip_to_bracket(LineReader* reader) {
     const char* const block = reader->block;
     size_t from = reader->at;
@@ -72,10 +73,35 @@ void skip_to_bracket(LineReader* reader) {
         }
         reader->at = start;
         if (start == at || at - start >= line_limit) {
-            return; // what is that long goes on as a line of its own
+            return;
         }
         from = at + 1;
     }
+}
+
+// Whether the line at the front may be an entry for the key, by its text in front of the first tab.
+bool may_match(std::string_view lines, std::string_view key) {
+    for (size_t i = 0; i < lines.size() && lines[i] != '\t'; ++i) {
+        if (i == key.size() || lines[i] != key[i]) {
+            return false;
+        }
+    }
+    return true;
+}
+
+// Passes over lines of a section that are neither a header nor an entry that matters, which most
+// are, as far as the block shows the whole of them.
+template <typename Matters>
+void skip_entries(LineReader* reader, Matters matters) {
+    std::string_view lines(reader->block + reader->at, reader->end - reader->at);
+    while (!lines.empty() && lines.front() != '[' && !matters(lines)) {
+        const size_t newline = lines.find('\n');
+        if (newline >= line_limit) {
+            break; // what is that long goes on as a line of its own
+        }
+        lines.remove_prefix(newline + 1);
+    }
+    reader->at = reader->end - lines.size();
 }
 
 // The next line without its newline, up to its first zero byte; valid until the next call. False
@@ -106,9 +132,12 @@ bool read_line(LineReader* reader, std::string_view* line) {
     return true;
 }
 
-// The next line of a section, or the next one that may be the header of one.
-bool next_line(LineReader* reader, bool in_section, std::string_view* line) {
-    if (!in_section) {
+// The next line of a section that matters, or the next one that may be the header of one.
+template <typename Matters>
+bool next_line(LineReader* reader, bool in_section, Matters matters, std::string_view* line) {
+    if (in_section) {
+        skip_entries(reader, matters);
+    } else {
         skip_to_bracket(reader);
     }
     return read_line(reader, line);
@@ -116,9 +145,6 @@ bool next_line(LineReader* reader, bool in_section, std::string_view* line) {
 
 // True for an entry that matches the key.
 bool entry_matches(std::string_view line, std::string_view key, std::string_view* name) {
-    if (line.empty() || key.empty() || line.front() != key.front()) {
-        return false; // before the search for the tab: this is most lines
-    }
     const size_t tab = line.rfind('\t');
     if (tab == std::string_view::npos || tab == 0 || !key.starts_with(line.substr(0, tab))) {
         return false;
@@ -131,10 +157,11 @@ int search(LineReader* reader, CodecQuery* query) {
     const std::string_view section = bounded_text(query->section);
     const std::string_view key = bounded_text(query->key);
     const bool last_wins = section == last_match_section;
+    const auto matters = [key](std::string_view lines) { return may_match(lines, key); };
     bool in_section = false;
     int result = codec_not_listed;
     std::string_view line;
-    while (next_line(reader, in_section, &line)) {
+    while (next_line(reader, in_section, matters, &line)) {
         if (line.starts_with('[')) {
             if (in_section) {
                 return codec_not_listed;
@@ -168,9 +195,13 @@ void match_keys(std::string_view line, std::span<CodecKey> keys) {
 }
 
 void search_all(LineReader* reader, std::string_view section, std::span<CodecKey> keys) {
+    const auto matters = [keys](std::string_view lines) {
+        return std::any_of(keys.begin(), keys.end(),
+            [lines](const CodecKey& key) { return may_match(lines, bounded_text(key.key)); });
+    };
     bool in_section = false;
     std::string_view line;
-    while (next_line(reader, in_section, &line)) {
+    while (next_line(reader, in_section, matters, &line)) {
         if (line.starts_with('[')) {
             if (in_section) { // as for a single key: what was found counts for nothing then
                 for (CodecKey& key : keys) {

@@ -17,7 +17,7 @@ constexpr bool continues_character(char c) {
     return (static_cast<unsigned char>(c) & 0xC0) == 0x80;
 }
 
-// Bits of what the stream tells: the rest cannot be estimated.
+// The ZatEstimated bits that may be set: those of the figures that are known.
 uint32_t estimable(const ZatStream& stream) {
     return (stream.duration != 0 ? uint32_t{ZAT_ESTIMATED_DURATION} : 0) |
            (stream.bit_rate != 0 ? uint32_t{ZAT_ESTIMATED_BIT_RATE} : 0) |

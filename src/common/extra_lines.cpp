@@ -12,7 +12,8 @@ namespace {
 
 constexpr int32_t first_streams = 6; // shown before facts and notes when not all lines fit
 
-// How many of each group are written in the end. More lines never make it more for another group.
+// How many of each group would be written by now. A line that is added can only take places from
+// the other groups, so what has lost its place never needs it back.
 struct Share {
     int32_t of[ExtraLines::groups];
     int32_t before_facts; // streams
@@ -29,8 +30,8 @@ Share share_lines(const ExtraLines& extra) {
         std::min(first, ZAT_LINE_COUNT - notes)};
 }
 
-// A place for one more line of the group, perhaps that of another group's last; null when it would
-// not be written.
+// A place for one more line of the group: a free one, or that of the last line of a group that has
+// more than its share by now. Null when the line would not be written.
 char* new_line(ExtraLines* extra, ExtraLines::Group group) {
     ++extra->counts[group];
     const Share share = share_lines(*extra);

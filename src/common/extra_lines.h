@@ -1,6 +1,7 @@
-// The extra lines in their order: further streams, facts, notes. Of more than ten the first six
-// streams come first, then facts as room allows, then the notes, so that no warning is lost, and
-// what room is left goes to the other streams.
+// Collects a file's extra lines, of which a record holds ten, and writes them in their order:
+// further streams, facts, notes. When there are more than ten, the first six streams and all notes
+// are kept, so that no warning is lost, then as many facts as fit. What room is left then goes to
+// the other streams, behind the notes.
 #pragma once
 
 #include "common/details.h"
@@ -15,9 +16,9 @@ struct ExtraLines {
     enum Group : uint8_t { streams, facts, notes };
     static constexpr int32_t groups = 3;
 
-    int32_t counts[groups] = {}; // may be more than the lines that are kept
-    int32_t kept[groups] = {};   // the first ones of each
-    uint8_t slots[groups][ZAT_LINE_COUNT];
+    int32_t counts[groups] = {}; // all lines that were added
+    int32_t kept[groups] = {};   // how many of them have a place in `lines`: the first ones
+    uint8_t slots[groups][ZAT_LINE_COUNT]; // their places
     char lines[ZAT_LINE_COUNT][line_size]; // no more than can be written: it stands on the stack
 };
 

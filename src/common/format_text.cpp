@@ -43,7 +43,7 @@ struct Conversion {
     bool zeros = false; // pad a number with zeros
     int width = 0;
     int precision = -1;
-    int longs = 0; // 1 for l, 2 for ll and j; z is 3
+    int longs = 0; // the length modifier: 0 for none and h, 1 l, 2 ll and j, 3 z
     char type = '\0';
 };
 

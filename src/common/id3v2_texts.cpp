@@ -36,14 +36,14 @@ constexpr FrameRow frame_rows[] = {
     {"TXXX", "TXX", Field::user_text},
 };
 
-// Form of the frames of a version.
+// What the frames of a version look like, and the bits of their flags.
 struct Version {
     uint32_t id_size;
     uint32_t header_size;
-    uint16_t closed;         // flags of frames that are compressed or encrypted
-    uint16_t grouped;        // one byte before the body
-    uint16_t length_told;    // four bytes before the body
-    uint16_t unsynchronised; // the frame alone
+    uint16_t closed;         // compressed or encrypted
+    uint16_t grouped;        // a byte with the group stands before the body
+    uint16_t has_length;     // four bytes with the length stand before the body
+    uint16_t unsynchronised; // the frame alone is, not the tag
 };
 
 constexpr Version versions[] = {
@@ -218,7 +218,7 @@ void take_frame(TagBytes* tag, const Version& version, const FrameRow& row, uint
         ++texts->pictures;
     }
     const uint32_t before =
-        ((flags & version.grouped) != 0 ? 1U : 0U) + ((flags & version.length_told) != 0 ? 4U : 0U);
+        ((flags & version.grouped) != 0 ? 1U : 0U) + ((flags & version.has_length) != 0 ? 4U : 0U);
     if (row.field == Field::picture || (flags & version.closed) != 0 || before > size) {
         take(tag, nullptr, size);
         return;

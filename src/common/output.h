@@ -16,4 +16,8 @@ struct Output {
     ZatDetails* details = nullptr; // null when the host asked for the record only
 };
 
+inline bool is_thorough(const InfoRecord& record) {
+    return (record.options & option_thorough) != 0;
+}
+
 } // namespace zat

@@ -11,9 +11,10 @@ namespace zat {
 
 namespace {
 
-// Characters that code page 932 lacks, from `first` on: `value` is the code of the nearest form, or
-// 0 for nothing, one more for each further character with a step of 1. With a step of 2 it is the
-// place of a form of several characters.
+// The nearest forms of `count` characters, from `first` on, that code page 932 lacks:
+//   step 0  all of them are shown as the code `value`, or not at all when that is 0;
+//   step 1  they are shown as the codes from `value` on, one for each;
+//   step 2  they are shown as several codes, the text at the place `value` of cp932_form_texts.
 struct Form {
     uint32_t first;
     uint8_t count;

@@ -27,8 +27,9 @@ bool needs_packets(Reader* reader, const Header& header) {
             if (stream.type != StreamType::audio) {
                 return stream.type == StreamType::video;
             }
-            const Bytes format = read_view(reader, stream.type_data, 0, wave_extensible_size);
-            return frame_describer(codec_tag(read_wave_format(format))) != nullptr;
+            const WaveFormat format =
+                read_wave_format(read_view(reader, stream.type_data, 0, wave_extensible_size));
+            return format.byte_rate == 0 || frame_describer(codec_tag(format)) != nullptr;
         });
 }
 

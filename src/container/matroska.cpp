@@ -2,7 +2,6 @@
 
 #include "common/extra_info.h"
 #include "common/messages.h"
-#include "common/numbers.h"
 #include "common/record_lines.h"
 #include "common/tag_texts.h"
 #include "common/utc_time.h"
@@ -155,7 +154,7 @@ int AnalyzeMatroskaFile(FileRecord* file, const Output& out) {
     }
     ClusterWalk walk;
     make_wishes(segment, &walk);
-    walk_clusters(&reader, (out.record->options & option_thorough) != 0, &segment, &walk);
+    walk_clusters(&reader, is_thorough(*out.record), &segment, &walk);
     // However long the walk was, the tracks' headers are read.
     constexpr Allowance rest = {200'000, 8 << 20};
     reader_allow(&reader, rest);

@@ -1,6 +1,5 @@
 #include "container/mp4.h"
 
-#include "container/mp4/atom_reader.h"
 #include "container/mp4/movie.h"
 #include "container/mp4/output.h"
 #include "container/mp4/visit.h"

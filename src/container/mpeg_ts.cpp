@@ -56,7 +56,7 @@ void measure_frames(ts::Analysis* analysis) {
 
 void analyse(ts::Analysis* analysis, const Output& out) {
     InfoRecord* record = out.record;
-    const bool thorough = (record->options & option_thorough) != 0;
+    const bool thorough = is_thorough(*record);
     record->scan_budget = std::max(record->scan_budget, least_budget);
     const int64_t limit = thorough ? analysis->file_size : int64_t{record->scan_budget};
     ts::read_head(analysis, limit, thorough);

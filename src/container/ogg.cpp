@@ -75,7 +75,7 @@ void describe_streams(Walk* walk, const Output& out, ExtraLines* extra, FileText
 
 int AnalyzeOggFile(FileRecord* file, const Output& out) {
     Walk walk;
-    if (!walk_file(file, (out.record->options & option_thorough) != 0, &walk)) {
+    if (!walk_file(file, is_thorough(*out.record), &walk)) {
         return 1;
     }
     out.record->data_size = static_cast<uint64_t>(file->size - walk.start);

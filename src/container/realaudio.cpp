@@ -1,6 +1,5 @@
 #include "container/realaudio.h"
 
-#include "common/codec_names.h"
 #include "common/extra_lines.h"
 #include "common/outer_tags.h"
 #include "common/record_lines.h"

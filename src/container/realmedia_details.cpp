@@ -2,7 +2,6 @@
 
 #include "common/codec_names.h"
 #include "common/details.h"
-#include "common/text.h"
 #include "common/text_codes.h"
 #include "container/realaudio_header.h"
 

@@ -202,7 +202,7 @@ int AnalyzeGifFile(FileRecord* file, const Output& out) {
     open_picture_file(&gif, file);
     copy_text(gif.name, "GIF");
     copy_utf8(gif.facts.codec, "GIF");
-    describe(&gif, (out.record->options & option_thorough) != 0);
+    describe(&gif, is_thorough(*out.record));
     write_picture_file(&gif, "[GIF]", out);
     return 0;
 }

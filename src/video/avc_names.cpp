@@ -11,7 +11,7 @@ namespace {
 struct CodeName {
     const char* name;
     int code;
-    AvcRules since = AvcRules::first_lines; // the rules that know the code
+    AvcRules since = AvcRules::legacy; // the rules that know the code
 };
 
 // ITU-T H.264, A.2 (profile_idc alone; the constraint flags are not looked at).

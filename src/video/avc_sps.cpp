@@ -39,7 +39,7 @@ struct Sps {
     uint8_t vui_parameters_present_flag = 0;
 };
 
-// scaling_list(). In the first lines every scale counts from 8, not from the entry before it, so
+// scaling_list(). By the legacy rules every scale counts from 8, not from the entry before it, so
 // that a list ends early exactly at a delta of -8 modulo 256.
 void pass_scaling_list(RbspReader* reader, int entries, AvcRules rules) {
     constexpr uint32_t base_scale = 8;
@@ -158,7 +158,7 @@ uint32_t coded_height(const Sps* sps) {
 
 // One crop unit for both directions, and the offsets cut to 8 bits: 4:2:0 is taken for granted, and
 // the fields of an interlaced picture count double across, too.
-void crop_as_first_lines(const Sps* sps, AvcSequenceInfo* info) {
+void crop_by_legacy_rules(const Sps* sps, AvcSequenceInfo* info) {
     const uint32_t crop_unit = sps->frame_mbs_only_flag != 0 ? 2 : 4;
     info->width =
         coded_width(sps) - crop_unit * ((sps->crop_left & 0xFF) + (sps->crop_right & 0xFF));
@@ -193,8 +193,8 @@ bool is_plausible(const Sps* sps) {
 }
 
 void store_picture(const Sps* sps, AvcSequenceInfo* info, AvcParseState* state, AvcRules rules) {
-    if (rules == AvcRules::first_lines) {
-        crop_as_first_lines(sps, info);
+    if (rules == AvcRules::legacy) {
+        crop_by_legacy_rules(sps, info);
     } else if (!is_plausible(sps) || !crop_by_standard(sps, info)) {
         state->error = 1;
     }
@@ -278,6 +278,13 @@ void ParseAvcSequenceParameterSet(const uint8_t* nal, uint32_t length, AvcSequen
     state->end_pos = static_cast<uint32_t>(reader.position);
     store_picture(&sps, info, state, rules);
     store_vui(&vui, info, rules);
+}
+
+bool read_avc_sps(Bytes nal, AvcSequenceInfo* info) {
+    AvcParseState state;
+    ParseAvcSequenceParameterSet(
+        nal.data(), static_cast<uint32_t>(nal.size()), info, &state, AvcRules::standard);
+    return info->width != 0;
 }
 
 int find_avc_sps(Bytes stream, AvcSequenceInfo* info) {

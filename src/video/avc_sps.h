@@ -65,7 +65,11 @@ struct AvcParseState {
 // texts are not written; when it ended inside, they are. By the standard it also tells fields out
 // of their range, and an unspecified aspect is an empty text.
 void ParseAvcSequenceParameterSet(const uint8_t* nal, uint32_t length, AvcSequenceInfo* info,
-    AvcParseState* state, AvcRules rules = AvcRules::first_lines);
+    AvcParseState* state, AvcRules rules);
+
+// Reads, by the standard, the parameter set of a decoder configuration. False when it does not tell
+// the size.
+bool read_avc_sps(Bytes nal, AvcSequenceInfo* info);
 
 // Finds and reads, by the standard, the first whole parameter set of a byte stream (annex B).
 // Returns 0, or 1 without one; the record is then cleared.

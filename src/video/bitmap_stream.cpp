@@ -46,14 +46,10 @@ void keep(const ZatStream& told, ZatStream* stream) {
 bool find_avc(const BitmapStream& source, AvcSequenceInfo* info) {
     constexpr uint8_t record_version = 1;
     AvcConfig config;
-    if (byte_at(source.info.codec_data, 0) == record_version &&
-        read_avc_config(source.info.codec_data, &config)) {
-        AvcParseState state;
-        ParseAvcSequenceParameterSet(config.first_sps.data(),
-            static_cast<uint32_t>(config.first_sps.size()), info, &state, AvcRules::standard);
-    }
-    return info->width != 0 || find_avc_sps(source.info.codec_data, info) == 0 ||
-           find_avc_sps(source.start, info) == 0;
+    const bool has_record = byte_at(source.info.codec_data, 0) == record_version &&
+                            read_avc_config(source.info.codec_data, &config);
+    return (has_record && read_avc_sps(config.first_sps, info)) ||
+           find_avc_sps(source.info.codec_data, info) == 0 || find_avc_sps(source.start, info) == 0;
 }
 
 void describe_avc(const BitmapStream& source, ZatStream* stream, VideoDescription* text) {

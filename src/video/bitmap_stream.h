@@ -44,8 +44,8 @@ void describe_bitmap_stream(
 void add_described_stream(const Output& out, const BitmapStream& source,
     const VideoDescription& description, ZatStream* stream);
 
-// Both at once. What the
-// container told before, size, frame rate, bit rate and scan among it, counts over them.
+// Both at once. What the container told before, size, frame rate, bit rate and scan among it,
+// counts over what the headers tell.
 void add_bitmap_stream(const Output& out, const BitmapStream& source, ZatStream* stream);
 
 } // namespace zat

@@ -1,6 +1,5 @@
 #include "video/colour_names.h"
 
-#include "common/details.h"
 #include "common/text.h"
 
 #include <iterator>

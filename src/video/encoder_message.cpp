@@ -1,6 +1,5 @@
 #include "video/encoder_message.h"
 
-#include "common/details.h"
 #include "common/text.h"
 
 #include <algorithm>

@@ -162,7 +162,7 @@ void set_hevc_facts(ZatStream* stream, const HevcSequence& sequence) {
     stream->bit_depth = sequence.bit_depth;
     if (stream->width == 0 || stream->height == 0) {
         stream->width = sequence.width;
-        stream->height = sequence.height;
+        stream->height = sequence.height * (sequence.field_sequence ? 2 : 1);
     }
     if (sequence.chroma_known) {
         copy_text(stream->chroma, chroma_format_name(sequence.chroma_format_idc));

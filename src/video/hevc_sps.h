@@ -16,8 +16,8 @@ struct HevcSequence {
     // profile_tier_level()
     uint8_t profile_idc = 0;
     uint8_t level_idc = 0; // 30 times the level
-    uint16_t constraint_flags =
-        0; // the nine from general_max_12bit_constraint_flag on, bit 8 first
+    // The nine flags from general_max_12bit_constraint_flag on, the first one in bit 8.
+    uint16_t constraint_flags = 0;
     bool progressive_source = false;
     bool interlaced_source = false;
 

@@ -44,6 +44,24 @@ bool read_time_base(BitReader* reader, Mpeg4Vol* vol) {
     return markers && resolution != 0;
 }
 
+// The depth of what alone may have another one than 8 bits (table 9-1).
+void read_bit_depth(
+    BitReader reader, uint32_t object_type, bool is_first_version, bool has_shape, Mpeg4Vol* vol) {
+    constexpr uint32_t n_bit_type = 6;
+    skip_bits(&reader, 1);                                                 // obmc_disable
+    const bool sprite = read_bits(&reader, is_first_version ? 1 : 2) != 0; // sprite_enable
+    if (!is_first_version && has_shape) {
+        skip_bits(&reader, 1); // sadct_disable
+    }
+    const bool not_8_bit = read_bits(&reader, 1) != 0;
+    skip_bits(&reader, 4);                       // quant_precision
+    const uint32_t bits = read_bits(&reader, 4); // bits_per_pixel
+    if (object_type == n_bit_type && !sprite && not_8_bit && !reader.failed && bits >= 4 &&
+        bits <= 12) {
+        vol->bit_depth = static_cast<uint8_t>(bits);
+    }
+}
+
 struct ProfileRange {
     uint8_t first;
     uint8_t last;
@@ -82,10 +100,11 @@ int read_mpeg4_vol(Mpeg4Vol* vol, Bytes bytes) {
     BitReader reader{bytes};
     Mpeg4Vol found;
     uint32_t version = 1;
-    skip_bits(&reader, 1 + 8);           // random_accessible_vol, video_object_type_indication
-    if (read_bits(&reader, 1) != 0) {    // is_object_layer_identifier
-        version = read_bits(&reader, 4); // video_object_layer_verid
-        skip_bits(&reader, 3);           // video_object_layer_priority
+    skip_bits(&reader, 1);                              // random_accessible_vol
+    const uint32_t object_type = read_bits(&reader, 8); // video_object_type_indication
+    if (read_bits(&reader, 1) != 0) {                   // is_object_layer_identifier
+        version = read_bits(&reader, 4);                // video_object_layer_verid
+        skip_bits(&reader, 3);                          // video_object_layer_priority
     }
     found.aspect_ratio_info = static_cast<uint8_t>(read_bits(&reader, 4)); // aspect_ratio_info
     if (found.aspect_ratio_info == extended_pixel_aspect) {
@@ -113,6 +132,7 @@ int read_mpeg4_vol(Mpeg4Vol* vol, Bytes bytes) {
     if (reader.failed || (shape == shape_rectangular && (found.width == 0 || found.height == 0))) {
         return 1;
     }
+    read_bit_depth(reader, object_type, version == 1, shape != shape_rectangular, &found);
     *vol = found;
     return 0;
 }

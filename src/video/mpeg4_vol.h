@@ -14,6 +14,7 @@ struct Mpeg4Vol {
     uint8_t par_width = 0; // of an aspect_ratio_info of 15
     uint8_t par_height = 0;
     uint8_t chroma_format = 1;
+    uint8_t bit_depth = 8;
     uint8_t interlaced = 0;
     uint16_t time_increment_resolution = 0; // ticks per second
     uint16_t fixed_time_increment = 0;      // ticks per picture; 0 when they vary

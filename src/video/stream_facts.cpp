@@ -176,7 +176,7 @@ void mpeg4_facts(const Mpeg4Headers& headers, ZatStream* stream) {
     set_pixel_aspect(stream, aspect.width, aspect.height);
     set_frame_rate(stream, vol.time_increment_resolution, vol.fixed_time_increment);
     set_scan(vol.interlaced == 0, stream);
-    stream->bit_depth = 8;
+    stream->bit_depth = vol.bit_depth;
     copy_utf8(stream->chroma, mpeg_chroma_name(vol.chroma_format));
 }
 

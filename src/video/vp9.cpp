@@ -1,7 +1,6 @@
 #include "video/vp9.h"
 
 #include "common/bits.h"
-#include "common/details.h"
 #include "common/text.h"
 
 #include <array>

@@ -2,7 +2,7 @@
 #include "common/fourcc.h"
 #include "common/utc_time.h"
 #include "container/matroska/codecs.h"
-#include "container/mpeg_ts/stream_types.h"
+#include "container/mpeg_ts/codecs.h"
 
 #include <gtest/gtest.h>
 #include <string>

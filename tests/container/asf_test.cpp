@@ -4,8 +4,6 @@
 #include "support/record_text.h"
 #include "support/temp_file.h"
 
-#include "zat/zat.h"
-
 #include <gtest/gtest.h>
 
 namespace zat::test::asf_test {
@@ -21,14 +19,6 @@ Data guid(uint64_t first, uint64_t second, uint64_t third = 0x11CF, uint64_t res
 Data object(const Data& id, const Data& content, int64_t size = own_size) {
     const auto whole = static_cast<int64_t>(content.size()) + 24;
     return ByteBuilder().append(id).le64(static_cast<uint64_t>(size == own_size ? whole : size)).append(content).bytes;
-}
-
-Data joined(std::initializer_list<Data> parts) {
-    ByteBuilder all;
-    for (const Data& part : parts) {
-        all.append(part);
-    }
-    return all.bytes;
 }
 
 // UTF-16 with its zero.
@@ -63,9 +53,9 @@ Data video(uint64_t number, std::string_view code, const Data& codec_data = {}) 
     return stream_properties(guid(0xBC19EFC0, 0x5B4D), number, format.bytes);
 }
 
-Data audio(uint64_t number, uint64_t tag, const Data& extension = {}) {
+Data audio(uint64_t number, uint64_t tag, const Data& extension = {}, uint64_t byte_rate = 16000) {
     ByteBuilder format;
-    format.le16(tag).le16(2).le32(44100).le32(16000).le16(4).le16(16).le16(extension.size()).append(extension);
+    format.le16(tag).le16(2).le32(44100).le32(byte_rate).le16(4).le16(16).le16(extension.size()).append(extension);
     return stream_properties(guid(0xF8699E40, 0x5B4D), number, format.bytes);
 }
 
@@ -302,6 +292,13 @@ TEST(Asf, describes_streams) {
             "ASF created=2016-02-15T08:53:20Z\n"
             "audio estimated=2 id=1 bit_rate=16000 nominal_bit_rate=128000 bytes=174 sample_rate=48000 channels=2 codec=E-AC-3 "
             "codec_id=0x2000 layout=L R"},
+        {"sound that claims no rate",
+            joined(
+                {header({file_properties(3 * second, 2), audio(1, 0x161, {}, 0)}), data_object({packet(1, 0), packet(1, 1000)})}),
+            "[ASF]\nA [C\x96\xB3"
+            "0161] 44100Hz 2ch 2.784kbps\n2.000",
+            "ASF created=2016-02-15T08:53:20Z duration=2.000 bit_rate=2720\n"
+            "audio id=1 duration=2.000 bit_rate=2784 bytes=348 sample_rate=44100 channels=2 codec=WMA2 codec_id=0x0161"},
         {"degradable JPEG",
             joined({header({file_properties(second, 1),
                         stream_properties(guid(0x35907DE0, 0xE415), 1, ByteBuilder().le32(640).le32(480).bytes)}),

@@ -3,8 +3,6 @@
 #include "support/riff_builder.h"
 #include "support/temp_file.h"
 
-#include "zat/zat.h"
-
 #include <gtest/gtest.h>
 
 namespace zat::test::avi_test {
@@ -77,14 +75,6 @@ Data idx1(std::initializer_list<IndexEntry> entries) {
 
 Data avi(std::initializer_list<Data> chunks, int64_t size = true_size) {
     return riff_list("RIFF", "AVI ", chunks, size);
-}
-
-Data joined(std::initializer_list<Data> parts) {
-    ByteBuilder all;
-    for (const Data& part : parts) {
-        all.append(part);
-    }
-    return all.bytes;
 }
 
 Data jpeg(uint64_t polarity) {

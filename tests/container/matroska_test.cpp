@@ -142,6 +142,8 @@ TEST(Matroska, describes_streams_of_every_kind) {
                 ten_frames}),
             "V 304x240 [VP8] 8Bit 25.000fps 200.000kbps 10f Progressive display 426x240 jpn \"A name\" forced\n"
             "I A film / writer\n0.400"},
+        {"no identifier of a codec", file({info(400), tracks({track(1, video, "", {picture(320, 240)})})}),
+            "V 320x240 []\nI writer\n0.400"},
         {"sound, each by its header",
             file({info(1000),
                 tracks({track(1, audio, "A_OPUS", {codec_private(opus_head), sound(44100, 2)}),
@@ -149,12 +151,13 @@ TEST(Matroska, describes_streams_of_every_kind) {
                     track(3, audio, "A_PCM/INT/LIT", {sound(48000, 2, 16)}),
                     track(4, audio, "A_AAC", {codec_private({0x12, 0x10}), sound(44100, 2)}),
                     track(5, audio, "A_AAC/MPEG4/LC/SBR", {sound(24000, 2)}), track(6, audio, "A_NEW\nCODEC", {sound(96000, 8)}),
-                    track(7, audio, "A_SPEEX", {sound(16000, 1)})}),
+                    track(7, audio, "A_SPEEX", {sound(16000, 1)}),
+                    track(8, audio, "A_AAC", {codec_private({0x17, 0x80, 0x5D, 0xC0, 0x10}), sound(48000, 2)})}),
                 ten_frames}),
             "A [Opus] 48000Hz 6ch(L+R+C+LFE+BL+BR) 200.000kbps\nA [FLAC] 44100Hz 2ch 16Bit\nA [PCM] 48000Hz 2ch 16Bit "
             "1536.000kbps\n"
             "A [AAC LC] 44100Hz stereo(L,R)\nA [AAC HE+SBR] 48000Hz stereo(L,R)\n"
-            "A [A_NEW?CODEC] 96000Hz 8ch(L+R+C+LFE+BL+BR+SL+SR)\nA [Speex] 16000Hz 1ch\nI writer\n1.000"},
+            "A [A_NEW?CODEC] 96000Hz 8ch(L+R+C+LFE+BL+BR+SL+SR)\nA [Speex] 16000Hz 1ch\nA [AAC LC] custom\nI writer\n1.000"},
         {"subtitles, chapters, attachments, in their order",
             file({info(1000),
                 tracks({track(1, subtitle, "S_TEXT/UTF8", {words(0x22B59C, "jpn"), words(0x22B59D, "ja")}),
@@ -247,6 +250,11 @@ TEST(Matroska, counts_blocks_in_all_their_forms) {
             file({info(1000), tracks({pcm}), cluster(0, join_elements({block(1, 0, Data(9)), block(1, 500, Data(9))})),
                 element(0x1254C367, {tag(101, {{"BPS", "99000"}}), tag(55, {{"BPS", "1"}}), tag(0, {{"BPS", "2"}})})}),
             rate("99.000")},
+        {"E-AC-3 of two sizes",
+            file({info(1000), tracks({track(1, audio, "A_EAC3", {sound(48000, 2)})}),
+                cluster(0,
+                    join_elements({block(1, 0, eac3_frame(0, 0, 200, 2, 0)), group(1, 32, 32, eac3_frame(0, 0, 600, 2, 0))}))}),
+            "A [E-AC-3 2/0] 48000Hz 2ch 100.000kbps\nI writer\n1.000"},
         {"several elements of tags",
             file({info(1000), tracks({pcm}), element(0x1254C367, {tag(55, {{"BPS", "1"}})}),
                 element(0x1254C367, {tag(101, {{"BPS", "99000"}})}), cluster(0, block(1, 0, Data(9)))}),

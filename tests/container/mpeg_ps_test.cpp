@@ -89,6 +89,12 @@ TEST(ProgramStream, lists_its_streams) {
     for (int frame = 1; frame < 12; ++frame) {
         timed.packet(0xE0, slices(99), frame * 3750).packet(0xE0, slices(120));
     }
+    ProgramBuilder sparse = ProgramBuilder().pack(0).packet(0xE0, vol.bytes); // a stamp for every fourth picture
+    for (uint64_t frame = 0; frame < 12; ++frame) {
+        const BitBuilder vop = BitBuilder().bits(0x1B6, 32).bits(1, 2).bits(1, 2).bits(frame * 2, 5).bits(3, 2);
+        const int64_t stamp = frame % 4 == 0 ? static_cast<int64_t>(frame) * 7500 : no_stamp;
+        sparse.packet(0xE0, joined({vop.bytes, slices(99)}), stamp).packet(0xE0, slices(120));
+    }
     // AudioMuxElement with a StreamMuxConfig: AAC LC of 48 kHz, stereo.
     Payload latm = loas_frame(BitBuilder().bits(1, 3).bits(0, 13).bits(0x1190, 16), 300);
     const Payload adts = adts_frame(4000, {.rate_index = 3});
@@ -115,6 +121,14 @@ TEST(ProgramStream, lists_its_streams) {
         {"an extended stream of a map", extension.bytes, "[MPEG2]\nA " + ac3_line + " jpn\n0.000"},
         {"LATM with an ADTS sync word by chance", ProgramBuilder().pack(0).map({{0x11, 0xC0}}).packet(0xC0, latm, 0).bytes,
             "[MPEG2]\nA [AAC LC] 48000Hz stereo(L,R) 112.500kbps jpn\n0.021"},
+        {"AAC that begins with silence",
+            ProgramBuilder()
+                .pack(0)
+                .map({{0x0F, 0xC0}})
+                .packet(0xC0, adts_frame(40, {.rate_index = 3}), 0)
+                .packet(0xC0, adts_frame(360, {.rate_index = 3}), 1920)
+                .bytes,
+            "[MPEG2]\nA [MPEG4-AAC AAC_LC] 48000Hz stereo(L,R) 75.000kbps 200Byte jpn\n0.043"},
         {"E-AC-3 of one block a frame, behind a sync word by chance",
             ProgramBuilder()
                 .pack(0)
@@ -133,6 +147,8 @@ TEST(ProgramStream, lists_its_streams) {
             "[MPEG2]\nA " + ac3_line + "\n0.032"},
         {"a frame rate by the time stamps", timed.bytes,
             "[MPEG2]\nV 640x480 [MPEG4 Simple@L1 1:1] 8Bit 24.000fps 40.432kbps Progressive\n0.500"},
+        {"a frame rate by the pictures", sparse.bytes,
+            "[MPEG2]\nV 640x480 [MPEG4 Simple@L1 1:1] 8Bit 12.000fps 29.003kbps Progressive\n0.750"},
         {"packets without packs", ProgramBuilder().packet(0xE0, video_start(), 0).packet(0xE0, slices(20), 3003).bytes,
             "[MPEG2]\nV " + sequence_line + "\n" + tail + "0.067"},
         {"cut in the middle", ByteBuilder().be32(0x1B3).append(slices(90)).append(dvd.bytes).bytes,
@@ -156,6 +172,11 @@ TEST(ProgramStream, times_what_was_joined_or_went_round) {
     for (const int64_t start : {10 * second, int64_t{0}, 3600 * second}) {
         add_seconds(&parts, start, 50);
     }
+    ProgramBuilder unsteady; // a clock that steps back where the time stamps go on
+    for (int i = 0; i < 50; ++i) {
+        unsteady.pack((i < 20 ? i + 40 : i) * second / 25)
+            .packet(0xE0, i == 0 ? video_start() : slices(500), (i + 60) * second / 25);
+    }
     ProgramBuilder large; // more than is walked
     add_seconds(&large, 0, 1500, 2500);
     ProgramBuilder loops;
@@ -176,6 +197,7 @@ TEST(ProgramStream, times_what_was_joined_or_went_round) {
         {"from the first picture to the end of the last", plain.bytes, streams + "1.993"},
         {"a clock that goes round", round.bytes, streams + "1.993"},
         {"three recordings", parts.bytes, streams + estimated + "6.0"},
+        {"one recording", unsteady.bytes, "[MPEG2]\nV " + sequence_line + "\n" + tail + "1.993"},
         {"by the stamps at both ends", large.bytes, streams + "59.993"},
         {"many short recordings", loops.bytes, streams + estimated},
         {"a lone wrong value", wrong_clock.bytes, streams + "1.993"},

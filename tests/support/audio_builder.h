@@ -7,22 +7,6 @@
 
 namespace zat::test {
 
-inline std::vector<uint8_t> joined(std::initializer_list<std::vector<uint8_t>> parts) {
-    ByteBuilder all;
-    for (const std::vector<uint8_t>& part : parts) {
-        all.append(part);
-    }
-    return all.bytes;
-}
-
-inline std::vector<uint8_t> repeated(int count, const std::vector<uint8_t>& part) {
-    ByteBuilder all;
-    for (int i = 0; i < count; ++i) {
-        all.append(part);
-    }
-    return all.bytes;
-}
-
 // AAC in an ADTS frame without a checksum.
 struct AdtsFields {
     uint32_t id = 0, profile = 1, rate_index = 4, channels = 2;

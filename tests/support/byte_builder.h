@@ -78,6 +78,22 @@ inline Data bytes_of_hex(std::string_view digits) {
     return bytes;
 }
 
+inline Data joined(std::initializer_list<Data> parts) {
+    ByteBuilder all;
+    for (const Data& part : parts) {
+        all.append(part);
+    }
+    return all.bytes;
+}
+
+inline Data repeated(int count, const Data& part) {
+    ByteBuilder all;
+    for (int i = 0; i < count; ++i) {
+        all.append(part);
+    }
+    return all.bytes;
+}
+
 // Fields of any width, most significant bit first.
 struct BitBuilder {
     Data bytes;

@@ -65,7 +65,7 @@ struct Parsed {
 };
 
 // The bytes have no room behind them, so that a sanitizer sees a read past them.
-Parsed parse(const std::vector<uint8_t>& nal, AvcRules rules = AvcRules::first_lines) {
+Parsed parse(const std::vector<uint8_t>& nal, AvcRules rules = AvcRules::legacy) {
     Parsed parsed;
     const std::vector<uint8_t> exact(nal.begin(), nal.end());
     ParseAvcSequenceParameterSet(exact.data(), static_cast<uint32_t>(exact.size()), &parsed.info, &parsed.state, rules);
@@ -244,9 +244,9 @@ TEST(AvcSps, BoundsExpGolombCodesAndCountsByTheBitsPresent) {
 
 TEST(AvcNames, BoundTheTextToTheSizeGiven) {
     char text[40];
-    FormatAvcProfileLevel(text, sizeof text, 255, 9);
+    FormatAvcProfileLevel(text, sizeof text, 255, 9, AvcRules::legacy);
     EXPECT_STREQ(text, "UnknownProfile(255)@UnknownLevel(9)");
-    FormatAvcProfileLevel(text, 32, 255, 255);
+    FormatAvcProfileLevel(text, 32, 255, 255, AvcRules::legacy);
     EXPECT_STREQ(text, "UnknownProfile(255)@UnknownLeve");
 }
 

@@ -51,6 +51,11 @@ TEST(HevcSps, ReadsParameterSetsWhereverTheyStand) {
         {"range extensions, scaling lists", parse_hevc_sps, range_extensions,
             "HEVC/H265 Main 4:2:2 12@2 | frame_rate=23.976 size=322:182 pixel=1:1 display=23:13 fps_ratio=24000:1001 scan=1 "
             "bit_depth=12 codec=HEVC profile=Main 4:2:2 12 level=2 chroma=4:2:2 range=limited"},
+        {"fields", parse_hevc_sps,
+            bytes_of_hex("42 01 01 01 60 00 00 03 00 40 00 00 03 00 00 03 00 3c a0 0a 08 1e 59 64 a9 24 ca f0 10 d0 00 00 03 00 "
+                         "10 00 00 03 03 20 80 00"),
+            "HEVC/H265 Main@2 | frame_rate=25.000 size=320:240 pixel=1:1 display=4:3 fps_ratio=25:1 scan=2 bit_depth=8 "
+            "codec=HEVC profile=Main level=2 chroma=4:2:0"},
         {"record without a parameter set", parse_hevc_config, record({0x44, 1, 2}),
             "HEVC/H265 Main 10@5.1 | scan=1 bit_depth=10 codec=HEVC profile=Main 10 level=5.1 chroma=4:2:2"},
     };

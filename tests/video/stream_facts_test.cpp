@@ -9,14 +9,6 @@
 namespace zat::test::stream_facts_test {
 namespace {
 
-Data joined(std::initializer_list<Data> parts) {
-    ByteBuilder all;
-    for (const Data& part : parts) {
-        all.append(part);
-    }
-    return all.bytes;
-}
-
 Data display_extension() {
     return BitBuilder()
         .bits(0x1B5, 32)
@@ -106,6 +98,11 @@ TEST(VideoFacts, of_mpeg4_visual) {
     for (size_t length = 9; length < vol.bytes.size(); ++length) {
         EXPECT_EQ(find_mpeg4_headers(Bytes(vol.bytes).first(length), &headers), 1) << length;
     }
+    BitBuilder deep; // an N-bit object of 12 bits
+    deep.bits(0x120, 32).bits(0, 1).bits(6, 8).bits(0, 1).bits(1, 4).bits(0, 1).bits(0, 2).bits(1, 1).bits(25, 16).bits(1, 1);
+    deep.bits(0, 1).bits(1, 1).bits(640, 13).bits(1, 1).bits(480, 13).bits(1, 1).bits(0, 1).bits(2, 2).bits(1, 1).bits(5, 4);
+    EXPECT_EQ(find_mpeg4_headers(deep.bits(12, 4).bytes, &headers), 0);
+    EXPECT_EQ(headers.vol.bit_depth, 12);
 }
 
 TEST(VideoFacts, of_vc1) {

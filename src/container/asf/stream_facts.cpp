@@ -136,7 +136,9 @@ void add_audio(const Source& source, const Described& described) {
     wave.rate = described.extras->data_rate;
     const bool tells_rate = size >= byte_rate_at + 4 && ReadLE32(format + byte_rate_at) != 0;
     if (wave.rate == 0 && !tells_rate) {
-        wave.rate = described.extras->packet_rate;
+        const uint64_t told = described.extras->packet_rate;
+        const bool counts = told == 0 && source.scan->complete;
+        wave.rate = counts ? counted_rate(source, *described.scan) : told;
     }
     add_wave_stream(source.out, wave, &facts);
 }

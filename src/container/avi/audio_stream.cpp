@@ -6,8 +6,8 @@ namespace zat::avi {
 
 namespace {
 
-constexpr uint32_t audio_format_size =
-    256; // bytes: the longest formats hold coefficients and books
+// Bytes: the longest formats hold coefficients and code books.
+constexpr uint32_t audio_format_size = 256;
 
 } // namespace
 

@@ -134,8 +134,8 @@ void count_chunks(Stream* stream, uint32_t chunks, uint32_t empty, uint64_t byte
     stream->bytes += bytes;
 }
 
-// Entries of one ID. An index has few IDs, which take turns: they are told apart once, and not for
-// each of hundreds of thousands of entries.
+// Sums over index entries of one ID. An index has few IDs, which take turns, so the stream of an ID
+// is looked up when its tally begins, and not for each of hundreds of thousands of entries.
 struct Tally {
     uint32_t id = 0;
     uint32_t chunks = 0;
@@ -144,8 +144,8 @@ struct Tally {
     Stream* unlocated = nullptr; // the stream, while its first data may be unknown
 };
 
-// By the last digit of the stream's number. Adding to what has just been added to must wait for
-// that, so several sets share the entries.
+// Slots by the last digit of the stream's number. Consecutive entries of one stream go to different
+// sets: adding to a sum must wait until the addition before it has been stored.
 struct Tallies {
     static constexpr uint32_t sets = 4;
     static constexpr uint32_t slots = 16;

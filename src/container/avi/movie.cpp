@@ -100,7 +100,9 @@ void read_header_list(Reader* reader, Span space, Movie* movie) {
             movie->frame_time = read_le32(reader, chunk.payload, 0);
             movie->first_part_frames = read_le32(reader, chunk.payload, 16);
         } else if (type == fourcc("strl") && movie->stream_count < stream_limit) {
-            read_stream_list(reader, content, &movie->streams[movie->stream_count++]);
+            Stream* stream = &movie->streams[movie->stream_count++];
+            *stream = {};
+            read_stream_list(reader, content, stream);
         } else if (type == fourcc("odml")) {
             movie->has_odml = true;
             read_odml_list(reader, content, movie);

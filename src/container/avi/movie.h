@@ -35,6 +35,8 @@ struct Stream {
 };
 
 struct Movie {
+    Movie() {} // leaves the streams as they are: clearing them all costs more than reading one
+
     uint32_t frame_time = 0; // microseconds
     uint32_t first_part_frames = 0;
     uint32_t total_frames = 0; // of all parts; OpenDML
@@ -46,8 +48,10 @@ struct Movie {
     Span idx1 = {};            // the first part's index
     Span info = {};            // chunks of texts
     int64_t announced_end = 0; // file position
-    uint32_t stream_count = 0; // as many as there are in `streams`
-    Stream streams[stream_limit];
+    uint32_t stream_count = 0;
+    union {
+        Stream streams[stream_limit]; // those that are counted
+    };
 };
 
 // Pictures, alone or with the sound between them.

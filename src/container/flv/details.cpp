@@ -7,7 +7,6 @@
 #include "audio/stream_facts.h"
 #include "common/codec_names.h"
 #include "common/details.h"
-#include "common/fourcc.h"
 #include "common/numbers.h"
 #include "common/stream_lines.h"
 #include "common/text.h"
@@ -98,10 +97,7 @@ void read_video_configuration(Bytes config, ZatStream* stream) {
     Vp9Sequence vp9;
     if (codec == "H.264" && read_avc_config(config, &record)) {
         AvcSequenceInfo info;
-        AvcParseState state;
-        ParseAvcSequenceParameterSet(record.first_sps.data(),
-            static_cast<uint32_t>(record.first_sps.size()), &info, &state, AvcRules::standard);
-        if (info.width != 0) {
+        if (read_avc_sps(record.first_sps, &info)) {
             avc_facts(info, stream);
         }
     } else if (codec == "HEVC" && parse_hevc_config(config, &hevc)) {

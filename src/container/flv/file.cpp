@@ -108,7 +108,7 @@ void read_video_data(Bytes data, FlvInfo* info) {
     if (avc && info->avc_profile_level[0] == '\0' && data.size() > avc_level_at &&
         head.packet_type == packet_sequence_header) {
         FormatAvcProfileLevel(info->avc_profile_level, sizeof info->avc_profile_level,
-            data[avc_profile_at], data[avc_level_at]);
+            data[avc_profile_at], data[avc_level_at], AvcRules::legacy);
     }
 }
 

@@ -1,6 +1,7 @@
 #include "audio/aac.h"
 #include "audio/alac.h"
 #include "audio/dts_hd.h"
+#include "audio/eac3.h"
 #include "audio/first_frame.h"
 #include "audio/flac_streaminfo.h"
 #include "audio/opus.h"
@@ -100,6 +101,18 @@ void describe_mpeg_audio(Description* text, ZatStream* stream) {
     describe_by_frame(describe_mpeg_audio_frame, text, stream);
     if (text->line[0] != '\0' && stream->nominal_bit_rate != 0) {
         describe_mpeg_audio_at_rate(text->start, text->rate, stream, text->line);
+    }
+}
+
+// E-AC-3 tells no rate: that of its first frames gives way to a known one.
+void describe_dolby(FrameDescriber describer, Description* text, ZatStream* stream) {
+    describe_by_frame(describer, text, stream);
+    Eac3Info info;
+    if (bounded_text(stream->codec) == "E-AC-3" && stream->nominal_bit_rate != 0 &&
+        eac3_info(text->start, &info)) {
+        info.bitrate = clamp_to_integer<uint32_t>(static_cast<double>(text->rate));
+        eac3_line(&info, text->line);
+        stream->nominal_bit_rate = 0;
     }
 }
 
@@ -255,13 +268,13 @@ void describe(Parser parser, Description* text, ZatStream* stream) {
         describe_aac(text, stream);
         break;
     case Parser::ac3:
-        describe_by_frame(describe_dolby_frame, text, stream);
+        describe_dolby(describe_dolby_frame, text, stream);
+        break;
+    case Parser::eac3:
+        describe_dolby(describe_eac3_frame, text, stream);
         break;
     case Parser::dts:
         describe_dts(text, stream);
-        break;
-    case Parser::eac3:
-        describe_by_frame(describe_eac3_frame, text, stream);
         break;
     case Parser::truehd:
         describe_truehd(text, stream);

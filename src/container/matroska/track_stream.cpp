@@ -2,7 +2,6 @@
 
 #include "common/details.h"
 #include "common/text.h"
-#include "common/text_codes.h"
 
 #include <algorithm>
 #include <cstring>

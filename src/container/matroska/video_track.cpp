@@ -226,6 +226,11 @@ void describe(const Track& track, const Codec* codec, Bytes codec_private, Bitma
         bitmap->name = bitmap->name.empty() ? bounded_text(track.codec_id) : bitmap->name;
     }
     describe_bitmap_stream(*bitmap, stream, description);
+    if (track.codec_id[0] == '\0') { // the code that stands for none is no name
+        stream->codec[0] = '\0';
+        stream->codec_id[0] = '\0';
+        description->codec[0] = '\0';
+    }
 }
 
 } // namespace

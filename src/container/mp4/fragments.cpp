@@ -1,11 +1,30 @@
 #include "container/mp4/fragments.h"
 
 #include <algorithm>
+#include <bit>
 #include <iterator>
 
 namespace zat::mp4 {
 
 namespace {
+
+// tf_flags: which fields stand behind the track ID (8.8.7.1).
+enum TrackFragmentFlag : uint32_t {
+    has_base_data_offset = 0x01,
+    has_description_index = 0x02,
+    has_default_duration = 0x08,
+    has_default_size = 0x10,
+};
+
+// tr_flags: which fields stand behind the sample count, and which in each sample (8.8.8.1).
+enum TrackRunFlag : uint32_t {
+    has_data_offset = 0x001,
+    has_first_sample_flags = 0x004,
+    has_durations = 0x100,
+    has_sizes = 0x200,
+    has_flags = 0x400,
+    has_time_offsets = 0x800,
+};
 
 // 8.8.2
 void take_fragments_duration(Reader* reader, Span payload, Movie* movie) {
@@ -37,8 +56,8 @@ void sum_samples(
     Reader* reader, Span table, uint32_t count, uint32_t flags, uint32_t width, Track* track) {
     constexpr uint32_t block_size = 4096;
     uint8_t block[block_size];
-    const bool durations = (flags & 0x100) != 0;
-    const bool sizes = (flags & 0x200) != 0;
+    const bool durations = (flags & has_durations) != 0;
+    const bool sizes = (flags & has_sizes) != 0;
     const uint32_t size_at = durations ? 4 : 0;
     int64_t offset = 0;
     while (count != 0) {
@@ -92,7 +111,7 @@ void visit_track_fragment(Reader* /*reader*/, const Atom& /*atom*/, Movie* movie
     movie->fragment_track = nullptr;
 }
 
-// 8.8.7: which of the fields behind the track ID are there is told by the flags.
+// 8.8.7
 void visit_track_fragment_header(Reader* reader, const Atom& atom, Movie* movie) {
     const uint32_t flags = read_be32(reader, atom.payload, 0);
     const uint32_t id = read_be32(reader, atom.payload, 4);
@@ -104,13 +123,13 @@ void visit_track_fragment_header(Reader* reader, const Atom& atom, Movie* movie)
         }
     }
     int64_t offset = 8;
-    offset += (flags & 0x01) != 0 ? 8 : 0; // base_data_offset
-    offset += (flags & 0x02) != 0 ? 4 : 0; // sample_description_index
-    if ((flags & 0x08) != 0) {
+    offset += (flags & has_base_data_offset) != 0 ? 8 : 0;
+    offset += (flags & has_description_index) != 0 ? 4 : 0;
+    if ((flags & has_default_duration) != 0) {
         movie->fragment_defaults.duration = read_be32(reader, atom.payload, offset);
         offset += 4;
     }
-    if ((flags & 0x10) != 0) {
+    if ((flags & has_default_size) != 0) {
         movie->fragment_defaults.size = read_be32(reader, atom.payload, offset);
     }
 }
@@ -125,23 +144,21 @@ void visit_track_run(Reader* reader, const Atom& atom, Movie* movie) {
     const uint32_t flags = ReadBE32(fields);
     const uint32_t count = ReadBE32(fields + 4);
     track->fragment_samples += count;
-    if ((flags & 0x100) == 0) {
+    if ((flags & has_durations) == 0) {
         track->fragment_duration += uint64_t{count} * movie->fragment_defaults.duration;
     }
-    if ((flags & 0x200) == 0) {
+    if ((flags & has_sizes) == 0) {
         track->fragment_bytes += uint64_t{count} * movie->fragment_defaults.size;
     }
-    if ((flags & 0x300) == 0) {
+    if ((flags & (has_durations | has_sizes)) == 0) {
         return;
     }
-    uint32_t width = 0; // duration, size, flags, composition time offset
-    for (uint32_t flag = 0x100; flag <= 0x800; flag <<= 1) {
-        width += (flags & flag) != 0 ? 4 : 0;
-    }
+    constexpr uint32_t sample_fields = has_durations | has_sizes | has_flags | has_time_offsets;
+    const auto width = 4 * static_cast<uint32_t>(std::popcount(flags & sample_fields)); // bytes
     Span table = atom.payload;
     table.start += 8;
-    table.start += (flags & 0x01) != 0 ? 4 : 0; // data_offset
-    table.start += (flags & 0x04) != 0 ? 4 : 0; // first_sample_flags
+    table.start += (flags & has_data_offset) != 0 ? 4 : 0;
+    table.start += (flags & has_first_sample_flags) != 0 ? 4 : 0;
     sum_samples(reader, table, count, flags, width, track);
 }
 

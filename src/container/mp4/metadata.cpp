@@ -1,6 +1,5 @@
 #include "container/mp4/metadata.h"
 
-#include "common/text.h"
 #include "common/text_codes.h"
 
 #include <algorithm>

@@ -1,7 +1,6 @@
 #include "container/mp4/movie_details.h"
 
 #include "common/details.h"
-#include "common/text.h"
 #include "common/utc_time.h"
 #include "container/mp4/metadata.h"
 #include "container/mp4/sample_tables.h"
@@ -54,8 +53,9 @@ void describe_tracks(Reader* reader, Movie* movie, ZatDetails* details) {
             details->chapters = sample_totals(reader, &track).samples;
         }
     }
-    if (details->stream_count >=
-        ZAT_STREAM_SLOTS) { // else a slot would be counted that nothing filled
+    // Tracks that were not kept only count: with slots left, the next one would be counted
+    // unfilled.
+    if (details->stream_count >= ZAT_STREAM_SLOTS) {
         details->stream_count += static_cast<uint32_t>(all - movie->track_count);
     }
 }

@@ -20,10 +20,11 @@ struct SampleEntry {
     uint32_t channels = 0;
     uint32_t sample_size = 0; // bits
     uint32_t sample_rate = 0; // Hz
-    uint32_t packet_samples =
-        0;                   // of QuickTime's sound of version 1: samples per channel in a packet
-    uint32_t frame_size = 0; // and bytes of a packet, all channels together
-    uint32_t pcm_flags = 0;  // of version 2
+    // Of QuickTime's sound entries of version 1: samples per channel in a packet, and bytes of a
+    // packet, all channels together.
+    uint32_t packet_samples = 0;
+    uint32_t frame_size = 0;
+    uint32_t pcm_flags = 0; // of version 2
 
     // Payloads of atoms behind the fixed fields; empty where there is none.
     Span es_descriptor;      // "esds"

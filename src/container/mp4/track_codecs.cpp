@@ -1,6 +1,5 @@
 // The names of the codecs of tracks, and the tracks that are neither pictures nor sound.
 #include "common/codec_names.h"
-#include "common/text.h"
 #include "container/mp4/track_details.h"
 
 #include <algorithm>

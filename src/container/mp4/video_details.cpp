@@ -30,10 +30,7 @@ void read_avc(const TrackFacts& facts, ZatStream* stream) {
         return;
     }
     AvcSequenceInfo info;
-    AvcParseState state;
-    ParseAvcSequenceParameterSet(config.first_sps.data(),
-        static_cast<uint32_t>(config.first_sps.size()), &info, &state, AvcRules::standard);
-    if (info.width != 0) {
+    if (read_avc_sps(config.first_sps, &info)) {
         avc_facts(info, stream);
         return;
     }
@@ -54,6 +51,7 @@ void read_video_configuration(const TrackFacts& facts, ZatStream* stream) {
     Vc1Sequence vc1;
     if (codec == "HEVC" && parse_hevc_config(record, &hevc)) {
         set_hevc_facts(stream, hevc);
+        stream->height = hevc.height; // of fields where the samples are fields, which are counted
     } else if (codec == "AV1" && parse_av1_config(record, &av1)) {
         set_av1_facts(stream, av1);
     } else if (codec == "VP9" && parse_vp9_config(record, &vp9)) {

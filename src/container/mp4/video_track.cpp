@@ -1,6 +1,5 @@
 #include "container/mp4/video_track.h"
 
-#include "common/codec_catalogue.h"
 #include "common/start_code.h"
 #include "common/text.h"
 #include "container/mp4/codec_text.h"
@@ -32,10 +31,12 @@ bool describe_avc(Reader* reader, const SampleEntry& entry, VideoDescription* de
         return false;
     }
     char profile_level[profile_level_size];
-    FormatAvcProfileLevel(profile_level, sizeof profile_level, config.profile, config.level);
+    FormatAvcProfileLevel(
+        profile_level, sizeof profile_level, config.profile, config.level, AvcRules::legacy);
     AvcSequenceInfo info{};
     ParseAvcSequenceParameterSet(config.first_sps.data(),
-        static_cast<uint32_t>(config.first_sps.size()), &info, &description->avc_state);
+        static_cast<uint32_t>(config.first_sps.size()), &info, &description->avc_state,
+        AvcRules::legacy);
     description->progressive = info.frame_mbs_only == 1;
     uint32_t h = 0;
     uint32_t v = 0;

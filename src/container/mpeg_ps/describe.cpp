@@ -221,7 +221,7 @@ bool describe_mlp(Stream* stream) {
     return false;
 }
 
-bool describe_audio(Stream* stream) {
+bool describe_frames(Stream* stream) {
     constexpr uint8_t latm_type = 0x11; // whose data may look like a first ADTS frame
     switch (stream->kind) {
     case Kind::mpeg_audio:
@@ -245,6 +245,21 @@ bool describe_audio(Stream* stream) {
     default:
         return false;
     }
+}
+
+// A rate that is the mean of frames waits for all that can be collected together.
+bool describe_audio(Stream* stream, bool last) {
+    const ZatStream before = stream->facts;
+    if (!describe_frames(stream)) {
+        return false;
+    }
+    const bool is_mean = (stream->facts.estimated & ZAT_ESTIMATED_BIT_RATE) != 0;
+    if (is_mean && !last && stream->collected < Stream::collect_size) {
+        stream->facts = before;
+        stream->form = Form::unknown;
+        return false;
+    }
+    return true;
 }
 
 struct KindName {
@@ -279,7 +294,7 @@ bool is_of_other_type(const Stream& stream) {
 
 bool describe_stream(Stream* stream, bool last) {
     if (stream->kind != Kind::video) {
-        return describe_audio(stream);
+        return describe_audio(stream, last);
     }
     if (!describe_video(stream, last)) {
         return false;

@@ -67,41 +67,12 @@ PlayTime length_by_codes(
     return {.seconds = by_size, .estimated = true};
 }
 
-// The step between sorted times, when all have the same but the last, behind which pictures that
-// are shown before it may be missing; else 0.
-uint32_t common_step(const FrameTimes& times) {
-    const int64_t step = times.count > 1 ? times.times[1] - times.times[0] : 0;
-    for (uint32_t i = 2; i + 1 < times.count; ++i) {
-        if (times.times[i] - times.times[i - 1] != step) {
-            return 0;
-        }
-    }
-    return clamp_to_integer<uint32_t>(static_cast<double>(step));
-}
-
-// The rate of MPEG-4 whose pictures tell their times one by one.
-void measure_rate(Stream* stream, PictureCount* count) {
-    const uint16_t resolution = stream->mpeg4.time_increment_resolution;
-    if (stream->facts.frame_rate != 0 || resolution == 0) {
-        return;
-    }
-    FrameTimes* times = &count->times;
-    std::sort(times->times, times->times + times->count);
-    const uint32_t step = common_step(*times);
-    set_frame_rate(&stream->facts, resolution, step);
-    if (step == 0) {
-        measure_frame_rate(&stream->facts, times, 1.0 / resolution);
-    }
-    drop_nonsense(&stream->facts);
-}
-
 // Counts the whole stream.
 PlayTime count_all(Source* source, Stream* stream, int64_t from) {
-    PictureCount count;
-    count_pictures(source, *stream, from, source->size, &count);
+    PictureCount count = count_pictures(source, *stream, from, source->size);
     stream->facts.frames = static_cast<uint64_t>(count.coded_fields + 1) / 2;
     const bool told = stream->facts.frame_rate > 0;
-    measure_rate(stream, &count);
+    measure_picture_rate(stream, &count.times);
     const double rate = stream->facts.frame_rate;
     if (!(rate > 0)) {
         return {};
@@ -126,10 +97,9 @@ double scale(const PictureCount& count, int64_t sampled, int64_t size, Stream* s
 }
 
 PlayTime sample_ends(Source* source, Stream* stream, int64_t from) {
-    PictureCount head;
-    PictureCount tail;
-    count_pictures(source, *stream, from, from + end_size, &head);
-    count_pictures(source, *stream, source->size - end_size, source->size, &tail);
+    const PictureCount head = count_pictures(source, *stream, from, from + end_size);
+    const PictureCount tail =
+        count_pictures(source, *stream, source->size - end_size, source->size);
     PictureCount both;
     both.fields = head.fields + tail.fields;
     both.coded_fields = head.coded_fields + tail.coded_fields;
@@ -146,8 +116,8 @@ int64_t next_picture(Source* source, const Stream& stream, int64_t from) {
     constexpr int64_t step = next_picture_step;
     constexpr int64_t reach = 524'288;
     for (int64_t at = from; at < from + reach; at += step) {
-        PictureCount count;
-        count_pictures(source, stream, at, std::min(at + step, source->size), &count);
+        const PictureCount count =
+            count_pictures(source, stream, at, std::min(at + step, source->size));
         if (count.first_picture >= 0 || at + step >= source->size) {
             return count.first_picture >= 0 ? count.first_picture : source->size;
         }
@@ -163,10 +133,9 @@ PlayTime sample_stretches(Source* source, Stream* stream, int64_t from) {
     for (int64_t i = 0; i < stretch_count; ++i) {
         const int64_t start = from + (size - stretch_size) / (stretch_count - 1) * i;
         source_read_ahead(source, start, stretch_size + next_picture_step);
-        PictureCount count;
-        count_pictures(source, *stream, start, start + stretch_size, &count);
+        PictureCount count = count_pictures(source, *stream, start, start + stretch_size);
         if (i == 0) {
-            measure_rate(stream, &count);
+            measure_picture_rate(stream, &count.times);
         }
         const int64_t end =
             count.first_picture < 0 ? -1 : next_picture(source, *stream, start + stretch_size);
@@ -199,6 +168,7 @@ bool analyze_elementary_stream(Program* program, int64_t from, const Output& out
         .start = from,
         .end = program->source.size};
     Stream* stream = stream_of(&program->table, payload);
+    stream->pictures = nullptr; // are counted by stretches
     collect_payload(&program->source, stream, payload);
     if (stream->form == Form::unknown &&
         (stream->collected == 0 || !describe_stream(stream, true))) {

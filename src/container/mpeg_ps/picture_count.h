@@ -1,13 +1,17 @@
-// Counting the pictures of a bare video stream.
+// Counting the pictures of a video stream.
 #pragma once
 
 #include "common/frame_timing.h"
 #include "container/mpeg_ps/source.h"
-#include "container/mpeg_ps/stream_table.h"
+#include "video/mpeg4_vop.h"
+#include "video/mpeg_video_headers.h"
 
+#include <cstddef>
 #include <cstdint>
 
 namespace zat::ps {
+
+struct Stream;
 
 struct PictureCount {
     int64_t fields = 0;         // as displayed; a frame has two
@@ -23,9 +27,27 @@ struct PictureCount {
     int64_t last_time = 0;
 };
 
-// Adds what the stretch [from, to) of a stream that is described has. The source is without
-// sectors.
-void count_pictures(
-    Source* source, const Stream& stream, int64_t from, int64_t to, PictureCount* count);
+// A count under way.
+struct PictureCounter {
+    const Stream* stream = nullptr; // that is described
+    void (*count_unit)(PictureCounter*, uint8_t code, Bytes behind) = nullptr;
+    Mpeg4Clock clock;
+    bool open_picture = false; // one whose coding extension is still to come
+    PictureCount count;
+};
+
+void start_count(PictureCounter* counter, const Stream& stream);
+
+// Adds what a stretch of the elementary stream has, which begins at `position`. Returns how many of
+// its bytes were dealt with: codes near its end are left to the next one, which begins with them,
+// unless it is the last.
+size_t count_stretch(PictureCounter* counter, Bytes bytes, int64_t position, bool last);
+
+// What the stretch [from, to) of a bare stream has. The source is without sectors.
+PictureCount count_pictures(Source* source, const Stream& stream, int64_t from, int64_t to);
+
+// Sets the frame rate of MPEG-4 whose headers tell none by the times of its pictures, when there
+// are two at least. Sorts the times.
+void measure_picture_rate(Stream* stream, FrameTimes* times);
 
 } // namespace zat::ps

@@ -2,6 +2,7 @@
 
 #include "common/file_access.h"
 #include "common/output.h"
+#include "common/stream_lines.h"
 #include "container/mpeg_ps/describe.h"
 #include "container/mpeg_ps/walk.h"
 
@@ -26,9 +27,35 @@ constexpr uint32_t first_read = 135'168;
 constexpr uint64_t video_search_limit = 1'048'576;
 constexpr uint64_t audio_search_limit = 262'144;
 
+// Whether the pictures of a video that tells no frame rate are counted still.
+bool is_counting(const Stream& stream) {
+    constexpr int64_t most_fields = 64;
+    return stream.form == Form::generic_video && stream.facts.frame_rate == 0 &&
+           stream.pictures != nullptr && stream.pictures->count.coded_fields < most_fields;
+}
+
 bool wants_payload(const Stream& stream) {
-    return is_shown(stream) && stream.form == Form::unknown &&
+    return is_shown(stream) && (stream.form == Form::unknown || is_counting(stream)) &&
            stream.searched < (stream.kind == Kind::video ? video_search_limit : audio_search_limit);
+}
+
+void count_collected(Stream* stream, bool last) {
+    const Bytes collected{stream->collect, stream->collected};
+    const size_t done = count_stretch(stream->pictures, collected, 0, last);
+    stream->collected -= static_cast<uint32_t>(done);
+    std::memmove(stream->collect, stream->collect + done, stream->collected);
+    stream->counted_stamps = stream->times.count;
+}
+
+bool describe(Stream* stream, bool last) {
+    const bool described = describe_stream(stream, last);
+    if (described && stream->form == Form::generic_video) {
+        drop_nonsense(&stream->facts); // of the frame rate
+        if (stream->pictures != nullptr) {
+            start_count(stream->pictures, *stream);
+        }
+    }
+    return described;
 }
 
 // Describes the stream once enough is collected: what little has come since the last attempt is
@@ -40,7 +67,7 @@ void attempt(Stream* stream) {
         return;
     }
     stream->next_attempt = stream->collected + std::max(patience, stream->collected / 2);
-    if (!describe_stream(stream, false) && full) {
+    if (!describe(stream, false) && full) {
         constexpr uint32_t kept = 2048; // headers that the buffer's end cut
         std::memmove(stream->collect, stream->collect + Stream::collect_size - kept, kept);
         stream->collected = kept;
@@ -94,15 +121,44 @@ void take_head_packet(Program* program, const Unit& unit) {
     }
 }
 
-// The frame rate of a video whose headers tell none. Of several frames that begin in one packet
-// only the first has a stamp: where most packets have one, they tell nothing.
+// Whether each frame has its stamp: of several that begin in one packet only the first has one.
+// Where none can be counted and most packets have a stamp, that is not known.
+bool stamps_all_frames(const Stream& stream) {
+    const int64_t frames = stream.pictures->count.coded_fields / 2;
+    return frames > 1 ? frames * 4 <= int64_t{stream.counted_stamps} * 5
+                      : stream.timed_packets * 2 >= stream.times.count * 3;
+}
+
+// The frame rate of a video whose headers tell none.
 void measure_rate(Stream* stream) {
-    if (stream->form != Form::generic_video || stream->facts.frame_rate != 0 ||
-        stream->timed_packets * 2 < stream->times.count * 3) {
+    if (stream->form != Form::generic_video || stream->facts.frame_rate != 0) {
         return;
     }
-    measure_frame_rate(&stream->facts, &stream->times, 1.0 / static_cast<double>(clock_rate));
+    FrameTimes* times = &stream->pictures->count.times;
+    if (times->count > 2) { // of two, pictures that are shown between them may be missing
+        measure_picture_rate(stream, times);
+    }
+    if (stream->facts.frame_rate == 0 && stamps_all_frames(*stream)) {
+        measure_frame_rate(&stream->facts, &stream->times, clock_seconds(1));
+    }
     stream->frame_seconds = stream->facts.frame_rate > 0 ? 1 / stream->facts.frame_rate : 0;
+}
+
+// Some writers' clocks step back where they put off a stream: no recording begins there when the
+// time stamps of none go back as far.
+void drop_false_jumps(const StreamTable& table, ClockTrack* clocks) {
+    bool stamped = false;
+    int64_t step_back = 0;
+    for (size_t i = 0; i < table.count; ++i) {
+        const Stream& stream = table.streams[i];
+        if (is_shown(stream)) {
+            stamped = stamped || has_stamps(stream.head);
+            step_back = std::max(step_back, stream.head.step_back);
+        }
+    }
+    if (stamped && step_back < clocks->jump_back / 2) {
+        clocks->jumps -= clocks->jumps_back;
+    }
 }
 
 void walk_head(Program* program, int64_t from, int64_t to, bool in_order) {
@@ -126,12 +182,16 @@ void walk_head(Program* program, int64_t from, int64_t to, bool in_order) {
     }
     program->damaged = walk.damaged;
     if (has_clock(clocks)) {
+        drop_false_jumps(program->table, &clocks);
         program->clocks.tracks[program->clocks.count++] = clocks;
     }
     for (size_t i = 0; i < program->table.count; ++i) {
         Stream* stream = &program->table.streams[i];
-        if (wants_payload(*stream) && stream->collected > 0) {
-            describe_stream(stream, true);
+        if (stream->form == Form::unknown && wants_payload(*stream) && stream->collected > 0) {
+            describe(stream, true);
+        }
+        if (is_counting(*stream)) {
+            count_collected(stream, true);
         }
         measure_rate(stream);
     }
@@ -252,7 +312,12 @@ void collect_payload(Source* source, Stream* stream, const Payload& payload) {
         position += read;
         stream->collected += read;
         stream->searched += read;
-        attempt(stream);
+        if (stream->form == Form::unknown) {
+            attempt(stream);
+        }
+        if (is_counting(*stream)) {
+            count_collected(stream, false);
+        }
     }
 }
 

@@ -137,6 +137,7 @@ Stream* enter(StreamTable* table, uint16_t key, Kind kind) {
     *stream = Stream{};
     stream->key = key;
     stream->kind = kind;
+    stream->pictures = &table->pictures[table->count];
     stream->collect = table->collect[table->count++];
     stream->facts = new_stream(details_kind(kind));
     return stream;

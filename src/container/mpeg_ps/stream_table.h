@@ -6,6 +6,7 @@
 #include "common/text.h"
 #include "container/mpeg_pes.h"
 #include "container/mpeg_ps/pack.h"
+#include "container/mpeg_ps/picture_count.h"
 #include "container/mpeg_ps/source.h"
 #include "container/mpeg_ps/timing.h"
 #include "container/mpeg_ps/walk.h"
@@ -57,8 +58,9 @@ struct Stream {
     uint64_t bytes = 0; // of payload, substream headers not counted
     StampTrack head;
     StampTrack tail;
-    FrameTimes times;           // of a video's frames, in ticks
-    uint32_t timed_packets = 0; // in which they were found
+    FrameTimes times;            // of a video's frames, in ticks
+    uint32_t timed_packets = 0;  // in which they were found
+    uint32_t counted_stamps = 0; // of `times`, those that came with what `pictures` counts
     double frame_seconds = 0;
     ZatStream facts;
     MpegVideoHeaders sequence;
@@ -70,7 +72,8 @@ struct Stream {
     uint64_t searched = 0;     // bytes of payload looked at
     uint32_t next_attempt = 0; // to describe it, once so much is collected
     uint32_t collected = 0;
-    uint8_t* collect; // of collect_size bytes
+    uint8_t* collect;         // of collect_size bytes
+    PictureCounter* pictures; // of a video whose headers tell no rate, once it is described
 };
 
 constexpr size_t stream_limit = 64;
@@ -80,6 +83,7 @@ struct StreamTable {
     bool plain_ac3 = false; // private stream 1 is AC-3 without substream headers
     Stream streams[stream_limit];
     uint8_t order[stream_limit]; // by key, set by sort_streams
+    PictureCounter pictures[stream_limit];
     uint8_t collect[stream_limit][Stream::collect_size];
 };
 

@@ -122,7 +122,10 @@ void add_clock(ClockTrack* track, ClockPoint point) {
     if (track->steps == 0 && track->jumps == 0) {
         track->first = doubtful;
     } else {
+        const int64_t back = clock_distance(doubtful.clock, track->last.clock);
         ++track->jumps;
+        track->jumps_back += back > 0 ? 1 : 0;
+        track->jump_back = std::max(track->jump_back, back);
         track->jump_bytes += doubtful.position - track->last.position;
     }
     track->last = doubtful;
@@ -138,6 +141,7 @@ void add_stamp(StampTrack* track, int64_t stamp) {
     const int64_t step = clock_distance(now, stamp);
     if (std::abs(step) <= longest_stamp_step) {
         track->last += step;
+        track->step_back = std::max(track->step_back, -step);
         track->lowest = std::min(track->lowest, track->last);
         track->highest = std::max(track->highest, track->last);
         track->doubtful = no_clock;

@@ -24,6 +24,8 @@ struct ClockTrack {
     int64_t bytes = 0;      // of those steps
     int64_t jump_bytes = 0; // of the others
     int32_t jumps = 0;      // places where another recording begins
+    int32_t jumps_back = 0; // of these, with an earlier time
+    int64_t jump_back = 0;  // the longest of these
     int64_t steps = 0;
 };
 
@@ -41,6 +43,7 @@ struct StampTrack {
     int64_t lowest = 0;
     int64_t highest = 0;
     int64_t doubtful = no_clock;
+    int64_t step_back = 0; // the longest
     int32_t jumps = 0;
 };
 

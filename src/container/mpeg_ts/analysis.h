@@ -106,8 +106,9 @@ struct Analysis {
     int64_t buffer_start = 0; // position in the file
     uint32_t buffer_loaded = 0;
     uint64_t seen[pid_count / 64]; // a bit for each identifier, apart: they are all looked at
-    Pid pids[pid_count];
+    uint64_t used[pid_count / 64]; // a bit for each identifier that has its place in `pids`
     ServiceInfo services;
+    Pid pids[pid_count];
     Program programs[program_slots];
     Stream streams[stream_slots];
     Unit units[stream_slots];
@@ -130,6 +131,21 @@ T* take_entry(T (&table)[N], uint32_t* count) {
     T* entry = &table[(*count)++];
     *entry = {};
     return entry;
+}
+
+// The identifier's place, cleared when it comes into use.
+inline Pid* place_of(Analysis* analysis, uint32_t pid) {
+    const uint64_t bit = uint64_t{1} << pid % 64;
+    if ((analysis->used[pid / 64] & bit) == 0) {
+        analysis->used[pid / 64] |= bit;
+        analysis->pids[pid] = {};
+    }
+    return &analysis->pids[pid];
+}
+
+// What is known of the identifier.
+inline Pid known_of(const Analysis* analysis, uint32_t pid) {
+    return (analysis->used[pid / 64] >> pid % 64 & 1) != 0 ? analysis->pids[pid] : Pid{};
 }
 
 // The streams of programs that count: of those in the association table, or of all without one.

@@ -1,8 +1,6 @@
 #include "container/mpeg_ts/describe.h"
 
 #include "audio/ac3.h"
-#include "audio/adts.h"
-#include "audio/dts.h"
 #include "audio/dts_hd.h"
 #include "audio/eac3.h"
 #include "audio/first_frame.h"
@@ -48,48 +46,8 @@ bool describe_mpeg_audio(
         FrameKind::mpeg_audio, describe_mpeg_audio_frame, &captured, facts, text);
 }
 
-struct FrameRun {
-    uint64_t frames = 0;
-    uint64_t bytes = 0;
-};
-
-FrameRun follow_frames(FrameKind kind, Bytes bytes) {
-    FrameRun run;
-    for (uint32_t size = audio_frame_size(kind, bytes); size != 0 && size <= bytes.size();
-         size = audio_frame_size(kind, bytes)) {
-        ++run.frames;
-        run.bytes += size;
-        bytes = bytes.subspan(size);
-    }
-    return run;
-}
-
-// Length and rate are the means of the frames at hand.
 bool describe_adts(Bytes captured, ZatStream* facts, StreamText* text) {
-    const int64_t at = find_audio_frame(FrameKind::adts, captured);
-    if (at < 0) {
-        return false;
-    }
-    captured = captured.subspan(static_cast<size_t>(at));
-    AdtsHeader header;
-    if (ParseAdtsHeader(captured, &header) != 0) {
-        return false;
-    }
-    header.line_style = adts_version_and_profile;
-    const FrameRun run = follow_frames(FrameKind::adts, captured);
-    const uint32_t samples = audio_frame_samples(FrameKind::adts, captured);
-    adts_facts(header, captured, facts);
-    const uint64_t run_samples = run.frames * samples;
-    if (run_samples != 0) {
-        const uint64_t bits = run.bytes * 8;
-        header.frame_length = static_cast<uint32_t>(run.bytes / run.frames);
-        header.bitrate = static_cast<uint32_t>(bits * header.sample_rate / run_samples);
-        facts->bit_rate = bits * facts->sample_rate / run_samples;
-    }
-    FormatAdtsLine(&header, text->line);
-    set_frame_time(samples, *facts, text);
-    text->has_line = true;
-    return true;
+    return describe_first_frame(FrameKind::adts, describe_adts_frame, &captured, facts, text);
 }
 
 bool describe_latm(Bytes captured, ZatStream* facts, StreamText* text) {

@@ -113,7 +113,7 @@ bool check_counter(Pid* place, const Packet& packet, bool* lost) {
 }
 
 void take_packet(Analysis* analysis, const Packet& packet, int64_t position, bool without_maps) {
-    Pid* place = &analysis->pids[packet.pid];
+    Pid* place = place_of(analysis, packet.pid);
     analysis->seen[packet.pid / 64] |= uint64_t{1} << packet.pid % 64;
     if (packet.damaged || packet.pid == null_pid) {
         return;
@@ -159,7 +159,7 @@ bool is_complete(const Analysis* analysis) {
         const Unit& unit = analysis->units[i];
         const ZatStreamKind kind = text_of(stream.codec).kind;
         const bool matters = kind == ZAT_STREAM_VIDEO || kind == ZAT_STREAM_AUDIO;
-        const bool is_hidden = unit.encrypted || analysis->pids[stream.pid].scrambled;
+        const bool is_hidden = unit.encrypted || known_of(analysis, stream.pid).scrambled;
         const bool is_open =
             !unit.described || (unit.wants_stamps && unit.stamp_count < least_stamps);
         if (matters && is_open && !is_hidden) {

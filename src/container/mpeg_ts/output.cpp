@@ -2,7 +2,6 @@
 
 #include "common/extra_lines.h"
 #include "common/record_lines.h"
-#include "common/stream_lines.h"
 #include "container/mpeg_ts/pid_line.h"
 #include "container/mpeg_ts/service_lines.h"
 #include "container/mpeg_ts/stream_output.h"

@@ -54,7 +54,7 @@ void write_pid_line(const Analysis* analysis, InfoRecord* record) {
     uint32_t count = 0;
     for (uint32_t pid = next_seen(analysis, 0); pid < pid_count && count < entry_slots;
          pid = next_seen(analysis, pid + 1)) {
-        if (!belongs_to_stream(analysis, analysis->pids[pid])) {
+        if (!belongs_to_stream(analysis, known_of(analysis, pid))) {
             format_text(keys[count].key, sizeof keys[count].key, "%04X", pid);
             pids[count++] = static_cast<uint16_t>(pid);
         }
@@ -63,7 +63,7 @@ void write_pid_line(const Analysis* analysis, InfoRecord* record) {
     char line[line_size] = "PID";
     for (uint32_t i = 0; i < count; ++i) {
         CodecKey* key = &keys[i];
-        if (analysis->pids[pids[i]].carries_map) {
+        if (known_of(analysis, pids[i]).carries_map) {
             copy_text(key->name, "PMT");
         } else if (!key->found) {
             copy_text(key->name, carries_pcr(analysis, pids[i]) ? "PCR" : "");

@@ -33,14 +33,14 @@ void read_pat(Analysis* analysis, const Section& section) {
         Program* program = number != 0 ? program_of(analysis, number, pid) : nullptr;
         if (program != nullptr) {
             program->listed = true;
-            analysis->pids[pid].carries_map = true;
+            place_of(analysis, pid)->carries_map = true;
         }
     }
 }
 
 void add_map_stream(Analysis* analysis, uint16_t program, uint32_t registration, Bytes entry) {
     const uint16_t pid = ReadBE16(&entry[1]) & 0x1FFF;
-    Pid* place = &analysis->pids[pid];
+    Pid* place = place_of(analysis, pid);
     if (place->stream != 0 || analysis->stream_count == stream_slots) {
         return; // shared between programs
     }
@@ -60,7 +60,7 @@ void read_pmt(Analysis* analysis, uint16_t pid, const Section& section) {
     }
     program->has_map = true;
     program->pcr_pid = ReadBE16(&bytes[8]) & 0x1FFF;
-    analysis->pids[pid].carries_map = true;
+    place_of(analysis, pid)->carries_map = true;
     const uint32_t registration = registration_of(descriptor_loop(bytes, 10));
     const auto index = static_cast<uint16_t>(program - analysis->programs);
     Bytes rest = part_of(bytes, 12 + length12(bytes, 10));
@@ -103,7 +103,7 @@ void take_service_section(void* context, Bytes bytes) {
 
 // The place where sections of the identifier grow; null when all are in use.
 SectionBuffer* buffer_of(Analysis* analysis, uint16_t pid) {
-    Pid* place = &analysis->pids[pid];
+    Pid* place = place_of(analysis, pid);
     if (place->section == 0 && analysis->section_count < section_slots) {
         uint8_t* bytes = analysis->section_bytes[analysis->section_count];
         take_entry(analysis->sections, &analysis->section_count)->bytes = bytes;
@@ -128,7 +128,7 @@ bool begins_map(const Packet& packet) {
 } // namespace
 
 void read_program_tables(Analysis* analysis, const Packet& packet) {
-    Pid* place = &analysis->pids[packet.pid];
+    Pid* place = place_of(analysis, packet.pid);
     const bool is_candidate = !analysis->pat_seen && place->stream == 0 && begins_map(packet);
     const bool is_table = packet.pid == 0 || place->carries_map || is_candidate;
     if (!is_table && (place->section == 0 || carries_service_info(packet.pid))) {

@@ -4,7 +4,6 @@
 #include "common/text_codes.h"
 #include "text/arib_text.h"
 #include "text/dvb_text.h"
-#include "text/tidy_blanks.h"
 
 #include <iterator>
 

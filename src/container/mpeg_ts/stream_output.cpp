@@ -262,7 +262,7 @@ void add_other_stream(
 bool is_encrypted(const Analysis* analysis, uint32_t stream) {
     const Unit& unit = analysis->units[stream];
     return unit.encrypted ||
-           (analysis->pids[analysis->streams[stream].pid].scrambled && !unit.described) ||
+           (known_of(analysis, analysis->streams[stream].pid).scrambled && !unit.described) ||
            (analysis->streams[stream].flags & ZAT_FLAG_ENCRYPTED) != 0;
 }
 

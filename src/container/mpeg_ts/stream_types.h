@@ -20,7 +20,7 @@ struct Stream {
     uint8_t opus_channels = 0;   // 0: not told
     uint32_t flags = 0;          // ZatStreamFlag
     uint32_t registration = 0;   // format_identifier
-    uint32_t data_component = 0; // data_component_id and one, 0 without
+    uint32_t data_component = 0; // data_component_id plus one; 0 without one
     char language[32] = "";      // several with "/" between
     char pages[64] = "";         // of teletext, with their languages
 };

@@ -66,7 +66,7 @@ void gather_stamps(Timeline* line) {
 }
 
 const Clock* head_clock(const Timeline* line) {
-    const uint16_t index = line->analysis->pids[line->pcr_pid].clock;
+    const uint16_t index = known_of(line->analysis, line->pcr_pid).clock;
     return index != 0 ? &line->analysis->clocks[index - 1] : nullptr;
 }
 
@@ -89,7 +89,7 @@ void choose_clock(Timeline* line) {
 }
 
 void take_stamp(const Timeline* line, const Packet& packet, Stretch* stretch) {
-    const uint16_t stream = line->analysis->pids[packet.pid].stream;
+    const uint16_t stream = known_of(line->analysis, packet.pid).stream;
     PesHeader header;
     if (stream == 0 || !packet.starts_unit || packet.scrambling != 0 ||
         !counts(line, stream - 1U) || read_pes_header(&header, packet.payload) != 0 ||
@@ -106,7 +106,7 @@ void take_stamp(const Timeline* line, const Packet& packet, Stretch* stretch) {
 // Counts the payload of a stream, for its rate.
 void sample_payload(Analysis* analysis, const Packet& packet) {
     constexpr size_t header_size = 9; // of a PES packet, up to its own length
-    const uint16_t stream = analysis->pids[packet.pid].stream;
+    const uint16_t stream = known_of(analysis, packet.pid).stream;
     if (stream == 0) {
         return;
     }
@@ -178,7 +178,7 @@ void read_tail(const Timeline* line, Stretch* tail) {
     }
 }
 
-// The bytes that mostly hold two values of the clock, by how far apart they are in the head.
+// How many bytes a probe reads at first: two steps of the clock, as they are in the head.
 int64_t usual_probe(const Clock& clock) {
     const int64_t steps = std::max<int64_t>(int64_t{clock.count} - 1, 1);
     return 2 * (clock.last_position - clock.first_position) / steps;

@@ -1,6 +1,5 @@
 #include "container/ogg/comments.h"
 
-#include "common/details.h"
 #include "common/text.h"
 #include "common/text_codes.h"
 

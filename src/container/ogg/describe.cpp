@@ -5,11 +5,11 @@
 #include "audio/vorbis.h"
 #include "audio/wave_format.h"
 #include "audio/wave_stream.h"
-#include "common/channel_layout.h"
 #include "common/details.h"
 #include "common/numbers.h"
 #include "common/stream_lines.h"
 #include "common/text_codes.h"
+#include "container/ogg/codings.h"
 #include "video/bitmap_stream.h"
 #include "video/container_aspect.h"
 

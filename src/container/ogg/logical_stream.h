@@ -63,9 +63,6 @@ struct LogicalStream {
     uint64_t data_packets = 0; // that ended on those pages
 };
 
-// Which ZatStreamKind a coding has.
-ZatStreamKind kind_of(Coding coding);
-
 // Reads the first packet of the stream that begins on a page.
 void open_stream(Reader* reader, const Page& page, LogicalStream* stream);
 

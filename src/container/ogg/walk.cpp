@@ -1,5 +1,7 @@
 #include "container/ogg/walk.h"
 
+#include "container/ogg/codings.h"
+
 #include <algorithm>
 
 namespace zat::ogg {
