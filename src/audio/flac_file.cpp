@@ -4,6 +4,7 @@
 #include "audio/flac_streaminfo.h"
 #include "audio/lossless_file.h"
 #include "common/channel_layout.h"
+#include "common/numbers.h"
 #include "common/text.h"
 
 #include <algorithm>
@@ -41,6 +42,9 @@ struct FlacFile {
     FlacFrame first;   // frame; a block of 0: none was found
     int64_t first_at = 0;
     uint64_t frame_samples = 0; // up to the end of the last frame
+    uint64_t last_samples = 0;  // of the last frame
+    int64_t last_at = 0;
+    bool ends_early = false; // something else stands behind the last frame
 };
 
 struct Block {
@@ -235,10 +239,12 @@ bool goes_on(const FlacFrame& first, const FlacFrame& frame) {
 void find_last_frame(FlacFile* flac, int64_t tail) {
     const int64_t end = size_of(flac->lossless.tags.stream);
     const int64_t from = std::max(flac->first_at, end - tail);
-    scan_frames(flac, from, end, [flac](const FlacFrame& frame, int64_t) {
+    scan_frames(flac, from, end, [flac](const FlacFrame& frame, int64_t at) {
         if (goes_on(flac->first, frame)) {
             const uint64_t unit = frame.variable ? 1 : flac->first.block;
             flac->frame_samples = frame.number * unit + frame.block;
+            flac->last_samples = frame.block;
+            flac->last_at = at;
         }
         return true;
     });
@@ -252,7 +258,20 @@ void find_end(FlacFile* flac) {
     find_last_frame(flac, tail);
     if (flac->frame_samples == 0) {
         find_last_frame(flac, frame_search);
+        flac->ends_early = flac->frame_samples > flac->last_samples;
     }
+}
+
+// Bytes of the frames. Where the last one ends is not told: it is taken for as large as the others.
+int64_t payload_of(const FlacFile& flac) {
+    const int64_t rest = std::max<int64_t>(size_of(flac.lossless.tags.stream) - flac.audio, 0);
+    if (!flac.ends_early) {
+        return rest;
+    }
+    const double others = static_cast<double>(flac.frame_samples - flac.last_samples);
+    const double share = static_cast<double>(flac.frame_samples) / others;
+    const auto frames = static_cast<double>(flac.last_at - flac.audio) * share + 0.5;
+    return std::min(rest, clamp_to_integer<int64_t>(frames));
 }
 
 // Where the frames tell something else than the header they hold: the header's figure, then theirs.
@@ -318,7 +337,7 @@ int AnalyzeFlacFile(FileRecord* file, const Output& out) {
         const uint32_t mask = lossless->channel_mask;
         set_channel_mask(
             lossless, mask != 0 ? mask : default_channel_mask(lossless->facts.channels));
-        lossless->payload = std::max<int64_t>(size_of(lossless->tags.stream) - flac.audio, 0);
+        lossless->payload = payload_of(flac);
     }
     lossless->facts.flags |= ZAT_FLAG_LOSSLESS;
     write_lossless_file(lossless, flac_kind, out);

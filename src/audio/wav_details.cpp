@@ -1,6 +1,7 @@
 #include "audio/wav_details.h"
 
 #include "audio/stream_facts.h"
+#include "common/bytes.h"
 #include "common/details.h"
 #include "common/info_list.h"
 #include "common/stream_lines.h"
@@ -41,8 +42,22 @@ uint64_t told_samples(const WavChunks& chunks, int64_t announced) {
     return chunks.samples <= by_blocks / 2 ? by_blocks : chunks.samples;
 }
 
+// Whether a recording was broken off: neither size was filled in after the header was written.
+bool was_not_closed(Reader* reader, const WavChunks& chunks) {
+    constexpr int64_t riff_header_size = 8;
+    if (chunks.form != WaveForm::riff || chunks.data_size != 0) {
+        return false;
+    }
+    const Bytes start = read_view(reader, whole_file(reader), 0, riff_header_size);
+    return start.size() == riff_header_size &&
+           ReadLE32(start.data() + 4) + riff_header_size <= chunks.data_position;
+}
+
 // The data chunk's bytes, as announced, where that can be.
-int64_t announced_bytes(const WavChunks& chunks, int64_t available) {
+int64_t announced_bytes(Reader* reader, const WavChunks& chunks, int64_t available) {
+    if (was_not_closed(reader, chunks)) {
+        return std::max<int64_t>(available, 0);
+    }
     const auto most = static_cast<uint64_t>(std::numeric_limits<int64_t>::max());
     const auto announced = static_cast<int64_t>(std::min(chunks.data_size, most));
     const bool is_open = chunks.form == WaveForm::riff && announced >= open_size;
@@ -97,7 +112,7 @@ void write_wav_details(
     write_tags(reader, chunks, details);
 
     const int64_t available = whole_file(reader).end - chunks.data_position;
-    const int64_t announced = announced_bytes(chunks, available);
+    const int64_t announced = announced_bytes(reader, chunks, available);
     if (chunks.fmt_size == 0) {
         return;
     }

@@ -130,11 +130,11 @@ int AnalyzeAsfFile(FileRecord* file, const Output& out) {
     Header header;
     read_header(&reader, &header);
     MediaScan scan;
-    if (needs_packets(&reader, header) || header.broadcast) {
+    if (needs_packets(&reader, header) || is_open(header)) {
         scan_media(&reader, header, out.record->scan_budget, &scan);
     }
     const double play_time =
-        header.broadcast && scan.complete ? counted_time(scan) : declared_time(header);
+        is_open(header) && scan.complete ? counted_time(scan) : declared_time(header);
     write_file_facts(header, play_time, out);
     ExtraLines extra;
     const Source source{&reader, &header, &scan, play_time, out, &extra};

@@ -158,7 +158,7 @@ TEST(FlacFile, Rows) {
                 "A [FLAC] 44100Hz 5ch 16Bit\nX VorbisComment(1)\nX truncated\n0.093 0"},
             {"more behind than a frame's size",
                 join({text("fLaC"), flac_block(last, streaminfo(44100, 2, 16, 8192, 100)), frame_0, frame_1, Data(300)}),
-                "A [FLAC] 44100Hz 2ch 21.53kbps 16Bit 1.53%\n0.186 500"},
+                "A [FLAC] 44100Hz 2ch 8.61kbps 16Bit 0.61%\n0.186 200"},
             {"unknown total", join({text("fLaC"), flac_block(last, streaminfo(44100, 2, 16, 0)), frame_0, frame_1}),
                 "A [FLAC] 44100Hz 2ch 8.61kbps 16Bit 0.61%\n0.186 200"},
             {"no stream information", join({text("fLaC"), flac_block(last | 1, Data(2)), frame_0}),

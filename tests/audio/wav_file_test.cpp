@@ -194,6 +194,13 @@ TEST(WavFile, TellsTypedDetails) {
             "WAV duration=0.001 bit_rate=416000\n"
             "audio mode=1 duration=0.001 bit_rate=64000 bytes=8 samples=8 sample_rate=8000 channels=1 bit_depth=8 codec=PCM "
             "codec_id=0x0001 profile=unsigned 8 layout=C"},
+        {"sizes that were not filled in, of RIFF and of the sound",
+            ByteBuilder{wave({fmt({1, 1, 8000, 8000, 1, 8}), chunk("data", "12345678", 0)})}
+                .put(4, std::string_view("\0\0\0", 3))
+                .bytes,
+            "WAV duration=0.001 bit_rate=416000\n"
+            "audio mode=1 duration=0.001 bit_rate=64000 bytes=8 samples=8 sample_rate=8000 channels=1 bit_depth=8 codec=PCM "
+            "codec_id=0x0001 profile=unsigned 8 layout=C"},
         {"nor anything written", wave({fmt({1, 1, 8000, 8000, 1, 8}), chunk("data", "", 0xFFFFFFFF)}),
             "WAV\n"
             "audio mode=1 bit_rate=64000 sample_rate=8000 channels=1 bit_depth=8 codec=PCM codec_id=0x0001 profile=unsigned 8 "

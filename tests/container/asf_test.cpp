@@ -195,6 +195,18 @@ TEST(Asf, describes_streams) {
             "fps_ratio=25:1 codec=MS-MPEG4 v3 codec_id=MP43\n"
             "audio flags=96 id=6 duration=2.000 bit_rate=128000 sample_rate=44100 channels=2 codec=WMA Pro codec_id=0x0162\n"
             "data flags=64 id=7 duration=2.000 codec=command"},
+        {"a packet that has not come yet", bare(2, data_object({packet(5, 0), packet(5, 40), Data(packet_size)})),
+            "[ASF]\n"
+            "V 320x240 [C\x96\xB3MP43] 25.000fps 30.000kbps\n"
+            "A [C\x96\xB3"
+            "0162] 44100Hz 2ch 24Bit 128.000kbps encrypted\n"
+            "X [command]\n"
+            "2.000",
+            "ASF created=2016-02-15T08:53:20Z duration=2.000 bit_rate=4548\n"
+            "video id=5 duration=2.000 bit_rate=30000 frame_rate=25.000 size=320:240 fps_ratio=25:1 codec=MS-MPEG4 v3 "
+            "codec_id=MP43\n"
+            "audio flags=32 id=6 duration=2.000 bit_rate=128000 sample_rate=44100 channels=2 codec=WMA Pro codec_id=0x0162\n"
+            "data id=7 duration=2.000 codec=command"},
         {"live, all of it", bare(1, data_object({packet(5, 0), packet(5, 40), packet(5, 1000)})),
             "[ASF]\n"
             "V 320x240 [C\x96\xB3MP43] ~2.000fps 4.176kbps 3f\n"
@@ -208,6 +220,12 @@ TEST(Asf, describes_streams) {
             "size=320:240 codec=MS-MPEG4 v3 codec_id=MP43\n"
             "audio flags=96 id=6 duration=1.000 bit_rate=128000 sample_rate=44100 channels=2 codec=WMA Pro codec_id=0x0162\n"
             "data flags=64 id=7 duration=1.000 codec=command"},
+        {"broken off",
+            joined({header({file_properties(0, 0), video(5, "MP43")}), data_object({packet(5, 0), packet(5, 1000)}, 50)}),
+            "[ASF]\nV 320x240 [C\x96\xB3MP43] ~1.000fps 2.784kbps 2f\n1.000",
+            "ASF created=2016-02-15T08:53:20Z duration=1.000 bit_rate=5704\n"
+            "video estimated=4 id=5 duration=1.000 bit_rate=2784 bytes=348 frame_rate=1.000 frames=2 size=320:240 "
+            "codec=MS-MPEG4 v3 codec_id=MP43"},
         {"live, of unknown size", bare(1, data_object({packet(5, 0), packet(5, 40)}, 0)),
             "[ASF]\n"
             "V 320x240 [C\x96\xB3MP43] 25.000fps 30.000kbps\n"

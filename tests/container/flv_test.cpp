@@ -245,6 +245,13 @@ TEST(Flv, fills_the_details) {
         "FLV notes=truncated duration=2.000 bit_rate=4000 missing=" + std::to_string(1000 - cut.size()) +
             "\naudio estimated=2 id=8 duration=2.000 bit_rate=1000 bytes=4 sample_rate=44100 channels=1 bit_depth=16 codec=PCM "
             "codec_id=3 profile=signed 16 LE");
+    // Behind what is examined the last tag tells the time; where it is cut, the share that was examined does.
+    FlvBuilder broken;
+    broken.tag(audio, {0x3E, 0, 0}, 1000).tag(audio, Data(0x1FFFDF, 0x3E), 2000).tag(audio, {0x3E, 0, 0}, 5000);
+    EXPECT_EQ(details_of(broken.bytes)->duration, 5);
+    broken.bytes.pop_back();
+    EXPECT_NEAR(details_of(broken.bytes)->duration, 4, 0.001);
+    EXPECT_EQ(details_of(broken.bytes)->estimated, uint32_t{ZAT_ESTIMATED_DURATION | ZAT_ESTIMATED_BIT_RATE});
     // A composition time stands before the first frame only.
     const Data enhanced =
         FlvBuilder().tag(video, {0x91, 'h', 'v', 'c', '1', 0, 0, 0, 1, 2}).tag(video, {0x93, 'h', 'v', 'c', '1', 1, 2, 3}).bytes;

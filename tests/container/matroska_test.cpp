@@ -337,6 +337,9 @@ TEST(Matroska, keeps_what_damage_leaves) {
     const Data too_many = element(0x1654AE6B, {vp8, vp8, track(1, video, "V_VP9", {picture(1, 1)})});
     expect_lines({
         {"cut off", cut, "V 320x240 [VP8] 8Bit 25.000fps ~203.180kbps ~10f\nX truncated(5,000 Byte missing)\nI writer\n0.400"},
+        {"a segment whose size was not filled in",
+            join_elements({head, sized_element(0x18538067, 0, {}), info(400), tracks({vp8}), ten_frames}),
+            ten + "\nI writer\n0.400"},
         {"zeros in the place of a cluster", file({info(4000), tracks({vp8}), ten_frames, Data(3000)}),
             "V 320x240 [VP8] 8Bit 25.000fps ~26.318kbps ~100f\nI writer\n4.000"},
         {"trailing data", file({info(400), tracks({vp8}), ten_frames}, Data(1234, 'x')),

@@ -231,6 +231,10 @@ void find_open_data(Reader* reader, Span rest, Header* header) {
 
 } // namespace
 
+bool is_open(const Header& header) {
+    return header.broadcast || (header.packets == 0 && header.play_duration == 0);
+}
+
 void read_header(Reader* reader, Header* header) {
     Object object;
     Span rest = whole_file(reader);
@@ -245,8 +249,8 @@ void read_header(Reader* reader, Header* header) {
         } else if (object.id == data_object) {
             header->has_data = true;
             header->data = sub_span(object.data, packets_at);
-            if (header->broadcast && size_of(header->data) == 0) {
-                header->data = rest; // a live recording's size was not known
+            if (is_open(*header) && size_of(header->data) == 0) {
+                header->data = rest; // its size was not known
             }
             header->announced_end = std::max(header->announced_end, announced_end(object));
         }

@@ -68,6 +68,10 @@ struct Header {
     Stream streams[stream_limit];
 };
 
+// Whether the header was written before the packets and not filled in behind them: of a live
+// stream, or of a recording that was broken off.
+bool is_open(const Header& header);
+
 // Reads the header object and finds the data.
 void read_header(Reader* reader, Header* header);
 

@@ -40,6 +40,23 @@ void take_payload(const Payload& payload, MediaScan* scan) {
     }
 }
 
+// Takes what a packet holds, unless zeros stand in its place: a download has not brought it yet.
+void take_packet(Reader* reader, Span packet, MediaScan* scan) {
+    constexpr uint32_t least_header = 8;
+    const Bytes start = read_view(reader, packet, 0, least_header);
+    if (leading_zeros(start) == start.size()) {
+        return;
+    }
+    ++scan->read;
+    PacketReader packets;
+    Payload payload;
+    if (open_packet(&packets, reader, packet)) {
+        while (next_payload(&packets, &payload)) {
+            take_payload(payload, scan);
+        }
+    }
+}
+
 } // namespace
 
 void scan_media(Reader* reader, const Header& header, uint32_t budget, MediaScan* scan) {
@@ -55,17 +72,10 @@ void scan_media(Reader* reader, const Header& header, uint32_t budget, MediaScan
     const int64_t all = declared != 0 ? declared : present;
     const int64_t wanted = std::min({all, present, affordable});
     for (int64_t i = 0; i < wanted && !reader->limited; ++i) {
-        PacketReader packets;
-        Payload payload;
-        if (open_packet(&packets, reader, sub_span(header.data, i * packet_size, packet_size))) {
-            while (next_payload(&packets, &payload)) {
-                take_payload(payload, scan);
-            }
-        }
+        take_packet(reader, sub_span(header.data, i * packet_size, packet_size), scan);
     }
-    scan->read = wanted;
     scan->all = all;
-    scan->complete = wanted == all && all != 0 && !reader->limited;
+    scan->complete = scan->read == all && all != 0 && !reader->limited;
 }
 
 } // namespace zat::asf

@@ -150,10 +150,15 @@ void set_frames(const FlvInfo& info, ZatStream* stream) {
     }
 }
 
-void describe_video(Reader* reader, const FlvInfo& info, double seconds, ZatDetails* details) {
+void set_duration(FlvTime time, ZatStream* stream) {
+    stream->duration = time.seconds;
+    stream->estimated |= time.estimated ? uint32_t{ZAT_ESTIMATED_DURATION} : 0;
+}
+
+void describe_video(Reader* reader, const FlvInfo& info, FlvTime time, ZatDetails* details) {
     ZatStream stream = new_stream(ZAT_STREAM_VIDEO);
     stream.id = video_id;
-    stream.duration = seconds;
+    set_duration(time, &stream);
     if (info.video_fourcc != 0) {
         set_fourcc_codec(&stream, info.video_fourcc);
     } else {
@@ -241,10 +246,10 @@ void read_first_frame(Bytes data, size_t head_size, ZatStream* stream) {
     }
 }
 
-void describe_audio(Reader* reader, const FlvInfo& info, double seconds, ZatDetails* details) {
+void describe_audio(Reader* reader, const FlvInfo& info, FlvTime time, ZatDetails* details) {
     ZatStream stream = new_stream(ZAT_STREAM_AUDIO);
     stream.id = audio_id;
-    stream.duration = seconds;
+    set_duration(time, &stream);
     size_t head_size = 1;
     if (info.audio_fourcc != 0) {
         set_fourcc_codec(&stream, info.audio_fourcc);
@@ -286,18 +291,26 @@ void describe_flv(Reader* reader, const FlvInfo& info, double seconds, ZatDetail
     take_text(metadata.encoder, details->writer);
     take_text(metadata.creator, details->writer);
     take_text(metadata.metadata_creator, details->writer);
-    const double duration = std::isfinite(seconds) && seconds > 0 ? seconds : 0;
+    FlvTime time = {.seconds = seconds};
+    if (metadata.duration == 0) {
+        time = measure_flv_time(reader, info);
+        details->duration = time.seconds;
+        details->estimated |= time.estimated ? uint32_t{ZAT_ESTIMATED_DURATION} : 0;
+    }
+    if (!std::isfinite(time.seconds) || time.seconds < 0) {
+        time.seconds = 0;
+    }
     const bool video_first = info.video.first.start <= info.audio.first.start;
     if (info.has_video && (video_first || !info.has_audio)) {
-        describe_video(reader, info, duration, details);
+        describe_video(reader, info, time, details);
     }
     if (info.has_audio) {
-        describe_audio(reader, info, duration, details);
+        describe_audio(reader, info, time, details);
     }
     if (info.has_video && info.has_audio && !video_first) {
-        describe_video(reader, info, duration, details);
+        describe_video(reader, info, time, details);
     }
-    const int64_t missing = missing_bytes(info, reader->block.file->size, duration);
+    const int64_t missing = missing_bytes(info, reader->block.file->size, time.seconds);
     if (missing != 0) {
         note_missing_bytes(details, static_cast<uint64_t>(missing));
     }

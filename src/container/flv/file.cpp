@@ -191,6 +191,11 @@ bool is_tag_type(uint8_t type) {
     return kind == tag_audio || kind == tag_video || kind == tag_script;
 }
 
+// Milliseconds, by a tag's header.
+uint32_t tag_time(Bytes header) {
+    return ReadBE24(header.data() + 4) | static_cast<uint32_t>(header[7]) << 24;
+}
+
 // FLVTAG (annex E.4.1): each behind the size of the one before it. What is no tag has no time.
 void walk_tags(Reader* reader, Span space, int64_t position, FlvInfo* info) {
     bool only_tags = true;
@@ -202,8 +207,7 @@ void walk_tags(Reader* reader, Span space, int64_t position, FlvInfo* info) {
         }
         const uint8_t type = header[0];
         const int64_t size = ReadBE24(header.data() + 1);
-        const uint32_t timestamp = ReadBE24(header.data() + 4) | static_cast<uint32_t>(header[7])
-                                                                     << 24;
+        const uint32_t timestamp = tag_time(header);
         if (is_tag_type(type)) {
             info->last_timestamp = std::max(info->last_timestamp, timestamp);
         } else {
@@ -212,7 +216,7 @@ void walk_tags(Reader* reader, Span space, int64_t position, FlvInfo* info) {
         position += tag_header_size;
         const Span data = sub_span(space, position, size);
         read_tag_data(reader, type, data, info);
-        if (info->detailed) {
+        if (info->detailed && only_tags) { // behind something else they may be none either
             count_media(reader, type, data, timestamp, info);
         }
         position += size;
@@ -227,6 +231,25 @@ void walk_tags(Reader* reader, Span space, int64_t position, FlvInfo* info) {
 
 bool is_flv_avc(const FlvInfo& info) {
     return info.video_codec == flv_video_avc || info.video_fourcc == fourcc("avc1");
+}
+
+FlvTime measure_flv_time(Reader* reader, const FlvInfo& info) {
+    const Span file = whole_file(reader);
+    const double examined = info.last_timestamp * 0.001;
+    if (size_of(file) <= examined_size) {
+        return {.seconds = examined};
+    }
+    uint8_t last_size[previous_tag_size] = {};
+    read_some(reader, file, size_of(file) - previous_tag_size, last_size, sizeof last_size);
+    const int64_t size = ReadBE32(last_size);
+    const int64_t start = size_of(file) - previous_tag_size - size;
+    const Bytes header = start >= 0 ? read_view(reader, file, start, tag_header_size) : Bytes{};
+    if (header.size() == tag_header_size && is_tag_type(header[0]) &&
+        ReadBE24(header.data() + 1) + tag_header_size == size) {
+        return {.seconds = std::max(examined, tag_time(header) * 0.001)};
+    }
+    const double share = static_cast<double>(size_of(file)) / static_cast<double>(examined_size);
+    return {.seconds = examined * share, .estimated = true};
 }
 
 bool read_flv_tags(Reader* reader, FlvInfo* info) {

@@ -61,6 +61,15 @@ struct FlvInfo {
 // Reads the tags in the first mebibyte of the file. False when nothing can be read.
 bool read_flv_tags(Reader* reader, FlvInfo* info);
 
+// Seconds by the tags' times, of a file whose metadata tells none: to its last tag, or, where the
+// end is cut, as if all of it went on like the start.
+struct FlvTime {
+    double seconds = 0;
+    bool estimated = false;
+};
+
+FlvTime measure_flv_time(Reader* reader, const FlvInfo& info);
+
 // Whether the streams are of this codec, by whichever of the two ways to tell it.
 bool is_flv_avc(const FlvInfo& info);
 
