@@ -12,6 +12,7 @@
 #include "audio/sync_search.h"
 #include "audio/truehd.h"
 #include "common/stream_lines.h"
+#include "common/tables.h"
 
 #include <algorithm>
 #include <iterator>
@@ -279,21 +280,12 @@ constexpr DescriberRow describers[] = {
 } // namespace
 
 bool describe_audio(const Stream& stream, Bytes captured, ZatStream* facts, StreamText* text) {
-    for (const DescriberRow& row : describers) {
-        if (row.codec == stream.codec) {
-            return row.describe(stream, captured, facts, text);
-        }
-    }
-    return false;
+    const DescriberRow* row = find_row(describers, &DescriberRow::codec, stream.codec);
+    return row != nullptr && row->describe(stream, captured, facts, text);
 }
 
 bool has_audio_describer(Codec codec) {
-    for (const DescriberRow& row : describers) {
-        if (row.codec == codec) {
-            return true;
-        }
-    }
-    return false;
+    return find_row(describers, &DescriberRow::codec, codec) != nullptr;
 }
 
 } // namespace zat::ts
