@@ -45,8 +45,9 @@ uint64_t nominal_bit_rate(const LogicalStream& stream) {
 // Of a large file only this stream's bytes can be told, as those that no other one claims.
 uint64_t remaining_bit_rate(const Walk& walk, const LogicalStream& stream) {
     const double seconds = link_seconds(walk.first) + walk.later_seconds;
+    const int64_t bytes = walk.reader.block.file->size - walk.start;
     double rate =
-        divide(static_cast<double>(walk.reader.block.file->size - walk.start) * 8, seconds);
+        divide((static_cast<double>(bytes) - static_cast<double>(walk.trailing)) * 8, seconds);
     for (int32_t i = 0; i < walk.first.count; ++i) {
         const LogicalStream& other = walk.first.streams[i];
         const ZatStreamKind kind = kind_of(other.coding);
