@@ -55,10 +55,10 @@ enum ZatScan { ZAT_SCAN_PROGRESSIVE = 1, ZAT_SCAN_INTERLACED = 2 };
 enum ZatFieldOrder { ZAT_FIELD_TOP = 1, ZAT_FIELD_BOTTOM = 2 }; /* the first field */
 
 typedef struct ZatStream {
-    uint32_t kind;      /* ZatStreamKind */
-    uint32_t flags;     /* ZatStreamFlag bits */
-    uint32_t estimated; /* ZatEstimated bits */
-    uint32_t bit_rate_mode;
+    uint32_t kind;             /* ZatStreamKind */
+    uint32_t flags;            /* ZatStreamFlag bits */
+    uint32_t estimated;        /* ZatEstimated bits */
+    uint32_t bit_rate_mode;    /* ZatBitRateMode */
     uint64_t id;               /* the container's own: track number or id, PID, serial, stream id */
     double start;              /* seconds; NaN when not known */
     double duration;           /* seconds */
@@ -69,8 +69,8 @@ typedef struct ZatStream {
     /* Video. */
     double frame_rate;         /* frames, never fields, per second */
     double nominal_frame_rate; /* a declared one that differs by more than half a percent */
-    uint64_t frames;
-    uint32_t width, height;                                /* pixels after cropping */
+    uint64_t frames;           /* their number */
+    uint32_t width, height;    /* pixels after cropping */
     uint32_t pixel_aspect_width, pixel_aspect_height;      /* reduced */
     uint32_t display_aspect_width, display_aspect_height;  /* reduced */
     uint32_t frame_rate_numerator, frame_rate_denominator; /* where the file has a ratio */
@@ -108,9 +108,9 @@ typedef struct ZatDetails {
     double duration;        /* seconds */
     uint64_t bit_rate;      /* bit/s of the whole file */
     uint64_t missing_bytes; /* of a truncated file */
-    uint32_t chapters;
-    uint32_t pictures;
-    uint32_t estimated; /* ZatEstimated bits */
+    uint32_t chapters;      /* their number */
+    uint32_t pictures;      /* covers and the like, which are no streams */
+    uint32_t estimated;     /* ZatEstimated bits */
     uint32_t reserved[5];
     char format[32];         /* "Matroska" */
     char format_profile[32]; /* "OpenDML", a major brand, "SV7" */

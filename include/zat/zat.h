@@ -125,10 +125,12 @@ typedef struct InfoRecord {
     char extra_info[ZAT_LINE_SIZE];            /* out: free text; empty when there is none */
     char extra[ZAT_LINE_COUNT][ZAT_LINE_SIZE]; /* out: lines for further facts and streams */
     int32_t extra_count;
-    uint8_t unused[4];    /* never read or written */
-    double play_time;     /* out: seconds; may be negative or not finite */
-    uint32_t options;     /* in: option bits; 0 for a host without wishes */
-    uint32_t scan_budget; /* in/out: bytes that an analyser may scan */
+    uint8_t unused[4]; /* never read or written */
+    double play_time;  /* out: seconds; may be negative or not finite */
+    /* in: bit 0: walk the whole file where that makes the answer exact; bit 1: also to count
+     * errors, in program streams. 0 for a host without wishes. */
+    uint32_t options;
+    uint32_t scan_budget; /* in/out: bytes that may be scanned, 0 for the usual number */
     uint64_t data_size;   /* out: payload bytes, where known */
     uint64_t file_size;   /* out: bytes; 0 for a file that does not open */
 } InfoRecord;

@@ -25,6 +25,7 @@
 #include "common/numbers.h"
 #include "common/output.h"
 #include "common/record_lines.h"
+#include "common/tables.h"
 #include "container/asf.h"
 #include "container/avi.h"
 #include "container/flv.h"
@@ -147,9 +148,7 @@ FileWork limit_of(const InfoRecord& record, const FileWork& usual) {
 }
 
 const Row* row_of(uint32_t type_code) {
-    const Row* row = std::find_if(std::begin(rows), std::end(rows),
-        [type_code](const Row& each) { return each.type_code == type_code; });
-    return row != std::end(rows) ? row : nullptr;
+    return find_row(rows, &Row::type_code, type_code);
 }
 
 void analyse(const Row* row, FileRecord* file, const Output& out) {

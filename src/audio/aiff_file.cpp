@@ -5,12 +5,12 @@
 #include "common/outer_tags.h"
 #include "common/record_lines.h"
 #include "common/riff.h"
+#include "common/tables.h"
 #include "common/text.h"
 #include "common/text_codes.h"
 
 #include <algorithm>
 #include <bit>
-#include <iterator>
 
 namespace zat {
 
@@ -183,9 +183,8 @@ void walk_chunks(AiffFile* aiff) {
 }
 
 SampleForm find_form(uint32_t type) {
-    const auto* row = std::find_if(std::begin(compressions), std::end(compressions),
-        [type](const CompressionRow& each) { return each.type == type; });
-    return row != std::end(compressions) ? row->form : SampleForm{.fourcc = type};
+    const CompressionRow* row = find_row(compressions, &CompressionRow::type, type);
+    return row != nullptr ? row->form : SampleForm{.fourcc = type};
 }
 
 void read_common(AiffFile* aiff) {

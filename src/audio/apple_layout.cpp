@@ -1,7 +1,6 @@
 #include "audio/apple_layout.h"
 
-#include <algorithm>
-#include <iterator>
+#include "common/tables.h"
 
 namespace zat {
 
@@ -90,9 +89,8 @@ uint32_t apple_layout_mask(Bytes layout) {
     if (told == layout_is_bitmap) {
         return ReadBE32(&layout[4]);
     }
-    const auto* row = std::find_if(std::begin(layouts), std::end(layouts),
-        [told](const LayoutRow& each) { return each.layout == told; });
-    return row != std::end(layouts) ? row->mask : 0;
+    const LayoutRow* row = find_row(layouts, &LayoutRow::layout, told);
+    return row != nullptr ? row->mask : 0;
 }
 
 } // namespace zat

@@ -3,11 +3,9 @@
 #include "audio/sound_file.h"
 #include "common/outer_tags.h"
 #include "common/record_lines.h"
+#include "common/tables.h"
 #include "common/text.h"
 #include "common/text_codes.h"
-
-#include <algorithm>
-#include <iterator>
 
 namespace zat {
 
@@ -57,9 +55,8 @@ void read_header(Reader* reader, SoundFile* sound) {
     sound->available = size_of(sub_span(rest, 0, size == unknown_size ? size_of(rest) : size));
     sound->facts.sample_rate = ReadBE32(fields + 16);
     sound->facts.channels = ReadBE32(fields + 20);
-    const auto* row = std::find_if(std::begin(encodings), std::end(encodings),
-        [encoding](const EncodingRow& each) { return each.encoding == encoding; });
-    if (row != std::end(encodings)) {
+    const EncodingRow* row = find_row(encodings, &EncodingRow::encoding, encoding);
+    if (row != nullptr) {
         set_sample_form(sound, row->form, 0);
         format_text(sound->facts.codec_id, sizeof sound->facts.codec_id, "%u", encoding);
     }

@@ -5,8 +5,7 @@
 #include "audio/latm.h"
 #include "audio/stream_facts.h"
 #include "audio/wave_format.h"
-
-#include <algorithm>
+#include "common/tables.h"
 
 namespace zat {
 
@@ -136,9 +135,8 @@ bool describe_loas_frame(Bytes start, ZatStream* stream, char (&line)[line_size]
 }
 
 FrameDescriber frame_describer(uint16_t format_tag) {
-    const auto* row = std::find_if(std::begin(tagged_describers), std::end(tagged_describers),
-        [=](const TaggedDescriber& each) { return each.tag == format_tag; });
-    return row != std::end(tagged_describers) ? row->describe : nullptr;
+    const TaggedDescriber* row = find_row(tagged_describers, &TaggedDescriber::tag, format_tag);
+    return row != nullptr ? row->describe : nullptr;
 }
 
 } // namespace zat

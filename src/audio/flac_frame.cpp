@@ -1,6 +1,7 @@
 #include "audio/flac_frame.h"
 
 #include "common/bits.h"
+#include "common/crc.h"
 
 #include <algorithm>
 #include <bit>
@@ -29,18 +30,6 @@ constexpr uint32_t block_size(uint32_t code) {
            : code == 6 ? in_next_8_bits
            : code == 7 ? in_next_16_bits
                        : 256U << (code - 8);
-}
-
-// Polynomial x^8 + x^2 + x + 1.
-uint8_t crc8(Bytes bytes) {
-    uint32_t crc = 0;
-    for (const uint8_t byte : bytes) {
-        crc ^= byte;
-        for (int bit = 0; bit < 8; ++bit) {
-            crc = crc << 1 ^ ((crc & 0x80) != 0 ? 0x107U : 0U);
-        }
-    }
-    return static_cast<uint8_t>(crc);
 }
 
 // A number of up to 36 bits in the form of UTF-8 carried on to seven bytes.

@@ -121,9 +121,9 @@ void sample(Reader* reader, Span stream, Counter* counter) {
 
 } // namespace
 
-FrameCount count_frames(Reader* reader, Span stream, const FrameFormat& format, bool exact) {
+FrameCount count_frames(Reader* reader, Span stream, const FrameFormat& format, Counting counting) {
     Counter counter = {.format = &format, .count = {}, .unit = {}};
-    if (exact || size_of(stream) <= counted_size) {
+    if (counting == Counting::exact || size_of(stream) <= counted_size) {
         count_all(reader, stream, &counter);
         counter.count.sampled = reader->limited;
     } else {

@@ -33,9 +33,11 @@ struct FrameCount {
     bool cut = false;     // the last frame is
 };
 
-// Counts the frames of a stream that begins with one. Those of a large stream are sampled unless
-// the count is to be `exact`. What is no frame is passed over.
-FrameCount count_frames(Reader* reader, Span stream, const FrameFormat& format, bool exact);
+// Whether those of a large stream may be counted at a few places only.
+enum class Counting : uint8_t { may_sample, exact };
+
+// Counts the frames of a stream that begins with one. What is no frame is passed over.
+FrameCount count_frames(Reader* reader, Span stream, const FrameFormat& format, Counting counting);
 
 // Sets bytes, samples, duration and rate of a stream of `size` bytes, whose sample rate is known.
 // At least one sample was counted; each stands for `unit` of them.

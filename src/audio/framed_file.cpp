@@ -49,11 +49,12 @@ Bytes framed_start(FramedFile* framed, uint32_t length) {
 
 bool count_framed_file(
     FramedFile* framed, const FrameFormat& format, const Output& out, uint32_t unit) {
-    const bool exact = is_thorough(*out.record);
-    if (exact) {
+    Counting counting = Counting::may_sample;
+    if (is_thorough(*out.record)) {
+        counting = Counting::exact;
         reader_allow(&framed->reader, table_allowance);
     }
-    framed->count = count_frames(&framed->reader, framed->stream, format, exact);
+    framed->count = count_frames(&framed->reader, framed->stream, format, counting);
     if (framed->count.samples == 0 || framed->facts.sample_rate == 0) {
         return false;
     }

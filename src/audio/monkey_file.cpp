@@ -2,6 +2,7 @@
 
 #include "audio/lossless_file.h"
 #include "common/bytes.h"
+#include "common/tables.h"
 #include "common/text.h"
 
 #include <algorithm>
@@ -137,9 +138,8 @@ void set_name(MonkeyFile* monkey) {
     LosslessFile* lossless = &monkey->lossless;
     format_text(lossless->name, sizeof lossless->name, "Monkey's Audio %u.%02u",
         monkey->version / 1000, monkey->version % 1000 / 10);
-    const auto* level = std::find_if(std::begin(levels), std::end(levels),
-        [monkey](const Level& row) { return row.value == monkey->header.level; });
-    if (level != std::end(levels)) {
+    const Level* level = find_row(levels, &Level::value, monkey->header.level);
+    if (level != nullptr) {
         add_name_word(lossless, level->name);
         copy_utf8(lossless->facts.profile, level->name);
     } else {

@@ -70,7 +70,7 @@ void count_variable_frames(Reader* reader, Span stream, int16_t bitrate, ZatStre
     if (facts->sample_rate == 0 || !rate_varies(reader, stream, bitrate)) {
         return;
     }
-    const FrameCount count = count_frames(reader, stream, counted_frames, false);
+    const FrameCount count = count_frames(reader, stream, counted_frames, Counting::may_sample);
     if (count.samples != 0) {
         facts->bit_rate_mode = ZAT_BIT_RATE_VARIABLE;
         set_counted(count, size_of(stream), 1, facts);

@@ -4,10 +4,10 @@
 #include "common/messages.h"
 #include "common/numbers.h"
 #include "common/record_lines.h"
+#include "common/tables.h"
 #include "container/flv/details.h"
 #include "container/flv/file.h"
 
-#include <algorithm>
 #include <iterator>
 
 namespace zat {
@@ -36,9 +36,8 @@ constexpr FourccName fourcc_names[] = {
 
 // Null for a code without a name.
 const char* fourcc_name(uint32_t code) {
-    const auto* row = std::find_if(std::begin(fourcc_names), std::end(fourcc_names),
-        [code](const FourccName& each) { return each.code == code; });
-    return row != std::end(fourcc_names) ? row->name : nullptr;
+    const FourccName* row = find_row(fourcc_names, &FourccName::code, code);
+    return row != nullptr ? row->name : nullptr;
 }
 
 const char* video_codec_name(const FlvInfo& info) {

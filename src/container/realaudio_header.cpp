@@ -3,9 +3,9 @@
 #include "common/codec_catalogue.h"
 #include "common/codec_names.h"
 #include "common/fourcc.h"
+#include "common/tables.h"
 #include "common/text.h"
 
-#include <algorithm>
 #include <iterator>
 
 namespace zat {
@@ -64,9 +64,8 @@ bool read_realaudio_header(Bytes bytes, RealAudioHeader* header) {
         read_old_header(bytes, header);
         return true;
     }
-    const auto* layout = std::find_if(std::begin(layouts), std::end(layouts),
-        [header](const Layout& each) { return each.version == header->version; });
-    if (layout == std::end(layouts) || bytes.size() < realaudio_header_size) {
+    const Layout* layout = find_row(layouts, &Layout::version, header->version);
+    if (layout == nullptr || bytes.size() < realaudio_header_size) {
         return false;
     }
     const uint8_t* fields = bytes.data();

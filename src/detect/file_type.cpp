@@ -1,10 +1,8 @@
 #include "detect/file_type.h"
 
+#include "common/tables.h"
 #include "common/text.h"
 #include "zat/zat.h"
-
-#include <algorithm>
-#include <iterator>
 
 namespace zat {
 
@@ -87,9 +85,7 @@ constexpr TypeName names[] = {
 };
 
 const TypeName* find_type(uint32_t type_code) {
-    const auto* found = std::find_if(std::begin(names), std::end(names),
-        [type_code](const TypeName& row) { return row.type_code == type_code; });
-    return found != std::end(names) ? found : nullptr;
+    return find_row(names, &TypeName::type_code, type_code);
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "picture/jpeg_file.h"
 
+#include "common/tables.h"
 #include "common/text.h"
 #include "picture/picture_file.h"
 #include "video/jpeg_frame.h"
@@ -33,12 +34,7 @@ constexpr FrameKind frame_kinds[] = {
 };
 
 const FrameKind* frame_kind(uint8_t marker) {
-    for (const FrameKind& row : frame_kinds) {
-        if (row.marker == marker) {
-            return &row;
-        }
-    }
-    return nullptr;
+    return find_row(frame_kinds, &FrameKind::marker, marker);
 }
 
 // Markers without a segment behind them (ITU-T T.81, B.1.1.3).

@@ -226,7 +226,11 @@ void read_graphic(Decoder* decoder, uint8_t byte) {
     }
 }
 
-Set set_of(uint8_t final_byte, bool two_bytes) {
+// Bytes of a character in the sets that a designation chooses from.
+enum class Width : uint8_t { one_byte, two_bytes };
+
+Set set_of(uint8_t final_byte, Width width) {
+    const bool two_bytes = width == Width::two_bytes;
     for (const SetCode& row : set_codes) {
         if (row.final_byte == final_byte && takes_two_bytes(row.set) == two_bytes) {
             return row.set;
@@ -240,7 +244,7 @@ constexpr bool is_designation(uint8_t byte) {
 }
 
 // Behind the escape and, for sets of two bytes, 0x24.
-void designate(Decoder* decoder, bool two_bytes) {
+void designate(Decoder* decoder, Width width) {
     uint8_t element = 0;
     if (is_designation(peek_byte(decoder))) {
         element = static_cast<uint8_t>(next_byte(decoder) - 0x28);
@@ -248,22 +252,24 @@ void designate(Decoder* decoder, bool two_bytes) {
     if (peek_byte(decoder) == 0x20) {
         ++decoder->position;
         const uint8_t code = next_byte(decoder);
-        decoder->g[element] = code == 0x70 ? Set::macro : two_bytes ? Set::drcs2 : Set::drcs;
+        decoder->g[element] = code == 0x70                ? Set::macro
+                              : width == Width::two_bytes ? Set::drcs2
+                                                          : Set::drcs;
     } else if (!at_end(decoder)) {
-        decoder->g[element] = set_of(next_byte(decoder), two_bytes);
+        decoder->g[element] = set_of(next_byte(decoder), width);
     }
 }
 
 void read_escape(Decoder* decoder) {
     const uint8_t byte = peek_byte(decoder);
     if (is_designation(byte)) {
-        designate(decoder, false);
+        designate(decoder, Width::one_byte);
         return;
     }
     next_byte(decoder);
     switch (byte) {
     case 0x24:
-        designate(decoder, true);
+        designate(decoder, Width::two_bytes);
         break;
     case 0x6E: // LS2
     case 0x6F: // LS3

@@ -181,13 +181,13 @@ void mpeg_video_line(const SequenceHeader* header, const SequenceExtension* exte
 }
 
 void named_video_line(const SequenceHeader* header, const SequenceExtension* extension,
-    MpegVideoVersion version, bool names_variable, char* out) {
+    MpegVideoVersion version, VariableRate variable_rate, char* out) {
     const bool is_mpeg1 = version == MpegVideoVersion::mpeg1;
     const char* aspect =
         is_mpeg1 ? mpeg1_aspect_name(header->aspect_code) : mpeg2_aspect_name(header->aspect_code);
     const char* rate = frame_rate_name(header->frame_rate_code);
     const char* name = is_mpeg1 ? "MPEG1" : "MPEG2";
-    if (names_variable && header->bit_rate_value == variable_bit_rate) {
+    if (variable_rate == VariableRate::as_word && header->bit_rate_value == variable_bit_rate) {
         format_text(out, line_size, "%s %dx%d %s VBR %sfps", name, header->width, header->height,
             aspect, rate);
     } else {
@@ -220,13 +220,13 @@ int mpeg2_video_line(Bytes codec_private, char* out) {
     if (!header_found) {
         return 1;
     }
-    named_video_line(&header, &extension, MpegVideoVersion::mpeg2, false, out);
+    named_video_line(&header, &extension, MpegVideoVersion::mpeg2, VariableRate::as_number, out);
     return 0;
 }
 
 void mpeg1_video_line(const SequenceHeader& header, char (&out)[line_size]) {
     const SequenceExtension none;
-    named_video_line(&header, &none, MpegVideoVersion::mpeg1, false, out);
+    named_video_line(&header, &none, MpegVideoVersion::mpeg1, VariableRate::as_number, out);
 }
 
 } // namespace zat

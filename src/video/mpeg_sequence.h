@@ -98,12 +98,15 @@ enum class MpegVideoVersion { mpeg1, mpeg2 };
 void mpeg_video_line(const SequenceHeader* header, const SequenceExtension* extension,
     MpegVideoVersion version, char* out);
 
+// How a line shows the value that stands for a variable bit rate: as a number like others, with the
+// buffer size, or as "VBR".
+enum class VariableRate { as_number, as_word };
+
 // The line of a stream that names its codec in front: "MPEG2 1440x1080 16:9 20000kbps 29.97fps
-// 1835008Byte Interlace MP@HL1440". A variable rate shows as such, and without a buffer size, where
-// `names_variable` says so. MPEG-1 is progressive; it passes a cleared extension. `out` has
+// 1835008Byte Interlace MP@HL1440". MPEG-1 is progressive; it passes a cleared extension. `out` has
 // line_size bytes.
 void named_video_line(const SequenceHeader* header, const SequenceExtension* extension,
-    MpegVideoVersion version, bool names_variable, char* out);
+    MpegVideoVersion version, VariableRate variable_rate, char* out);
 
 // The line of a Matroska track: finds the headers in its codec-private data. Returns 0, or 1 with
 // an empty line when no whole sequence header is there. `out` has line_size bytes.

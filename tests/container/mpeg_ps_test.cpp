@@ -173,9 +173,9 @@ TEST(ProgramStream, times_what_was_joined_or_went_round) {
         add_seconds(&parts, start, 50);
     }
     ProgramBuilder unsteady; // a clock that steps back where the time stamps go on
-    for (int i = 0; i < 50; ++i) {
-        unsteady.pack((i < 20 ? i + 40 : i) * second / 25)
-            .packet(0xE0, i == 0 ? video_start() : slices(500), (i + 60) * second / 25);
+    for (int i = 0; i < 2500; ++i) {
+        unsteady.pack((i / 20 % 2 == 0 ? i + 40 : i) * second / 25)
+            .packet(0xE0, i == 0 ? video_start() : slices(3000), (i + 60) * second / 25);
     }
     ProgramBuilder large; // more than is walked
     add_seconds(&large, 0, 1500, 2500);
@@ -197,7 +197,7 @@ TEST(ProgramStream, times_what_was_joined_or_went_round) {
         {"from the first picture to the end of the last", plain.bytes, streams + "1.993"},
         {"a clock that goes round", round.bytes, streams + "1.993"},
         {"three recordings", parts.bytes, streams + estimated + "6.0"},
-        {"one recording", unsteady.bytes, "[MPEG2]\nV " + sequence_line + "\n" + tail + "1.993"},
+        {"one recording", unsteady.bytes, "[MPEG2]\nV " + sequence_line + "\n" + tail + "99.993"},
         {"by the stamps at both ends", large.bytes, streams + "59.993"},
         {"many short recordings", loops.bytes, streams + estimated},
         {"a lone wrong value", wrong_clock.bytes, streams + "1.993"},

@@ -192,7 +192,7 @@ TEST(MpegTs, measures_what_headers_leave_out) {
     for (int i = 0; i < 6; ++i) {
         to.pes(0x40, 0xC0, 1000 + i * 3840,
             adts_program_frame(i % 2 == 0 ? 300 : 401, {.rate_index = 3, .channels = 0, .blocks = 1}));
-        to.pes(0x41, 0xBD, 1000 + i * 1800, Data(100, 0xFC));
+        to.pes(0x41, 0xBD, 1000 + i * 1800, ByteBuilder().raw({0x7F, 0xF4, 0xFF, 1, 0, 5, 1, 0, 0xFC}).pad_to(100).bytes);
     }
     expect_rows({{"AAC of two blocks a frame, Opus of two single channels", to.file.bytes,
         "[MPEG2-TS(188)]\nA 0x0040 [MPEG4-AAC AAC_LC] 48000Hz custom 65.718kbps 350Byte\n"
@@ -202,7 +202,7 @@ TEST(MpegTs, measures_what_headers_leave_out) {
         "MPEG-TS duration=0.256 bit_rate=" + std::to_string(details->bit_rate) +
             "\naudio estimated=2 id=64 duration=0.256 bit_rate=65718 bytes=2103 sample_rate=48000 channels=4 codec=AAC "
             "codec_id=0x0F profile=LC"
-            "\naudio id=65 duration=0.100 bit_rate=18750 bytes=600 sample_rate=48000 channels=2 codec=Opus codec_id=0x06");
+            "\naudio id=65 duration=0.120 bit_rate=18750 bytes=600 sample_rate=48000 channels=2 codec=Opus codec_id=0x06");
 
     TsBuilder lossless; // its header tells the peak rate only; beside it DTS without a core
     lossless.table(0, pat({{7, 0x30}})).table(0x30, pmt(7, 0x40, {{0x83, 0x40}, {0xA2, 0x41}}, descriptor(5, "HDMV")));

@@ -1,6 +1,7 @@
 // Transport streams, packet by packet.
 #pragma once
 
+#include "common/crc.h"
 #include "container/mpeg_ts/sections.h"
 #include "support/byte_builder.h"
 
@@ -25,7 +26,7 @@ inline std::vector<uint8_t> section(
         .be16(extension)
         .raw({0xC1, number, table_id == 0x4E ? 1 : 0})
         .append(body);
-    return to.be32(ts::section_crc(to.bytes) ^ crc_error).bytes;
+    return to.be32(crc32_mpeg2(to.bytes) ^ crc_error).bytes;
 }
 
 inline std::vector<uint8_t> pat(const std::vector<std::pair<int, int>>& programs) {

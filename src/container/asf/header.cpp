@@ -1,6 +1,7 @@
 #include "container/asf/header.h"
 
 #include "common/details.h"
+#include "common/tables.h"
 #include "common/text_codes.h"
 #include "container/asf/tags.h"
 
@@ -56,9 +57,8 @@ void read_file_properties(Reader* reader, Span data, Header* header) {
 }
 
 StreamType type_of(uint64_t type) {
-    const auto* row = std::find_if(std::begin(stream_types), std::end(stream_types),
-        [=](const TypeRow& each) { return each.guid == type; });
-    return row != std::end(stream_types) ? row->type : StreamType::unknown;
+    const TypeRow* row = find_row(stream_types, &TypeRow::guid, type);
+    return row != nullptr ? row->type : StreamType::unknown;
 }
 
 Stream* stream_of_number(Header* header, uint8_t number) {

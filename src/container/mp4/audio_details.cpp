@@ -11,13 +11,12 @@
 #include "audio/wave_format.h"
 #include "common/codec_names.h"
 #include "common/numbers.h"
+#include "common/tables.h"
 #include "common/text.h"
 #include "container/mp4/sample_tables.h"
 #include "container/mp4/track_details.h"
 
-#include <algorithm>
 #include <bit>
-#include <iterator>
 #include <string_view>
 
 namespace zat::mp4 {
@@ -64,9 +63,8 @@ std::endian order_of(bool is_little) {
 }
 
 void read_pcm(const TrackFacts& facts, ZatStream* stream) {
-    const auto* row = std::find_if(std::begin(pcm_formats), std::end(pcm_formats),
-        [&facts](const PcmFormat& each) { return each.format == facts.format; });
-    if (row == std::end(pcm_formats)) {
+    const PcmFormat* row = find_row(pcm_formats, &PcmFormat::format, facts.format);
+    if (row == nullptr) {
         read_tagged_pcm(facts, stream);
         return;
     }
@@ -240,9 +238,8 @@ constexpr CodecDescriber frame_describers[] = {
 // the frame may be of a file that it came from.
 void read_first_frame(TrackFacts* facts, ZatStream* stream) {
     const std::string_view codec = bounded_text(stream->codec);
-    const auto* row = std::find_if(std::begin(frame_describers), std::end(frame_describers),
-        [codec](const CodecDescriber& each) { return each.codec == codec; });
-    if (row == std::end(frame_describers) || (stream->flags & ZAT_FLAG_ENCRYPTED) != 0) {
+    const CodecDescriber* row = find_row(frame_describers, &CodecDescriber::codec, codec);
+    if (row == nullptr || (stream->flags & ZAT_FLAG_ENCRYPTED) != 0) {
         return;
     }
     uint8_t start[frame_start_size];

@@ -1,5 +1,6 @@
 #include "container/mp4/metadata.h"
 
+#include "common/tables.h"
 #include "common/text_codes.h"
 
 #include <algorithm>
@@ -99,9 +100,7 @@ constexpr UserText user_texts[] = {
 };
 
 const UserText* find_user_text(uint32_t type) {
-    const auto* found = std::find_if(std::begin(user_texts), std::end(user_texts),
-        [type](const UserText& row) { return row.type == type; });
-    return found != std::end(user_texts) ? found : nullptr;
+    return find_row(user_texts, &UserText::type, type);
 }
 
 struct KeyedText {

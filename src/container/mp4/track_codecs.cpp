@@ -1,9 +1,7 @@
 // The names of the codecs of tracks, and the tracks that are neither pictures nor sound.
 #include "common/codec_names.h"
+#include "common/tables.h"
 #include "container/mp4/track_details.h"
-
-#include <algorithm>
-#include <iterator>
 
 namespace zat::mp4 {
 
@@ -90,15 +88,13 @@ constexpr ObjectRow object_codecs[] = {
 
 template <size_t N>
 CodecName find_format(const FormatRow (&rows)[N], uint32_t format) {
-    const auto* row = std::find_if(std::begin(rows), std::end(rows),
-        [format](const FormatRow& each) { return each.format == format; });
-    return row != std::end(rows) ? row->name : CodecName{};
+    const FormatRow* row = find_row(rows, &FormatRow::format, format);
+    return row != nullptr ? row->name : CodecName{};
 }
 
 CodecName object_name(uint8_t object_type) {
-    const auto* row = std::find_if(std::begin(object_codecs), std::end(object_codecs),
-        [object_type](const ObjectRow& each) { return each.object_type == object_type; });
-    return row != std::end(object_codecs) ? row->name : CodecName{};
+    const ObjectRow* row = find_row(object_codecs, &ObjectRow::object_type, object_type);
+    return row != nullptr ? row->name : CodecName{};
 }
 
 CodecName format_name(uint32_t format, uint32_t kind) {

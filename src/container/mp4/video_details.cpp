@@ -1,5 +1,6 @@
 // The typed details of video tracks.
 #include "common/details.h"
+#include "common/tables.h"
 #include "common/text.h"
 #include "common/text_codes.h"
 #include "container/mp4/sample_tables.h"
@@ -86,9 +87,8 @@ constexpr PictureCodec picture_codecs[] = {
 // What the first picture's own headers tell; the entry's size stays.
 void read_first_picture(const TrackFacts& facts, ZatStream* stream) {
     const std::string_view codec = bounded_text(stream->codec);
-    const auto* row = std::find_if(std::begin(picture_codecs), std::end(picture_codecs),
-        [codec](const PictureCodec& each) { return each.codec == codec; });
-    if (row == std::end(picture_codecs) || (stream->flags & ZAT_FLAG_ENCRYPTED) != 0) {
+    const PictureCodec* row = find_row(picture_codecs, &PictureCodec::codec, codec);
+    if (row == nullptr || (stream->flags & ZAT_FLAG_ENCRYPTED) != 0) {
         return;
     }
     uint8_t start[video_config_size];

@@ -29,9 +29,10 @@ constexpr uint64_t audio_search_limit = 262'144;
 
 // Whether the pictures of a video that tells no frame rate are counted still.
 bool is_counting(const Stream& stream) {
-    constexpr int64_t most_fields = 64;
+    constexpr int64_t most_fields = int64_t{FrameTimes::most} * 2;
     return stream.form == Form::generic_video && stream.facts.frame_rate == 0 &&
-           stream.pictures != nullptr && stream.pictures->count.coded_fields < most_fields;
+           stream.pictures != nullptr && stream.pictures->count_unit != nullptr &&
+           stream.pictures->count.coded_fields < most_fields;
 }
 
 bool wants_payload(const Stream& stream) {
@@ -145,8 +146,8 @@ void measure_rate(Stream* stream) {
 }
 
 // Some writers' clocks step back where they put off a stream: no recording begins there when the
-// time stamps of none go back as far.
-void drop_false_jumps(const StreamTable& table, ClockTrack* clocks) {
+// time stamps of none go back as far. Returns how far the clocks go.
+int64_t unrest_of(const StreamTable& table, const ClockTrack& clocks) {
     bool stamped = false;
     int64_t step_back = 0;
     for (size_t i = 0; i < table.count; ++i) {
@@ -156,9 +157,7 @@ void drop_false_jumps(const StreamTable& table, ClockTrack* clocks) {
             step_back = std::max(step_back, stream.head.step_back);
         }
     }
-    if (stamped && step_back < clocks->jump_back / 2) {
-        clocks->jumps -= clocks->jumps_back;
-    }
+    return stamped && step_back < clocks.jump_back / 2 ? clocks.jump_back : 0;
 }
 
 void walk_head(Program* program, int64_t from, int64_t to, bool in_order) {
@@ -182,7 +181,7 @@ void walk_head(Program* program, int64_t from, int64_t to, bool in_order) {
     }
     program->damaged = walk.damaged;
     if (has_clock(clocks)) {
-        drop_false_jumps(program->table, &clocks);
+        program->clocks.unrest = unrest_of(program->table, clocks);
         program->clocks.tracks[program->clocks.count++] = clocks;
     }
     for (size_t i = 0; i < program->table.count; ++i) {
@@ -292,6 +291,7 @@ Program* start_program(const WorkMemory& memory, FileRecord* file) {
     auto* program = reinterpret_cast<Program*>(memory.bytes);
     program->stream_at = -1;
     program->clocks.count = 0;
+    program->clocks.unrest = 0;
     program->table.count = 0;
     program->table.plain_ac3 = false;
     reader_open(&program->reader, file);

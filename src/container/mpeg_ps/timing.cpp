@@ -37,8 +37,14 @@ Step step_behind(const ClockProbes& probes, int32_t i) {
         static_cast<double>(to.position - from.position)};
 }
 
-// Ticks per byte within the tracks; 0 without a step.
+// Ticks per byte within the tracks; 0 without a step. Of an unsteady clock the head as a whole
+// tells more than its steps.
 double inner_pace(const ClockProbes& probes) {
+    if (probes.unrest != 0) {
+        const ClockTrack& head = probes.tracks[0];
+        return static_cast<double>(clock_distance(head.first.clock, head.last.clock)) /
+               static_cast<double>(head.last.position - head.first.position);
+    }
     double ticks = 0;
     double bytes = 0;
     for (int32_t i = 0; i < probes.count; ++i) {
@@ -73,13 +79,16 @@ bool has_joint(const ClockProbes& probes, double pace, uint32_t byte_rate) {
     constexpr double tolerance = 1.5;
     const double fastest = byte_rate == 0 ? 0 : static_cast<double>(clock_rate) / byte_rate;
     const bool rate_is_true = fastest <= pace * tolerance; // and not that of something else
+    const int64_t unrest = probes.unrest + probes.unrest / 2;
     for (int32_t i = 0; i < probes.count; ++i) {
-        if (probes.tracks[i].jumps > 0) {
+        const ClockTrack& track = probes.tracks[i];
+        if (track.jumps > (track.jump_back <= unrest ? track.jumps_back : 0)) {
             return true;
         }
         if (i + 1 < probes.count) {
             const Step step = step_behind(probes, i);
-            if (step.ticks < 0 || (rate_is_true && step.ticks * tolerance < step.bytes * fastest)) {
+            const double ticks = step.ticks + static_cast<double>(unrest);
+            if (ticks < 0 || (rate_is_true && ticks * tolerance < step.bytes * fastest)) {
                 return true;
             }
         }
@@ -181,7 +190,8 @@ ClockTime clock_time(const ClockProbes& probes, int64_t size, uint32_t byte_rate
     time.joined = has_joint(probes, pace, byte_rate);
     if (time.joined) {
         constexpr double tolerance = 1.5;
-        ticks = sum_of_steps(probes, pace, tolerance);
+        ticks = probes.unrest != 0 ? static_cast<double>(covered) * pace
+                                   : sum_of_steps(probes, pace, tolerance);
     } else {
         // A leap forward: one step that is far off all others.
         constexpr double tolerance = 4;

@@ -61,6 +61,7 @@ int64_t stamp_span(const StampTrack& head, const StampTrack& tail);
 constexpr int32_t probe_limit = 20;
 struct ClockProbes {
     int32_t count = 0;
+    int64_t unrest = 0; // ticks by which the clock steps back within one recording
     ClockTrack tracks[probe_limit];
 };
 

@@ -7,10 +7,12 @@
 #include "audio/frame_search.h"
 #include "audio/latm.h"
 #include "audio/lpcm.h"
+#include "audio/opus.h"
 #include "audio/stream_facts.h"
 #include "audio/sync_search.h"
 #include "audio/truehd.h"
 #include "common/stream_lines.h"
+#include "common/tables.h"
 
 #include <algorithm>
 #include <iterator>
@@ -117,8 +119,10 @@ bool describe_truehd(const Stream& /*stream*/, Bytes captured, ZatStream* facts,
         truehd_line(&core_info, text->line);
     }
     if (has_stream) {
-        *facts = new_stream(ZAT_STREAM_AUDIO); // not those of the core
+        constexpr double units_per_second = 1200; // in the family of 48 kHz
+        *facts = new_stream(ZAT_STREAM_AUDIO);    // not those of the core
         truehd_facts(info, facts);
+        text->frame_seconds = has_core ? text->frame_seconds : 1 / units_per_second;
         named_truehd_line(info, has_core ? " TrueHD" : "Dolby_TrueHD", core_line);
         append_text(text->line, bounded_text(core_line));
     }
@@ -221,9 +225,27 @@ bool describe_s302m(const Stream& /*stream*/, Bytes captured, ZatStream* facts, 
     return true;
 }
 
-bool describe_opus(const Stream& stream, Bytes /*captured*/, ZatStream* facts, StreamText* text) {
-    facts->sample_rate = 48000;
+// What stands behind the opus_control_header() of an access unit; nothing without one.
+Bytes opus_packet(Bytes unit) {
+    const uint8_t flags = byte_at(unit, 1);
+    if (byte_at(unit, 0) != 0x7F || (flags & 0xE0) != 0xE0) { // control_header_prefix
+        return {};
+    }
+    size_t at = 2;
+    while (byte_at(unit, at) == 0xFF) { // au_size
+        ++at;
+    }
+    ++at;
+    at += (flags & 0x10) != 0 ? 2 : 0;                      // start_trim
+    at += (flags & 0x08) != 0 ? 2 : 0;                      // end_trim
+    at += (flags & 0x04) != 0 ? 1U + byte_at(unit, at) : 0; // control_extension
+    return unit.subspan(std::min(at, unit.size()));
+}
+
+bool describe_opus(const Stream& stream, Bytes captured, ZatStream* facts, StreamText* text) {
+    facts->sample_rate = opus_rate;
     facts->channels = stream.opus_channels;
+    set_frame_time(opus_packet_samples(opus_packet(captured)), *facts, text);
     text->measures_rate = true;
     return true;
 }
@@ -258,21 +280,12 @@ constexpr DescriberRow describers[] = {
 } // namespace
 
 bool describe_audio(const Stream& stream, Bytes captured, ZatStream* facts, StreamText* text) {
-    for (const DescriberRow& row : describers) {
-        if (row.codec == stream.codec) {
-            return row.describe(stream, captured, facts, text);
-        }
-    }
-    return false;
+    const DescriberRow* row = find_row(describers, &DescriberRow::codec, stream.codec);
+    return row != nullptr && row->describe(stream, captured, facts, text);
 }
 
 bool has_audio_describer(Codec codec) {
-    for (const DescriberRow& row : describers) {
-        if (row.codec == codec) {
-            return true;
-        }
-    }
-    return false;
+    return find_row(describers, &DescriberRow::codec, codec) != nullptr;
 }
 
 } // namespace zat::ts

@@ -20,8 +20,8 @@ bool describe_mpeg_video(Bytes captured, ZatStream* facts, StreamText* text) {
     }
     mpeg_video_facts(headers, facts);
     named_video_line(&headers.header, &headers.extension,
-        headers.extension_found ? MpegVideoVersion::mpeg2 : MpegVideoVersion::mpeg1, true,
-        text->line);
+        headers.extension_found ? MpegVideoVersion::mpeg2 : MpegVideoVersion::mpeg1,
+        VariableRate::as_word, text->line);
     text->has_line = true;
     return true;
 }

@@ -1,7 +1,8 @@
 #include "container/mpeg_ts/sections.h"
 
+#include "common/crc.h"
+
 #include <algorithm>
-#include <array>
 #include <cstring>
 
 namespace zat::ts {
@@ -12,30 +13,6 @@ constexpr size_t section_start = 3; // table_id and section_length
 constexpr size_t syntax_size = 8;   // up to last_section_number
 constexpr size_t crc_size = 4;
 constexpr uint8_t stuffing = 0xFF; // in place of a table_id
-
-using CrcTable = std::array<uint32_t, 256>;
-
-// For four bytes at a time: the sum of a byte with none to three zero bytes behind it.
-constexpr std::array<CrcTable, 4> make_crc_tables() {
-    constexpr uint32_t polynomial = 0x04C11DB7;
-    std::array<CrcTable, 4> tables{};
-    for (uint32_t i = 0; i < 256; ++i) {
-        uint32_t value = i << 24;
-        for (int bit = 0; bit < 8; ++bit) {
-            value = value << 1 ^ ((value & 0x80000000) != 0 ? polynomial : 0);
-        }
-        tables[0][i] = value;
-    }
-    for (size_t behind = 1; behind < tables.size(); ++behind) {
-        for (uint32_t i = 0; i < 256; ++i) {
-            const uint32_t value = tables[behind - 1][i];
-            tables[behind][i] = value << 8 ^ tables[0][value >> 24];
-        }
-    }
-    return tables;
-}
-
-constexpr std::array<CrcTable, 4> crc_tables = make_crc_tables();
 
 // Adds to the section under way. Returns how many of the bytes belong to it.
 size_t append(SectionBuffer* buffer, Bytes bytes) {
@@ -93,19 +70,6 @@ void begin_sections(SectionBuffer* buffer, Bytes bytes, SectionHandler handler, 
 
 } // namespace
 
-uint32_t section_crc(Bytes bytes) {
-    uint32_t crc = 0xFFFFFFFF;
-    for (; bytes.size() >= 4; bytes = bytes.subspan(4)) {
-        crc ^= ReadBE32(bytes.data());
-        crc = crc_tables[3][crc >> 24] ^ crc_tables[2][crc >> 16 & 0xFF] ^
-              crc_tables[1][crc >> 8 & 0xFF] ^ crc_tables[0][crc & 0xFF];
-    }
-    for (const uint8_t byte : bytes) {
-        crc = crc << 8 ^ crc_tables[0][crc >> 24 ^ byte];
-    }
-    return crc;
-}
-
 bool read_section(Bytes bytes, Section* section) {
     *section = {};
     if (bytes.size() < section_start) {
@@ -123,7 +87,7 @@ bool read_section(Bytes bytes, Section* section) {
     section->extension = ReadBE16(&bytes[3]);
     section->current = (bytes[5] & 1) != 0;
     section->number = bytes[6];
-    section->crc_ok = section_crc(bytes) == 0;
+    section->crc_ok = crc32_mpeg2(bytes) == 0;
     section->bytes = bytes.first(bytes.size() - crc_size);
     return true;
 }

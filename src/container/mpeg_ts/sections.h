@@ -10,9 +10,6 @@ namespace zat::ts {
 
 constexpr size_t section_limit = 4096; // bytes of a private section; those of PSI have 1024
 
-// CRC_32 (annex A). 0 over a whole section, its CRC included.
-uint32_t section_crc(Bytes bytes);
-
 // A section that is longer than the packet it begins in.
 struct SectionBuffer {
     uint32_t wanted = 0; // bytes of the whole section; 0 when none is under way

@@ -1,6 +1,7 @@
 #include "container/mpeg_ts/stream_types.h"
 
 #include "common/fourcc.h"
+#include "common/tables.h"
 #include "common/text.h"
 #include "container/mpeg_descriptors.h"
 
@@ -131,23 +132,13 @@ constexpr RegistrationRow registrations[] = {
 };
 
 bool find_registration(uint32_t format_identifier, Codec* codec) {
-    for (const RegistrationRow& row : registrations) {
-        if (row.format_identifier == format_identifier) {
-            *codec = row.codec;
-            return true;
-        }
+    const RegistrationRow* row =
+        find_row(registrations, &RegistrationRow::format_identifier, format_identifier);
+    if (row == nullptr) {
+        return false;
     }
-    return false;
-}
-
-template <size_t N>
-const TypeRow* find_type(const TypeRow (&rows)[N], uint8_t type) {
-    for (const TypeRow& row : rows) {
-        if (row.type == type) {
-            return &row;
-        }
-    }
-    return nullptr;
+    *codec = row->codec;
+    return true;
 }
 
 // Types that leave the codec to a registration or a descriptor.
@@ -157,7 +148,7 @@ bool is_open_type(uint8_t type) {
 
 // Takes what a descriptor tells about a stream that may be of any codec.
 void set_private(Stream* stream, Codec codec) {
-    if (stream->type == 0x06 || find_type(types, stream->type) == nullptr) {
+    if (stream->type == 0x06 || find_row(types, &TypeRow::type, stream->type) == nullptr) {
         stream->codec = codec;
     }
 }
@@ -363,8 +354,8 @@ uint32_t registration_of(Bytes descriptors) {
 void describe_stream_type(Stream* stream, Bytes descriptors, uint32_t program_registration) {
     stream->registration = registration_of(descriptors);
     const bool is_hdmv = program_registration == hdmv || stream->registration == hdmv;
-    const TypeRow* row = is_hdmv ? find_type(hdmv_types, stream->type) : nullptr;
-    row = row != nullptr ? row : find_type(types, stream->type);
+    const TypeRow* row = is_hdmv ? find_row(hdmv_types, &TypeRow::type, stream->type) : nullptr;
+    row = row != nullptr ? row : find_row(types, &TypeRow::type, stream->type);
     if (row != nullptr) {
         stream->codec = row->codec;
         stream->flags |= row->flags;

@@ -136,15 +136,18 @@ void capture_video(Analysis* analysis, const Stream& stream, Unit* unit, Bytes d
     append(analysis, unit, data);
 }
 
+// A look on the way, or the last one, when no more of a capture will come.
+enum class Look : uint8_t { early, last };
+
 // Looks whether the captured bytes tell what the stream is. The last look at a video header that
 // turns out to be none makes way for the next one.
-void judge_capture(Analysis* analysis, const Stream& stream, Unit* unit, bool is_last) {
+void judge_capture(Analysis* analysis, const Stream& stream, Unit* unit, Look look) {
     if (unit->captured == 0 || unit->described) {
         return;
     }
     unit->judged = unit->captured;
     unit->described = is_described(stream, captured_bytes(analysis, *unit), &unit->wants_stamps);
-    if (text_of(stream.codec).kind != ZAT_STREAM_VIDEO || !is_last) {
+    if (text_of(stream.codec).kind != ZAT_STREAM_VIDEO || look != Look::last) {
         return;
     }
     if (unit->described) {
@@ -175,7 +178,7 @@ void take_payload(Analysis* analysis, const Stream& stream, Unit* unit, Bytes da
         append(analysis, unit, data);
     }
     if (unit->captured == unit->capacity) {
-        judge_capture(analysis, stream, unit, true);
+        judge_capture(analysis, stream, unit, Look::last);
         // Else a false header was thrown away.
         unit->capture_closed = unit->capture_closed || unit->captured == unit->capacity;
     }
@@ -222,7 +225,7 @@ void feed_unit(Analysis* analysis, uint32_t index, const Packet& packet, bool lo
     }
     if (packet.starts_unit) {
         if (text_of(stream.codec).kind == ZAT_STREAM_VIDEO && !unit->capture_closed) {
-            judge_capture(analysis, stream, unit, true);
+            judge_capture(analysis, stream, unit, Look::last);
         }
         begin_packet(analysis, stream, unit, packet.payload);
     }
@@ -235,7 +238,7 @@ void judge_units(Analysis* analysis) {
     for (uint32_t i = 0; i < analysis->stream_count; ++i) {
         Unit* unit = &analysis->units[i];
         if (unit->captured >= unit->judged * 2) { // else little can have changed
-            judge_capture(analysis, analysis->streams[i], unit, false);
+            judge_capture(analysis, analysis->streams[i], unit, Look::early);
         }
     }
 }

@@ -1,5 +1,7 @@
 #include "container/ogg/codings.h"
 
+#include "common/tables.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -138,12 +140,8 @@ constexpr CodingRow codings[] = {
 } // namespace
 
 ZatStreamKind kind_of(Coding coding) {
-    for (const CodingRow& row : codings) {
-        if (row.coding == coding) {
-            return row.kind;
-        }
-    }
-    return ZAT_STREAM_DATA;
+    const CodingRow* row = find_row(codings, &CodingRow::coding, coding);
+    return row != nullptr ? row->kind : ZAT_STREAM_DATA;
 }
 
 bool take_streaminfo(Bytes block, LogicalStream* stream) {

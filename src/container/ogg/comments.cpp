@@ -1,5 +1,6 @@
 #include "container/ogg/comments.h"
 
+#include "common/tables.h"
 #include "common/text.h"
 #include "common/text_codes.h"
 
@@ -134,10 +135,9 @@ void take_items(Bytes block, StreamComments* comments) {
 } // namespace
 
 void read_comments(Reader* reader, const LogicalStream& stream, StreamComments* comments) {
-    const auto* row = std::find_if(std::begin(rows), std::end(rows),
-        [&stream](const CommentRow& candidate) { return candidate.coding == stream.coding; });
+    const CommentRow* row = find_row(rows, &CommentRow::coding, stream.coding);
     PacketCursor cursor;
-    if (row == std::end(rows)) {
+    if (row == nullptr) {
         return;
     }
     start_packet(&cursor, reader, stream.first_page, 0);
