@@ -149,6 +149,16 @@ PlayTime sample_stretches(Source* source, Stream* stream, int64_t from) {
     return {.seconds = by_size, .estimated = by_size > 0};
 }
 
+// Where a stream ends whose pictures were all counted: blocks of zeros behind it have not come yet.
+int64_t end_of_pictures(Source* source, int64_t from) {
+    constexpr uint32_t block = Source::view_limit;
+    int64_t end = source->size;
+    while (end - from > block && leading_zeros(source_view(source, end - block, block)) == block) {
+        end -= block;
+    }
+    return end;
+}
+
 PlayTime measure(Source* source, Stream* stream, int64_t from) {
     if (source->size - from <= counted_size) {
         return count_all(source, stream, from);
@@ -181,13 +191,15 @@ bool analyze_elementary_stream(Program* program, int64_t from, const Output& out
         stream->facts.estimated |= ZAT_ESTIMATED_DURATION | ZAT_ESTIMATED_BIT_RATE;
     }
     stream->packets = 1;
-    stream->bytes = static_cast<uint64_t>(program->source.size - from);
+    const int64_t size = program->source.size - from;
+    stream->bytes = static_cast<uint64_t>(
+        size <= counted_size ? end_of_pictures(&program->source, from) - from : size);
     program->bare = true;
     program->whole = true;
     program->told = length;
     write_label(*stream, out.record);
     if (out.record->data_size == 0) {
-        out.record->data_size = stream->bytes;
+        out.record->data_size = static_cast<uint64_t>(size);
     }
     write_program(program, out, "MPEG video");
     return true;

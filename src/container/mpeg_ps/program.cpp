@@ -31,7 +31,8 @@ constexpr uint64_t audio_search_limit = 262'144;
 bool is_counting(const Stream& stream) {
     constexpr int64_t most_fields = int64_t{FrameTimes::most} * 2;
     return stream.form == Form::generic_video && stream.facts.frame_rate == 0 &&
-           stream.pictures != nullptr && stream.pictures->count.coded_fields < most_fields;
+           stream.pictures != nullptr && stream.pictures->count_unit != nullptr &&
+           stream.pictures->count.coded_fields < most_fields;
 }
 
 bool wants_payload(const Stream& stream) {
