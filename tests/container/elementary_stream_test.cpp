@@ -37,7 +37,7 @@ TEST(ElementaryStream, counts_pictures) {
         {"H.264, one of three pictures in two slices",
             units({"09 f0", avc_sps, avc_pps, "65 88 84 21", "41 9a 24 6c", "41 4a 24 6c", "01 9e 61 74"}),
             "[H264-ES]\nV 64x48 [AVC/H264 High@1 1:1] 8Bit 25.000fps 4.600kbps 3f Progressive\n0.120\n"},
-        {"H.264 in front of a filling", joined({units({avc_sps, avc_pps, "65 88 84 21"}), Data(8192)}),
+        {"H.264 in front of a filling", join({units({avc_sps, avc_pps, "65 88 84 21"}), Data(8192)}),
             "[H264-ES]\nV 64x48 [AVC/H264 High@1 1:1] 8Bit 25.000fps 8.600kbps 1f Progressive\n0.040\n"},
         {"H.264 with an extension between its parameter sets", units({avc_sps, "6d ac", "6f 64 00 0a", avc_pps, "65 88 84 21"}),
             "[H264-ES]\nV 64x48 [AVC/H264 High@1 1:1] 8Bit 25.000fps 11.000kbps 1f Progressive\n0.040\n"},
