@@ -258,7 +258,7 @@ void find_end(FlacFile* flac) {
     find_last_frame(flac, tail);
     if (flac->frame_samples == 0) {
         find_last_frame(flac, frame_search);
-        flac->ends_early = flac->frame_samples > flac->last_samples;
+        flac->ends_early = flac->frame_samples != 0;
     }
 }
 
@@ -268,10 +268,13 @@ int64_t payload_of(const FlacFile& flac) {
     if (!flac.ends_early) {
         return rest;
     }
+    const int64_t before = flac.last_at - flac.audio;
+    if (before == 0) {
+        return std::min<int64_t>(rest, flac.info.largest_frame);
+    }
     const double others = static_cast<double>(flac.frame_samples - flac.last_samples);
-    const double share = static_cast<double>(flac.frame_samples) / others;
-    const auto frames = static_cast<double>(flac.last_at - flac.audio) * share + 0.5;
-    return std::min(rest, clamp_to_integer<int64_t>(frames));
+    const double share = divide(static_cast<double>(flac.frame_samples), others);
+    return std::min(rest, clamp_to_integer<int64_t>(static_cast<double>(before) * share + 0.5));
 }
 
 // Where the frames tell something else than the header they hold: the header's figure, then theirs.

@@ -56,8 +56,10 @@ double mean_step(const FlvTags& tags) {
 // Whether the tags that were seen reach the end of the declared time.
 bool reach_end(const FlvInfo& info, double seconds) {
     constexpr double most = 0.75; // durations are not exact, of short files least
-    const double end = info.last_timestamp + std::max(mean_step(info.video), mean_step(info.audio));
-    return info.whole && info.missing_bytes == 0 && end >= most * 1000 * seconds;
+    const uint32_t last =
+        info.whole ? info.last_timestamp : std::max(info.video.last_time, info.audio.last_time);
+    const double end = last + std::max(mean_step(info.video), mean_step(info.audio));
+    return info.to_end && info.missing_bytes == 0 && end >= most * 1000 * seconds;
 }
 
 // Of the tags that were seen, over the time that they cover.

@@ -222,7 +222,8 @@ void walk_tags(Reader* reader, Span space, int64_t position, FlvInfo* info) {
         position += size;
     }
     const int64_t file_end = reader->block.file->size;
-    info->whole = only_tags && space.end == file_end;
+    info->to_end = space.end == file_end;
+    info->whole = info->to_end && only_tags;
     info->missing_bytes =
         info->whole ? std::max<int64_t>(position - previous_tag_size - file_end, 0) : 0;
 }

@@ -54,7 +54,8 @@ struct FlvInfo {
     bool detailed = false; // what follows is wanted
     FlvTags audio;
     FlvTags video;
-    bool whole = false;        // all tags were seen, and nothing else
+    bool to_end = false;       // all of the file was examined
+    bool whole = false;        // and held nothing but tags
     int64_t missing_bytes = 0; // of a tag that the file's end cuts
 };
 
