@@ -1,69 +1,17 @@
-// Files of one stream of lossless audio, MusePack or DSD: what record and details say of them.
-#include "audio/dsdiff_file.h"
-#include "audio/dsf_file.h"
+// Files of one stream of lossless audio: what record and details say of them.
 #include "audio/flac_file.h"
 #include "audio/monkey_file.h"
-#include "audio/musepack_file.h"
 #include "audio/optimfrog_file.h"
 #include "audio/tak_file.h"
 #include "audio/tta_file.h"
 #include "audio/wavpack_file.h"
-#include "audio/wsd_file.h"
 #include "common/crc.h"
-#include "support/analysed.h"
-#include "support/atom_builder.h"
-#include "support/details_text.h"
+#include "support/audio_file_rows.h"
 #include "support/ogg_builder.h"
-#include "support/record_text.h"
 
 namespace zat::test::lossless_file_test {
 
 namespace {
-
-using namespace std::string_view_literals;
-
-struct Row {
-    const char* what;
-    Data file;
-    std::string record; // behind the play time the data size
-    std::string details = {};
-};
-
-// Holds every row against record and details.
-void expect_rows(Analyser analyser, const std::vector<Row>& rows) {
-    for (const Row& row : rows) {
-        const TempFile temporary(row.file);
-        FileRecord file;
-        ASSERT_EQ(FileOpen(&file, temporary.path.c_str()), 0);
-        InfoRecord record{};
-        const auto details = std::make_unique<ZatDetails>();
-        analyser(&file, {&record, details.get()});
-        FileClose(&file);
-        expect_sound(record);
-        EXPECT_EQ(record_text(record) + " " + std::to_string(record.data_size), row.record) << row.what;
-        if (!row.details.empty()) {
-            EXPECT_EQ(details_text(*details), row.details) << row.what;
-        }
-    }
-    for (const Row& row : rows) {
-        if (row.file.size() < 2000) {
-            expect_sound_when_cut(analyser, row.file);
-        }
-    }
-}
-
-Data text(std::string_view value) {
-    return ByteBuilder().text(value).bytes;
-}
-
-Data id3v1(std::string_view title) {
-    return ByteBuilder().text("TAG").text(title).pad_to(128).bytes;
-}
-
-Data ape_tag(uint64_t version, std::string_view key, std::string_view value) {
-    const Data items = ByteBuilder().le32(value.size()).le32(0).text(key).u8(0).text(value).bytes;
-    return ByteBuilder().append(items).text("APETAGEX").le32(version).le32(items.size() + 32).le32(1).le32(0).fill(8).bytes;
-}
 
 // FLAC.
 
@@ -105,35 +53,7 @@ Data wavpack_block(uint64_t version, uint64_t total, uint64_t index, uint64_t sa
 constexpr uint64_t rate_44100 = 9 << 23;
 constexpr uint64_t only_block = 0x1800; // first and final
 
-// DSD.
-
-Data dsf(uint64_t type, uint64_t channels, uint64_t rate, uint64_t samples, const Data& sound, const Data& tag = {}) {
-    const uint64_t pointer = tag.empty() ? 0 : 92 + sound.size();
-    ByteBuilder file;
-    file.text("DSD ").le64(28).le64(0).le64(pointer).text("fmt ").le64(52).le32(1).le32(0).le32(type).le32(channels);
-    file.le32(rate).le32(1).le64(samples).le32(4096).le32(0).text("data").le64(12 + sound.size());
-    return file.append(sound).append(tag).bytes;
-}
-
-Data chunk(std::string_view id, const Data& content, int64_t size = -1) {
-    return ByteBuilder().text(id).be64(size < 0 ? content.size() : static_cast<uint64_t>(size)).append(content).bytes;
-}
-
-Data dsdiff(std::initializer_list<Data> chunks) {
-    return ByteBuilder().text("FRM8").be64(12345).text("DSD ").append(join(chunks)).bytes;
-}
-
-Data sound_properties(std::string_view compression) {
-    return chunk("PROP", join({text("SND "), chunk("FS  ", ByteBuilder().be32(2822400).bytes),
-                             chunk("CHNL", ByteBuilder().be16(2).text("SLFTSRGT").bytes), chunk("CMPR", text(compression))}));
-}
-
 } // namespace
-
-TEST(Crc, KnowsTheCheckValues) {
-    EXPECT_EQ(crc32(text("123456789")), 0xCBF43926U);
-    EXPECT_EQ(crc24(text("123456789")), 0x21CF02U);
-}
 
 TEST(FlacFile, Rows) {
     const Data info = flac_block(0, streaminfo(44100, 2, 16, 8192, 100));
@@ -323,53 +243,6 @@ TEST(TtaFile, Rows) {
         });
 }
 
-TEST(MusePackFile, Rows) {
-    const auto sv7 = [](int version, uint64_t frames, uint64_t form, uint64_t gain, uint64_t ending, int encoder) {
-        return ByteBuilder()
-            .text("MP+")
-            .raw({version})
-            .le32(frames)
-            .le32(form)
-            .le32(gain)
-            .le32(gain)
-            .le32(ending)
-            .raw({0, 0, 0, encoder})
-            .fill(100, 1)
-            .bytes;
-    };
-    const auto packet = [](std::string_view key, const Data& content) {
-        return ByteBuilder().text(key).u8(content.size() + 3).append(content).bytes;
-    };
-    const auto sv8 = [&](const Data& fields, const Data& rest) {
-        return join({text("MPCK"), packet("SH", join({ByteBuilder().be32(crc32(fields)).bytes, fields})), rest});
-    };
-    const Data form = ByteBuilder().raw({8, 0x82, 0xD8, 0x44, 0x00, 0x1B, 0x1B}).bytes; // 44,100 samples
-    const Data end = join({packet("AP", Data(50)), packet("SE", {})});
-    expect_rows(AnalyzeMusePackFile,
-        {
-            {"SV7", sv7(7, 10, 10 << 20, 0xFC7C0000, 0x80000000U | 100U << 20, 116),
-                "A [MusePack SV7 Standard q5] 44100Hz 2ch 3.47kbps\nX encoder 1.16 beta\nX gapless\nX ReplayGain track -9.00dB "
-                "album -9.00dB\n0.237 103"},
-            {"SV7.1, not gapless", sv7(0x17, 10, (14U << 20) | (3 << 16), 0, 0, 140),
-                "A [MusePack SV7.1 q9] 32000Hz 2ch 2.39kbps\nX encoder 1.4\n0.345 103"},
-            {"SV7, no quality, cut off", sv7(7, 1000, 1 << 20, 0, 0, 115),
-                "A [MusePack SV7 Experimental] 44100Hz 2ch\nX encoder 1.15 alpha\nX truncated\n26.112 103"},
-            {"SV5", sv7(5, 10, 0, 0, 0, 0), "X damaged header\n0.000 0"},
-            {"SV8",
-                sv8(form, join({packet("RG", ByteBuilder().raw({1}).be16(0x4000).be16(0).be16(0).be16(0).bytes),
-                              packet("EI", ByteBuilder().raw({0xA4, 1, 29, 3}).bytes), end})),
-                "A [MusePack SV8 Standard q5.25] 44100Hz 2ch 0.45kbps\nX encoder 1.29.3 unstable\nX ReplayGain track "
-                "+0.82dB\n1.000 56",
-                "Musepack profile=SV8\naudio duration=1.000 bit_rate=448 bytes=56 samples=44100 sample_rate=44100 channels=2 "
-                "codec=Musepack profile=Standard encoder=1.29.3 unstable"},
-            {"SV8, old encoder, cut off",
-                sv8(form, join({packet("EI", ByteBuilder().raw({0xB0, 1, 15, 3}).bytes), packet("AP", Data(50))})),
-                "A [MusePack SV8 Extreme q6] 44100Hz 2ch\nX encoder 1.15 alpha\nX truncated\n1.000 53"},
-            {"SV8, rate that is none", sv8(ByteBuilder().raw({8, 0x44, 0x00, 0xFB, 0x1B}).bytes, end),
-                "A [MusePack SV8] 2ch\nX damaged header\n0.000 56"},
-        });
-}
-
 TEST(OptimFrogFile, Rows) {
     const auto frog = [](int type, int channels, uint64_t algorithm) {
         return ByteBuilder()
@@ -440,66 +313,6 @@ TEST(TakFile, Rows) {
                 "A [TAK -p2] 44100Hz 2ch(C+LFE) 0.80kbps 16Bit 0.06%\n1.000 100"},
             {"wrong checksum", join({text("tBaK"), wrong, encoder, end, Data(100, 3)}),
                 "A [TAK -p2] 44100Hz 2ch 0.92kbps 16Bit 0.07%\nX damaged header\n1.000 115"},
-        });
-}
-
-TEST(DsdFiles, Rows) {
-    const Data tag = ByteBuilder().text("ID3").raw({3, 0, 0, 0, 0, 0, 13}).text("TIT2").be32(3).be16(0).text("\0To"sv).bytes;
-    expect_rows(AnalyzeDsfFile,
-        {
-            {"tag behind", dsf(2, 2, 2822400, 2822400, Data(705600), tag),
-                "A [DSD64] 2822400Hz 2ch 5644.80kbps 1Bit\nX ID3v2(23Byte)\nI To\n1.000 705600"},
-            {"5.1, cut off", dsf(7, 6, 11289600, 8000, Data(5)),
-                "A [DSD256] 11289600Hz 6ch(L+R+C+LFE+BL+BR) 67737.60kbps 1Bit\nX truncated(5,995 Byte missing)\n0.001 5"},
-            {"no such rate, zeros behind the samples", dsf(9, 1, 1000, 8, Data(4096)),
-                "A [DSD] 1000Hz 1ch 1.00kbps 1Bit\n0.008 1"},
-            {"nothing known", dsf(0, 0, 0, 0xFFFFFFFFFFFFFFFF, {}), "X damaged header\n0.000 0"},
-        });
-    const Data information = chunk("DIIN", join({chunk("DIAR", ByteBuilder().be32(3).text("Ann").u8(0).bytes),
-                                               chunk("DITI", ByteBuilder().be32(9).text("T").bytes)}));
-    expect_rows(AnalyzeDsdiffFile,
-        {
-            {"plain", dsdiff({sound_properties("DSD "), chunk("DSD ", Data(705600)), information, chunk("ID3 ", tag)}),
-                "A [DSD64] 2822400Hz 2ch 5644.80kbps 1Bit\nX ID3v2(23Byte)\nI Ann - To\n1.000 705600",
-                "DSDIFF title=To artist=Ann\naudio flags=128 mode=1 duration=1.000 bit_rate=5644800 bytes=705600 samples=2822400 "
-                "sample_rate=2822400 channels=2 bit_depth=1 codec=DSD layout=L R"},
-            {"missing pad byte", dsdiff({chunk("COMT", Data(3)), sound_properties("DSD "), chunk("DSD ", Data(10), 100)}),
-                "A [DSD64] 2822400Hz 2ch 5644.80kbps 1Bit\nX truncated(90 Byte missing)\n0.000 10"},
-            {"DST",
-                dsdiff({sound_properties("DST "),
-                    chunk("DST ", join({chunk("FRTE", ByteBuilder().be32(75).be16(75).bytes), Data(999)}))}),
-                "A [DST DSD64] 2822400Hz 2ch 8.14kbps 1Bit 0.14%\n1.000 1017"},
-            {"DST without a rate", dsdiff({sound_properties("DST "), chunk("DST ", chunk("FRTE", Data(6)))}),
-                "A [DST DSD64] 2822400Hz 2ch 1Bit\nX damaged header\n0.000 18"},
-            {"a size of 2^63", dsdiff({chunk("PROP", Data(4), INT64_MIN)}), "X damaged header\n0.000 0"},
-        });
-    const auto wsd = [](int version, uint64_t rate, uint64_t mask) {
-        return ByteBuilder()
-            .text("1bit")
-            .fill(4)
-            .raw({version})
-            .fill(11)
-            .be32(0x80)
-            .be32(0x800)
-            .fill(8)
-            .be32(rate)
-            .be32(0)
-            .raw({2, 0, 0, 0})
-            .be32(mask)
-            .pad_to(0x80)
-            .text("Title")
-            .pad_to(0x80 + 384, ' ')
-            .text("Artist")
-            .pad_to(0x800, ' ')
-            .fill(705600)
-            .bytes;
-    };
-    expect_rows(AnalyzeWsdFile,
-        {
-            {"1.1", wsd(0x11, 2822400, 0x28),
-                "A [DSD64] 2822400Hz 2ch(BL-C+BR-C) 5644.80kbps 1Bit\nI Artist - Title\n1.000 705600"},
-            {"before 1.0", wsd(0x05, 3072000, 1), "A [DSD64] 3072000Hz 2ch 6144.00kbps 1Bit\nI Artist - Title\n0.919 705600"},
-            {"no rate", wsd(0x11, 0, 1), "A [DSD] 2ch 1Bit\nX damaged header\nI Artist - Title\n0.000 705600"},
         });
 }
 

@@ -20,11 +20,11 @@ std::string described(FrameDescriber describe, const Data& bytes) {
 TEST(StreamFacts, TellsEac3BySubstreams) {
     const Data core = eac3_frame(0, 0, 800, 7, 1);
     const Data rear = eac3_frame(1, 0, 400, 6, 0, 0x1A00); // Ls, Rs once more, and Lrs/Rrs
-    EXPECT_EQ(described(describe_eac3_frame, joined({core, rear, core, rear, core})),
+    EXPECT_EQ(described(describe_eac3_frame, join({core, rear, core, rear, core})),
         "[E-AC-3 3/2.1] 48000Hz 8ch 300.000kbps | audio estimated=2 bit_rate=300000 sample_rate=48000 channels=8 codec=E-AC-3 "
         "layout=L R C LFE Lb Rb Ls Rs");
     // Another programme is none of its channels, but of its bytes.
-    EXPECT_EQ(described(describe_eac3_frame, joined({eac3_frame(0, 0, 400, 0, 0, -1, 0), eac3_frame(0, 1, 400, 7, 1)})),
+    EXPECT_EQ(described(describe_eac3_frame, join({eac3_frame(0, 0, 400, 0, 0, -1, 0), eac3_frame(0, 1, 400, 7, 1)})),
         "[E-AC-3 1+1] 48000Hz 2ch 1200.000kbps | audio estimated=2 bit_rate=1200000 sample_rate=48000 channels=2 codec=E-AC-3");
     EXPECT_EQ(described(describe_eac3_frame, {core.begin(), core.begin() + 20}).substr(0, 42),
         "[E-AC-3 3/2.1] 48000Hz 6ch 200.000kbps | a");
@@ -64,13 +64,13 @@ TEST(StreamFacts, TellsLoasByItsConfiguration) {
     without.bits(1, 1); // useSameStreamMux
     BitBuilder sbr;     // version 0, explicit SBR from 24 to 48 kHz, stereo
     sbr.bits(0, 1).bits(0, 1).bits(1, 1).bits(1, 6).bits(0, 7).bits(5, 5).bits(6, 4).bits(2, 4).bits(3, 4).bits(2, 5);
-    EXPECT_EQ(described(describe_loas_frame, joined({{0x56}, loas(without), loas(sbr), loas(without)})),
+    EXPECT_EQ(described(describe_loas_frame, join({{0x56}, loas(without), loas(sbr), loas(without)})),
         "[AAC HE+SBR] 48000Hz stereo(L,R) 18.750kbps | audio estimated=2 bit_rate=18750 sample_rate=48000 channels=2 codec=AAC "
         "profile=HE-AAC layout=L R");
     BitBuilder sized; // version 1: LC at 44.1 kHz in 16 bits
     sized.bits(0, 1).bits(1, 1).bits(0, 1).bits(0, 10).bits(1, 1).bits(0, 13).bits(0, 2).bits(16, 8).bits(0x1210, 16);
     EXPECT_EQ(described(describe_loas_frame, loas(sized)).substr(0, 39), "[AAC LC] 44100Hz stereo(L,R) 68.906kbps");
-    EXPECT_EQ(described(describe_loas_frame, joined({loas(without), loas(without)})), "refused");
+    EXPECT_EQ(described(describe_loas_frame, join({loas(without), loas(without)})), "refused");
 }
 
 TEST(StreamFacts, TellsTheRateOfAdtsByAllBlocksOfItsFrame) {

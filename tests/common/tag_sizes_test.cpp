@@ -19,7 +19,7 @@ ByteBuilder lyrics3(const char* digits) {
     return ByteBuilder().text(digits).text("LYRICS200");
 }
 
-ByteBuilder joined(std::initializer_list<ByteBuilder> parts) {
+ByteBuilder join(std::initializer_list<ByteBuilder> parts) {
     ByteBuilder all;
     for (const ByteBuilder& part : parts) {
         all.append(part.bytes);
@@ -36,17 +36,17 @@ TEST(TagSizes, measures_each_layout) {
         std::array<uint32_t, 5> sizes; // id3v2, ape, id3v1, ape footer, lyrics3
     } rows[] = {
         {"stacked ID3v2 tags, an empty and a cut one",
-            joined({id3v2_tag(10), id3v2_tag(10), id3v2_tag(600), ByteBuilder().text("ID3")}), {620}},
+            join({id3v2_tag(10), id3v2_tag(10), id3v2_tag(600), ByteBuilder().text("ID3")}), {620}},
         {"size bytes with their top bits set", ByteBuilder().text("ID3").raw({3, 0, 0, 255, 255, 255, 255}), {538984585}},
-        {"APEv2 with items: the footer alone, its header out of sight", joined({audio, ape_footer(), audio, ape_footer(), id3v1}),
+        {"APEv2 with items: the footer alone, its header out of sight", join({audio, ape_footer(), audio, ape_footer(), id3v1}),
             {0, 0, 128, 32}},
-        {"APEv2 without items: header and footer", joined({audio, ape_footer(), ape_footer()}), {0, 32, 0, 32}},
-        {"another marker in the footer's place", joined({audio, ape_footer("APETAG!!"), id3v1}), {0, 32, 128}},
-        {"APE before Lyrics3 before ID3v1", joined({audio, ape_footer(), ByteBuilder().fill(100), lyrics3("000100"), id3v1}),
+        {"APEv2 without items: header and footer", join({audio, ape_footer(), ape_footer()}), {0, 32, 0, 32}},
+        {"another marker in the footer's place", join({audio, ape_footer("APETAG!!"), id3v1}), {0, 32, 128}},
+        {"APE before Lyrics3 before ID3v1", join({audio, ape_footer(), ByteBuilder().fill(100), lyrics3("000100"), id3v1}),
             {0, 0, 128, 32, 115}},
         {"a size that 32 bits would wrap back into the file",
-            joined({audio, ape_footer(), ByteBuilder().fill(5), lyrics3("00000&")}), {0, 0, 0, 0, 5}},
-        {"Lyrics3 beyond the last mebibyte", joined({audio, ape_footer(), ByteBuilder().fill(2099998), lyrics3("zzzzzz")}),
+            join({audio, ape_footer(), ByteBuilder().fill(5), lyrics3("00000&")}), {0, 0, 0, 0, 5}},
+        {"Lyrics3 beyond the last mebibyte", join({audio, ape_footer(), ByteBuilder().fill(2099998), lyrics3("zzzzzz")}),
             {0, 0, 0, 0, 8222229}},
         {"a marker without room for its digits", lyrics3("00000"), {}},
     };

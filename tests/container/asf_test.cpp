@@ -68,7 +68,7 @@ Data extended_properties(uint64_t number, uint64_t rate, uint64_t frame_time, co
 }
 
 Data header_extension(std::initializer_list<Data> children) {
-    const Data content = joined(children);
+    const Data content = join(children);
     return object(guid(0x5FBF03B5, 0xA92E), ByteBuilder().fill(18).le32(content.size()).append(content).bytes);
 }
 
@@ -98,12 +98,12 @@ Data stream_attribute(uint64_t stream, std::string_view name, uint64_t value) {
 
 Data header(std::initializer_list<Data> objects, int64_t size = own_size) {
     return object(guid(0x75B22630, 0x668E, 0x11CF, 0xA6D900AA0062CE6C),
-        ByteBuilder().le32(objects.size()).raw({1, 2}).append(joined(objects)).bytes, size);
+        ByteBuilder().le32(objects.size()).raw({1, 2}).append(join(objects)).bytes, size);
 }
 
 Data data_object(std::initializer_list<Data> packets, int64_t size = own_size) {
     return object(
-        guid(0x75B22636, 0x668E), ByteBuilder().fill(16).le64(packets.size()).le16(0x101).append(joined(packets)).bytes, size);
+        guid(0x75B22636, 0x668E), ByteBuilder().fill(16).le64(packets.size()).le16(0x101).append(join(packets)).bytes, size);
 }
 
 // One payload: a whole object of the rest of the packet.
@@ -144,16 +144,16 @@ Data film() {
     const Data markers =
         object(guid(0xF487CD01, 0xA951), ByteBuilder().fill(16).le32(0xFFFFFFFF).le16(0).le16(2).fill(2 + 3 * 30).bytes);
     const Data script = object(guid(0x1EFB1A30, 0x0B62), ByteBuilder().fill(16).le16(2).bytes);
-    return joined({header({file_properties(3 * second, 4), extension, video(1, "WMV3", {0x4E, 0x39, 0x0A, 0x01}), codec_list(),
-                       tags, texts, markers, script, object(guid(0x2211B3FB, 0xBD23), {})}),
+    return join({header({file_properties(3 * second, 4), extension, video(1, "WMV3", {0x4E, 0x39, 0x0A, 0x01}), codec_list(),
+                     tags, texts, markers, script, object(guid(0x2211B3FB, 0xBD23), {})}),
         data_object({packet(1, 0), packet(1, 100), packet(1, 200), packet(2, 200)})});
 }
 
 Data bare(uint64_t flags, const Data& data) {
-    return joined({header({file_properties(3 * second, 3, flags), video(5, "MP43"),
-                       audio(0x8006, 0x162, ByteBuilder().le16(24).le32(0x3F).fill(12).bytes),
-                       stream_properties(guid(0x59DACFC0, 0x59E6), 7, {}),
-                       object(guid(0x7BF875CE, 0x468D), ByteBuilder().le16(1).le16(5).le32(30000).bytes)}),
+    return join({header({file_properties(3 * second, 3, flags), video(5, "MP43"),
+                     audio(0x8006, 0x162, ByteBuilder().le16(24).le32(0x3F).fill(12).bytes),
+                     stream_properties(guid(0x59DACFC0, 0x59E6), 7, {}),
+                     object(guid(0x7BF875CE, 0x468D), ByteBuilder().le16(1).le16(5).le32(30000).bytes)}),
         data});
 }
 
@@ -221,7 +221,7 @@ TEST(Asf, describes_streams) {
             "audio flags=96 id=6 duration=1.000 bit_rate=128000 sample_rate=44100 channels=2 codec=WMA Pro codec_id=0x0162\n"
             "data flags=64 id=7 duration=1.000 codec=command"},
         {"broken off",
-            joined({header({file_properties(0, 0), video(5, "MP43")}), data_object({packet(5, 0), packet(5, 1000)}, 50)}),
+            join({header({file_properties(0, 0), video(5, "MP43")}), data_object({packet(5, 0), packet(5, 1000)}, 50)}),
             "[ASF]\nV 320x240 [C\x96\xB3MP43] ~1.000fps 2.784kbps 2f\n1.000",
             "ASF created=2016-02-15T08:53:20Z duration=1.000 bit_rate=5704\n"
             "video estimated=4 id=5 duration=1.000 bit_rate=2784 bytes=348 frame_rate=1.000 frames=2 size=320:240 "
@@ -254,7 +254,7 @@ TEST(Asf, describes_streams) {
             "codec_id=0x0162\n"
             "data flags=64 id=7 duration=1.000 codec=command"},
         {"the rate of the part that is there",
-            joined({header({file_properties(3 * second, 4), video(1, "MP43")}), data_object({packet(1, 0), packet(1, 40)})}),
+            join({header({file_properties(3 * second, 4), video(1, "MP43")}), data_object({packet(1, 0), packet(1, 40)})}),
             "[ASF]\nV 320x240 [C\x96\xB3MP43] 25.000fps ~2.784kbps\n2.000",
             "ASF created=2016-02-15T08:53:20Z duration=2.000 bit_rate=2852\n"
             "video estimated=2 id=1 duration=2.000 bit_rate=2784 frame_rate=25.000 size=320:240 fps_ratio=25:1 codec=MS-MPEG4 v3 "
@@ -280,28 +280,28 @@ TEST(Asf, describes_streams) {
             "ASF created=2016-02-15T08:53:20Z notes=no data\n"
             "audio id=1 bit_rate=128000 sample_rate=44100 channels=2 codec=WMA2 codec_id=0x0161"},
         {"E-AC-3 by the name of AC-3, in an extensible format",
-            joined({header({file_properties(second, 1), audio(1, 0xFFFE,
-                                                            ByteBuilder()
-                                                                .le16(16)
-                                                                .le32(3)
-                                                                .le32(0x2000)
-                                                                .raw({0, 0, 0x10, 0, 0x80, 0, 0, 0xAA, 0, 0x38, 0x9B, 0x71})
-                                                                .bytes)}),
+            join({header({file_properties(second, 1), audio(1, 0xFFFE,
+                                                          ByteBuilder()
+                                                              .le16(16)
+                                                              .le32(3)
+                                                              .le32(0x2000)
+                                                              .raw({0, 0, 0x10, 0, 0x80, 0, 0, 0xAA, 0, 0x38, 0x9B, 0x71})
+                                                              .bytes)}),
                 data_object({packet(1, 0, eac3_frame(0, 0, 64, 2, 0))})}),
             "[ASF]\nA [E-AC-3 2/0] 48000Hz 2ch 16.000kbps\n0.000",
             "ASF created=2016-02-15T08:53:20Z\n"
             "audio estimated=2 id=1 bit_rate=16000 nominal_bit_rate=128000 bytes=174 sample_rate=48000 channels=2 codec=E-AC-3 "
             "codec_id=0x2000 layout=L R"},
         {"sound that claims no rate",
-            joined(
+            join(
                 {header({file_properties(3 * second, 2), audio(1, 0x161, {}, 0)}), data_object({packet(1, 0), packet(1, 1000)})}),
             "[ASF]\nA [C\x96\xB3"
             "0161] 44100Hz 2ch 2.784kbps\n2.000",
             "ASF created=2016-02-15T08:53:20Z duration=2.000 bit_rate=2720\n"
             "audio id=1 duration=2.000 bit_rate=2784 bytes=348 sample_rate=44100 channels=2 codec=WMA2 codec_id=0x0161"},
         {"degradable JPEG",
-            joined({header({file_properties(second, 1),
-                        stream_properties(guid(0x35907DE0, 0xE415), 1, ByteBuilder().le32(640).le32(480).bytes)}),
+            join({header({file_properties(second, 1),
+                      stream_properties(guid(0x35907DE0, 0xE415), 1, ByteBuilder().le32(640).le32(480).bytes)}),
                 data_object({packet(1, 0)})}),
             "[ASF]\nV 640x480 [JPEG]\n0.000", "ASF created=2016-02-15T08:53:20Z\nvideo id=1 size=640:480 codec=MJPEG"},
         {"neither a rate nor the tool's version",

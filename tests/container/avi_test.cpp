@@ -159,7 +159,7 @@ Data opendml() {
         return avi({opendml_headers(super_index(offset, index.size())), first_media, index});
     };
     const uint64_t at = place(0).size() - index.size();
-    return joined({place(at), riff_list("RIFF", "AVIX", {movi({riff_chunk("00dc", Data(4, 2))})})});
+    return join({place(at), riff_list("RIFF", "AVIX", {movi({riff_chunk("00dc", Data(4, 2))})})});
 }
 
 // Nothing of what a recorder fills in at its end.

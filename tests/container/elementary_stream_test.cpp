@@ -37,7 +37,7 @@ TEST(ElementaryStream, counts_pictures) {
         {"H.264, one of three pictures in two slices",
             units({"09 f0", avc_sps, avc_pps, "65 88 84 21", "41 9a 24 6c", "41 4a 24 6c", "01 9e 61 74"}),
             "[H264-ES]\nV 64x48 [AVC/H264 High@1 1:1] 8Bit 25.000fps 4.600kbps 3f Progressive\n0.120\n"},
-        {"H.264 in front of a filling", joined({units({avc_sps, avc_pps, "65 88 84 21"}), Data(8192)}),
+        {"H.264 in front of a filling", join({units({avc_sps, avc_pps, "65 88 84 21"}), Data(8192)}),
             "[H264-ES]\nV 64x48 [AVC/H264 High@1 1:1] 8Bit 25.000fps 8.600kbps 1f Progressive\n0.040\n"},
         {"H.264 with an extension between its parameter sets", units({avc_sps, "6d ac", "6f 64 00 0a", avc_pps, "65 88 84 21"}),
             "[H264-ES]\nV 64x48 [AVC/H264 High@1 1:1] 8Bit 25.000fps 11.000kbps 1f Progressive\n0.040\n"},
@@ -50,12 +50,12 @@ TEST(ElementaryStream, counts_pictures) {
         {"VC-1", units({"0f cb 84 07 70 33 8a 07 78 1d ff 9b 9b 80 44 80 19", "0e 5a 58 40", "0d c0 c4", "0d 13 17"}),
             "[VC1-ES]\nV 240x104 [VC-1 Advanced@1] 8Bit 24.000fps 3.744kbps 2f Progressive\n0.083\n"},
         {"MPEG-4, out of order, across a second",
-            joined({mpeg4, vop(i_vop, 0, 28000), vop(p_vop, 1, 1000), vop(b_vop, 0, 29500), vop(p_vop, 0, 2500)}),
+            join({mpeg4, vop(i_vop, 0, 28000), vop(p_vop, 1, 1000), vop(b_vop, 0, 29500), vop(p_vop, 0, 2500)}),
             "[MPEG4-ES]\nV 352x288 [MPEG4 Adv Simple@L0 1:1] 8Bit 20.000fps 4.000kbps 4f Progressive\n0.200\n"},
         {"MPEG-4, pictures left out",
-            joined({mpeg4, vop(i_vop, 0, 0), vop(p_vop, 0, 1001), vop(p_vop, 0, 2002), vop(p_vop, 3, 3003)}),
+            join({mpeg4, vop(i_vop, 0, 0), vop(p_vop, 0, 1001), vop(p_vop, 0, 2002), vop(p_vop, 3, 3003)}),
             "[MPEG4-ES]\nV 352x288 [MPEG4 Adv Simple@L0 1:1] 8Bit 29.970fps 0.255kbps 4f Progressive\n3.133\n"},
-        {"MPEG-4, times that cannot be", joined({mpeg4, vop(i_vop, 0, 30000), vop(p_vop, 61, 0), vop(p_vop, 0, 1)}),
+        {"MPEG-4, times that cannot be", join({mpeg4, vop(i_vop, 0, 30000), vop(p_vop, 61, 0), vop(p_vop, 0, 1)}),
             "[MPEG4-ES]\nV 352x288 [MPEG4 Adv Simple@L0 1:1] 8Bit 3f Progressive\n0.000\n"},
         {"nothing that is known", units({"0f 11 22", "0e 33", "0d 44"}), "\n0.000\n"},
     };
@@ -78,11 +78,11 @@ TEST(ElementaryStream, names_its_encoder) {
         Data bytes;
         const char* encoder;
     } rows[] = {
-        {joined({avc, message("06 05 FF", x264, "x264 - core 164 r3095 baee400 - H.264")}), "x264 core 164"},
-        {joined({avc, message("06 05 FF", x265, "x265 (build 199) - 3.5+1-f0c1022b6:[Linux]")}), "x265 3.5+1-f0c1022b6"},
-        {joined({avc, message("06 05 FF", x264, "x264 - core \x80 ")}), ""},
-        {joined({avc, message("06 05 FF", x264, "x2")}), ""},
-        {joined({units({mpeg4_vol}), message("B2", "", "XviD0069"), vop(0, 0, 0)}), "XviD0069"},
+        {join({avc, message("06 05 FF", x264, "x264 - core 164 r3095 baee400 - H.264")}), "x264 core 164"},
+        {join({avc, message("06 05 FF", x265, "x265 (build 199) - 3.5+1-f0c1022b6:[Linux]")}), "x265 3.5+1-f0c1022b6"},
+        {join({avc, message("06 05 FF", x264, "x264 - core \x80 ")}), ""},
+        {join({avc, message("06 05 FF", x264, "x2")}), ""},
+        {join({units({mpeg4_vol}), message("B2", "", "XviD0069"), vop(0, 0, 0)}), "XviD0069"},
     };
     for (const auto& row : rows) {
         EXPECT_STREQ(dispatched(FILETYPE_MPEG, row.bytes)->details.streams[0].encoder, row.encoder);

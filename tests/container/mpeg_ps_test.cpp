@@ -15,7 +15,7 @@ namespace {
 constexpr int64_t second = 90'000;
 constexpr int64_t wrap = int64_t{1} << 33;
 
-Payload joined(std::initializer_list<Payload> parts) {
+Payload join(std::initializer_list<Payload> parts) {
     ByteBuilder all;
     for (const Payload& part : parts) {
         all.append(part);
@@ -29,7 +29,7 @@ Payload private_audio(int substream, const Payload& frames) {
 
 // MPEG-2 video of a DVD: 720x480, 29.97 fps.
 Payload video_start() {
-    return joined({sequence_header({}), sequence_extension({}), group_header(1, 2, 3, 4), picture(1)});
+    return join({sequence_header({}), sequence_extension({}), group_header(1, 2, 3, 4), picture(1)});
 }
 
 Payload slices(size_t size) {
@@ -63,8 +63,8 @@ TEST(ProgramStream, lists_its_streams) {
     dvd.pack(1800).packet(0xBD, ByteBuilder().raw({0xA0, 7, 0, 4, 0x0C, 0x01, 0x80}).fill(400).bytes, 1000);
     dvd.packet(0xBD, ByteBuilder().u8(0x21).fill(50).bytes, 1000).packet(0xC0, mp2_frames(2), 1000);
     ProgramBuilder video_cd;
-    video_cd.pack1(0).packet1(0xE0, joined({sequence_header({352, 288, 8, 3, 2875, 20}), picture(1)}), 0);
-    video_cd.pack1(900).packet1(0xE1, joined({sequence_header({704, 576, 8, 3, 0x3FFFF, 20}), picture(1)}), 0);
+    video_cd.pack1(0).packet1(0xE0, join({sequence_header({352, 288, 8, 3, 2875, 20}), picture(1)}), 0);
+    video_cd.pack1(900).packet1(0xE1, join({sequence_header({704, 576, 8, 3, 0x3FFFF, 20}), picture(1)}), 0);
     video_cd.packet1(0xC0, mp2_frames(2), 0);
     ProgramBuilder cut_headers; // a sequence header across two packets, and one of audio
     cut_headers.pack(0);
@@ -93,7 +93,7 @@ TEST(ProgramStream, lists_its_streams) {
     for (uint64_t frame = 0; frame < 12; ++frame) {
         const BitBuilder vop = BitBuilder().bits(0x1B6, 32).bits(1, 2).bits(1, 2).bits(frame * 2, 5).bits(3, 2);
         const int64_t stamp = frame % 4 == 0 ? static_cast<int64_t>(frame) * 7500 : no_stamp;
-        sparse.packet(0xE0, joined({vop.bytes, slices(99)}), stamp).packet(0xE0, slices(120));
+        sparse.packet(0xE0, join({vop.bytes, slices(99)}), stamp).packet(0xE0, slices(120));
     }
     // AudioMuxElement with a StreamMuxConfig: AAC LC of 48 kHz, stereo.
     Payload latm = loas_frame(BitBuilder().bits(1, 3).bits(0, 13).bits(0x1190, 16), 300);
@@ -132,7 +132,7 @@ TEST(ProgramStream, lists_its_streams) {
         {"E-AC-3 of one block a frame, behind a sync word by chance",
             ProgramBuilder()
                 .pack(0)
-                .packet(0xBD, private_audio(0xC0, joined({{0x0B, 0x77, 0xFF, 0xFF}, eac3_frame(0, 0, 200, 2, 0, -1, 0)})), 0)
+                .packet(0xBD, private_audio(0xC0, join({{0x0B, 0x77, 0xFF, 0xFF}, eac3_frame(0, 0, 200, 2, 0, -1, 0)})), 0)
                 .bytes,
             "[MPEG2]\nA [E-AC-3 2/0] 48000Hz 2ch 300.000kbps\n0.005"},
         {"TrueHD and DVD-Audio's MLP",
@@ -269,9 +269,9 @@ TEST(ProgramStream, waits_for_what_follows_the_first_picture) {
 
 TEST(ElementaryStream, shows_bare_video) {
     const Payload mpeg1 =
-        joined({sequence_header({320, 240, 1, 5, 0x3FFFF, 0}), group_header(0, 0, 0, 0), picture(1), picture(2), picture(3)});
+        join({sequence_header({320, 240, 1, 5, 0x3FFFF, 0}), group_header(0, 0, 0, 0), picture(1), picture(2), picture(3)});
     // Telecine: of four frames two repeat a field.
-    const Payload telecine = joined({video_start(), picture(2, 3, 1, 1), picture(3, 3, 0, 0), picture(3, 3, 0, 1)});
+    const Payload telecine = join({video_start(), picture(2, 3, 1, 1), picture(3, 3, 0, 0), picture(3, 3, 0, 1)});
     const struct {
         const char* name;
         Payload bytes;
@@ -315,7 +315,7 @@ TEST(VideoCd, reads_the_user_data_of_its_sectors) {
     const auto pack = [](int64_t clock, int id, const Payload& payload) {
         return ProgramBuilder().pack1(clock).packet1(id, payload, clock).bytes;
     };
-    const Payload first = joined({sequence_header({352, 288, 8, 3, 2875, 20}), picture(1), slices(2200)});
+    const Payload first = join({sequence_header({352, 288, 8, 3, 2875, 20}), picture(1), slices(2200)});
     // The last packet ends in the sector behind its own.
     const Payload across = pack(3600, 0xE0, slices(3000));
     const std::vector<Payload> packs = {pack(0, 0xE0, first), pack(1200, 0xC0, mp2_frames(10)),

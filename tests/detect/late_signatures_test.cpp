@@ -112,18 +112,18 @@ std::vector<Row> late_rows() {
         {"event message", box_of("emsg"), 24, ""},
         {"another box", box_of("mfra"), 1, unsupported},
         {"adif", chunk_of("ADIF", ""), 118, ""},
-        {"adts", joined({adts_frames(3), {0}}), 118, ""},
-        {"adts, long frames", joined({adts_frames(3, 8191), {0}}), 118, ""},
-        {"adts, two frames", joined({adts_frames(2), Contents(20)}), 1, unsupported},
-        {"adts, another stream's frame", joined({adts_frames(2), ByteBuilder{adts_frames(1)}.put(2, "\x54").fill(4).bytes}), 1,
+        {"adts", join({adts_frames(3), {0}}), 118, ""},
+        {"adts, long frames", join({adts_frames(3, 8191), {0}}), 118, ""},
+        {"adts, two frames", join({adts_frames(2), Contents(20)}), 1, unsupported},
+        {"adts, another stream's frame", join({adts_frames(2), ByteBuilder{adts_frames(1)}.put(2, "\x54").fill(4).bytes}), 1,
             unsupported},
-        {"adts, reserved rate", joined({ByteBuilder{adts_frames(1)}.put(2, "\x74").bytes, adts_frames(3)}), 1, unsupported},
+        {"adts, reserved rate", join({ByteBuilder{adts_frames(1)}.put(2, "\x74").bytes, adts_frames(3)}), 1, unsupported},
         {"adts, empty frames", bytes_of({0xFF, 0xF1, 0x50, 0x80, 0, 0xFF, 0xFC}), 1, unsupported},
-        {"adts behind a tag", joined({tag, joined({adts_frames(3), {0}})}), 118, ""},
-        {"adts with a tag between frames", joined({adts_frames(1), joined({tag, adts_frames(2)})}), 118, ""},
-        {"adts behind a tag and its footer", joined({tag, joined({footer, adts_frames(3)})}), 118, ""},
-        {"latm", joined({loas_frames(2), loas_frames(1, 8194)}), 118, ""},
-        {"latm, two frames", joined({loas_frames(2), Contents(9)}), 1, unsupported},
+        {"adts behind a tag", join({tag, join({adts_frames(3), {0}})}), 118, ""},
+        {"adts with a tag between frames", join({adts_frames(1), join({tag, adts_frames(2)})}), 118, ""},
+        {"adts behind a tag and its footer", join({tag, join({footer, adts_frames(3)})}), 118, ""},
+        {"latm", join({loas_frames(2), loas_frames(1, 8194)}), 118, ""},
+        {"latm, two frames", join({loas_frames(2), Contents(9)}), 1, unsupported},
         {"dts, 14 bits", bytes_of({0x1F, 0xFF, 0xE8, 0x00, 0x07, 0xF5}), 122, ""},
         {"dts, 14 bits, bytes swapped", bytes_of({0xFF, 0x1F, 0x00, 0xE8, 0xF5, 0x07}), 121, ""},
         {"dts, 14 bits, a termination frame", bytes_of({0x1F, 0xFF, 0xE8, 0x00, 0x06, 0xF5}), 1, unsupported},
@@ -150,10 +150,10 @@ std::vector<Row> late_rows() {
         {"pack behind a zero", zeros_before(1, ByteBuilder().be32(0x1BA).raw({0x44, 1}).bytes), 17, ""},
         {"flac behind zeros", zeros_before(2048, flac), 117, ""},
         {"flac behind more zeros", zeros_before(2049, flac), 1, dummy_data},
-        {"flac behind a footer", joined({tag, joined({footer, flac})}), 117, ""},
-        {"flac behind a footer and zeros", joined({tag, joined({footer, zeros_before(99, flac)})}), 117, ""},
-        {"flac behind letters", joined({{'3', 'D', 'i', 0, 0, 0, 0, 0, 0, 0}, flac}), 1, unsupported},
-        {"ac3 behind zeros", zeros_before(9, joined({ac3_frame, ac3_frame})), 114, ""},
+        {"flac behind a footer", join({tag, join({footer, flac})}), 117, ""},
+        {"flac behind a footer and zeros", join({tag, join({footer, zeros_before(99, flac)})}), 117, ""},
+        {"flac behind letters", join({{'3', 'D', 'i', 0, 0, 0, 0, 0, 0, 0}, flac}), 1, unsupported},
+        {"ac3 behind zeros", zeros_before(9, join({ac3_frame, ac3_frame})), 114, ""},
         {"an ac3 sync word behind zeros", zeros_before(9, ac3_frame), 1, unsupported},
     };
 }
@@ -196,8 +196,8 @@ TEST(LateSignatures, leave_out_padding) {
     EXPECT_EQ(described(flash).substr(0, 9), "V 352x288");
     EXPECT_EQ(described(zeros_before(700, wave)), described(wave));
     EXPECT_EQ(described(zeros_before(1, flash)), described(flash));
-    EXPECT_EQ(described(joined({id3v2_tag(300).bytes, footer, flash})), described(flash));
-    EXPECT_EQ(described(joined({id3v2_tag(300).bytes, flash})), described(flash));
+    EXPECT_EQ(described(join({id3v2_tag(300).bytes, footer, flash})), described(flash));
+    EXPECT_EQ(described(join({id3v2_tag(300).bytes, flash})), described(flash));
     const Contents wavpack = ByteBuilder()
                                  .text("wvpk")
                                  .le32(24)

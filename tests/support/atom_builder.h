@@ -12,14 +12,6 @@ namespace zat::test {
 
 constexpr int64_t own_size = -1;
 
-inline Data join(std::initializer_list<Data> parts) {
-    ByteBuilder all;
-    for (const Data& part : parts) {
-        all.append(part);
-    }
-    return all.bytes;
-}
-
 inline Data atom(std::string_view type, const Data& payload, int64_t size = own_size) {
     const auto whole = static_cast<int64_t>(payload.size()) + 8;
     return ByteBuilder().be32(static_cast<uint64_t>(size == own_size ? whole : size)).text(type).append(payload).bytes;

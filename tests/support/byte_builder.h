@@ -78,7 +78,7 @@ inline Data bytes_of_hex(std::string_view digits) {
     return bytes;
 }
 
-inline Data joined(std::initializer_list<Data> parts) {
+inline Data join(std::initializer_list<Data> parts) {
     ByteBuilder all;
     for (const Data& part : parts) {
         all.append(part);

@@ -30,21 +30,21 @@ TEST(VideoFacts, of_mpeg_sequences) {
         Data stream;
         const char* expected;
     } rows[] = {
-        {"MPEG-1, pixels by their height", joined({sequence_header({352, 288, 8, 3, 2875, 20}), picture(1)}),
+        {"MPEG-1, pixels by their height", join({sequence_header({352, 288, 8, 3, 2875, 20}), picture(1)}),
             "video bit_rate=1150000 frame_rate=25.000 size=352:288 pixel=10000:9157 display=110000:82413 "
             "fps_ratio=25:1 scan=1 bit_depth=8 codec=MPEG-1 Video chroma=4:2:0"},
         {"what the extension adds",
-            joined({sequence_header({.width = 704, .rate = 5, .bit_rate = 0x3FFFF}),
+            join({sequence_header({.width = 704, .rate = 5, .bit_rate = 0x3FFFF}),
                 sequence_extension({.progressive = 1, .chroma = 2, .width = 1, .bit_rate = 1, .rate_n = 1, .rate_d = 2}),
                 picture(1)}),
             "video bit_rate=209714800 frame_rate=20.000 size=4800:480 pixel=8:45 display=16:9 fps_ratio=20:1 scan=1 "
             "bit_depth=8 codec=MPEG-2 Video profile=Main level=Main chroma=4:2:2"},
         {"a false header and an extension behind the picture are passed over",
-            joined({false_header, sequence_header({}), sequence_extension({}), picture(1, 3, 0), display_extension()}),
+            join({false_header, sequence_header({}), sequence_extension({}), picture(1, 3, 0), display_extension()}),
             "video bit_rate=8000000 frame_rate=29.970 size=720:480 pixel=32:27 display=16:9 fps_ratio=30000:1001 "
             "scan=2 field_order=2 bit_depth=8 codec=MPEG-2 Video profile=Main level=Main chroma=4:2:0"},
         {"variable rate, field pictures",
-            joined({sequence_header({.bit_rate = 0x3FFFF}), sequence_extension({.profile = 8, .level = 5}), picture(1, 1)}),
+            join({sequence_header({.bit_rate = 0x3FFFF}), sequence_extension({.profile = 8, .level = 5}), picture(1, 1)}),
             "video mode=2 frame_rate=29.970 size=720:480 pixel=32:27 display=16:9 fps_ratio=30000:1001 scan=2 "
             "field_order=1 bit_depth=8 codec=MPEG-2 Video profile=4:2:2 level=Main chroma=4:2:0"},
     };
