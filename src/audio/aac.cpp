@@ -62,13 +62,16 @@ double line_bitrate(const AacConfig* cfg) {
     return by_frame != 0 ? static_cast<double>(by_frame) : cfg->maximum_bitrate;
 }
 
-// "[AAC LC] 44100Hz stereo(L,R)". Tables have -1 for a rate that is reserved or stands elsewhere.
-void format_start(AacConfig* cfg, bool known_rate_only, char (&out)[line_size]) {
+// Tables have -1 for a rate that is reserved or stands elsewhere.
+enum class UnknownRate { as_number, left_out };
+
+// "[AAC LC] 44100Hz stereo(L,R)".
+void format_start(AacConfig* cfg, UnknownRate unknown_rate, char (&out)[line_size]) {
     const char* channels = AacChannelName(ResolveAacChannels(cfg)); // before the name: sets PS
     char name[aac_name_size] = "";
     stream_name(cfg, name);
     const int32_t rate = aac_config_rate(cfg);
-    if (rate < 0 && known_rate_only) {
+    if (rate < 0 && unknown_rate == UnknownRate::left_out) {
         format_text(out, line_size, "[%s] %s", name, channels);
     } else {
         format_text(out, line_size, "[%s] %dHz %s", name, rate, channels);
@@ -196,7 +199,7 @@ int32_t aac_config_rate(const AacConfig* cfg) {
 }
 
 void FormatAacConfigLine(AacConfig* cfg, char (&out)[line_size]) {
-    format_start(cfg, false, out);
+    format_start(cfg, UnknownRate::as_number, out);
     char figures[64];
     format_text(
         figures, sizeof figures, " %dBit %.3fkbps", cfg->bit_depth, line_bitrate(cfg) * 0.001);
@@ -204,7 +207,7 @@ void FormatAacConfigLine(AacConfig* cfg, char (&out)[line_size]) {
 }
 
 void format_known_aac_line(AacConfig* cfg, char (&out)[line_size]) {
-    format_start(cfg, true, out);
+    format_start(cfg, UnknownRate::left_out, out);
     char figure[32];
     if (cfg->bit_depth != 0) {
         format_text(figure, sizeof figure, " %dBit", cfg->bit_depth);

@@ -166,7 +166,7 @@ void walk_chunks(AiffFile* aiff) {
     int64_t zeros = 0;
     Chunk chunk;
     while (read_chunk(&aiff->reader, rest, &chunk, std::endian::big)) {
-        add_to_chain(&aiff->sound.chain, chunk.id, zeros != 0);
+        add_to_chain(&aiff->sound.chain, {.id = chunk.id, .follows_zeros = zeros != 0});
         for (const AiffHandler& handler : aiff_handlers) {
             if (handler.id == chunk.id) {
                 handler.take(chunk, aiff);

@@ -57,7 +57,7 @@ int AnalyzeCdTrackFile(FileRecord* file, const Output& out) {
     Span rest = sub_span(span_behind_id3v2(&reader), riff_header_size);
     Chunk chunk;
     for (uint32_t i = 0; i < cd_chunk_limit && next_chunk(&reader, &rest, &chunk); ++i) {
-        add_to_chain(&sound.chain, chunk.id, false);
+        add_to_chain(&sound.chain, {.id = chunk.id});
         if (chunk.id == fourcc("fmt ")) {
             read_track(&reader, chunk, &sound);
         }

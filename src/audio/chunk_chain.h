@@ -15,7 +15,12 @@ struct ChunkChain {
     bool is_full = false;
 };
 
-// Appends an id, the first character in the top byte, up to its first zero byte, and a remark.
-void add_to_chain(ChunkChain* chain, uint32_t id, bool follows_zeros, const char* remark = "");
+struct ChainLink {
+    uint32_t id = 0; // the first character in the top byte; shown up to its first zero byte
+    bool follows_zeros = false;
+    const char* remark = ""; // shown behind the id
+};
+
+void add_to_chain(ChunkChain* chain, const ChainLink& link);
 
 } // namespace zat

@@ -84,8 +84,10 @@ int walk_chunks(Walk* walk) {
         if (!read_wave_chunk(walk->reader, walk->head, sub_span(file, position), &chunk)) {
             return 1;
         }
-        add_to_chain(&walk->chunks->chain, chunk.id, follows_zeros,
-            chunk.id == fourcc("LIST") ? "(INFOTAG)" : "");
+        add_to_chain(
+            &walk->chunks->chain, {.id = chunk.id,
+                                      .follows_zeros = follows_zeros,
+                                      .remark = chunk.id == fourcc("LIST") ? "(INFOTAG)" : ""});
         for (const WaveHandler& handler : wave_handlers) {
             if (handler.id == chunk.id) {
                 handler.take(walk, chunk);

@@ -86,7 +86,7 @@ Conversion parse_conversion(const char** at) {
 }
 
 // `digits` may begin with '-'.
-void put_number(Writer* out, const Conversion& conversion, std::string_view digits, bool finite) {
+void put_number(Writer* out, const Conversion& conversion, std::string_view digits) {
     const bool negative = digits.starts_with('-');
     digits.remove_prefix(negative ? 1 : 0);
     const bool integer = conversion.type != 'f';
@@ -95,7 +95,7 @@ void put_number(Writer* out, const Conversion& conversion, std::string_view digi
     const int missing =
         conversion.width - zeros - static_cast<int>(digits.size()) - (negative ? 1 : 0);
     // As in C, a precision switches the zero flag off for integers.
-    if (conversion.zeros && finite && (!integer || conversion.precision < 0)) {
+    if (conversion.zeros && (!integer || conversion.precision < 0)) {
         zeros += std::max(missing, 0);
     } else {
         put_repeated(out, ' ', missing);
@@ -136,13 +136,15 @@ uint64_t unsigned_argument(const Conversion& conversion, va_list* arguments) {
 void put_double(Writer* out, const Conversion& conversion, double value) {
     if (!std::isfinite(value)) {
         // The sign of a NaN says nothing and differs between processors.
-        put_number(out, conversion, std::isnan(value) ? "nan" : value < 0 ? "-inf" : "inf", false);
+        Conversion with_blanks = conversion; // words are not padded with zeros
+        with_blanks.zeros = false;
+        put_number(out, with_blanks, std::isnan(value) ? "nan" : value < 0 ? "-inf" : "inf");
         return;
     }
     FixedDecimalText digits;
     const int places =
         conversion.precision < 0 ? 6 : std::min(conversion.precision, fixed_decimal_places);
-    put_number(out, conversion, fixed_decimal(value, places, &digits), true);
+    put_number(out, conversion, fixed_decimal(value, places, &digits));
 }
 
 void put_string(Writer* out, const Conversion& conversion, const char* text) {
@@ -189,7 +191,7 @@ void put_conversion(Writer* out, const Conversion& conversion, va_list* argument
     if (conversion.type == 'X') {
         std::transform(digits, end.ptr, digits, ascii_upper);
     }
-    put_number(out, conversion, {digits, static_cast<size_t>(end.ptr - digits)}, true);
+    put_number(out, conversion, {digits, static_cast<size_t>(end.ptr - digits)});
 }
 
 } // namespace

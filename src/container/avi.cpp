@@ -153,7 +153,7 @@ int AnalyzeAviFile(FileRecord* file, const Output& out) {
     Movie movie;
     read_movie(&reader, &movie);
     ExtraLines extra;
-    Source source{&reader, &movie, false, false, out, &extra};
+    Source source{.reader = &reader, .movie = &movie, .out = out, .extra = &extra};
     reader_allow(&reader, table_allowance);
     source.estimated = count_streams(&reader, out.record->options, &movie, &source);
     if (source.counted) {

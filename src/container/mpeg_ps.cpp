@@ -70,7 +70,7 @@ int AnalyzeProgramStreamFile(FileRecord* file, const Output& out) {
     }
     InfoRecord* record = out.record;
     const int64_t start = start_behind_tags(&program->reader);
-    source_open(&program->source, &program->reader, whole_file(&program->reader), false);
+    source_open(&program->source, &program->reader, whole_file(&program->reader), Packing::bytes);
     const uint32_t budget = read_program(program, *record, start);
     if (is_program_stream(*program)) {
         program->mpeg2 = is_mpeg2(*program);

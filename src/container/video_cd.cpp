@@ -69,7 +69,8 @@ int AnalyzeVideoCdFile(FileRecord* file, const Output& out) {
         return 0;
     }
     InfoRecord* record = out.record;
-    source_open(&program->source, &program->reader, find_sectors(&program->reader), true);
+    source_open(
+        &program->source, &program->reader, find_sectors(&program->reader), Packing::sectors);
     record->scan_budget = read_program(program, *record, 0);
     const int64_t sectors = program->source.size / sector_data_size;
     program->told = {.seconds = static_cast<double>(sectors) / sectors_per_second};

@@ -23,14 +23,14 @@ Bytes collected(const Stream& stream) {
     return {stream.collect, stream.collected};
 }
 
-bool describe_mpeg_video(Stream* stream, bool last) {
+bool describe_mpeg_video(Stream* stream, Follows follows) {
     MpegVideoHeaders headers;
     if (find_mpeg_video_headers(collected(*stream), &headers) != 0) {
         return false;
     }
     const bool full = stream->collected == Stream::collect_size;
     const bool all_seen = headers.complete && (headers.picture.found || !headers.extension_found);
-    if (!all_seen && !last && !full) {
+    if (!all_seen && follows == Follows::more && !full) {
         return false; // extensions may follow
     }
     stream->sequence = headers;
@@ -92,7 +92,7 @@ bool describe_hevc(Stream* stream) {
     return true;
 }
 
-bool describe_video(Stream* stream, bool last) {
+bool describe_video(Stream* stream, Follows follows) {
     VideoKind kind = video_kind_of_type(stream->stream_type);
     if (kind == VideoKind::unknown) {
         kind =
@@ -101,7 +101,7 @@ bool describe_video(Stream* stream, bool last) {
     bool found = false;
     switch (kind) {
     case VideoKind::mpeg:
-        return describe_mpeg_video(stream, last);
+        return describe_mpeg_video(stream, follows);
     case VideoKind::avc:
         found = describe_avc(stream);
         break;
@@ -248,13 +248,13 @@ bool describe_frames(Stream* stream) {
 }
 
 // A rate that is the mean of frames waits for all that can be collected together.
-bool describe_audio(Stream* stream, bool last) {
+bool describe_audio(Stream* stream, Follows follows) {
     const ZatStream before = stream->facts;
     if (!describe_frames(stream)) {
         return false;
     }
     const bool is_mean = (stream->facts.estimated & ZAT_ESTIMATED_BIT_RATE) != 0;
-    if (is_mean && !last && stream->collected < Stream::collect_size) {
+    if (is_mean && follows == Follows::more && stream->collected < Stream::collect_size) {
         stream->facts = before;
         stream->form = Form::unknown;
         return false;
@@ -292,11 +292,11 @@ bool is_of_other_type(const Stream& stream) {
 
 } // namespace
 
-bool describe_stream(Stream* stream, bool last) {
+bool describe_stream(Stream* stream, Follows follows) {
     if (stream->kind != Kind::video) {
-        return describe_audio(stream, last);
+        return describe_audio(stream, follows);
     }
-    if (!describe_video(stream, last)) {
+    if (!describe_video(stream, follows)) {
         return false;
     }
     stream->frame_seconds = stream->facts.frame_rate > 0 ? 1 / stream->facts.frame_rate : 0;

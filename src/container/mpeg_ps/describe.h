@@ -5,10 +5,10 @@
 
 namespace zat::ps {
 
-// Tries to describe the stream by what was collected of it, and sets form, facts and texts. `last`:
-// nothing more can be collected, so that incomplete headers have to do. Returns whether the stream
-// is described and needs no more bytes.
-bool describe_stream(Stream* stream, bool last);
+// Tries to describe the stream by what was collected of it, and sets form, facts and texts. Where
+// nothing follows, incomplete headers have to do. Returns whether the stream is described and needs
+// no more bytes.
+bool describe_stream(Stream* stream, Follows follows);
 
 // The brackets of a stream that was declared or seen but of which no header was found. `mpeg2`: the
 // packs are those of MPEG-2.

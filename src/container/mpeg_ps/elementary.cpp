@@ -181,7 +181,7 @@ bool analyze_elementary_stream(Program* program, int64_t from, const Output& out
     stream->pictures = nullptr; // are counted by stretches
     collect_payload(&program->source, stream, payload);
     if (stream->form == Form::unknown &&
-        (stream->collected == 0 || !describe_stream(stream, true))) {
+        (stream->collected == 0 || !describe_stream(stream, Follows::nothing))) {
         return false;
     }
     sort_streams(&program->table);

@@ -158,9 +158,9 @@ void start_count(PictureCounter* counter, const Stream& stream) {
     }
 }
 
-size_t count_stretch(PictureCounter* counter, Bytes bytes, int64_t position, bool last) {
+size_t count_stretch(PictureCounter* counter, Bytes bytes, int64_t position, Follows follows) {
     constexpr size_t header_size = 64; // enough for every header that is looked at
-    const size_t limit = last                         ? bytes.size()
+    const size_t limit = follows == Follows::nothing  ? bytes.size()
                          : bytes.size() > header_size ? bytes.size() - header_size
                                                       : 0;
     int64_t at = find_start_code(bytes, 0);
@@ -179,12 +179,14 @@ PictureCount count_pictures(Source* source, const Stream& stream, int64_t from, 
     constexpr uint32_t block_size = 131'072; // looked through at a time
     PictureCounter counter;
     start_count(&counter, stream);
-    bool is_last = counter.count_unit == nullptr;
-    while (from < to && !is_last) {
+    Follows follows = counter.count_unit == nullptr ? Follows::nothing : Follows::more;
+    while (from < to && follows == Follows::more) {
         const auto wanted = static_cast<uint32_t>(std::min<int64_t>(block_size, to - from));
         const Bytes bytes = read_view(source->reader, source->span, from, wanted);
-        is_last = bytes.size() < block_size || from + block_size >= to;
-        from += static_cast<int64_t>(count_stretch(&counter, bytes, from, is_last));
+        if (bytes.size() < block_size || from + block_size >= to) {
+            follows = Follows::nothing;
+        }
+        from += static_cast<int64_t>(count_stretch(&counter, bytes, from, follows));
     }
     return counter.count;
 }

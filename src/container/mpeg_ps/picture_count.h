@@ -36,12 +36,15 @@ struct PictureCounter {
     PictureCount count;
 };
 
+// What stands behind the bytes of a stream that are looked at.
+enum class Follows { more, nothing };
+
 void start_count(PictureCounter* counter, const Stream& stream);
 
 // Adds what a stretch of the elementary stream has, which begins at `position`. Returns how many of
-// its bytes were dealt with: codes near its end are left to the next one, which begins with them,
-// unless it is the last.
-size_t count_stretch(PictureCounter* counter, Bytes bytes, int64_t position, bool last);
+// its bytes were dealt with: codes near its end are left to the stretch that follows, which begins
+// with them.
+size_t count_stretch(PictureCounter* counter, Bytes bytes, int64_t position, Follows follows);
 
 // What the stretch [from, to) of a bare stream has. The source is without sectors.
 PictureCount count_pictures(Source* source, const Stream& stream, int64_t from, int64_t to);

@@ -40,16 +40,16 @@ bool wants_payload(const Stream& stream) {
            stream.searched < (stream.kind == Kind::video ? video_search_limit : audio_search_limit);
 }
 
-void count_collected(Stream* stream, bool last) {
+void count_collected(Stream* stream, Follows follows) {
     const Bytes collected{stream->collect, stream->collected};
-    const size_t done = count_stretch(stream->pictures, collected, 0, last);
+    const size_t done = count_stretch(stream->pictures, collected, 0, follows);
     stream->collected -= static_cast<uint32_t>(done);
     std::memmove(stream->collect, stream->collect + done, stream->collected);
     stream->counted_stamps = stream->times.count;
 }
 
-bool describe(Stream* stream, bool last) {
-    const bool described = describe_stream(stream, last);
+bool describe(Stream* stream, Follows follows) {
+    const bool described = describe_stream(stream, follows);
     if (described && stream->form == Form::generic_video) {
         drop_nonsense(&stream->facts); // of the frame rate
         if (stream->pictures != nullptr) {
@@ -68,7 +68,7 @@ void attempt(Stream* stream) {
         return;
     }
     stream->next_attempt = stream->collected + std::max(patience, stream->collected / 2);
-    if (!describe(stream, false) && full) {
+    if (!describe(stream, Follows::more) && full) {
         constexpr uint32_t kept = 2048; // headers that the buffer's end cut
         std::memmove(stream->collect, stream->collect + Stream::collect_size - kept, kept);
         stream->collected = kept;
@@ -160,12 +160,12 @@ int64_t unrest_of(const StreamTable& table, const ClockTrack& clocks) {
     return stamped && step_back < clocks.jump_back / 2 ? clocks.jump_back : 0;
 }
 
-void walk_head(Program* program, int64_t from, int64_t to, bool in_order) {
+void walk_head(Program* program, int64_t from, int64_t to, Begin begin) {
     // No packet is longer than 64 KiB: where none begins in much more than that there are none.
     constexpr int64_t start_limit = 131'072;
     Walk walk;
-    walk_start(
-        &walk, &program->source, from, in_order ? to : std::min(to, from + start_limit), in_order);
+    walk_start(&walk, &program->source, from,
+        begin == Begin::at_unit ? to : std::min(to, from + start_limit), begin);
     ClockTrack clocks;
     Unit unit;
     while (next_unit(&walk, &unit)) {
@@ -187,10 +187,10 @@ void walk_head(Program* program, int64_t from, int64_t to, bool in_order) {
     for (size_t i = 0; i < program->table.count; ++i) {
         Stream* stream = &program->table.streams[i];
         if (stream->form == Form::unknown && wants_payload(*stream) && stream->collected > 0) {
-            describe(stream, true);
+            describe(stream, Follows::nothing);
         }
         if (is_counting(*stream)) {
-            count_collected(stream, true);
+            count_collected(stream, Follows::nothing);
         }
         measure_rate(stream);
     }
@@ -208,7 +208,7 @@ bool walk_tail(Program* program, int64_t from, ClockTrack* clocks) {
     bool any_video = false;
     source_read_ahead(&program->source, from, Program::block_size);
     Walk walk;
-    walk_start(&walk, &program->source, from, program->source.size, false);
+    walk_start(&walk, &program->source, from, program->source.size, Begin::anywhere);
     Unit unit;
     while (next_unit(&walk, &unit)) {
         if (unit.code == id_pack) {
@@ -239,7 +239,7 @@ void probe(Program* program, int64_t from, bool all) {
     constexpr uint32_t usual_probe = 16'384; // of packs of 2 KiB, as they mostly are
     source_read_ahead(&program->source, from, usual_probe);
     Walk walk;
-    walk_start(&walk, &program->source, from, from + probe_size, false);
+    walk_start(&walk, &program->source, from, from + probe_size, Begin::anywhere);
     ClockTrack clocks;
     Unit unit;
     while ((all || clocks.steps == 0) && next_unit(&walk, &unit)) {
@@ -316,7 +316,7 @@ void collect_payload(Source* source, Stream* stream, const Payload& payload) {
             attempt(stream);
         }
         if (is_counting(*stream)) {
-            count_collected(stream, false);
+            count_collected(stream, Follows::more);
         }
     }
 }
@@ -334,7 +334,8 @@ uint32_t read_program(Program* program, const InfoRecord& record, int64_t from) 
     source_read_ahead(&program->source, from, first_read);
     PackHeader pack;
     const Bytes start = source_view(&program->source, from, pack_header_limit);
-    walk_head(program, from, head_end, read_pack_header(&pack, start) == 0);
+    walk_head(program, from, head_end,
+        read_pack_header(&pack, start) == 0 ? Begin::at_unit : Begin::anywhere);
     program->walked = head_end - from;
     program->whole = head_end >= size;
     if (!program->whole && program->stream_at >= 0) {

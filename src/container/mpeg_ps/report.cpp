@@ -128,7 +128,8 @@ void add_shown_stream(const Program& program, const Output& out, bool numbered, 
     }
 }
 
-void add_kind(Program* program, const Output& out, bool video) {
+void add_kind(Program* program, const Output& out, ZatStreamKind kind) {
+    const bool video = kind == ZAT_STREAM_VIDEO;
     const auto wanted = [video](const Stream& stream) {
         return is_shown(stream) && (stream.kind == Kind::video) == video &&
                (stream.packets > 0 || stream.declared);
@@ -214,8 +215,8 @@ void write_program(Program* program, const Output& out, const char* format) {
     if (!time.joined) {
         set_starts(program);
     }
-    add_kind(program, out, true);
-    add_kind(program, out, false);
+    add_kind(program, out, ZAT_STREAM_VIDEO);
+    add_kind(program, out, ZAT_STREAM_AUDIO);
     ExtraLines extra;
     const Stream* first_sequence = nullptr;
     for (size_t i = 0; i < program->table.count; ++i) {

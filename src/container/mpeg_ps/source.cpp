@@ -50,20 +50,21 @@ uint32_t read_sector(Source* source, int64_t position, uint8_t* destination, uin
 
 } // namespace
 
-void source_open(Source* source, Reader* reader, Span span, bool sectors) {
+void source_open(Source* source, Reader* reader, Span span, Packing packing) {
     source->reader = reader;
     source->span = span;
-    source->sectors = sectors;
-    source->size = sectors ? size_of(span) / sector_size * sector_data_size : size_of(span);
+    source->packing = packing;
+    source->size = packing == Packing::sectors ? size_of(span) / sector_size * sector_data_size
+                                               : size_of(span);
 }
 
 void source_read_ahead(Source* source, int64_t position, uint32_t count) {
-    const int64_t start = source->sectors ? sector_of(position) : position;
+    const int64_t start = source->packing == Packing::sectors ? sector_of(position) : position;
     block_read_ahead(&source->reader->block, source->span.start + start, count);
 }
 
 uint32_t source_read(Source* source, int64_t position, uint8_t* destination, uint32_t count) {
-    if (!source->sectors) {
+    if (source->packing == Packing::bytes) {
         return read_some(source->reader, source->span, position, destination, count);
     }
     uint32_t done = 0;
@@ -80,7 +81,7 @@ uint32_t source_read(Source* source, int64_t position, uint8_t* destination, uin
 
 Bytes source_view(Source* source, int64_t position, uint32_t count) {
     count = std::min(count, Source::view_limit);
-    if (!source->sectors) {
+    if (source->packing == Packing::bytes) {
         return read_view(source->reader, source->span, position, count);
     }
     Bytes bytes;

@@ -13,19 +13,22 @@ constexpr int64_t sector_size = 2352;
 constexpr int64_t sector_header_size = 24;
 constexpr int64_t sector_data_size = 2324; // of form 2; form 1 has 2048
 
+// How a stream lies in its span of the file.
+enum class Packing { bytes, sectors };
+
 struct Source {
     // Bytes that one view may have.
     static constexpr uint32_t view_limit = 2048;
 
     Reader* reader = nullptr;
-    Span span;            // of the file
-    bool sectors = false; // `span` begins with a sector
-    int64_t size = 0;     // bytes of the stream
+    Span span; // of the file; begins with a sector, if there are any
+    Packing packing = Packing::bytes;
+    int64_t size = 0; // bytes of the stream
     uint8_t view[view_limit];
 };
 
 // Starts on a part of the file.
-void source_open(Source* source, Reader* reader, Span span, bool sectors);
+void source_open(Source* source, Reader* reader, Span span, Packing packing);
 
 // Reads `count` bytes that are going to be looked at piece by piece, as far as the reader's block
 // has room.

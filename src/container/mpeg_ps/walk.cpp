@@ -96,11 +96,11 @@ bool search(Walk* walk, bool* zeros_only) {
 
 } // namespace
 
-void walk_start(Walk* walk, Source* source, int64_t from, int64_t to, bool in_order) {
+void walk_start(Walk* walk, Source* source, int64_t from, int64_t to, Begin begin) {
     walk->source = source;
     walk->position = from;
     walk->end = std::min(to, source->size);
-    walk->in_order = in_order;
+    walk->in_order = begin == Begin::at_unit;
     walk->damaged = 0;
 }
 

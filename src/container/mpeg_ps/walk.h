@@ -28,8 +28,9 @@ struct Walk {
     int64_t damaged = 0; // units whose end met neither a start code nor zeros nor the stream's end
 };
 
-// A walk from a place where a unit is known to begin, or from any place.
-void walk_start(Walk* walk, Source* source, int64_t from, int64_t to, bool in_order);
+enum class Begin { at_unit, anywhere };
+
+void walk_start(Walk* walk, Source* source, int64_t from, int64_t to, Begin begin);
 
 // The next unit; false when there is none before the walk's end. One that was found by a search,
 // not at the end of the unit before it, is shown only when another one, zeros or the stream's end
