@@ -196,7 +196,8 @@ uint32_t tag_time(Bytes header) {
     return ReadBE24(header.data() + 4) | static_cast<uint32_t>(header[7]) << 24;
 }
 
-// FLVTAG (annex E.4.1): each behind the size of the one before it. What is no tag has no time.
+// FLVTAG (annex E.4.1): each behind the size of the one before it. Reserved types count their time
+// as well, but what follows one in a damaged file need be no tag.
 void walk_tags(Reader* reader, Span space, int64_t position, FlvInfo* info) {
     bool only_tags = true;
     for (;;) {
@@ -208,15 +209,12 @@ void walk_tags(Reader* reader, Span space, int64_t position, FlvInfo* info) {
         const uint8_t type = header[0];
         const int64_t size = ReadBE24(header.data() + 1);
         const uint32_t timestamp = tag_time(header);
-        if (is_tag_type(type)) {
-            info->last_timestamp = std::max(info->last_timestamp, timestamp);
-        } else {
-            only_tags = false;
-        }
+        info->last_timestamp = std::max(info->last_timestamp, timestamp);
+        only_tags = only_tags && is_tag_type(type);
         position += tag_header_size;
         const Span data = sub_span(space, position, size);
         read_tag_data(reader, type, data, info);
-        if (info->detailed && only_tags) { // behind something else they may be none either
+        if (info->detailed && only_tags) {
             count_media(reader, type, data, timestamp, info);
         }
         position += size;
@@ -236,7 +234,7 @@ bool is_flv_avc(const FlvInfo& info) {
 
 FlvTime measure_flv_time(Reader* reader, const FlvInfo& info) {
     const Span file = whole_file(reader);
-    const double examined = info.last_timestamp * 0.001;
+    const double examined = std::max(info.video.last_time, info.audio.last_time) * 0.001;
     if (size_of(file) <= examined_size) {
         return {.seconds = examined};
     }
