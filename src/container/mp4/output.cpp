@@ -6,10 +6,10 @@
 #include "common/numbers.h"
 #include "common/record_lines.h"
 #include "common/value_text.h"
-#include "container/mp4/audio_track.h"
+#include "container/mp4/audio_line.h"
 #include "container/mp4/movie_details.h"
 #include "container/mp4/segment.h"
-#include "container/mp4/video_track.h"
+#include "container/mp4/video_line.h"
 
 #include <algorithm>
 #include <cmath>
@@ -41,8 +41,8 @@ void note_sps(const AvcParseState& state, char* notes, size_t size) {
 // `sps_notes` (line_size bytes) are those of the first track with a remark.
 void write_video(
     InfoRecord* record, Reader* reader, Track* track, double seconds, char* sps_notes) {
-    VideoDescription video;
-    describe_video(reader, track, &video);
+    VideoLine video;
+    read_video_line(reader, track, &video);
     add_video_line(record, "%dx%d [%s] %dBit %.3ffps %.3fkbps %df %s", video.width, video.height,
         video.codec, video.depth, divide(video.frames, seconds),
         track_bitrate(video.bytes, seconds) * 0.001, static_cast<int32_t>(video.frames),
@@ -53,8 +53,8 @@ void write_video(
 }
 
 void write_audio(InfoRecord* record, Reader* reader, Track* track, double seconds) {
-    AudioDescription audio;
-    describe_audio(reader, track, &audio);
+    AudioLine audio;
+    read_audio_line(reader, track, &audio);
     const uint32_t bitrate =
         audio.bitrate != 0 ? audio.bitrate : track_bitrate(audio.bytes, seconds);
     add_audio_line(record, "[%s] %dHz %dch %dBit %.3fkbps", audio.codec,

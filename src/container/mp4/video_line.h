@@ -1,4 +1,4 @@
-// One video track, described.
+// What the line of a video track shows; the typed details have readers of their own.
 #pragma once
 
 #include "container/mp4/codec_text.h"
@@ -7,7 +7,7 @@
 
 namespace zat::mp4 {
 
-struct VideoDescription {
+struct VideoLine {
     uint16_t width = 0;
     uint16_t height = 0;
     uint16_t depth = 0; // bits
@@ -19,6 +19,6 @@ struct VideoDescription {
     AvcParseState avc_state;
 };
 
-void describe_video(Reader* reader, Track* track, VideoDescription* description);
+void read_video_line(Reader* reader, Track* track, VideoLine* line);
 
 } // namespace zat::mp4

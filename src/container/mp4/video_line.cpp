@@ -1,4 +1,4 @@
-#include "container/mp4/video_track.h"
+#include "container/mp4/video_line.h"
 
 #include "common/start_code.h"
 #include "common/text.h"
@@ -24,7 +24,7 @@ bool read_pixel_aspect(Reader* reader, Span payload, uint32_t* h, uint32_t* v) {
     return *h != 0 && *v != 0;
 }
 
-bool describe_avc(Reader* reader, const SampleEntry& entry, VideoDescription* description) {
+bool read_avc(Reader* reader, const SampleEntry& entry, VideoLine* line) {
     uint8_t record[avc_config_head_size];
     AvcConfig config;
     if (!read_avc_config(read_box(reader, entry.avc_configuration, record), &config)) {
@@ -35,17 +35,15 @@ bool describe_avc(Reader* reader, const SampleEntry& entry, VideoDescription* de
         profile_level, sizeof profile_level, config.profile, config.level, AvcRules::legacy);
     AvcSequenceInfo info{};
     ParseAvcSequenceParameterSet(config.first_sps.data(),
-        static_cast<uint32_t>(config.first_sps.size()), &info, &description->avc_state,
-        AvcRules::legacy);
-    description->progressive = info.frame_mbs_only == 1;
+        static_cast<uint32_t>(config.first_sps.size()), &info, &line->avc_state, AvcRules::legacy);
+    line->progressive = info.frame_mbs_only == 1;
     uint32_t h = 0;
     uint32_t v = 0;
     if (read_pixel_aspect(reader, entry.pixel_aspect, &h, &v)) {
-        format_text(description->codec, codec_text_size, "AVC/H264 %s %d:%d", profile_level,
+        format_text(line->codec, codec_text_size, "AVC/H264 %s %d:%d", profile_level,
             static_cast<int32_t>(h), static_cast<int32_t>(v));
     } else {
-        format_text(
-            description->codec, codec_text_size, "AVC/H264 %s %s", profile_level, info.aspect);
+        format_text(line->codec, codec_text_size, "AVC/H264 %s %s", profile_level, info.aspect);
     }
     return true;
 }
@@ -59,36 +57,36 @@ uint32_t visual_profile_level(Bytes headers) {
 }
 
 // Without a configuration the profile and the aspect are unknown.
-void describe_mpeg4_visual(Bytes headers, VideoDescription* description) {
+void read_mpeg4_visual(Bytes headers, VideoLine* line) {
     char profile_level[profile_level_size];
     Mpeg4ProfileLevelName(profile_level, sizeof profile_level, visual_profile_level(headers));
     VolAspect aspect;
     find_vol_aspect(headers, &aspect);
     char aspect_text[vol_aspect_size] = "";
     vol_aspect_name(aspect, aspect_text);
-    format_text(description->codec, codec_text_size, "MPEG4 %s %s", profile_level, aspect_text);
+    format_text(line->codec, codec_text_size, "MPEG4 %s %s", profile_level, aspect_text);
 }
 
 } // namespace
 
-void describe_video(Reader* reader, Track* track, VideoDescription* description) {
+void read_video_line(Reader* reader, Track* track, VideoLine* line) {
     SampleEntry entry;
     read_sample_entry(reader, *track, 0, &entry);
     const SampleTotals& totals = sample_totals(reader, track);
-    description->frames = totals.samples;
-    description->bytes = totals.bytes;
-    description->width = entry.width;
-    description->height = entry.height;
-    description->depth = entry.depth;
-    if (!entry.found || describe_avc(reader, entry, description)) {
+    line->frames = totals.samples;
+    line->bytes = totals.bytes;
+    line->width = entry.width;
+    line->height = entry.height;
+    line->depth = entry.depth;
+    if (!entry.found || read_avc(reader, entry, line)) {
         return;
     }
     EsBox box;
     read_es_box(reader, entry, &box);
     if (box.descriptor.object_type == object_mpeg4_visual) {
-        describe_mpeg4_visual(box.descriptor.specific_info, description);
+        read_mpeg4_visual(box.descriptor.specific_info, line);
     } else {
-        catalogue_text("[QT-VIDEO]", entry.format, box.descriptor.object_type, description->codec);
+        catalogue_text("[QT-VIDEO]", entry.format, box.descriptor.object_type, line->codec);
     }
 }
 

@@ -1,4 +1,5 @@
-// One audio track, described.
+// What the line of an audio track shows. The typed details have readers of their own: lines keep
+// older rules, for instance for AAC.
 #pragma once
 
 #include "container/mp4/codec_text.h"
@@ -6,7 +7,7 @@
 
 namespace zat::mp4 {
 
-struct AudioDescription {
+struct AudioLine {
     uint32_t sample_rate = 0; // Hz
     uint32_t channels = 0;
     uint32_t sample_size = 0; // bits
@@ -15,6 +16,6 @@ struct AudioDescription {
     char codec[codec_text_size] = {};
 };
 
-void describe_audio(Reader* reader, Track* track, AudioDescription* description);
+void read_audio_line(Reader* reader, Track* track, AudioLine* line);
 
 } // namespace zat::mp4

@@ -1,4 +1,4 @@
-#include "container/mp4/audio_track.h"
+#include "container/mp4/audio_line.h"
 
 #include "audio/aac.h"
 #include "audio/first_frame.h"
@@ -117,17 +117,17 @@ void name_codec(Reader* reader, const Track& track, const SampleEntry& entry, ch
 
 } // namespace
 
-void describe_audio(Reader* reader, Track* track, AudioDescription* description) {
+void read_audio_line(Reader* reader, Track* track, AudioLine* line) {
     SampleEntry entry;
     read_sample_entry(reader, *track, 0, &entry);
     const SampleTotals& totals = sample_totals(reader, track);
-    description->bytes = totals.bytes;
-    description->bitrate = apply_audio_config(reader, &entry);
-    description->sample_rate = entry.sample_rate;
-    description->channels = entry.channels;
-    description->sample_size = entry.sample_size;
+    line->bytes = totals.bytes;
+    line->bitrate = apply_audio_config(reader, &entry);
+    line->sample_rate = entry.sample_rate;
+    line->channels = entry.channels;
+    line->sample_size = entry.sample_size;
     if (entry.found) {
-        name_codec(reader, *track, entry, description->codec);
+        name_codec(reader, *track, entry, line->codec);
     }
 }
 
