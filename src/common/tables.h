@@ -1,7 +1,9 @@
 // Tables: fixed arrays of rows that are looked up by one of their fields.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
+#include <iterator>
 
 namespace zat {
 
@@ -9,12 +11,9 @@ namespace zat {
 // find_row(encodings, &EncodingRow::encoding, encoding).
 template <class Row, size_t N, class Field, class Value>
 constexpr const Row* find_row(const Row (&rows)[N], Field Row::*field, const Value& wanted) {
-    for (const Row& row : rows) {
-        if (row.*field == wanted) {
-            return &row;
-        }
-    }
-    return nullptr;
+    const Row* row = std::find_if(
+        std::begin(rows), std::end(rows), [&](const Row& each) { return each.*field == wanted; });
+    return row != std::end(rows) ? row : nullptr;
 }
 
 } // namespace zat
