@@ -170,7 +170,8 @@ void mpeg_video(Bytes bytes) {
         for (const MpegVideoVersion version : {MpegVideoVersion::mpeg1, MpegVideoVersion::mpeg2}) {
             Line line;
             mpeg_video_line(&headers.header, &headers.extension, version, line);
-            named_video_line(&headers.header, &headers.extension, version, VariableRate::as_word, line);
+            named_video_line(
+                &headers.header, &headers.extension, version, VariableRate::as_word, line);
             require_line(line);
         }
     }
