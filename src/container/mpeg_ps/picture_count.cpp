@@ -3,6 +3,7 @@
 #include "common/details.h"
 #include "common/numbers.h"
 #include "common/start_code.h"
+#include "common/stream_lines.h"
 #include "container/mpeg_ps/stream_table.h"
 #include "video/rbsp_reader.h"
 
