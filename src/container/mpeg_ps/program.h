@@ -43,6 +43,8 @@ struct Program {
     uint8_t block[block_size]; // of the reader
 };
 
+static_assert(sizeof(Program) <= WorkMemory::kept_size);
+
 // Begins a program in memory for one, its reader on the file. Null when there is no memory.
 Program* start_program(const WorkMemory& memory, FileRecord* file);
 
