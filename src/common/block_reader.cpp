@@ -101,7 +101,7 @@ uint32_t block_read(BlockReader* reader, int64_t position, void* destination, ui
     return done;
 }
 
-Bytes block_view(BlockReader* reader, int64_t position, uint32_t count) {
+Bytes block_load(BlockReader* reader, int64_t position, uint32_t count) {
     const uint8_t* bytes = nullptr;
     const uint32_t ready = load(reader, position, count, &bytes);
     return {bytes, std::min(ready, count)};

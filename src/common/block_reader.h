@@ -42,6 +42,14 @@ uint32_t block_read(BlockReader* reader, int64_t position, void* destination, ui
 
 // Up to `count` (at most the block's capacity) bytes from a file position without a copy, fewer at
 // the end of the file. Valid until the reader's next use.
-Bytes block_view(BlockReader* reader, int64_t position, uint32_t count);
+Bytes block_load(BlockReader* reader, int64_t position, uint32_t count);
+
+// The same, at once where they are loaded, as nearly always.
+inline Bytes block_view(BlockReader* reader, int64_t position, uint32_t count) {
+    const bool inside =
+        position >= reader->start && position - reader->start + count <= reader->loaded;
+    return inside ? Bytes{reader->bytes + (position - reader->start), count}
+                  : block_load(reader, position, count);
+}
 
 } // namespace zat

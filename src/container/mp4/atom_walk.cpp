@@ -8,13 +8,13 @@ constexpr uint32_t containers[] = {fourcc("moov"), fourcc("trak"), fourcc("clip"
     fourcc("edts"), fourcc("tref"), fourcc("mdia"), fourcc("minf"), fourcc("dinf"), fourcc("udta"),
     fourcc("stbl"), fourcc("cmov"), fourcc("rmra"), fourcc("rmda"), fourcc("moof"), fourcc("traf")};
 
+// Asked of every atom. Compares with all of them, which the compiler does four at a time.
 bool is_container(uint32_t type) {
+    uint32_t found = 0;
     for (const uint32_t container : containers) {
-        if (container == type) {
-            return true;
-        }
+        found |= container == type;
     }
-    return false;
+    return found != 0;
 }
 
 // A container with a 64-bit size is stepped over, as is one that is nested too deep and QuickTime's

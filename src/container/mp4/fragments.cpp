@@ -1,5 +1,7 @@
 #include "container/mp4/fragments.h"
 
+#include "container/mp4/sample_tables.h"
+
 #include <algorithm>
 #include <bit>
 #include <iterator>
@@ -54,24 +56,23 @@ Track* find_track(Movie* movie, uint32_t id) {
 // The durations and sizes of the samples that are there, of `width` bytes each.
 void sum_samples(
     Reader* reader, Span table, uint32_t count, uint32_t flags, uint32_t width, Track* track) {
-    constexpr uint32_t block_size = 4096;
-    uint8_t block[block_size];
+    constexpr uint32_t piece_size = 4096;
     const bool durations = (flags & has_durations) != 0;
     const bool sizes = (flags & has_sizes) != 0;
-    const uint32_t size_at = durations ? 4 : 0;
-    int64_t offset = 0;
     while (count != 0) {
-        const uint32_t wanted = std::min(count, block_size / width);
-        const uint32_t whole = read_some(reader, table, offset, block, wanted * width) / width;
-        for (uint32_t i = 0; i < whole; ++i) {
-            const uint8_t* sample = block + size_t{i} * width;
-            track->fragment_duration += durations ? ReadBE32(sample) : 0;
-            track->fragment_bytes += sizes ? ReadBE32(sample + size_at) : 0;
+        const uint32_t wanted = std::min(count, piece_size / width);
+        const Bytes piece = read_view(reader, table, 0, wanted * width);
+        const Bytes samples = piece.first(piece.size() / width * width);
+        if (durations) {
+            track->fragment_duration += sum_words(samples, width, 0);
         }
-        if (whole != wanted) {
+        if (sizes) {
+            track->fragment_bytes += sum_words(samples, width, durations ? 4 : 0);
+        }
+        if (piece.size() != wanted * width) {
             return;
         }
-        offset += int64_t{wanted} * width;
+        table.start += int64_t{wanted} * width;
         count -= wanted;
     }
 }

@@ -9,8 +9,9 @@ namespace {
 
 // The sum of big-endian words of 32 bits. Their bytes are summed by place, two places at once:
 // that needs no byte swap, and the compiler makes vector instructions of it.
-uint64_t sum_words(Bytes words) {
-    constexpr size_t block_words = 256; // whose bytes add up to less than 2^16
+uint64_t sum_adjacent_words(Bytes words) {
+    constexpr size_t block_words =
+        64; // their bytes add up to less than 2^16, and few words are left
     constexpr uint32_t two_bytes = 0x00FF00FF;
     uint64_t sum = 0;
     const uint8_t* p = words.data();
@@ -37,7 +38,7 @@ uint64_t sum_piece(Bytes piece, uint32_t bits) {
     uint64_t sum = 0;
     switch (bits) {
     case 32:
-        return sum_words(piece);
+        return sum_words(piece, 4, 0);
     case 16:
         for (size_t i = 0; i + 2 <= piece.size(); i += 2) {
             sum += ReadBE16(&piece[i]);
@@ -100,6 +101,17 @@ SampleTotals sum_sample_sizes(Reader* reader, const Track& track) {
 }
 
 } // namespace
+
+uint64_t sum_words(Bytes rows, size_t width, size_t at) {
+    if (width == 4) {
+        return sum_adjacent_words(rows);
+    }
+    uint64_t sum = 0;
+    for (size_t i = at; i + 4 <= rows.size(); i += width) {
+        sum += ReadBE32(&rows[i]);
+    }
+    return sum;
+}
 
 const SampleTotals& sample_totals(Reader* reader, Track* track) {
     if (!track->summed) {
