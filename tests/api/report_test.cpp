@@ -23,7 +23,7 @@ std::string report_of(const InfoRecord& record, size_t body_size = report_body_s
     return text;
 }
 
-TEST(Report, JoinsTheLinesUnderHeadersOfTwoAndMore) {
+TEST(Report, joins_the_lines_under_headers_of_two_and_more) {
     InfoRecord record = cleared_record();
     std::strcpy(record.label, "[X]");
     record.general_count = 2;
@@ -46,7 +46,7 @@ TEST(Report, JoinsTheLinesUnderHeadersOfTwoAndMore) {
     EXPECT_EQ(std::count(report.begin(), report.end(), '\n'), 2 + 1 + 10 + 3 + 1 + 4 + 1);
 }
 
-TEST(Report, ShowsTimesAndSizes) {
+TEST(Report, shows_times_and_sizes) {
     const struct {
         double seconds;
         uint64_t size;
@@ -71,7 +71,7 @@ TEST(Report, ShowsTimesAndSizes) {
 }
 
 // A body of 1,023 bytes is whole; one byte more costs its last line, and what follows it.
-TEST(Report, DropsWholeLinesFromTheFirstThatDoesNotFit) {
+TEST(Report, drops_whole_lines_from_the_first_that_does_not_fit) {
     InfoRecord record = cleared_record();
     record.video_count = 3;
     record.audio_count = 1;
@@ -94,7 +94,7 @@ TEST(Report, DropsWholeLinesFromTheFirstThatDoesNotFit) {
     }
 }
 
-TEST(Report, IsCutToItsBufferAtAWholeCharacter) {
+TEST(Report, is_cut_to_its_buffer_at_a_whole_character) {
     InfoRecord record = cleared_record();
     record.general_count = 1;
     std::strcpy(record.general[0], "\x83\x41\x83\x42");

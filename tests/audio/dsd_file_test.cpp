@@ -32,7 +32,7 @@ Data sound_properties(std::string_view compression) {
 
 } // namespace
 
-TEST(DsdFiles, Rows) {
+TEST(DsdFiles, describes_files) {
     const Data tag = ByteBuilder().text("ID3").raw({3, 0, 0, 0, 0, 0, 13}).text("TIT2").be32(3).be16(0).text("\0To"sv).bytes;
     expect_rows(AnalyzeDsfFile,
         {

@@ -7,7 +7,7 @@
 namespace zat::test::frame_search_test {
 namespace {
 
-TEST(AudioFrameSearch, PrefersAFrameThatAnotherFollows) {
+TEST(AudioFrameSearch, prefers_a_frame_that_another_follows) {
     const auto frame = [](std::initializer_list<int> header, size_t size) {
         return ByteBuilder().raw(header).pad_to(size).bytes;
     };

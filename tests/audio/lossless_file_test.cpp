@@ -55,7 +55,7 @@ constexpr uint64_t only_block = 0x1800; // first and final
 
 } // namespace
 
-TEST(FlacFile, Rows) {
+TEST(FlacFile, describes_files) {
     const Data info = flac_block(0, streaminfo(44100, 2, 16, 8192, 100));
     const Data picture = ByteBuilder().be32(3).be32(9).text("image/png").be32(0).fill(16).be32(20).fill(20, 2).bytes;
     expect_rows(AnalyzeFlacFile,
@@ -98,7 +98,7 @@ TEST(FlacFile, Rows) {
     EXPECT_EQ(details_of(cut)->bit_rate, 0U);
 }
 
-TEST(WavPackFile, Rows) {
+TEST(WavPackFile, describes_files) {
     const Data audio = ByteBuilder().raw({0x0A, 2, 1, 2, 3, 4}).bytes;
     const Data config = ByteBuilder().raw({0x65, 2, 0x08, 0x00, 0x02, 3}).bytes; // high, extra level 3
     const Data dsd = ByteBuilder().raw({0x0D, 1, 2, 3, 0x0E, 1, 4, 3}).bytes;
@@ -141,7 +141,7 @@ TEST(WavPackFile, Rows) {
         });
 }
 
-TEST(MonkeyFile, Rows) {
+TEST(MonkeyFile, describes_files) {
     const auto newer = [](const char* magic, uint64_t level, uint64_t frames, uint64_t final_blocks, uint64_t declared) {
         return ByteBuilder()
             .text(magic)
@@ -207,7 +207,7 @@ TEST(MonkeyFile, Rows) {
         });
 }
 
-TEST(TtaFile, Rows) {
+TEST(TtaFile, describes_files) {
     const auto with_crc = [](ByteBuilder header) {
         const uint32_t crc = crc32(header.bytes);
         return header.le32(crc).bytes;
@@ -243,7 +243,7 @@ TEST(TtaFile, Rows) {
         });
 }
 
-TEST(OptimFrogFile, Rows) {
+TEST(OptimFrogFile, describes_files) {
     const auto frog = [](int type, int channels, uint64_t algorithm) {
         return ByteBuilder()
             .text("OFR ")
@@ -278,7 +278,7 @@ TEST(OptimFrogFile, Rows) {
         });
 }
 
-TEST(TakFile, Rows) {
+TEST(TakFile, describes_files) {
     const auto block = [](int type, const Data& content) {
         const uint32_t crc = crc24(content);
         return ByteBuilder().raw({type}).le16(content.size() + 3).u8(0).append(content).le16(crc & 0xFFFF).u8(crc >> 16).bytes;

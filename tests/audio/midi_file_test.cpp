@@ -23,7 +23,7 @@ const char* const end_of_track = "00 FF2F00";
 
 } // namespace
 
-TEST(MidiFile, DescribesTracksAndTime) {
+TEST(MidiFile, describes_tracks_and_time) {
     const std::string one_second = "81 40 FF5103 0F4240 "; // behind half a quarter: 1 s a quarter
     const Data named = track("00 FF0304 536F6E67 00 FF0301 58 83 60 903C40 00 3C00 00 FF2F00");
     const struct {
@@ -136,7 +136,7 @@ TEST(MidiFile, DescribesTracksAndTime) {
 }
 
 // More changes of tempo than are kept, in the order that takes longest to sort; a walk over a million chunks.
-TEST(MidiFile, BoundsItsWork) {
+TEST(MidiFile, bounds_its_work) {
     ByteBuilder changes;
     changes.append(header(1, 3000, 1));
     for (int i = 3000; i > 0; --i) {
@@ -159,7 +159,7 @@ TEST(MidiFile, BoundsItsWork) {
         "audio estimated=1 duration=0.500 bytes=18000004 codec=MIDI profile=SMF 1");
 }
 
-TEST(MidiFile, IsSoundAtEveryLength) {
+TEST(MidiFile, is_sound_at_every_length) {
     expect_sound_when_cut(
         102, join({header(1, 2, 1), track("00 FF0304 536F6E67 00 F003 7E7FF7 01 FF5103 0F4240"), track(end_of_track)}));
     expect_sound_when_cut(103, riff_list("RIFF", "RMID", {riff_chunk("data", join({header(0, 1, 1), track(end_of_track)}))}));

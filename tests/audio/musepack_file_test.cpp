@@ -4,7 +4,7 @@
 
 namespace zat::test::musepack_file_test {
 
-TEST(MusePackFile, Rows) {
+TEST(MusePackFile, describes_files) {
     const auto sv7 = [](int version, uint64_t frames, uint64_t form, uint64_t gain, uint64_t ending, int encoder) {
         return ByteBuilder()
             .text("MP+")

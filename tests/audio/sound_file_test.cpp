@@ -64,7 +64,7 @@ Data cd_track(uint64_t track, uint64_t start, uint64_t length) {
 
 } // namespace
 
-TEST(SoundFile, DescribesAiff) {
+TEST(SoundFile, describes_aiff) {
     const Data tag = ByteBuilder().text("ID3").raw({3, 0, 0, 0, 0, 0, 15}).text("TIT2").be32(5).be16(0).u8(0).text("Song").bytes;
     std::vector<Data> names;
     for (char name = 'a'; name <= 't'; ++name) {
@@ -152,7 +152,7 @@ TEST(SoundFile, DescribesAiff) {
     });
 }
 
-TEST(SoundFile, DescribesAu) {
+TEST(SoundFile, describes_au) {
     expect_rows({
         {"mu-law, the rest of the file", 104, au(1, 0xFFFFFFFF, 800, "Doorbell\0\0\0"), "[AU]",
             "A [C\x96\xB3"
@@ -191,7 +191,7 @@ TEST(SoundFile, DescribesAu) {
     });
 }
 
-TEST(SoundFile, DescribesCdTracks) {
+TEST(SoundFile, describes_cd_tracks) {
     expect_rows({
         {"two seconds", 107, cd_track(12, 75 * 61 + 7, 150), "[RIFF(CDDA)]",
             "A [C\x96\xB3"
@@ -208,7 +208,7 @@ TEST(SoundFile, DescribesCdTracks) {
     });
 }
 
-TEST(SoundFile, IsSoundAtEveryLength) {
+TEST(SoundFile, is_sound_at_every_length) {
     expect_sound_when_cut(105, form("AIFC", {text_chunk("NAME", "x"), common(2, 3, 16, "ima4"), sound(20)}));
     expect_sound_when_cut(104, au(1, 8, 8, "Title=x"));
     expect_sound_when_cut(107, cd_track(1, 2, 3));

@@ -17,7 +17,7 @@ std::string described(FrameDescriber describe, const Data& bytes) {
     return describe(bytes, &stream, line) ? std::string(line) + " | " + stream_text(stream) : "refused";
 }
 
-TEST(StreamFacts, TellsEac3BySubstreams) {
+TEST(StreamFacts, tells_eac3_by_substreams) {
     const Data core = eac3_frame(0, 0, 800, 7, 1);
     const Data rear = eac3_frame(1, 0, 400, 6, 0, 0x1A00); // Ls, Rs once more, and Lrs/Rrs
     EXPECT_EQ(described(describe_eac3_frame, join({core, rear, core, rear, core})),
@@ -45,7 +45,7 @@ std::string dts_hd_text(uint32_t coding_mode, uint32_t extensions) {
     return dts_hd_name(info.kind) + (" | " + stream_text(stream));
 }
 
-TEST(StreamFacts, TellsDtsHdByItsExtensionSubstream) {
+TEST(StreamFacts, tells_dts_hd_by_its_extension_substream) {
     const std::string rest = " layout=L R C LFE Lb Rb Ls Rs";
     const std::string master = " | audio flags=128 mode=2 sample_rate=96000 channels=8 bit_depth=24 codec=DTS profile=HD MA";
     EXPECT_EQ(dts_hd_text(1, 0), "DTS-HD MA" + master + rest);
@@ -59,7 +59,7 @@ Data loas(const BitBuilder& element) {
     return loas_frame(element, 200);
 }
 
-TEST(StreamFacts, TellsLoasByItsConfiguration) {
+TEST(StreamFacts, tells_loas_by_its_configuration) {
     BitBuilder without;
     without.bits(1, 1); // useSameStreamMux
     BitBuilder sbr;     // version 0, explicit SBR from 24 to 48 kHz, stereo
@@ -73,12 +73,12 @@ TEST(StreamFacts, TellsLoasByItsConfiguration) {
     EXPECT_EQ(described(describe_loas_frame, join({loas(without), loas(without)})), "refused");
 }
 
-TEST(StreamFacts, TellsTheRateOfAdtsByAllBlocksOfItsFrame) {
+TEST(StreamFacts, tells_the_rate_of_adts_by_all_blocks_of_its_frame) {
     const Data frame = adts_frame(600, {.rate_index = 3, .channels = 2, .blocks = 1}); // one behind the first
     EXPECT_NE(described(describe_adts_frame, frame).find(" bit_rate=112500 "), std::string::npos);
 }
 
-TEST(StreamFacts, TellsAacByItsWholeConfiguration) {
+TEST(StreamFacts, tells_aac_by_its_whole_configuration) {
     const auto facts = [](const Data& bytes) {
         AudioSpecificConfig config;
         read_audio_specific_config(bytes, &config);

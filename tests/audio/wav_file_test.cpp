@@ -160,7 +160,7 @@ Data wave64(const std::vector<Data>& chunks) {
 
 } // namespace
 
-TEST(WavFile, DescribesWhatTheChunksSay) {
+TEST(WavFile, describes_what_the_chunks_say) {
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
         const auto record = analyse(row.bytes);
@@ -174,7 +174,7 @@ TEST(WavFile, DescribesWhatTheChunksSay) {
     }
 }
 
-TEST(WavFile, TellsTypedDetails) {
+TEST(WavFile, tells_typed_details) {
     const Data info = chunk("LIST", ByteBuilder().text("INFO").append(chunk("INAM", "Name")).append(chunk("ISFT", "Tool")).bytes);
     const Format valid_20_of_24 = {0xFFFE, 2, 48000, 288000, 6, 24};
     Data valid_bits = extension(0x3);
@@ -232,7 +232,7 @@ TEST(WavFile, TellsTypedDetails) {
     }
 }
 
-TEST(WavFile, TakesSizesOf64Bits) {
+TEST(WavFile, takes_sizes_of_64_bits) {
     constexpr int64_t elsewhere = 0xFFFFFFFF;
     const Data format = fmt({});
     const Data plain_format(format.begin() + 8, format.end());
@@ -319,7 +319,7 @@ TEST(WavFile, TakesSizesOf64Bits) {
     }
 }
 
-TEST(WavFile, QuotesLossyWav) {
+TEST(WavFile, quotes_lossy_wav) {
     const struct {
         const char* text;
         const char* label;
@@ -340,7 +340,7 @@ TEST(WavFile, QuotesLossyWav) {
 }
 
 // A sparse file with bytes behind the 2 GB that the data chunk fills.
-TEST(WavFile, EstimatesThePlayTimeBeyond2Gb) {
+TEST(WavFile, estimates_the_play_time_beyond_2_gb) {
     const struct {
         Format format;
         int32_t extra_count;
@@ -365,13 +365,13 @@ TEST(WavFile, EstimatesThePlayTimeBeyond2Gb) {
     }
 }
 
-TEST(WavFile, IsSoundAtEveryLength) {
+TEST(WavFile, is_sound_at_every_length) {
     const Data whole = wave({chunk("bext", "BWF"), {0}, fmt(mp3, extension(63)), chunk("data", mpeg_frame("Xing", 3, 100))});
     expect_sound_when_cut(AnalyzeWavFile, whole);
 }
 
 // A read or a text for each of them would take seconds.
-TEST(WavFile, WalksAMillionTinyChunks) {
+TEST(WavFile, walks_a_million_tiny_chunks) {
     const Data tiny = chunk("fmt ", Data{1, 0, 2, 0});
     ByteBuilder builder;
     builder.append(wave({fmt({})}));

@@ -59,7 +59,7 @@ const Row rows[] = {
 
 } // namespace
 
-TEST(CodecLookup, FollowsTheRulesOfTheFile) {
+TEST(CodecLookup, follows_the_rules_of_the_file) {
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
         const TempFile file(ByteBuilder().text(row.catalogue).bytes);
@@ -70,7 +70,7 @@ TEST(CodecLookup, FollowsTheRulesOfTheFile) {
 }
 
 // Lines across every place where a block of the file may end.
-TEST(CodecLookup, LosesNoLineBetweenBlocks) {
+TEST(CodecLookup, loses_no_line_between_blocks) {
     std::string text = "[A]\n";
     for (int i = 0; i < 20000; ++i) {
         text += std::to_string(100000 + i) + "\tname " + std::to_string(i) + "\n";
@@ -83,7 +83,7 @@ TEST(CodecLookup, LosesNoLineBetweenBlocks) {
     }
 }
 
-TEST(CodecLookup, FindsTheHeaderWhereverABlockEnds) {
+TEST(CodecLookup, finds_the_header_wherever_a_block_ends) {
     for (size_t before = 16384 - 300; before < 16384 + 10; before += 7) {
         std::string text = "[A]\n1\tx\n";
         while (text.size() < before) {
@@ -97,7 +97,7 @@ TEST(CodecLookup, FindsTheHeaderWhereverABlockEnds) {
     }
 }
 
-TEST(CodecLookup, SurvivesWhatIsNoCatalogue) {
+TEST(CodecLookup, survives_what_is_no_catalogue) {
     CodecQuery query = query_of(temp_directory() + "missing", "[A]", "1");
     EXPECT_EQ(CodecLookup(&query), codec_no_catalogue);
     query = query_of(temp_directory(), "[A]", "1");
@@ -105,7 +105,7 @@ TEST(CodecLookup, SurvivesWhatIsNoCatalogue) {
 }
 
 // Only what was not written lately is kept: its time would tell no second change.
-TEST(KeptText, IsTheFilesTextAsLongAsItStays) {
+TEST(KeptText, is_the_files_text_as_long_as_it_stays) {
     const auto write = [path = temp_directory() + "kept.txt"](const char* text) {
         std::ofstream(path, std::ios::binary) << text;
         return path;
@@ -126,7 +126,7 @@ TEST(KeptText, IsTheFilesTextAsLongAsItStays) {
     EXPECT_EQ(kept, "[A]\n1\tx\n") << "others may still read it";
 }
 
-TEST(CodecName, ShowsTheNameOrTheReasonWhyThereIsNone) {
+TEST(CodecName, shows_the_name_or_the_reason_why_there_is_none) {
     const std::string directory = temp_directory() + "names/";
     std::filesystem::create_directories(directory);
     char name[32];
@@ -185,7 +185,7 @@ const std::map<std::string, SectionForm> forms = {
 
 // The file is edited by hand: every entry must be found by its own key, which fails for a key below
 // its own beginning, a duplicate and a misplaced section.
-TEST(ShippedCatalogue, EveryEntryIsReachable) {
+TEST(ShippedCatalogue, every_entry_is_reachable) {
     const TempFile file(shipped_catalogue);
     std::istringstream lines(std::string(shipped_catalogue.begin(), shipped_catalogue.end()));
     std::map<std::string, std::vector<std::string>> keys;

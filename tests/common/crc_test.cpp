@@ -5,7 +5,7 @@
 namespace zat::test::crc_test {
 
 // The check value by which a catalogue of CRCs knows each of them: that of "123456789".
-TEST(Crc, EveryOneHasItsPublishedCheckValue) {
+TEST(Crc, every_one_has_its_published_check_value) {
     const Data digits = ByteBuilder().text("123456789").bytes;
     EXPECT_EQ(crc32(digits), 0xCBF43926U);
     EXPECT_EQ(crc32_mpeg2(digits), 0x0376E6E7U);

@@ -9,7 +9,7 @@
 
 namespace zat::test::names_test {
 
-TEST(CodecNames, OneNameWhateverTheContainerSays) {
+TEST(CodecNames, one_name_whatever_the_container_says) {
     ZatStream video = new_stream(ZAT_STREAM_VIDEO);
     for (const uint32_t code : {fourcc("avc1"), fourcc("h264"), fourcc("X264")}) {
         set_fourcc_codec(&video, code);
@@ -40,7 +40,7 @@ TEST(CodecNames, OneNameWhateverTheContainerSays) {
     }
 }
 
-TEST(UtcTime, CountsLeapDays) {
+TEST(UtcTime, counts_leap_days) {
     char text[utc_text_size];
     format_utc(1709250900, text);
     EXPECT_STREQ(text, "2024-02-29T23:55:00Z");

@@ -54,7 +54,7 @@ void expect_bytes(FileRecord* file, const std::vector<uint8_t>& bytes, uint32_t 
 
 } // namespace
 
-TEST(Reader, ReadsWhatStandsInTheFile) {
+TEST(Reader, reads_what_stands_in_the_file) {
     for (const size_t size : {6000U, 10000U, 200000U}) {
         std::vector<uint8_t> bytes(size);
         uint32_t state = 1;
@@ -78,7 +78,7 @@ TEST(Reader, ReadsWhatStandsInTheFile) {
 }
 
 #ifndef _WIN32 // where a seek past the end leaves no hole
-TEST(Reader, CountsTheZerosOfHoles) {
+TEST(Reader, counts_the_zeros_of_holes) {
     constexpr int64_t hole = 64 << 20;
     const TempFile temp({1});
     for (const bool has_end : {true, false}) {
@@ -95,7 +95,7 @@ TEST(Reader, CountsTheZerosOfHoles) {
 }
 #endif
 
-TEST(Riff, CutsChunksAtTheirParent) {
+TEST(Riff, cuts_chunks_at_their_parent) {
     const ByteBuilder bytes = ByteBuilder()
                                   .text("odd ")
                                   .le32(1)

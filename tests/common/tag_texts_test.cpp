@@ -70,7 +70,7 @@ Data comments(std::initializer_list<std::string_view> items, uint64_t count) {
 
 } // namespace
 
-TEST(TagTexts, Id3v2) {
+TEST(TagTexts, id3v2) {
     const std::string long_text(3000, 'x');
     const Data title = frame("TIT2", "\3T"sv);
     const struct {
@@ -118,7 +118,7 @@ TEST(TagTexts, Id3v2) {
     }
 }
 
-TEST(TagTexts, ApeAndId3v1) {
+TEST(TagTexts, ape_and_id3v1) {
     const Data items = join({ape_item("ARTIST", "A\0B\0A"sv), ape_item("Title", "bin", 2), ape_item("title", "caf\xE9"),
         ape_item("Cover Art (Front)", "png", 2), ape_item("replaygain_album_gain", "+9.266 dB"), ape_item("Cuesheet", "x"),
         ByteBuilder().le32(0xFFFFFFFF).le32(0).text("Album").u8(0).text("Z").bytes});
@@ -131,7 +131,7 @@ TEST(TagTexts, ApeAndId3v1) {
     EXPECT_EQ(read_from(tag, read_tag), "Artist|Title");
 }
 
-TEST(TagTexts, VorbisCommentsInMemoryAndInAFile) {
+TEST(TagTexts, vorbis_comments_in_memory_and_in_a_file) {
     const std::string long_title = "title=" + std::string(3000, 'y');
     const struct {
         Data block;
@@ -163,7 +163,7 @@ TEST(TagTexts, VorbisCommentsInMemoryAndInAFile) {
 }
 
 // By rank; what is empty, or empty in a line, falls away.
-TEST(TagTexts, ArtistAndTitle) {
+TEST(TagTexts, artist_and_title) {
     const struct {
         TagTexts first;
         TagTexts second;
@@ -185,7 +185,7 @@ TEST(TagTexts, ArtistAndTitle) {
     }
 }
 
-TEST(OuterTags, AreMeasuredWhole) {
+TEST(OuterTags, are_measured_whole) {
     const Data body(100, 1);
     const auto whole_ape = [](size_t items) {
         return join({ByteBuilder().text("APETAGEX").pad_to(32).bytes, Data(items),

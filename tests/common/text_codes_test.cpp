@@ -53,7 +53,7 @@ std::string guessed(std::string_view bytes, size_t size = 512) {
 
 // All characters, against the sum of a table that was made apart from this code. The marks that join
 // the kana before them have no form of their own.
-TEST(TextCodes, EveryCharacterHasItsForm) {
+TEST(TextCodes, every_character_has_its_form) {
     uint32_t crc = 0;
     int lines = 0;
     for (uint32_t c = 0x20; c <= 0x10FFFF; ++c) {
@@ -73,7 +73,7 @@ TEST(TextCodes, EveryCharacterHasItsForm) {
     EXPECT_EQ(crc, 0xD79C3269U);
 }
 
-TEST(TextCodes, Utf8ToLine) {
+TEST(TextCodes, utf8_to_line) {
     const struct {
         std::string_view utf8;
         std::string_view expected;
@@ -103,7 +103,7 @@ TEST(TextCodes, Utf8ToLine) {
     EXPECT_EQ(cp932("abc", 1), "");
 }
 
-TEST(TextCodes, BytesOfUnknownCode) {
+TEST(TextCodes, bytes_of_unknown_code) {
     const struct {
         std::string_view bytes;
         std::string_view expected;
@@ -128,7 +128,7 @@ TEST(TextCodes, BytesOfUnknownCode) {
     EXPECT_EQ(guessed("\x93\xFA\x96\x7B", 6), "日");
 }
 
-TEST(TextCodes, Cp932AndUtf16ToUtf8) {
+TEST(TextCodes, cp932_and_utf16_to_utf8) {
     char out[64];
     cp932_to_utf8("\x81\x60\xED\x40\xA0\xB1\x81\x20\x85\x40\xF0\x41\xFD\x82", out, sizeof out);
     EXPECT_STREQ(out, "～纊\uFFFDｱ\uFFFD \uFFFD@\uFFFDA\uFFFD\uFFFD");

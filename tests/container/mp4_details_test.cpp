@@ -73,7 +73,7 @@ const Data avc = atom("avcC", ByteBuilder().raw({1, 66, 0, 30, 0xFF, 0xE1}).be16
 
 const std::string avc_facts = " size=320:240 pixel=1:1 display=4:3 fps_ratio=25:1 scan=1 bit_depth=8 codec=H.264";
 
-TEST(Mp4Details, TellsTheTruthOfVideo) {
+TEST(Mp4Details, tells_the_truth_of_video) {
     const Data ticks = tables(video_entry("avc1", {avc}), sizes({1000, 500}), 40);
     const Data colour = atom("colr", ByteBuilder().text("nclx").be16(9).be16(16).be16(9).u8(0x80).bytes);
     const Data fields = atom("fiel", {2, 9});
@@ -116,7 +116,7 @@ TEST(Mp4Details, TellsTheTruthOfVideo) {
     });
 }
 
-TEST(Mp4Details, TellsTheTruthOfSound) {
+TEST(Mp4Details, tells_the_truth_of_sound) {
     const auto sound = [](const Data& entry, const Data& table, uint64_t scale = 44100) {
         return file(
             {track(
@@ -168,7 +168,7 @@ Data item(std::string_view type, uint64_t value_type, const Data& value) {
     return atom(type, {atom("data", ByteBuilder().be32(value_type).be32(0).append(value).bytes)});
 }
 
-TEST(Mp4Details, TellsTextTracksChaptersAndMetadata) {
+TEST(Mp4Details, tells_text_tracks_chapters_and_metadata) {
     const Data list =
         atom("ilst", {item("\xA9nam", 1, ByteBuilder().text("Caf\xC3\xA9").bytes),
                          item("\xA9"
@@ -198,7 +198,7 @@ TEST(Mp4Details, TellsTextTracksChaptersAndMetadata) {
 }
 
 // Texts of QuickTime's user data: their bytes, a language, the text.
-TEST(Mp4Details, TellsRolesAndInternationalTexts) {
+TEST(Mp4Details, tells_roles_and_international_texts) {
     const auto international = [](std::string_view type, std::string_view text, uint64_t length) {
         return atom(type, ByteBuilder().be16(length).be16(0).text(text).bytes);
     };
@@ -223,7 +223,7 @@ TEST(Mp4Details, TellsRolesAndInternationalTexts) {
             "\ntext flags=11 id=2 duration=2.000 bit_rate=200 bytes=50 codec=timed text codec_id=tx3g"}});
 }
 
-TEST(Mp4Details, TellsWhichTracksOfFragmentsHaveNoData) {
+TEST(Mp4Details, tells_which_tracks_of_fragments_have_no_data) {
     const Data announced =
         file({track({.type = "text", .name = ""}), track({.id = 2, .type = "text", .name = ""}), atom("mvex", Data{})});
     const Data run = atom("trun", ByteBuilder().be32(0x300).be32(1).be32(1000).be32(50).bytes);
@@ -237,7 +237,7 @@ TEST(Mp4Details, TellsWhichTracksOfFragmentsHaveNoData) {
     });
 }
 
-TEST(Mp4Details, ReadsHeadersOfVersion1) {
+TEST(Mp4Details, reads_headers_of_version_1) {
     const Data movie = atom("mvhd", ByteBuilder().be32(1 << 24).be64(3786825600).be64(0).be32(1000).be64(2000).bytes);
     const Data media = atom("mdhd", ByteBuilder().be32(1 << 24).be64(0).be64(0).be32(1000).be64(2000).be16(0).be16(0).bytes);
     const Data extended = atom("elng", full().text("pt-BR").u8(0).bytes);

@@ -76,7 +76,7 @@ Data movie(std::initializer_list<Data> children) {
 
 const char avc_line[] = "V 320x240 [AVC/H264 Baseline@3 Unspecified] 24Bit 1.000fps 6.000kbps 2f Progressive\n";
 
-TEST_F(Mp4, DescribesTracksWhereverTheMovieStands) {
+TEST_F(Mp4, describes_tracks_wherever_the_movie_stands) {
     const Data sound = audio_entry("mp4a", {es_descriptor(0x40, aac_lc_stereo, 96000)});
     const Data content = movie({video_track({avc_configuration(sequence_parameter_set)}), audio_track(sound)});
     const std::string streams =
@@ -91,7 +91,7 @@ TEST_F(Mp4, DescribesTracksWhereverTheMovieStands) {
     expect_sound_at_every_length(join({file_type("isom"), content}));
 }
 
-TEST_F(Mp4, NamesVideo) {
+TEST_F(Mp4, names_video) {
     const Data sps = sequence_parameter_set;
     const Data cut(sps.begin(), sps.begin() + 5);
     const Data visual = ByteBuilder().raw({0, 0, 1, 0xB0, 1}).raw({0, 0, 1, 0x20, 0, 0x84, 0}).bytes;
@@ -119,7 +119,7 @@ TEST_F(Mp4, NamesVideo) {
     EXPECT_STREQ(analyse(join({file_type("isom"), bad}))->extra[1], "SPS 41/40");
 }
 
-TEST_F(Mp4, NamesAudio) {
+TEST_F(Mp4, names_audio) {
     const auto sound = [](const Data& entry, const Data& table = sizes({500, 500})) {
         return movie({audio_track(entry, table)});
     };
@@ -172,7 +172,7 @@ TEST_F(Mp4, NamesAudio) {
     });
 }
 
-TEST_F(Mp4, NamesAudioByItsFirstFrame) {
+TEST_F(Mp4, names_audio_by_its_first_frame) {
     const Data ac3 = {0x0B, 0x77, 0, 0, 0x1E, 0x40, 0xE1, 0};
     const Data dts = {0x7F, 0xFE, 0x80, 0x01, 0xFC, 0x3C, 0x3F, 0xF2, 0x77, 0, 0x3C, 0, 0, 0, 0, 0};
     const Data mp3 = {0xFF, 0xFB, 0x90, 0x00};
@@ -197,7 +197,7 @@ TEST_F(Mp4, NamesAudioByItsFirstFrame) {
     });
 }
 
-TEST_F(Mp4, SumsSampleTables) {
+TEST_F(Mp4, sums_sample_tables) {
     const auto video = [](const Data& table) { return movie({track(1, "vide", {descriptions({video_entry("hvc1")}), table})}); };
     const auto line = [](const std::string& numbers) { return "V 320x240 [HEVC] 24Bit " + numbers + " interlace\n2.000"; };
     const std::vector<uint64_t> many(20000, 0x80FF);
@@ -223,7 +223,7 @@ Data run(uint64_t flags, uint64_t count, const Data& samples) {
     return atom("trun", ByteBuilder().be32(flags).be32(count).append(samples).bytes);
 }
 
-TEST_F(Mp4, AddsFragments) {
+TEST_F(Mp4, adds_fragments) {
     const auto announced = [](uint64_t movie_duration, const Data& extension) {
         return join({file_type("isom"), atom("moov", {movie_header(1000, movie_duration), atom("mvex", extension),
                                                          track(1, "vide", {descriptions({video_entry("hvc1")}), sizes({})})})});
@@ -255,7 +255,7 @@ TEST_F(Mp4, AddsFragments) {
     });
 }
 
-TEST_F(Mp4, TellsChaptersAndWhatIsMissing) {
+TEST_F(Mp4, tells_chapters_and_what_is_missing) {
     const auto chapters = [](std::initializer_list<int> payload) {
         return join({file_type("abcd"),
             movie({atom("trak", Data{}), atom("udta", {atom("chpl", ByteBuilder().raw(payload).bytes), Data(4)})})});
@@ -283,7 +283,7 @@ TEST_F(Mp4, TellsChaptersAndWhatIsMissing) {
     EXPECT_EQ(record->audio_count, 10);
 }
 
-TEST_F(Mp4, WalksPastSizesThatLie) {
+TEST_F(Mp4, walks_past_sizes_that_lie) {
     const Data sound = audio_track(audio_entry("in24"));
     const std::string line = "A [PCM 24] 44100Hz 2ch 16Bit 0.800kbps\n2.000";
     ByteBuilder nested;

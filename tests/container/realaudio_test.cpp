@@ -32,7 +32,7 @@ Data version4or5(int version, std::string_view codec, size_t present, uint64_t r
 
 } // namespace
 
-TEST(RealAudio, DescribesEveryVersion) {
+TEST(RealAudio, describes_every_version) {
     constexpr const char* eight_seconds =
         "A [C\x96\xB3"
         "14_4] 8000Hz 16bit 1ch 8.000kbps\n"
@@ -94,7 +94,7 @@ TEST(RealAudio, DescribesEveryVersion) {
     }
 }
 
-TEST(RealAudio, IsSoundAtEveryLength) {
+TEST(RealAudio, is_sound_at_every_length) {
     expect_sound_when_cut(119, version3(texts("A", "B"), 10, 10));
     expect_sound_when_cut(119, version4or5(5, "cook", 4));
 }

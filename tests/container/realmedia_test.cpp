@@ -185,7 +185,7 @@ TEST(RealMedia, survives_every_length) {
     expect_sound_at_every_length(whole.chunk("MDPR", file_info(70, generated_by("Real"))).bytes);
 }
 
-TEST(RealMedia, FillsTheDetails) {
+TEST(RealMedia, fills_the_details) {
     const auto sound = [](int version) {
         const Data header = audio_header(version);
         return stream(

@@ -7,7 +7,7 @@
 
 namespace zat::test::details_json_test {
 
-TEST(DetailsJson, NamesEveryKnownMember) {
+TEST(DetailsJson, names_every_known_member) {
     ZatStream video{};
     video.kind = ZAT_STREAM_VIDEO;
     video.flags = ZAT_FLAG_DEFAULT | ZAT_FLAG_FORCED | ZAT_FLAG_LOSSLESS;
@@ -38,7 +38,7 @@ TEST(DetailsJson, NamesEveryKnownMember) {
         R"("estimated":["bit_rate"]})"); // of frames there is no figure that could be estimated
 }
 
-TEST(DetailsJson, LeavesOutWhatIsNotKnown) {
+TEST(DetailsJson, leaves_out_what_is_not_known) {
     ZatDetails details{};
     nlohmann::ordered_json out = nlohmann::ordered_json::object();
     host::add_details(details, &out);

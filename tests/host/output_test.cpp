@@ -48,7 +48,7 @@ Description film() {
     return film;
 }
 
-TEST(TableOutput, AlignsAndCutsAtTheTerminalsWidth) {
+TEST(TableOutput, aligns_and_cuts_at_the_terminals_width) {
     constexpr char cells[] = "Matroska        1:02:03  H.264 1920x1080 23.976         AAC 6ch +1"
                              "      12.3M  ";
     const std::string name = "\xE6\x98\xA0\xE7\x94\xBB\\x1B.mkv";
@@ -71,7 +71,7 @@ TEST(TableOutput, AlignsAndCutsAtTheTerminalsWidth) {
     EXPECT_EQ(host::table_line(unknown, 0), "");
 }
 
-TEST(CsvOutput, HasARowForEachLineAndForStreamsWithoutOne) {
+TEST(CsvOutput, has_a_row_for_each_line_and_for_streams_without_one) {
     const std::string head = "\xE6\x98\xA0\xE7\x94\xBB\x1B.mkv,26,FILETYPE_MATROSKA,,";
     const std::string tail = ",3723.5,0,1000,";
     Description missing;

@@ -52,7 +52,7 @@ Data av1_with_model() {
     return ByteBuilder().u8(0x0A).u8(bits.bytes.size()).append(bits.bytes).bytes;
 }
 
-TEST(Av1, ReadsConfigurationsAndSequenceHeaders) {
+TEST(Av1, reads_configurations_and_sequence_headers) {
     const struct {
         const char* name;
         bool (*parse)(Bytes, Av1Sequence*);
@@ -88,7 +88,7 @@ TEST(Av1, ReadsConfigurationsAndSequenceHeaders) {
     }
 }
 
-TEST(Vp9, ReadsFramesAndConfigurations) {
+TEST(Vp9, reads_frames_and_configurations) {
     const auto features = [](Bytes bytes, Vp9Sequence* sequence) {
         parse_vp9_features(bytes, sequence);
         return true;
@@ -122,7 +122,7 @@ TEST(Vp9, ReadsFramesAndConfigurations) {
     EXPECT_FALSE(parse_vp9_frame(Bytes(vp9_rgb).first(8), &none));
 }
 
-TEST(Vp8, ReadsKeyFramesOnly) {
+TEST(Vp8, reads_key_frames_only) {
     Vp8Frame frame;
     ASSERT_TRUE(parse_vp8_frame(vp8_key, &frame));
     ZatStream stream = new_stream(ZAT_STREAM_VIDEO);
@@ -132,7 +132,7 @@ TEST(Vp8, ReadsKeyFramesOnly) {
     EXPECT_FALSE(parse_vp8_frame(bytes_of_hex("f1 67 00 9d 01 2a 42 01 b6 00"), &frame));
 }
 
-TEST(DolbyVision, MarksTheStreamOfAWholeRecord) {
+TEST(DolbyVision, marks_the_stream_of_a_whole_record) {
     const auto hdr = [](std::string_view hex) {
         ZatStream stream = new_stream(ZAT_STREAM_VIDEO);
         set_dolby_vision(&stream, bytes_of_hex(hex));

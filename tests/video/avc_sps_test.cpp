@@ -98,7 +98,7 @@ const std::string hrd_tail = "23/5 23/5 23/5 24/5 ";
 const std::string with_vui = main_320 + "1/1 0/1 " + no_display;
 const char plain[] = "320x240 8 Main@3.1 Unspecified 0.000fps 0bps p";
 
-TEST(AvcSps, ReadsTheFactsBitExactly) {
+TEST(AvcSps, reads_the_facts_bit_exactly) {
     const struct {
         const char* name;
         std::string fields;
@@ -143,7 +143,7 @@ TEST(AvcSps, ReadsTheFactsBitExactly) {
     }
 }
 
-TEST(AvcSps, GoesByTheStandardOutsideTheFirstLines) {
+TEST(AvcSps, goes_by_the_standard_outside_the_first_lines) {
     const struct {
         const char* name;
         std::string fields;
@@ -179,7 +179,7 @@ TEST(AvcSps, GoesByTheStandardOutsideTheFirstLines) {
     EXPECT_EQ(info.width, 320U);
 }
 
-TEST(AvcSps, KeepsThePositionsOfTheAspectAndTheHrds) {
+TEST(AvcSps, keeps_the_positions_of_the_aspect_and_the_hrds) {
     const std::string hrd = "ue0 0/4 0/4 ue0 ue0 0/1 " + hrd_tail;
     const std::string vui = "1/1 1/1 255/8 40/16 33/16 " + no_display + "0/1 1/1 " + hrd + "1/1 " + hrd + "0/1 0/1 0/1";
     const AvcParseState state = parse(nal_of(main_320 + vui)).state;
@@ -189,7 +189,7 @@ TEST(AvcSps, KeepsThePositionsOfTheAspectAndTheHrds) {
     EXPECT_EQ(tail, (std::array{start, start + 46, start + 46 + 32 + 1}));
 }
 
-TEST(AvcSps, StopsAtTheNextStartCode) {
+TEST(AvcSps, stops_at_the_next_start_code) {
     // Everything behind the VUI's flag reads as zero, not as the picture parameter set there.
     const std::string cut = main_320 + "1/1 ";
     BitBuilder bits = bits_of(cut);
@@ -201,7 +201,7 @@ TEST(AvcSps, StopsAtTheNextStartCode) {
     EXPECT_NE(parse(nal).state.end_pos, parse(bits.bytes).state.end_pos);
 }
 
-TEST(AvcSps, TellsATruncatedParameterSetAtEveryLength) {
+TEST(AvcSps, tells_a_truncated_parameter_set_at_every_length) {
     const std::string head = high_41 + chroma_420 + "0/1 " + order + "ue119 ue67 ";
     const std::string vui = "1/1 1/1 1/1 ue0 ue0 ue0 ue4 1/1 ";
     const std::string fields = head + vui + "1/1 255/8 40/16 33/16 " + no_display +
@@ -224,7 +224,7 @@ TEST(AvcSps, TellsATruncatedParameterSetAtEveryLength) {
     EXPECT_EQ(parse({}).state.total_bits, 0U);
 }
 
-TEST(AvcSps, BoundsExpGolombCodesAndCountsByTheBitsPresent) {
+TEST(AvcSps, bounds_exp_golomb_codes_and_counts_by_the_bits_present) {
     const struct {
         std::string fields;
         size_t zeros; // bytes behind the fields
@@ -242,7 +242,7 @@ TEST(AvcSps, BoundsExpGolombCodesAndCountsByTheBitsPresent) {
     }
 }
 
-TEST(AvcNames, BoundTheTextToTheSizeGiven) {
+TEST(AvcNames, bound_the_text_to_the_size_given) {
     char text[40];
     FormatAvcProfileLevel(text, sizeof text, 255, 9, AvcRules::legacy);
     EXPECT_STREQ(text, "UnknownProfile(255)@UnknownLevel(9)");

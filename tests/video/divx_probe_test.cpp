@@ -27,7 +27,7 @@ std::vector<uint8_t> vol(int aspect, int par_width = 0, int par_height = 0, bool
     return bits.bytes;
 }
 
-TEST(Mpeg4Visual, ReadsTheAspectOfTheLastLayer) {
+TEST(Mpeg4Visual, reads_the_aspect_of_the_last_layer) {
     const struct {
         ByteBuilder bytes;
         const char* aspect;
@@ -51,7 +51,7 @@ TEST(Mpeg4Visual, ReadsTheAspectOfTheLastLayer) {
     }
 }
 
-TEST(Mpeg4Visual, NamesProfilesByTheirOddValues) {
+TEST(Mpeg4Visual, names_profiles_by_their_odd_values) {
     const struct {
         uint32_t value;
         const char* name;
@@ -73,7 +73,7 @@ std::vector<uint8_t> user_data(std::string_view text) {
     return builder.bytes;
 }
 
-TEST(DivxProbe, FindsTheEncodersStrings) {
+TEST(DivxProbe, finds_the_encoders_strings) {
     const struct {
         const char* bytes;
         int result;
@@ -97,7 +97,7 @@ TEST(DivxProbe, FindsTheEncodersStrings) {
 }
 
 // Only encodes with the encoder's string, and codes of the family, have their aspect read.
-TEST(DivxProbe, ReadsTheAspectOfItsEncodesAndFamilyOnly) {
+TEST(DivxProbe, reads_the_aspect_of_its_encodes_and_family_only) {
     const char* const rows[][3] = {{"FMP4", "DivX1/", "4:3 NTSC"}, {"DIV3", "x264/", "4:3 NTSC"}, {"FMP4", "x264/", ""}};
     for (const auto& [fourcc, text, aspect] : rows) {
         DivxProbe probe;
@@ -107,7 +107,7 @@ TEST(DivxProbe, ReadsTheAspectOfItsEncodesAndFamilyOnly) {
     }
 }
 
-TEST(DivxProbe, SearchesTheFilesFirstMebibyteFromTheMovieData) {
+TEST(DivxProbe, searches_the_files_first_mebibyte_from_the_movie_data) {
     const struct {
         size_t at; // of the string
         uint32_t movi_pos;
@@ -130,7 +130,7 @@ TEST(DivxProbe, SearchesTheFilesFirstMebibyteFromTheMovieData) {
     }
 }
 
-TEST(DivxProbe, DecidesTheCodecName) {
+TEST(DivxProbe, decides_the_codec_name) {
 #define NOT_LISTED "\x8A\x59\x93\x96\x96\xB3\x82\xB5"
     const struct {
         const char *fourcc, *divx_string, *xvid_string;
@@ -160,7 +160,7 @@ TEST(DivxProbe, DecidesTheCodecName) {
     }
 }
 
-TEST(DivxProbe, WritesFourccsAndKnowsTheFamily) {
+TEST(DivxProbe, writes_fourccs_and_knows_the_family) {
     char text[fourcc_text_size];
     FourccText(reinterpret_cast<const uint8_t*>("ms\0U"), text);
     EXPECT_STREQ(text, "6d730055");

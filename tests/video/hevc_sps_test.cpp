@@ -34,7 +34,7 @@ std::string facts(const HevcSequence& sequence) {
     return std::string(text) + " |" + stream_text(stream).substr(5);
 }
 
-TEST(HevcSps, ReadsParameterSetsWhereverTheyStand) {
+TEST(HevcSps, reads_parameter_sets_wherever_they_stand) {
     const std::string whole =
         "HEVC/H265 Main 10@2 | frame_rate=23.976 size=322:182 pixel=16:11 display=368:143 fps_ratio=24000:1001 scan=1 "
         "bit_depth=10 codec=HEVC profile=Main 10 level=2 chroma=4:2:0 primaries=BT.2020 transfer=PQ matrix=BT.2020 "
@@ -71,7 +71,7 @@ TEST(HevcSps, ReadsParameterSetsWhereverTheyStand) {
 }
 
 // A cut set keeps what was told, and nothing that was not.
-TEST(HevcSps, SurvivesEveryLengthAndAllOnes) {
+TEST(HevcSps, survives_every_length_and_all_ones) {
     for (const Data& sps : {main_10, range_extensions}) {
         for (size_t length = 0; length < sps.size(); ++length) {
             SCOPED_TRACE(length);

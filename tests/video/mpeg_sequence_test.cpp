@@ -23,7 +23,7 @@ std::vector<uint8_t> sequence_extension(int profile, int level, int progressive)
     return ByteBuilder().raw({0x10 | profile, level << 4 | progressive << 3 | 2, 0}).bytes;
 }
 
-TEST(MpegSequence, WritesTheProgramStreamLine) {
+TEST(MpegSequence, writes_the_program_stream_line) {
     constexpr auto one = MpegVideoVersion::mpeg1;
     constexpr auto two = MpegVideoVersion::mpeg2;
     const struct {
@@ -50,7 +50,7 @@ TEST(MpegSequence, WritesTheProgramStreamLine) {
     }
 }
 
-TEST(MpegSequence, ReadsTheDisplaySizeBehindTheColours) {
+TEST(MpegSequence, reads_the_display_size_behind_the_colours) {
     for (const uint64_t colours : {0U, 1U}) {
         BitBuilder bits;
         bits.bits(2, 4).bits(5, 3).bits(colours, 1).bits(0x010101, colours != 0 ? 24 : 0);
@@ -66,7 +66,7 @@ TEST(MpegSequence, ReadsTheDisplaySizeBehindTheColours) {
     }
 }
 
-TEST(MpegSequence, FindsTheHeadersOfACodecPrivate) {
+TEST(MpegSequence, finds_the_headers_of_a_codec_private) {
     const auto header = [](int width) {
         const auto fields = sequence_header(width, 480, 2, 4, 0x3FFFF, 112);
         return ByteBuilder().raw({0, 0, 1, 0xB3}).append(fields).bytes;
