@@ -13,10 +13,6 @@ namespace zat {
 
 namespace {
 
-constexpr bool continues_character(char c) {
-    return (static_cast<unsigned char>(c) & 0xC0) == 0x80;
-}
-
 // The ZatEstimated bits that may be set: those of the figures that are known.
 uint32_t estimable(const ZatStream& stream) {
     return (stream.duration != 0 ? uint32_t{ZAT_ESTIMATED_DURATION} : 0) |
@@ -54,20 +50,6 @@ void add_stream(ZatDetails* details, const ZatStream& stream) {
         kept->estimated &= estimable(*kept);
     }
     ++details->stream_count;
-}
-
-void copy_utf8(char* out, size_t size, std::string_view text) {
-    size_t length = text.size();
-    if (length >= size) {
-        length = size - 1;
-        while (length > 0 && continues_character(text[length])) {
-            --length;
-        }
-    }
-    if (length != 0) { // an empty text may have no address
-        std::memmove(out, text.data(), length);
-    }
-    out[length] = '\0';
 }
 
 void set_ratio(uint64_t width, uint64_t height, uint32_t* out_width, uint32_t* out_height) {

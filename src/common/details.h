@@ -4,6 +4,7 @@
 
 #include "common/output.h"
 #include "common/reader.h"
+#include "common/utf8.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -29,13 +30,6 @@ ZatStream new_stream(ZatStreamKind kind);
 // Appends a stream, without a bit rate or duration beyond the limits; one beyond the slots is only
 // counted. Does nothing without details.
 void add_stream(ZatDetails* details, const ZatStream& stream);
-
-// Copies UTF-8, cut to `size` bytes, terminator included, at a whole character.
-void copy_utf8(char* out, size_t size, std::string_view text);
-template <size_t N>
-void copy_utf8(char (&out)[N], std::string_view text) {
-    copy_utf8(out, N, text);
-}
 
 // The ratio in its lowest terms; 0 and 0 unless both are set.
 void set_ratio(uint64_t width, uint64_t height, uint32_t* out_width, uint32_t* out_height);

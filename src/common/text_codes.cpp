@@ -1,6 +1,5 @@
 #include "common/text_codes.h"
 
-#include "common/details.h"
 #include "common/utf8.h"
 
 #include <algorithm>

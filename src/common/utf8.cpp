@@ -26,6 +26,10 @@ constexpr bool is_character(uint32_t code) {
     return code <= 0x10FFFF && (code < 0xD800 || code > 0xDFFF);
 }
 
+constexpr bool continues_character(char c) {
+    return (static_cast<unsigned char>(c) & 0xC0) == 0x80;
+}
+
 // The character that `text` begins with; its form in `form`.
 uint32_t character_at(std::string_view text, const Utf8Form** form) {
     const auto first = static_cast<uint8_t>(text[0]);
@@ -80,6 +84,20 @@ std::string_view without_cut_character(std::string_view text) {
         return is_utf8(last) ? text : text.substr(0, start - 1);
     }
     return text;
+}
+
+void copy_utf8(char* out, size_t size, std::string_view text) {
+    size_t length = text.size();
+    if (length >= size) {
+        length = size - 1;
+        while (length > 0 && continues_character(text[length])) {
+            --length;
+        }
+    }
+    if (length != 0) { // an empty text may have no address
+        std::memmove(out, text.data(), length);
+    }
+    out[length] = '\0';
 }
 
 void append_utf8(Utf8Text* text, uint32_t character) {

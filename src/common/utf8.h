@@ -19,6 +19,13 @@ bool is_utf8(std::string_view text);
 // A text whose end was cut off somewhere, without what the cut left of a character.
 std::string_view without_cut_character(std::string_view text);
 
+// Copies UTF-8, cut to `size` bytes, terminator included, at a whole character.
+void copy_utf8(char* out, size_t size, std::string_view text);
+template <size_t N>
+void copy_utf8(char (&out)[N], std::string_view text) {
+    copy_utf8(out, N, text);
+}
+
 // A text that grows in a buffer of `size` bytes (at least 1), always terminated.
 struct Utf8Text {
     char* out;
