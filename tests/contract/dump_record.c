@@ -38,6 +38,23 @@ static void print_hash(const char* name, const void* bytes, size_t count) {
     printf("  %s %08lx%08lx ", name, (unsigned long)(value >> 32), (unsigned long)(value & 0xFFFFFFFF));
 }
 
+/* Hosts of other compilers keep the stack at multiples of 4 bytes, vector registers want 16. */
+static void describe(void(ZAT_CALL* get_info)(InfoRecord*)) {
+#ifdef __i386__
+    __asm__ volatile("movl %%esp, %%esi\n\t"
+                     "andl $-16, %%esp\n\t"
+                     "subl $8, %%esp\n\t"
+                     "pushl %1\n\t"
+                     "call *%0\n\t"
+                     "movl %%esi, %%esp"
+                     : "+a"(get_info)
+                     : "b"(&record)
+                     : "ecx", "edx", "esi", "xmm0", "xmm1", "xmm2", "xmm3", "xmm4", "xmm5", "xmm6", "xmm7", "cc", "memory");
+#else
+    get_info(&record);
+#endif
+}
+
 static void clear_record(const char* path) {
     memset(&record, 0, sizeof record);
     memset(record.reserved, 0xA5, sizeof record.reserved);
@@ -85,7 +102,7 @@ int main(int argc, char** argv) {
     set_path(argv[2]);
     for (i = 3; i < argc; ++i) {
         clear_record(argv[i]);
-        get_info(&record);
+        describe(get_info);
         memset(report, 0, sizeof report);
         reform_full(&record, report);
         reform_full_bounded(&record, whole_report, sizeof whole_report);
