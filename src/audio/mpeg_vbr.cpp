@@ -54,15 +54,10 @@ void name_vbr_method(uint8_t method, MpegAudioInfo* info) {
     }
 }
 
-// The bytes up to the first that is not printable.
-std::string_view printable_text(const uint8_t* bytes, size_t size) {
-    const auto* text = reinterpret_cast<const char*>(bytes);
-    return {text, static_cast<size_t>(std::find_if(text, text + size, IsNotPrintable) - text)};
-}
-
 // Copies the printable text at `bytes` without a space that ends it.
 void copy_encoder(const uint8_t* bytes, MpegAudioInfo* info) {
-    std::string_view text = printable_text(bytes, encoder_limit + 1);
+    const auto* start = reinterpret_cast<const char*>(bytes);
+    std::string_view text = printable_text({start, encoder_limit + 1});
     if (text.size() > encoder_limit || text.ends_with(' ')) {
         text.remove_suffix(1);
     }
@@ -174,9 +169,11 @@ int ParseVbrHeader(Bytes frame, MpegAudioInfo* info) {
         copy_text(info->vbr_header_kind, header.kind == VbrKind::xing ? "Xing" : "VBRI");
         info->rate_mode = rate_mode_variable;
     }
-    // Frames of silence begin with the encoder's name where there is no header.
+    // Frames of silence begin with the encoder's name where there is no header: eight bytes, of
+    // whatever kind those behind the name are.
     if (starts_with(bytes + vbri_offset, "LAME")) {
-        copy_text(info->encoder_string, printable_text(bytes + vbri_offset, 8));
+        copy_text(info->encoder_string,
+            bounded_text(reinterpret_cast<const char*>(bytes + vbri_offset), 8));
     }
     Counts counts;
     if (!read_counts(header, &counts)) {

@@ -70,7 +70,7 @@ void set_lpcm(const LpcmInfo& info, uint32_t stored_channels, int stored_bits, Z
 // is not text, though it may look like it.
 void set_encoder(const MpegAudioInfo& info, ZatStream* stream) {
     constexpr size_t lame_size = 9;
-    std::string_view encoder = bounded_text(info.encoder_string);
+    std::string_view encoder = printable_text(bounded_text(info.encoder_string));
     if (encoder.starts_with("LAME")) {
         encoder = encoder.substr(0, lame_size);
     }

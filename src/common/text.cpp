@@ -59,6 +59,11 @@ bool same_letters(std::string_view a, std::string_view b) {
         [](char x, char y) { return ascii_lower(x) == ascii_lower(y); });
 }
 
+std::string_view printable_text(std::string_view text) {
+    const auto* end = std::find_if(text.begin(), text.end(), IsNotPrintable);
+    return text.substr(0, static_cast<size_t>(end - text.begin()));
+}
+
 std::string_view bounded_text(const char* text, size_t size) {
     if (size == 0) { // an empty text may have no address
         return {};

@@ -48,6 +48,9 @@ constexpr int IsNotPrintable(char c) {
     return code < 32 || code >= 127 ? 1 : 0;
 }
 
+// The text up to its first character that is not printable.
+std::string_view printable_text(std::string_view text);
+
 // The text of a fixed array, up to its terminator or its end.
 std::string_view bounded_text(const char* text, size_t size);
 template <size_t N>
