@@ -1,6 +1,7 @@
 // The exported entry points. They hold no logic of their own beyond joining detection, dispatch and
 // report.
 #include "api/dispatch.h"
+#include "api/float_control.h"
 #include "api/report.h"
 #include "common/catalogue_directory.h"
 #include "common/details.h"
@@ -46,11 +47,13 @@ ZAT_EXPORT void ZAT_CALL SetPath(const char* directory) {
 ZAT_EXPORT void ZAT_CALL _GetFileFormat(void* /*unused*/) {}
 
 ZAT_EXPORT void ZAT_CALL GetFileFormat(InfoRecord* record) {
+    const zat::FloatControl control;
     zat::FileRecord file;
     zat::fill_file_format(record, &file);
 }
 
 ZAT_EXPORT void ZAT_CALL GetInfo(InfoRecord* record) {
+    const zat::FloatControl control;
     zat::FileEnds ends;
     zat::FileRecord file;
     file.ends = &ends;
@@ -62,6 +65,7 @@ ZAT_EXPORT int32_t ZAT_CALL GetDetails(InfoRecord* record, ZatDetails* details) 
     if (details->size < sizeof *details) {
         return -1;
     }
+    const zat::FloatControl control;
     zat::clear_details(details);
     zat::FileEnds ends;
     zat::FileRecord file;
@@ -73,6 +77,7 @@ ZAT_EXPORT int32_t ZAT_CALL GetDetails(InfoRecord* record, ZatDetails* details) 
 }
 
 ZAT_EXPORT void ZAT_CALL ReFormFull(const InfoRecord* record, char* out) {
+    const zat::FloatControl control;
     zat::write_report(record, out, ZAT_REPORT_SIZE, zat::report_body_size);
 }
 
@@ -85,6 +90,7 @@ ZAT_EXPORT uint32_t ZAT_CALL GetTypeName(uint32_t type_code, char* out, uint32_t
 }
 
 ZAT_EXPORT uint32_t ZAT_CALL ReFormFullBounded(const InfoRecord* record, char* out, uint32_t size) {
+    const zat::FloatControl control;
     return static_cast<uint32_t>(zat::write_report(record, out, size, SIZE_MAX));
 }
 }
