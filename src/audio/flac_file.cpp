@@ -252,13 +252,12 @@ void find_last_frame(FlacFile* flac, int64_t tail) {
 
 // The last frame stands at the end, but for what else somebody may have put there.
 void find_end(FlacFile* flac) {
-    const int64_t largest = flac->info.largest_frame;
-    const int64_t tail =
-        largest == 0 || !flac->has_info ? largest_tail : std::min(largest, largest_tail);
-    find_last_frame(flac, tail);
+    const int64_t largest = flac->has_info ? flac->info.largest_frame : 0;
+    find_last_frame(flac, largest == 0 ? largest_tail : std::min(largest, largest_tail));
     if (flac->frame_samples == 0) {
         find_last_frame(flac, frame_search);
-        flac->ends_early = flac->frame_samples != 0;
+        const int64_t behind = size_of(flac->lossless.tags.stream) - flac->last_at;
+        flac->ends_early = flac->frame_samples != 0 && behind > largest;
     }
 }
 

@@ -79,6 +79,9 @@ void add_line(LosslessFile* lossless, const Output& out) {
         append("%.2f%%", ratio);
     }
     add_audio_line(out.record, "%s", line); // the name has all remarks
+    if ((facts->flags & ZAT_FLAG_LOSSLESS) == 0) {
+        facts->bit_depth = 0; // what is decoded has as many bits as the decoder gives it
+    }
     add_stream(out.details, *facts);
 }
 

@@ -233,6 +233,7 @@ void describe_old_stream(WavPackFile* wavpack, Bytes header) {
     const uint32_t version = ReadLE16(&header[8]);
     const bool is_lossy = version > 1 && ReadLE16(&header[10]) != 0;
     const uint32_t flags = version == 3 ? ReadLE16(&header[12]) : flag_high;
+    lossless->facts.flags |= is_lossy ? 0 : uint32_t{ZAT_FLAG_LOSSLESS};
     format_text(lossless->name, sizeof lossless->name, "WavPack %u", version);
     add_name_word(lossless, !is_lossy                    ? "lossless"
                             : (flags & flag_hybrid) != 0 ? "hybrid lossy"
