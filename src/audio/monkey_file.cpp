@@ -129,7 +129,7 @@ bool read_old_header(MonkeyFile* monkey) {
     if (seek_elements > 0 && out->frames > 0) {
         const int64_t last =
             std::min<int64_t>(seek_elements, static_cast<int64_t>(out->frames)) - 1;
-        out->last_seek_entry = read_le32(reader, stream, at + last * 4);
+        out->last_seek_entry = read_le32(reader, stream, at + last * 4, UINT32_MAX);
     }
     return true;
 }

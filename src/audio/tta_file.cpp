@@ -86,6 +86,7 @@ void describe_version_1(TtaFile* tta) {
     const uint64_t frames = per_frame == 0 ? 0 : (samples + per_frame - 1) / per_frame;
     const auto data = static_cast<int64_t>(tta1_size + frames * 4 + 4);
     const int64_t rest = std::max<int64_t>(size_of(lossless->tags.stream) - data, 0);
+    lossless->truncated = data > size_of(lossless->tags.stream);
     lossless->declared_payload = sum_of_seek_table(tta, frames);
     lossless->payload = lossless->declared_payload == not_declared
                             ? rest

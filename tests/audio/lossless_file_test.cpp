@@ -187,6 +187,8 @@ TEST(MonkeyFile, describes_files) {
             .fill(200, 7)
             .bytes;
     };
+    Data cut = older(3950, 8, 2, 1000);
+    cut.resize(82);
     expect_rows(AnalyzeMonkeyFile,
         {
             {"3.99 with a tag", join({newer("MAC ", 4000, 2, 1000, 100), ape_tag(1000, "Title", "T"), id3v1("U")}),
@@ -206,6 +208,7 @@ TEST(MonkeyFile, describes_files) {
             {"3.80", older(3800, 0, 2, 150), "A [Monkey's Audio 3.80 Extra High] 44100Hz 1ch 0.93kbps 16Bit 0.13%\n1.673 195"},
             {"3.95, 24 bits, cut off", older(3950, 8, 2, 1000),
                 "A [Monkey's Audio 3.95 Extra High] 44100Hz 1ch 24Bit\nX truncated\n6.688 197"},
+            {"cut off in the seek table", cut, "A [Monkey's Audio 3.95 Extra High] 44100Hz 1ch 24Bit\nX truncated\n6.688 0"},
             {"no such version", older(3100, 0, 2, 1), "X damaged header\n0.000 0"},
         });
 }
@@ -225,6 +228,8 @@ TEST(TtaFile, describes_files) {
                 "A [TTA1] 44100Hz 2ch 0.71kbps 16Bit 0.05%\nX ID3v1\nI T\n1.134 100"},
             {"cut off by 30 bytes", join({tta1(3, 44100, 50000), table, Data(70, 1)}),
                 "A [TTA1 float] 44100Hz 2ch 0.71kbps 16Bit 0.05%\nX truncated(30 Byte missing)\n1.134 70"},
+            {"cut off in the seek table", join({tta1(1, 44100, 50000), Data(10)}),
+                "A [TTA1] 44100Hz 2ch 16Bit\nX truncated\n1.134 0"},
             {"encrypted, wrong table", join({tta1(2, 44100, 50000), Data(12), Data(70, 1)}),
                 "A [TTA1 encrypted] 44100Hz 2ch 0.49kbps 16Bit 0.04%\n1.134 70"},
             {"TTA2 with a mask",
