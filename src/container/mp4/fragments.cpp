@@ -61,7 +61,8 @@ void sum_samples(
     const bool sizes = (flags & has_sizes) != 0;
     while (count != 0) {
         const uint32_t wanted = std::min(count, piece_size / width);
-        const Bytes piece = read_view(reader, table, 0, wanted * width);
+        const uint32_t size = wanted * width;
+        const Bytes piece = read_view(reader, table, 0, size);
         const Bytes samples = piece.first(piece.size() / width * width);
         if (durations) {
             track->fragment_duration += sum_words(samples, width, 0);
@@ -69,10 +70,10 @@ void sum_samples(
         if (sizes) {
             track->fragment_bytes += sum_words(samples, width, durations ? 4 : 0);
         }
-        if (piece.size() != wanted * width) {
+        if (piece.size() != size) {
             return;
         }
-        table.start += int64_t{wanted} * width;
+        table.start += size;
         count -= wanted;
     }
 }
