@@ -21,16 +21,15 @@ bool is_major_sync(Bytes unit) {
            has_at(unit, sync_offset, "\xF8\x72\x6F\xBB");
 }
 
-// access_unit_length, in words of 16 bits; AC-3 frames for simple players may stand between the
-// units. The samples are counted in access units.
+// AC-3 frames for simple players may stand between the units. The samples are counted in access
+// units.
 bool read_unit(Bytes bytes, AudioFrame* frame) {
-    constexpr uint32_t length_mask = 0xFFF;
     if (const uint32_t core = audio_frame_size(FrameKind::ac3, bytes); core != 0) {
         *frame = {core, 0};
         return true;
     }
-    *frame = {bytes.size() < sync_offset ? 0 : (ReadBE16(bytes.data()) & length_mask) * 2, 1};
-    return frame->size > sync_offset;
+    *frame = {mlp_unit_size(bytes), 1};
+    return frame->size != 0;
 }
 
 int64_t find_units(Bytes bytes) {

@@ -23,6 +23,13 @@ uint32_t truehd_sample_rate(uint32_t code) {
 
 } // namespace
 
+uint32_t mlp_unit_size(Bytes unit) {
+    constexpr uint32_t header_size = 4;     // the next field is the time it is decoded at
+    constexpr uint32_t length_mask = 0xFFF; // words of 16 bits
+    const uint32_t size = unit.size() < header_size ? 0 : (ReadBE16(unit.data()) & length_mask) * 2;
+    return size > header_size ? size : 0;
+}
+
 bool read_truehd_format(Bytes format, TrueHdInfo* info) {
     if (format.size() < 4) {
         return false;

@@ -25,6 +25,9 @@ struct TrueHdInfo {
 // stream than TrueHD.
 int truehd_info(Bytes access_unit, TrueHdInfo* info);
 
+// Bytes of the access unit at the front, by access_unit_length; 0 when no header of one is there.
+uint32_t mlp_unit_size(Bytes unit);
+
 // Decodes format_info: rate, channels and their assignment. False when its four bytes are cut.
 bool read_truehd_format(Bytes format, TrueHdInfo* info);
 

@@ -94,37 +94,56 @@ bool describe_ac3(const Stream& stream, Bytes captured, ZatStream* facts, Stream
            describe_eac3(stream, captured, facts, text);
 }
 
+// The first frame of an AC-3 core in the bytes; nothing when there is none. Frames and access units
+// follow one another, from the unit with the major sync on at the latest.
+Bytes find_core(Bytes captured, size_t major_sync) {
+    constexpr size_t sync_offset = 4; // in an access unit
+    if (audio_frame_size(FrameKind::ac3, captured) != 0) {
+        return captured;
+    }
+    if (major_sync >= sync_offset && major_sync < captured.size()) {
+        Bytes rest = captured.subspan(major_sync - sync_offset);
+        for (size_t size = mlp_unit_size(rest); size != 0 && size < rest.size();
+             size = mlp_unit_size(rest)) {
+            rest = rest.subspan(size);
+            if (audio_frame_size(FrameKind::ac3, rest) != 0) {
+                return rest;
+            }
+        }
+    }
+    const int64_t at = find_audio_frame(FrameKind::ac3, captured);
+    return at < 0 ? Bytes{} : captured.subspan(static_cast<size_t>(at));
+}
+
 // Access units of TrueHD between the frames of an AC-3 core (Blu-ray), or alone.
 bool describe_truehd(const Stream& /*stream*/, Bytes captured, ZatStream* facts, StreamText* text) {
     constexpr uint8_t sync[] = {0xF8, 0x72, 0x6F, 0xBA};
     const auto hit =
         std::search(captured.begin(), captured.end(), std::begin(sync), std::end(sync));
+    const auto sync_at = static_cast<size_t>(hit - captured.begin());
     TrueHdInfo info;
     const bool has_stream =
-        hit != captured.end() &&
-        truehd_info(captured.subspan(static_cast<size_t>(hit - captured.begin())), &info) == 0;
-    Bytes core = captured;
-    char core_line[line_size];
-    StreamText core_text;
-    const bool has_core =
-        describe_first_frame(FrameKind::ac3, describe_ac3_frame, &core, facts, &core_text);
+        hit != captured.end() && truehd_info(captured.subspan(sync_at), &info) == 0;
+    const Bytes core = find_core(captured, sync_at);
+    Ac3Info core_info;
+    const bool has_core = ac3_info(core, &core_info) == 0;
     if (!has_stream && !has_core) {
         return false;
     }
     text->has_line = true;
-    text->frame_seconds = core_text.frame_seconds;
     if (has_core) {
-        Ac3Info core_info;
-        (void)ac3_info(core, &core_info);
         truehd_line(&core_info, text->line);
+        ac3_facts(core_info, facts);
+        set_frame_time(audio_frame_samples(FrameKind::ac3, core), *facts, text);
     }
     if (has_stream) {
         constexpr double units_per_second = 1200; // in the family of 48 kHz
         *facts = new_stream(ZAT_STREAM_AUDIO);    // not those of the core
         truehd_facts(info, facts);
         text->frame_seconds = has_core ? text->frame_seconds : 1 / units_per_second;
-        named_truehd_line(info, has_core ? " TrueHD" : "Dolby_TrueHD", core_line);
-        append_text(text->line, bounded_text(core_line));
+        char line[line_size];
+        named_truehd_line(info, has_core ? " TrueHD" : "Dolby_TrueHD", line);
+        append_text(text->line, bounded_text(line));
     }
     return true;
 }
