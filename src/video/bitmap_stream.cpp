@@ -139,13 +139,30 @@ void describe_mpeg4(const BitmapStream& source, ZatStream* stream, VideoDescript
     copy_text(text->codec, bounded_text(name));
 }
 
+// The bytes with the headers: the codec data, or the first picture where those are not there or
+// lack the sequence extension that it has.
+Bytes find_mpeg_video(const BitmapStream& source, MpegVideoHeaders* headers) {
+    const bool in_data = find_mpeg_video_headers(source.info.codec_data, headers) == 0;
+    if (in_data && headers->extension_found) {
+        return source.info.codec_data;
+    }
+    MpegVideoHeaders of_picture;
+    if (find_mpeg_video_headers(source.start, &of_picture) == 0 &&
+        (!in_data || of_picture.extension_found)) {
+        *headers = of_picture;
+        return source.start;
+    }
+    return source.info.codec_data;
+}
+
 void describe_mpeg_video(const BitmapStream& source, ZatStream* stream, VideoDescription* text) {
     MpegVideoHeaders headers;
-    const bool in_data = find_mpeg_video_headers(source.info.codec_data, &headers) == 0;
-    const Bytes bytes = in_data ? source.info.codec_data : source.start;
-    if (!in_data && find_mpeg_video_headers(source.start, &headers) != 0) {
+    const Bytes bytes = find_mpeg_video(source, &headers);
+    if (!headers.header_found) {
         return;
     }
+    // A container that tells the two apart is right where no extension was kept.
+    headers.extension_found = headers.extension_found || source.name == "MPEG2";
     const ZatStream told = *stream;
     mpeg_video_facts(headers, stream);
     keep(told, stream);

@@ -5,6 +5,7 @@
 #include "support/ebml_builder.h"
 #include "support/record_text.h"
 #include "support/temp_file.h"
+#include "support/video_builder.h"
 
 #include <gtest/gtest.h>
 
@@ -158,6 +159,14 @@ TEST(Matroska, describes_streams_of_every_kind) {
             "1536.000kbps\n"
             "A [AAC LC] 44100Hz stereo(L,R)\nA [AAC HE+SBR] 48000Hz stereo(L,R)\n"
             "A [A_NEW?CODEC] 96000Hz 8ch(L+R+C+LFE+BL+BR+SL+SR)\nA [Speex] 16000Hz 1ch\nA [AAC LC] custom\nI writer\n1.000"},
+        {"MPEG-2 with the extension in the pictures only, and nowhere",
+            file({info(40),
+                tracks({track(1, video, "V_MPEG2", {codec_private(sequence_header({})), picture(720, 480)}),
+                    track(2, video, "V_MPEG2", {codec_private(sequence_header({})), picture(720, 480)})}),
+                cluster(
+                    0, block(1, 0, ByteBuilder().append(sequence_header({.aspect = 2})).append(sequence_extension({})).bytes))}),
+            "V MPEG2 720x480 4:3 8000kbps 29.97fps 229376Byte Interlace MP@ML\n"
+            "V MPEG2 720x480 16:9 8000kbps 29.97fps 229376Byte Interlace\nI writer\n0.040"},
         {"subtitles, chapters, attachments, in their order",
             file({info(1000),
                 tracks({track(1, subtitle, "S_TEXT/UTF8", {words(0x22B59C, "jpn"), words(0x22B59D, "ja")}),
