@@ -11,7 +11,7 @@ constexpr uint32_t picture_coding_extension_id = 8;
 
 bool is_true_header(const SequenceHeader& header) {
     return header.width != 0 && header.height != 0 && header.frame_rate_code != 0 &&
-           header.aspect_code != 0 && header.marker != 0;
+           header.marker != 0;
 }
 
 void read_extension(Bytes behind, MpegVideoHeaders* headers) {

@@ -43,6 +43,9 @@ TEST(VideoFacts, of_mpeg_sequences) {
             join({false_header, sequence_header({}), sequence_extension({}), picture(1, 3, 0), display_extension()}),
             "video bit_rate=8000000 frame_rate=29.970 size=720:480 pixel=32:27 display=16:9 fps_ratio=30000:1001 "
             "scan=2 field_order=2 bit_depth=8 codec=MPEG-2 Video profile=Main level=Main chroma=4:2:0"},
+        {"no aspect", join({sequence_header({.aspect = 0}), picture(1)}),
+            "video bit_rate=8000000 frame_rate=29.970 size=720:480 fps_ratio=30000:1001 scan=1 bit_depth=8 "
+            "codec=MPEG-1 Video chroma=4:2:0"},
         {"variable rate, field pictures",
             join({sequence_header({.bit_rate = 0x3FFFF}), sequence_extension({.profile = 8, .level = 5}), picture(1, 1)}),
             "video mode=2 frame_rate=29.970 size=720:480 pixel=32:27 display=16:9 fps_ratio=30000:1001 scan=2 "
