@@ -24,10 +24,10 @@ struct FrameRun {
     DtsHdInfo extension; // the first one
 };
 
-FrameRun follow_frames(Reader* reader, int frames) {
+FrameRun follow_frames(Reader* reader) {
     const Span file = whole_file(reader);
     FrameRun run;
-    for (int frame = 0; frame < frames; ++frame) {
+    for (int frame = 0; frame < frames_averaged; ++frame) {
         DtsInfo core;
         const Bytes start = read_view(reader, file, run.bytes, dts_frame_start_size);
         if (dts_info(start, &core) != 0 || core.sync_type != dts_16bit_be ||
@@ -95,11 +95,10 @@ int dts_file(FileRecord* file, const Output& out) {
         const int64_t size = file->origin + file->size;
         out.record->play_time = static_cast<double>(size) / static_cast<double>(byte_rate);
     }
-    const FrameRun run = follow_frames(&reader, out.details != nullptr ? frames_averaged : 1);
-    append_word(line, dts_hd_name(run.extension.kind));
+    // The line is the core's.
     if (out.details != nullptr) {
         set_packed_duration(core, file->size, &stream);
-        set_extension_facts(run, file->size, &stream);
+        set_extension_facts(follow_frames(&reader), file->size, &stream);
         complete_by_bytes(file->size, &stream);
         copy_utf8(out.details->format, "DTS");
         out.details->duration = stream.duration;

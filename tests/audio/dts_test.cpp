@@ -113,7 +113,7 @@ TEST(DtsFile, averages_the_rate_of_extended_frames) {
     extension.bits(63, 16).bits(0, 12).bits(0, 3).bits(23, 5).bits(12, 4).bits(7, 8).bits(0, 1).bits(0, 3).bits(0, 2).bits(1, 2);
     const auto frame = ByteBuilder().append(core.bytes).pad_to(96).append(extension.bytes).pad_to(160).bytes;
     const auto file = ByteBuilder().append(frame).append(frame).bytes;
-    EXPECT_EQ(file_text(file), "A DTS(16BitBE) 48000Hz 5.1Ch C+L+R+SL+SR+LFE 1536.000kbps 24Bit DTS-HD MA\n0.002");
+    EXPECT_EQ(file_text(file), "A DTS(16BitBE) 48000Hz 5.1Ch C+L+R+SL+SR+LFE 1536.000kbps 24Bit\n0.002");
     EXPECT_EQ(details_text(*details_of(file)),
         "DTS duration=0.021 bit_rate=120000 estimated=3\n"
         "audio flags=128 estimated=1 mode=2 duration=0.021 bit_rate=120000 bytes=320 sample_rate=48000 channels=8 bit_depth=24 "
