@@ -95,11 +95,12 @@ bool describe_aac(
         return false;
     }
     const uint64_t rate = stream->bit_rate;
+    const uint32_t estimated = stream->estimated;
     adts_facts(header, wave.start, stream);
     if (rate != 0) {
         header.bitrate = static_cast<uint32_t>(std::min<uint64_t>(rate, UINT32_MAX));
         stream->bit_rate = rate;
-        stream->estimated &= ~uint32_t{ZAT_ESTIMATED_BIT_RATE};
+        stream->estimated = estimated;
     }
     FormatAdtsLine(&header, line);
     return true;
@@ -166,6 +167,9 @@ void set_format_facts(const WaveStream& wave, const Parsed& parsed, ZatStream* s
     }
     set_layout(parsed.mask, stream);
     stream->bit_rate = wave.rate != 0 ? wave.rate : told_rate(parsed);
+    const bool is_estimated = wave.rate != 0 && wave.rate_is_estimated;
+    stream->estimated &= ~uint32_t{ZAT_ESTIMATED_BIT_RATE}; // of a rate that gave way
+    stream->estimated |= is_estimated ? uint32_t{ZAT_ESTIMATED_BIT_RATE} : 0;
 }
 
 void keep_claim(const Parsed& parsed, ZatStream* stream) {
@@ -184,6 +188,9 @@ void add_wave_stream(const Output& out, const WaveStream& wave, ZatStream* strea
     char line[line_size];
     if (describe_frames(wave, parsed, stream, line)) {
         stream->duration = duration != 0 ? duration : stream->duration;
+        if (wave.rate_is_estimated && stream->bit_rate != wave.rate) { // the frame's own
+            stream->estimated &= ~uint32_t{ZAT_ESTIMATED_BIT_RATE};
+        }
         keep_claim(parsed, stream);
         drop_nonsense(stream);
         add_stream_line(out, *stream, bounded_text(line));

@@ -11,10 +11,11 @@
 namespace zat {
 
 struct WaveStream {
-    Bytes format;                 // WAVEFORMATEX and what stands behind it
-    Bytes start = {};             // of the stream's data
-    uint64_t rate = 0;            // bit/s, where the container knows better than the format
-    bool rate_is_counted = false; // by the bytes of all frames
+    Bytes format;                   // WAVEFORMATEX and what stands behind it
+    Bytes start = {};               // of the stream's data
+    uint64_t rate = 0;              // bit/s, where the container knows better than the format
+    bool rate_is_counted = false;   // by the bytes of all frames
+    bool rate_is_estimated = false; // by a part of them
 };
 
 // Fills in what the format and the first frame tell, adds the stream's line and its details. What

@@ -178,6 +178,15 @@ Data long_open_recording(uint64_t time) {
     return avi({headers({video({.scale = 0, .rate = 0, .length = 0})}, main_header(time)), movi({pictures.bytes}, 0)}, 0);
 }
 
+// The same of sound whose chunks have a size of their own.
+Data long_open_sound() {
+    ByteBuilder sound;
+    for (int i = 0; i < 2000; ++i) {
+        sound.append(riff_chunk("00wb", Data(80)));
+    }
+    return avi({headers({audio(0x566F, 6000, 0, stream_header("auds", 1, 25, 0, 0))}), movi({sound.bytes}, 0)}, 0);
+}
+
 Data gab2(std::string_view text) {
     ByteBuilder data;
     data.text("GAB2").u8(0).le16(2).le32(6).raw({'E', 0, 'n', 0, 0, 0}).le16(4).le32(text.size()).text(text);
@@ -345,6 +354,16 @@ TEST(Avi, describes_streams) {
             "codec_id=MJPG"},
         {"a long one without any time", long_open_recording(0), "[AVI]\nV 320x240 [C\x96\xB3MJPG] ~2000f\nX no index\n0.000",
             "AVI notes=no index\nvideo estimated=8 frames=2000 size=320:240 codec=MJPEG codec_id=MJPG"},
+        {"long sound", long_open_sound(),
+            "[AVI]\n"
+            "A [C\x96\xB3"
+            "566F] 48000Hz 2ch ~16.000kbps\n"
+            "X no index\n"
+            "X time estimated\n"
+            "80.000",
+            "AVI notes=no index\ntime estimated duration=80.000 bit_rate=17620 estimated=3\n"
+            "audio estimated=3 duration=80.000 bit_rate=16000 nominal_bit_rate=48000 sample_rate=48000 channels=2 codec=Vorbis "
+            "codec_id=0x566f"},
         {"subtitles, texts, other streams", with_texts(),
             "[AVI]\n"
             "V 320x240 [C\x96\xB3MJPG] 25.000fps 50f \"Main\"\n"

@@ -137,8 +137,8 @@ void add_audio(const Source& source, const Described& described) {
     const bool tells_rate = size >= byte_rate_at + 4 && ReadLE32(format + byte_rate_at) != 0;
     if (wave.rate == 0 && !tells_rate) {
         const uint64_t told = described.extras->packet_rate;
-        const bool counts = told == 0 && source.scan->complete;
-        wave.rate = counts ? counted_rate(source, *described.scan) : told;
+        wave.rate = told != 0 ? told : counted_rate(source, *described.scan);
+        wave.rate_is_estimated = told == 0 && !source.scan->complete;
     }
     add_wave_stream(source.out, wave, &facts);
 }

@@ -23,6 +23,7 @@ void add_audio(const Source& source, uint32_t number) {
     if (stream.sample_size == 0) {
         wave.rate = counted_rate(source, stream);
         wave.rate_is_counted = true;
+        wave.rate_is_estimated = !source.counted;
     }
     add_wave_stream(source.out, wave, &facts);
 }

@@ -196,6 +196,9 @@ void describe_vorbis(Description* text, ZatStream* stream) {
                                : static_cast<uint32_t>(std::min<uint64_t>(text->rate, UINT32_MAX));
     FormatVorbisLine(&info, shown, text->line);
     vorbis_facts(info, stream);
+    if (is_set) { // what was measured of a part gave way to it
+        stream->estimated &= ~uint32_t{ZAT_ESTIMATED_BIT_RATE};
+    }
     keep_rate(text->rate, stream);
 }
 

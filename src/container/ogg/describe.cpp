@@ -254,6 +254,7 @@ void add_ogm_audio(Walk* walk, const LogicalStream& stream, const Output& out, Z
     wave.start = {start, read_ogm_start(&walk->reader, stream, start, sizeof start)};
     wave.rate = facts->bit_rate;
     wave.rate_is_counted = walk->counted;
+    wave.rate_is_estimated = (facts->estimated & ZAT_ESTIMATED_BIT_RATE) != 0;
     facts->nominal_bit_rate = 0; // kept where it differs from what the frames tell
     add_wave_stream(out, wave, facts);
 }
