@@ -349,6 +349,8 @@ TEST(Matroska, keeps_what_damage_leaves) {
         {"a segment whose size was not filled in",
             join_elements({head, sized_element(0x18538067, 0, {}), info(400), tracks({vp8}), ten_frames}),
             ten + "\nI writer\n0.400"},
+        {"a file cut where the segment begins", join_elements({head, sized_element(0x18538067, 1000, {})}),
+            "X truncated(1,000 Byte missing)\n0.000"},
         {"zeros in the place of a cluster", file({info(4000), tracks({vp8}), ten_frames, Data(3000)}),
             "V 320x240 [VP8] 8Bit 25.000fps ~26.318kbps ~100f\nI writer\n4.000"},
         {"trailing data", file({info(400), tracks({vp8}), ten_frames}, Data(1234, 'x')),

@@ -164,7 +164,7 @@ bool find_segment(Reader* reader, Segment* segment) {
             segment->span = element.data;
             segment->said_end = element.said_end;
             segment->unknown_size = element.unknown_size;
-            if (size_of(element.data) == 0) { // never filled in: the recording was broken off
+            if (element.said_end == element.data.start) { // never filled in: was broken off
                 segment->span.end = cursor.parent.end;
                 segment->said_end = cursor.parent.end;
                 segment->unknown_size = true;
