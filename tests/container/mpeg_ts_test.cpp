@@ -274,6 +274,14 @@ TEST(MpegTs, shows_services_and_events) {
                             .append(descriptor(0x54, Data{0x20, 0}))
                             .bytes));
     dvb.table(0x12, event_section(1, 0x20FA, 1, {0xFF, 0xFF, 0xFF, 0xFF, 0xFF}, short_event("eng", "Later", "")));
+    TsBuilder items = film(); // one of which tells the table of all texts
+    items.table(
+        0x12, event_section(1, 0x20FA, 0, {0xFF, 0xFF, 0xFF, 0xFF, 0xFF},
+                  ByteBuilder()
+                      .append(short_event("fra", "Caf\xE9", ""))
+                      .append(descriptor(0x4E,
+                          ByteBuilder().u8(0).text("fra").u8(8).append(counted("H")).append(counted("na\xEFve")).u8(0).bytes))
+                      .bytes));
     TsBuilder arib = film();
     // The text of an item is cut inside a character.
     const Data items1 =
@@ -330,6 +338,8 @@ TEST(MpegTs, shows_services_and_events) {
         {"DVB", play(dvb, 90000).file.bytes,
             "[MPEG2-TS(188)]\nG 1 One (P)\nG 1993/10/13 12:45-13:40 UTC naive News\n" + film_streams +
                 "X next Later\nX PID 0000 0011 0012 1000(PMT)\nI a b\n0.393"},
+        {"DVB, by an item", play(items, 90000).file.bytes,
+            "[MPEG2-TS(188)]\nG Cafe\n" + film_streams + "X H: naive\nX PID 0000 0012 1000(PMT)\n0.393"},
         {"ARIB", play(arib, 90000).file.bytes,
             "[MPEG2-TS(188)]\nG 1 \x93\xFA\x96\x7B\nG 2024/02/29 23:55-00:50 [\x8E\x9A]\x93\xFA \x83\x68\x83\x89\x83\x7D\n" +
                 film_streams + "X \x8F\x6F\x89\x89: \x8E\x52\x93\x63\x91\xBE\nX PID 0000 0011 0012 1000(PMT)\n0.393"},

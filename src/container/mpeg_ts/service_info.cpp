@@ -40,11 +40,16 @@ Bytes take_counted(Bytes* rest) {
     return field;
 }
 
+// One text that can only be of ISO/IEC 8859-15 tells the table of all that name none.
+void note_table(ServiceInfo* info, Bytes text) {
+    info->looks_like_8859_15 = info->looks_like_8859_15 || looks_like_iso8859_15(text);
+}
+
 void set_text(ServiceInfo* info, RawText* to, Bytes text) {
     const Bytes kept = part_of(text, 0, sizeof to->bytes);
     to->length = static_cast<uint8_t>(kept.size());
     std::copy(kept.begin(), kept.end(), to->bytes);
-    info->looks_like_8859_15 = info->looks_like_8859_15 || looks_like_iso8859_15(kept);
+    note_table(info, kept);
 }
 
 // Of Japanese broadcasters (ARIB STD-B10, annex N).
@@ -125,6 +130,10 @@ void read_extended_event(ServiceInfo* info, Event* event, Bytes data) {
     while (!items.empty()) {
         const Bytes heading = take_counted(&items);
         const Bytes text = take_counted(&items);
+        note_table(info, heading);
+        if (!heading.empty()) { // else it goes on with a text whose table is not known here
+            note_table(info, text);
+        }
         add_item(event, heading, text);
     }
     Bytes rest = part_of(data, size_t{5} + byte_at(data, 4));
