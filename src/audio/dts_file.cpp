@@ -20,8 +20,8 @@ struct FrameRun {
     int64_t bytes = 0;
     uint64_t samples = 0;
     uint32_t core_rate = 0; // Hz
-    bool extended = false;  // the first frame is, which is what the line tells
-    DtsHdInfo extension;    // of the first frame
+    bool extended = false;
+    DtsHdInfo extension; // the first one
 };
 
 FrameRun follow_frames(Reader* reader) {
@@ -38,10 +38,8 @@ FrameRun follow_frames(Reader* reader) {
         int64_t end = run.bytes + core.frame_size;
         DtsHdInfo extension;
         if (dts_hd_info(read_view(reader, file, end, extension_start_size), &extension)) {
-            if (frame == 0) {
-                run.extension = extension;
-                run.extended = true;
-            }
+            run.extension = run.extended ? run.extension : extension;
+            run.extended = true;
             end += extension.size;
         }
         if (end > file.end) {
