@@ -213,14 +213,17 @@ TEST(MpegTs, measures_what_headers_leave_out) {
     EXPECT_EQ(details_of(lossless.file.bytes)->streams[0].bit_rate, 40000U);
     EXPECT_EQ(info_of(lossless.file.bytes)->audio[1], std::string("0x0041 [DTS Express] 16.800kbps"));
 
-    TsBuilder with_core;
-    with_core.table(0, pat({{7, 0x30}})).table(0x30, pmt(7, 0x40, {{0x83, 0x40}}, descriptor(5, "HDMV")));
+    TsBuilder with_core; // beside it LPCM of an assignment without a name
+    with_core.table(0, pat({{7, 0x30}})).table(0x30, pmt(7, 0x40, {{0x83, 0x40}, {0x80, 0x41}}, descriptor(5, "HDMV")));
+    with_core.pes(0x41, 0xBD, 1000, ByteBuilder().raw({3, 0xC0, 0x21, 0x40}).pad_to(964).bytes);
     for (int i = 0; i < 3; ++i) {
         with_core.pes(0x40, 0xFD, 1000, mlp_unit(100, i == 0 ? 0xBA : 0, 0x00000003, 0x8960));
         with_core.pes(0x40, 0xFD, 1000, i == 1 ? ac3_frame() : mlp_unit(100, 0, 0));
     }
-    EXPECT_EQ(info_of(with_core.file.bytes)->audio[0],
+    const auto record = info_of(with_core.file.bytes);
+    EXPECT_EQ(record->audio[0],
         std::string("0x0040 Dolby TrueHD 48000Hz [2Ch(2/0) L+R CM] 192kbps TrueHD 48000Hz [2.1ch VBR] 7200.000kbps"));
+    EXPECT_EQ(record->audio[1], std::string("0x0041 LPCM 48000Hz Unknown(0) 16Bit 0.000kbps"));
 }
 
 TEST(MpegTs, tells_of_scrambled_streams_and_lost_packets) {

@@ -220,11 +220,11 @@ bool describe_dts(const Stream& stream, Bytes captured, ZatStream* facts, Stream
 }
 
 bool describe_lpcm(const Stream& /*stream*/, Bytes captured, ZatStream* facts, StreamText* text) {
-    LpcmInfo info;
-    (void)bd_lpcm_info(captured, &info);
-    if (captured.size() < 4 || info.channels == 0 || info.sample_rate == 0 || info.bits == 0) {
+    if (captured.size() < 4) {
         return false;
     }
+    LpcmInfo info;
+    (void)bd_lpcm_info(captured, &info);
     bd_lpcm_facts(info, facts);
     bd_lpcm_line(&info, text->line);
     text->has_line = true;
