@@ -340,6 +340,9 @@ int AnalyzeFlacFile(FileRecord* file, const Output& out) {
         set_channel_mask(
             lossless, mask != 0 ? mask : default_channel_mask(lossless->facts.channels));
         lossless->payload = payload_of(flac);
+        if (flac.ends_early) {
+            lossless->facts.estimated |= ZAT_ESTIMATED_BIT_RATE | ZAT_ESTIMATED_BYTES;
+        }
     }
     lossless->facts.flags |= ZAT_FLAG_LOSSLESS;
     write_lossless_file(lossless, flac_kind, out);

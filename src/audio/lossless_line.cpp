@@ -64,19 +64,15 @@ void add_line(LosslessFile* lossless, const Output& out) {
         .sample_rate_limit = lossless->is_dsd ? dsd_rate_limit : lossless_rate_limit};
     char line[line_size];
     format_audio_line(shown, text, line);
-    char piece[64];
-    const auto append = [&](const char* format, auto value) {
-        format_text(piece, sizeof piece, format, value);
-        append_word(line, piece);
-    };
+    const char* mark = (facts->estimated & ZAT_ESTIMATED_BIT_RATE) != 0 ? "~" : "";
     if (rate * 0.001 >= smallest_shown) {
-        append("%.2fkbps", rate * 0.001);
+        append_format(line, "%s%.2fkbps", mark, rate * 0.001);
     }
     if (facts->bit_depth != 0) {
-        append("%dBit", static_cast<int32_t>(facts->bit_depth));
+        append_format(line, "%dBit", static_cast<int32_t>(facts->bit_depth));
     }
     if (const double ratio = ratio_of(*lossless); ratio >= smallest_shown) {
-        append("%.2f%%", ratio);
+        append_format(line, "%s%.2f%%", mark, ratio);
     }
     add_audio_line(out.record, "%s", line); // the name has all remarks
     if ((facts->flags & ZAT_FLAG_LOSSLESS) == 0) {

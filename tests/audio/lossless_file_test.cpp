@@ -78,7 +78,7 @@ TEST(FlacFile, describes_files) {
                 "A [FLAC] 44100Hz 5ch 16Bit\nX VorbisComment(1)\nX truncated\n0.093 0"},
             {"more behind than a frame's size",
                 join({text("fLaC"), flac_block(last, streaminfo(44100, 2, 16, 8192, 100)), frame_0, frame_1, Data(300)}),
-                "A [FLAC] 44100Hz 2ch 8.61kbps 16Bit 0.61%\n0.186 200"},
+                "A [FLAC] 44100Hz 2ch ~8.61kbps 16Bit ~0.61%\n0.186 200"},
             {"a last frame of more than 64 KiB",
                 join({text("fLaC"), flac_block(last, streaminfo(44100, 2, 16, 8192, 70006)), frame_0, frame_1, Data(69906)}),
                 "A [FLAC] 44100Hz 2ch 3019.21kbps 16Bit 213.95%\n0.186 70106"},
