@@ -48,7 +48,7 @@ TEST(ElementaryStream, counts_pictures) {
                 "44 01 c1 73 d0 89", "28 01 af 1d", "28 09 af 1d", "02 01 d0 21", "02 01 50 21"}),
             "[HEVC-ES]\nV 64x48 [HEVC/H265 Main@1] 8Bit 25.000fps 10.800kbps 2f Progressive\n0.080\n"},
         {"VC-1", units({"0f cb 84 07 70 33 8a 07 78 1d ff 9b 9b 80 44 80 19", "0e 5a 58 40", "0d c0 c4", "0d 13 17"}),
-            "[VC1-ES]\nV 240x104 [VC-1 Advanced@1] 8Bit 24.000fps 3.744kbps 2f Progressive\n0.083\n"},
+            "[VC1-ES]\nV 240x104 [VC-1 Advanced@1] 24.000fps 3.744kbps 2f Progressive\n0.083\n"},
         {"MPEG-4, out of order, across a second",
             join({mpeg4, vop(i_vop, 0, 28000), vop(p_vop, 1, 1000), vop(b_vop, 0, 29500), vop(p_vop, 0, 2500)}),
             "[MPEG4-ES]\nV 352x288 [MPEG4 Adv Simple@L0 1:1] 8Bit 20.000fps 4.000kbps 4f Progressive\n0.200\n"},

@@ -53,6 +53,7 @@ bool describe_avc(Stream* stream) {
     avc_facts(info, &stream->facts);
     set_message_encoder(collected(*stream), &stream->facts);
     avc_codec_text(info, stream->codec);
+    stream->bits = info.bit_depth;
     return true;
 }
 
@@ -65,6 +66,7 @@ bool describe_mpeg4(Stream* stream) {
     mpeg4_facts(headers, &stream->facts);
     set_mpeg4_encoder(collected(*stream), &stream->facts);
     mpeg4_codec_text(headers, stream->codec);
+    stream->bits = stream->facts.bit_depth;
     return true;
 }
 
@@ -89,6 +91,7 @@ bool describe_hevc(Stream* stream) {
     set_message_encoder(collected(*stream), &stream->facts);
     hevc_codec_text(sequence, text);
     copy_text(stream->codec, bounded_text(text));
+    stream->bits = stream->facts.bit_depth;
     return true;
 }
 

@@ -122,7 +122,7 @@ void add_shown_stream(const Program& program, const Output& out, bool numbered, 
         add_video_stream(out, stream->facts,
             {.codec = bounded_text(stream->codec),
                 .prefix = bounded_text(prefix),
-                .bits = stream->facts.bit_depth});
+                .bits = stream->bits});
     } else {
         add_stream_line(out, stream->facts, bounded_text(stream->line), bounded_text(prefix));
     }

@@ -68,6 +68,7 @@ struct Stream {
     Mpeg4Vol mpeg4;
     bool field_pictures; // of HEVC: each picture is a field
     char codec[video_codec_size];
+    uint32_t bits = 0; // per sample, where the codec's headers tell them
     char line[line_size];
     uint64_t searched = 0;     // bytes of payload looked at
     uint32_t next_attempt = 0; // to describe it, once so much is collected
