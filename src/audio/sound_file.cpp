@@ -142,7 +142,9 @@ void set_sample_form(SoundFile* sound, const SampleForm& form, uint32_t bits) {
         set_fourcc_codec(facts, form.fourcc);
     }
     if (sound->form.block_samples != 0) {
-        facts->bit_rate = block_size(*sound) * 8 * facts->sample_rate / sound->form.block_samples;
+        const uint64_t rate =
+            block_size(*sound) * 8 * facts->sample_rate / sound->form.block_samples;
+        facts->bit_rate = rate < bit_rate_limit ? rate : 0;
         facts->bit_rate_mode = facts->bit_rate != 0 ? uint32_t{ZAT_BIT_RATE_CONSTANT} : 0;
     }
 }
