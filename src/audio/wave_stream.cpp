@@ -179,6 +179,23 @@ void keep_claim(const Parsed& parsed, ZatStream* stream) {
     }
 }
 
+void take_details_rate(const WaveStream& wave, ZatStream* stream) {
+    if (wave.details_rate != 0 && !is_same_bit_rate(wave.details_rate, stream->bit_rate)) {
+        stream->nominal_bit_rate = stream->bit_rate;
+        stream->bit_rate = wave.details_rate;
+    }
+}
+
+void format_named_line(const Parsed& parsed, const ZatStream& stream, char (&line)[line_size]) {
+    char name[codec_name_size];
+    codec_text(parsed, name);
+    LineText text;
+    text.codec = bounded_text(name);
+    text.bits = has_bits(stream) ? parsed.bits : 0;
+    text.channel_mask = parsed.mask;
+    format_audio_line(stream, text, line);
+}
+
 } // namespace
 
 void add_wave_stream(const Output& out, const WaveStream& wave, ZatStream* stream) {
@@ -186,25 +203,20 @@ void add_wave_stream(const Output& out, const WaveStream& wave, ZatStream* strea
     const double duration = stream->duration;
     set_format_facts(wave, parsed, stream);
     char line[line_size];
-    if (describe_frames(wave, parsed, stream, line)) {
+    const bool has_line = describe_frames(wave, parsed, stream, line);
+    if (has_line) {
         stream->duration = duration != 0 ? duration : stream->duration;
         if (wave.rate_is_estimated && stream->bit_rate != wave.rate) { // the frame's own
             stream->estimated &= ~uint32_t{ZAT_ESTIMATED_BIT_RATE};
         }
-        keep_claim(parsed, stream);
-        drop_nonsense(stream);
-        add_stream_line(out, *stream, bounded_text(line));
-        return;
     }
     keep_claim(parsed, stream);
     drop_nonsense(stream);
-    char name[codec_name_size];
-    codec_text(parsed, name);
-    LineText text;
-    text.codec = bounded_text(name);
-    text.bits = has_bits(*stream) ? parsed.bits : 0;
-    text.channel_mask = parsed.mask;
-    add_audio_stream(out, *stream, text);
+    if (!has_line) {
+        format_named_line(parsed, *stream, line);
+    }
+    take_details_rate(wave, stream);
+    add_stream_line(out, *stream, bounded_text(line));
 }
 
 } // namespace zat

@@ -16,6 +16,7 @@ struct WaveStream {
     uint64_t rate = 0;              // bit/s, where the container knows better than the format
     bool rate_is_counted = false;   // by the bytes of all frames
     bool rate_is_estimated = false; // by a part of them
+    uint64_t details_rate = 0;      // bit/s, which the line does not show
 };
 
 // Fills in what the format and the first frame tell, adds the stream's line and its details. What

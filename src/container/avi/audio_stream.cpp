@@ -1,5 +1,6 @@
 #include "audio/first_frame.h"
 #include "audio/wave_stream.h"
+#include "common/details.h"
 #include "container/avi/stream_facts.h"
 
 namespace zat::avi {
@@ -8,6 +9,14 @@ namespace {
 
 // Bytes: the longest formats hold coefficients and code books.
 constexpr uint32_t audio_format_size = 256;
+
+// Bit/s of sound whose samples have one size, where what was counted and the samples' own rate
+// agree: some formats tell another; 0 else.
+uint64_t counted_sample_rate(const Source& source, const Stream& stream, const ZatStream& facts) {
+    const uint64_t counted = mean_bit_rate(static_cast<double>(facts.bytes), facts.duration);
+    const uint64_t told = mean_bit_rate(stream.sample_size, unit_time(*source.movie, stream));
+    return source.counted && is_same_bit_rate(counted, told) ? counted : 0;
+}
 
 } // namespace
 
@@ -24,6 +33,8 @@ void add_audio(const Source& source, uint32_t number) {
         wave.rate = counted_rate(source, stream);
         wave.rate_is_counted = true;
         wave.rate_is_estimated = !source.counted;
+    } else {
+        wave.details_rate = counted_sample_rate(source, stream, facts);
     }
     add_wave_stream(source.out, wave, &facts);
 }
