@@ -5,6 +5,7 @@
 #include "video/av1_config.h"
 #include "video/avc_config.h"
 #include "video/dv.h"
+#include "video/encoder_message.h"
 #include "video/hevc_sps.h"
 #include "video/mjpeg.h"
 #include "video/mpeg4_encoder.h"
@@ -43,6 +44,13 @@ void keep(const ZatStream& told, ZatStream* stream) {
     set_pixel_aspect(stream, stream->pixel_aspect_width, stream->pixel_aspect_height);
 }
 
+// The encoder by the first picture, unless the container tells it.
+void find_encoder(const BitmapStream& source, ZatStream* stream) {
+    if (stream->encoder[0] == '\0') {
+        set_message_encoder(source.start, stream);
+    }
+}
+
 bool find_avc(const BitmapStream& source, AvcSequenceInfo* info) {
     constexpr uint8_t record_version = 1;
     AvcConfig config;
@@ -60,6 +68,7 @@ void describe_avc(const BitmapStream& source, ZatStream* stream, VideoDescriptio
     const ZatStream told = *stream;
     avc_facts(info, stream);
     keep(told, stream);
+    find_encoder(source, stream);
     set_container_aspect(stream, source.display_width, source.display_height);
     if (source.display_width != 0) {
         set_aspect_text(*stream, &info);
@@ -79,6 +88,7 @@ void describe_hevc(const BitmapStream& source, ZatStream* stream, VideoDescripti
         return;
     }
     set_hevc_facts(stream, sequence);
+    find_encoder(source, stream);
     char codec[hevc_text_size];
     hevc_codec_text(sequence, codec);
     copy_text(text->codec, bounded_text(codec));

@@ -1,6 +1,8 @@
 #include "container/mpeg_ts/describe.h"
 
+#include "video/encoder_message.h"
 #include "video/hevc_sps.h"
+#include "video/mpeg4_encoder.h"
 
 namespace zat::ts {
 
@@ -32,6 +34,7 @@ bool describe_avc(Bytes captured, ZatStream* facts, StreamText* text) {
         return false;
     }
     avc_facts(info, facts);
+    set_message_encoder(captured, facts);
     avc_codec_text(info, text->codec);
     text->bits = info.bit_depth;
     return true;
@@ -43,6 +46,7 @@ bool describe_hevc(Bytes captured, ZatStream* facts, StreamText* text) {
         return false;
     }
     set_hevc_facts(facts, sequence);
+    set_message_encoder(captured, facts);
     char codec[hevc_text_size];
     hevc_codec_text(sequence, codec);
     copy_text(text->codec, bounded_text(codec));
@@ -66,6 +70,7 @@ bool describe_mpeg4(Bytes captured, ZatStream* facts, StreamText* text) {
         return false;
     }
     mpeg4_facts(headers, facts);
+    set_mpeg4_encoder(captured, facts);
     mpeg4_codec_text(headers, text->codec);
     text->bits = facts->bit_depth;
     return true;
