@@ -248,10 +248,10 @@ TEST(Ogg, fills_the_details) {
     EXPECT_EQ(details_text(*details_of(theora_and_vorbis())),
         "Ogg title=A film writer=v duration=2.000 bit_rate=6192\n"
         "video id=1 duration=2.000 bit_rate=4000 bytes=1000 frame_rate=25.000 frames=50 size=320:240 pixel=4:3 display=16:9 "
-        "fps_ratio=25:1 bit_depth=8 codec=Theora codec_id=theora profile=3.2.1 chroma=4:2:0\n"
+        "fps_ratio=25:1 bit_depth=8 codec=Theora codec_id=theora profile=3.2.1 encoder=v chroma=4:2:0\n"
         "audio mode=2 id=2 duration=0.100 bit_rate=8000 nominal_bit_rate=96000 bytes=100 samples=4410 sample_rate=44100 "
         "channels=2 "
-        "codec=Vorbis codec_id=vorbis language=jpn layout=L R");
+        "codec=Vorbis codec_id=vorbis language=jpn encoder=w layout=L R");
     // A claim that the first frame repeats is none.
     OggBuilder ogm;
     ogm.page(2, 0, {ogm_head("audio", "0055", 10000000, 44100, ByteBuilder().le16(2).le16(0).le32(16000).bytes)});
@@ -281,7 +281,7 @@ TEST(Ogg, fills_the_details) {
     file.stream(1).page(0, 0, {kate_comments}).page(0, (int64_t{3} << 32) + 1, {Data(10)});
     EXPECT_EQ(details_text(*details_of(file.bytes)),
         "Ogg writer=v\n"
-        "text id=1 duration=2.000 bit_rate=40 bytes=10 codec=Kate codec_id=Kate language=jpn\n"
+        "text id=1 duration=2.000 bit_rate=40 bytes=10 codec=Kate codec_id=Kate language=jpn encoder=v\n"
         "audio flags=64 mode=2 id=2 nominal_bit_rate=96000 codec=Vorbis codec_id=vorbis");
 }
 

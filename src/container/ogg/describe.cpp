@@ -289,6 +289,7 @@ void describe_stream(Walk* walk, const LogicalStream& stream, const StreamCommen
     ZatStream facts = new_stream(kind_of(stream.coding));
     set_figures(walk, stream, &facts);
     copy_utf8(facts.language, comments.language);
+    copy_utf8(facts.encoder, comments.writer);
     switch (stream.coding) {
     case Coding::vorbis:
         return add_vorbis(stream, out, &facts);
