@@ -35,4 +35,7 @@ bool is_described(const Stream& stream, Bytes captured, bool* wants_stamps);
 bool describe_video(const Stream& stream, Bytes captured, ZatStream* facts, StreamText* text);
 bool describe_audio(const Stream& stream, Bytes captured, ZatStream* facts, StreamText* text);
 
+// Sets the encoder by what it wrote of itself into the captured bytes of a video.
+void find_video_encoder(Codec codec, Bytes captured, ZatStream* facts);
+
 } // namespace zat::ts

@@ -34,7 +34,6 @@ bool describe_avc(Bytes captured, ZatStream* facts, StreamText* text) {
         return false;
     }
     avc_facts(info, facts);
-    set_message_encoder(captured, facts);
     avc_codec_text(info, text->codec);
     text->bits = info.bit_depth;
     return true;
@@ -46,7 +45,6 @@ bool describe_hevc(Bytes captured, ZatStream* facts, StreamText* text) {
         return false;
     }
     set_hevc_facts(facts, sequence);
-    set_message_encoder(captured, facts);
     char codec[hevc_text_size];
     hevc_codec_text(sequence, codec);
     copy_text(text->codec, bounded_text(codec));
@@ -70,7 +68,6 @@ bool describe_mpeg4(Bytes captured, ZatStream* facts, StreamText* text) {
         return false;
     }
     mpeg4_facts(headers, facts);
-    set_mpeg4_encoder(captured, facts);
     mpeg4_codec_text(headers, text->codec);
     text->bits = facts->bit_depth;
     return true;
@@ -123,6 +120,14 @@ bool describe_video(const Stream& stream, Bytes captured, ZatStream* facts, Stre
     }
     text->measures_rate = found && !text->has_line;
     return found;
+}
+
+void find_video_encoder(Codec codec, Bytes captured, ZatStream* facts) {
+    if (codec == Codec::avc || codec == Codec::hevc) {
+        set_message_encoder(captured, facts);
+    } else if (codec == Codec::mpeg4_visual) {
+        set_mpeg4_encoder(captured, facts);
+    }
 }
 
 bool has_video_describer(Codec codec) {

@@ -176,6 +176,9 @@ void add_played_stream(const StreamOutput& output, uint32_t index, const Output&
                                                      captured_bytes(analysis, unit), &facts, &text);
     if (described && is_video(stream)) {
         measure_stamps(analysis, unit, &facts);
+        if (out.details != nullptr) { // lines show none
+            find_video_encoder(stream.codec, captured_bytes(analysis, unit), &facts);
+        }
     }
     if (described && is_video(stream) && text.has_line) {
         facts.nominal_bit_rate = facts.bit_rate; // a bound
