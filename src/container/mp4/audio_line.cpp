@@ -86,11 +86,11 @@ bool name_by_first_frame(Reader* reader, const Track& track, FrameDescriber desc
     return true;
 }
 
-// QuickTime wraps a WAVE format tag into "ms" and the tag.
+// QuickTime wraps a WAVE format tag into "ms" and the tag, which then is shown in digits.
 void name_by_catalogue(const SampleEntry& entry, uint8_t object_type, char* out) {
     char shown[fourcc_text_size];
     FourccText(entry.format, shown);
-    if (std::strncmp(shown, "6d73", 4) != 0) {
+    if (shown[4] == '\0' || std::strncmp(shown, "6d73", 4) != 0) {
         catalogue_text("[QT-AUDIO]", entry.format, object_type, out);
         return;
     }
