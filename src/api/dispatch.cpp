@@ -62,6 +62,8 @@ enum class Result : uint8_t { unused, error_count, no_packets };
 // between the media, take more.
 constexpr FileWork headers = {4096, 24LL << 20};
 constexpr FileWork tables = {8192, 64LL << 20};
+// Fragments of a movie stand between its media, a read each: hours of them are true files.
+constexpr FileWork fragments = {32768, 64LL << 20};
 
 struct Row {
     Analyser analyser;
@@ -75,11 +77,11 @@ struct Row {
 constexpr Row rows[] = {
     {AnalyzeAviFile, tables, FILETYPE_AVI},
     {AnalyzeAsfFile, tables, FILETYPE_WMV},
-    {AnalyzeMp4File, tables, FILETYPE_QUICKTIME},
+    {AnalyzeMp4File, fragments, FILETYPE_QUICKTIME},
     {AnalyzeMpegTsFile, headers, FILETYPE_MPEG2_TS, Result::no_packets},
     {AnalyzeMpegTsFile, headers, FILETYPE_MPEG2_M2TS, Result::no_packets},
-    {AnalyzeMp4File, tables, FILETYPE_3GPP2},
-    {AnalyzeMp4File, tables, FILETYPE_MPEG4},
+    {AnalyzeMp4File, fragments, FILETYPE_3GPP2},
+    {AnalyzeMp4File, fragments, FILETYPE_MPEG4},
     {AnalyzeAacFile, headers, FILETYPE_AAC},
     {AnalyzeOggFile, headers, FILETYPE_OGGMEDIA},
     {AnalyzeOggFile, headers, FILETYPE_OGGVORBIS},

@@ -29,7 +29,7 @@ uint32_t length_to_read(BlockReader* reader, int64_t position, uint32_t least) {
         const bool is_short = reader->loaded != 0 && step > 0 && step < short_step;
         reader->short_steps = is_short ? reader->short_steps + 1 : 0;
     }
-    const bool is_walk = goes_on || reader->short_steps >= steps_of_walk;
+    const bool is_walk = !reader->leaps && (goes_on || reader->short_steps >= steps_of_walk);
     const uint32_t longer = std::max(BlockReader::block_size, reader->loaded * block_growth);
     const uint32_t usual = is_walk ? std::min(longer, reader->capacity) : reader->jump;
     const int64_t most = std::min(std::max(usual, least), reader->capacity);
@@ -64,6 +64,7 @@ void block_open(BlockReader* reader, FileRecord* file) {
     reader->loaded = 0;
     reader->short_steps = 0;
     reader->jump = BlockReader::jump_size;
+    reader->leaps = false;
     reader->bytes = reader->block;
     reader->capacity = BlockReader::block_size;
 }

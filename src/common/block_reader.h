@@ -19,6 +19,7 @@ struct BlockReader {
     uint32_t loaded = 0; // bytes of it
     // Bytes read behind a jump. A walk that only looks at headers far apart may want fewer.
     uint32_t jump = jump_size;
+    bool leaps = false;       // no more than that is read ahead, however little lies between
     uint32_t short_steps = 0; // in a row: steps ahead that left out little
     uint8_t* bytes = nullptr; // the block: the one below, or a larger one
     uint32_t capacity = 0;    // bytes it may have

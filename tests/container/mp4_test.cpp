@@ -155,6 +155,7 @@ TEST_F(Mp4, names_audio) {
         {"QuickTime's version 2", sound(atom("lpcm", version_2)), "A [LPCM] 96000Hz 6ch 24Bit 4.000kbps\n2.000"},
         {"unlisted WAVE format tag", sound(audio_entry({"ms\0\xAB", 4})),
             "A [" NOT_LISTED "6d7300ab] 44100Hz 2ch 16Bit 4.000kbps\n2.000"},
+        {"its digits as characters", sound(audio_entry("6d73")), "A [" NOT_LISTED "6d73] 44100Hz 2ch 16Bit 4.000kbps\n2.000"},
         {"FLAC by its stream information",
             sound(audio_entry(
                 "fLaC", {atom("dfLa", ByteBuilder().be32(0).be32(0x80000022).fill(10).be64(0x177002F000000000).fill(16).bytes)})),

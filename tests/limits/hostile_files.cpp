@@ -71,6 +71,10 @@ Data sample_table(const char* type) {
                                         0x7FFFFFFF)});
 }
 
+Data fragment_and_media() {
+    return join({atom("moof", {atom("traf", {atom("tfhd", Data(8)), atom("trun", Data(8))})}), atom("mdat", Data(9000))});
+}
+
 Data tag_of_tags(size_t count) {
     ByteBuilder file;
     for (size_t i = 0; i < count; ++i) {
@@ -80,6 +84,13 @@ Data tag_of_tags(size_t count) {
 }
 
 } // namespace
+
+VirtualFile movie_of_fragments(uint64_t count) {
+    const Data fragment = fragment_and_media();
+    return VirtualFile{"MP4, " + std::to_string(count) + " fragments"}
+        .add(file_type("isom"))
+        .repeat(fragment, fragment.size() * count);
+}
 
 std::vector<VirtualFile> built_hostile_files() {
     const Data page = ByteBuilder().text("OggS").fill(22).u8(0).bytes;
@@ -111,11 +122,7 @@ std::vector<VirtualFile> built_hostile_files() {
             .add(atom("moov", movie_header(1000, 1000), 0x7FFFFFFF))
             .repeat(atom("trak", Data{}), endless),
         VirtualFile{"MP4, empty fragments"}.add(file_type("isom")).repeat(atom("moof", Data{}), endless),
-        VirtualFile{"MP4, fragments far apart"}
-            .add(file_type("isom"))
-            .repeat(
-                join({atom("moof", {atom("traf", {atom("tfhd", Data(8)), atom("trun", Data(8))})}), atom("mdat", Data(9000))}),
-                endless),
+        VirtualFile{"MP4, fragments far apart"}.add(file_type("isom")).repeat(fragment_and_media(), endless),
         VirtualFile{"MP4, nested boxes"}.add(file_type("isom")).add(nested_boxes("moov", 20000)).hole(endless),
         VirtualFile{"MP4, nested tracks"}
             .add(file_type("isom"))

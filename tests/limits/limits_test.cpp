@@ -112,6 +112,16 @@ void expect_kept(const std::vector<Promise>& promises, const VirtualFile& file, 
         static_cast<double>(usual ? promise->usual_bytes : promise->most_bytes));
 }
 
+// The limits leave room for a true file that is long.
+void expect_all_fragments(uint64_t count) {
+    const std::string all = "MovieFragment(" + std::to_string(count) + ")";
+    const Cost cost = measure(movie_of_fragments(count));
+    if (cost.report.find(all) == std::string::npos) {
+        ++failures;
+        std::printf("a movie of fragments: no %s in the report\n", all.c_str());
+    }
+}
+
 // All of the file is asked for, and the budget ends it.
 void expect_stopped(const std::vector<Promise>& promises, const VirtualFile& file) {
     constexpr uint32_t thorough = 1;
@@ -150,6 +160,7 @@ int main(int argc, char** argv) {
             expect_kept(promises, file, false);
         }
     }
+    expect_all_fragments(25000);
     std::printf("%d limits are not kept\n", failures);
     return failures == 0 ? 0 : 1;
 }

@@ -225,6 +225,7 @@ void collect_movie(Reader* reader, Movie* movie) {
         }
     }
     reader->block.jump = BlockReader::jump_size; // from what fragments want
+    reader->block.leaps = false;
     close_track(movie);
     settle_segment(movie);
     movie->large_atom_seen = walk.large_atom_seen;
