@@ -71,8 +71,9 @@ Data sample_table(const char* type) {
                                         0x7FFFFFFF)});
 }
 
-Data fragment_and_media() {
-    return join({atom("moof", {atom("traf", {atom("tfhd", Data(8)), atom("trun", Data(8))})}), atom("mdat", Data(9000))});
+Data fragment_and_media(size_t run_size = 8, size_t media_size = 9000) {
+    return join(
+        {atom("moof", {atom("traf", {atom("tfhd", Data(8)), atom("trun", Data(run_size))})}), atom("mdat", Data(media_size))});
 }
 
 Data tag_of_tags(size_t count) {
@@ -90,6 +91,15 @@ VirtualFile movie_of_fragments(uint64_t count) {
     return VirtualFile{"MP4, " + std::to_string(count) + " fragments"}
         .add(file_type("isom"))
         .repeat(fragment, fragment.size() * count);
+}
+
+VirtualFile movie_without_end() {
+    constexpr size_t behind_the_front = 20000;
+    const Data video = track(1, "vide", {descriptions({video_entry("hvc1")}), sizes({})});
+    return VirtualFile{"MP4, unlike fragments"}
+        .add(file_type("isom"))
+        .add(atom("moov", {atom("free", Data(behind_the_front)), video}))
+        .repeat(join({fragment_and_media(8, 60000), fragment_and_media(3000, 60000)}), endless);
 }
 
 std::vector<VirtualFile> built_hostile_files() {

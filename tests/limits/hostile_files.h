@@ -11,7 +11,9 @@ std::vector<VirtualFile> built_hostile_files();
 // What a true file turns into when its parts are repeated without end, or something else follows.
 std::vector<VirtualFile> grown_files(const std::string& name, const std::vector<uint8_t>& seed);
 
-// A true one: what a camera or a broadcaster writes in many hours.
+// True ones: what a camera or a broadcaster writes in many hours, and one that goes on until all that
+// may be read is read.
 VirtualFile movie_of_fragments(uint64_t count);
+VirtualFile movie_without_end();
 
 } // namespace zat::test
