@@ -1,5 +1,5 @@
 // GetInfo and ReFormFull per file on a warm cache, beside the floor: open, read 64 KiB, close.
-#include "common/codec_catalogue.h"
+#include "common/catalogue/codec_catalogue.h"
 #include "corpus.h"
 #include "io_counters.h"
 #include "zat/zat.h"

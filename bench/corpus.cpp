@@ -1,7 +1,7 @@
 #include "corpus.h"
 
-#include "common/bytes.h"
-#include "common/crc.h"
+#include "common/bytes/bytes.h"
+#include "common/bytes/crc.h"
 #include "support/byte_builder.h"
 #include "support/ebml_builder.h"
 #include "support/ogg_builder.h"

@@ -5,8 +5,8 @@
 #include "sound.h"
 #include "target.h"
 
-#include "common/output.h"
-#include "common/text.h"
+#include "common/record/output.h"
+#include "common/text/text.h"
 
 #include <algorithm>
 #include <cstring>

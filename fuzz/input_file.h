@@ -2,7 +2,7 @@
 // with each of them.
 #pragma once
 
-#include "common/bytes.h"
+#include "common/bytes/bytes.h"
 
 namespace zat::test {
 

@@ -1,8 +1,8 @@
 #include "memory_file_access.h"
 
-#include "common/file_access.h"
-#include "common/file_window.h"
-#include "common/poison.h"
+#include "common/file/file_access.h"
+#include "common/file/file_window.h"
+#include "common/file/poison.h"
 
 #include <algorithm>
 #include <cstdlib>

@@ -2,7 +2,7 @@
 // goes wrong at a chosen call. Counts what the library asks of it.
 #pragma once
 
-#include "common/bytes.h"
+#include "common/bytes/bytes.h"
 
 #include <cstdint>
 

@@ -1,7 +1,7 @@
 // The one file of a run, in memory.
 #pragma once
 
-#include "common/bytes.h"
+#include "common/bytes/bytes.h"
 
 #include <cstdint>
 

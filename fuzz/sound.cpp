@@ -1,8 +1,8 @@
 #include "sound.h"
 
-#include "common/details.h"
-#include "common/text.h"
-#include "common/utf8.h"
+#include "common/record/details.h"
+#include "common/text/text.h"
+#include "common/text/utf8.h"
 
 #include <algorithm>
 #include <cmath>

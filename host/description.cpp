@@ -1,6 +1,6 @@
 #include "description.h"
 
-#include "common/messages.h"
+#include "common/text/messages.h"
 #include "detect/file_type.h"
 #include "messages.h"
 

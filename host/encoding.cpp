@@ -1,7 +1,7 @@
 #include "encoding.h"
 
-#include "common/text_codes.h"
-#include "common/utf8.h"
+#include "common/text/text_codes.h"
+#include "common/text/utf8.h"
 
 #ifdef _WIN32
 #define WIN32_LEAN_AND_MEAN

@@ -1,6 +1,6 @@
 #include "glob.h"
 
-#include "common/utf8.h"
+#include "common/text/utf8.h"
 
 #include <algorithm>
 

@@ -1,6 +1,6 @@
 #include "text_width.h"
 
-#include "common/utf8.h"
+#include "common/text/utf8.h"
 
 #include <algorithm>
 #include <cstdint>

@@ -1,8 +1,8 @@
 // From a type code to the one analyser for it.
 #pragma once
 
-#include "common/file_access.h"
-#include "common/output.h"
+#include "common/file/file_access.h"
+#include "common/record/output.h"
 
 namespace zat {
 

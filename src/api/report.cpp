@@ -1,8 +1,8 @@
 #include "api/report.h"
 
-#include "common/numbers.h"
-#include "common/text.h"
-#include "common/value_text.h"
+#include "common/bytes/numbers.h"
+#include "common/text/text.h"
+#include "common/text/value_text.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,8 +1,8 @@
 #include "audio/aac.h"
 
 #include "audio/audio_specific_config.h"
-#include "common/bits.h"
-#include "common/text.h"
+#include "common/bytes/bits.h"
+#include "common/text/text.h"
 
 #include <iterator>
 #include <string_view>

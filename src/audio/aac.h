@@ -1,8 +1,8 @@
 // AAC as an AudioSpecificConfig (ISO/IEC 14496-3, 1.6.2.1) and the container around it describe it.
 #pragma once
 
-#include "common/bytes.h"
-#include "common/text.h"
+#include "common/bytes/bytes.h"
+#include "common/text/text.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,7 +1,7 @@
 #include "audio/ac3.h"
 
-#include "common/bits.h"
-#include "common/text.h"
+#include "common/bytes/bits.h"
+#include "common/text/text.h"
 
 #include <iterator>
 

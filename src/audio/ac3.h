@@ -1,8 +1,8 @@
 // The header of an AC-3 sync frame (ATSC A/52, 5.3.1, 5.3.2 and annex D) and its lines.
 #pragma once
 
-#include "common/bytes.h"
-#include "common/text.h"
+#include "common/bytes/bytes.h"
+#include "common/text/text.h"
 
 #include <cstdint>
 

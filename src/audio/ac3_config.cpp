@@ -1,7 +1,7 @@
 #include "audio/ac3_config.h"
 
 #include "audio/ac3.h"
-#include "common/bits.h"
+#include "common/bytes/bits.h"
 
 #include <bit>
 #include <iterator>

@@ -1,7 +1,7 @@
 // AC-3 and E-AC-3 as MP4's configuration records describe them (ETSI TS 102 366, Annex F).
 #pragma once
 
-#include "common/bytes.h"
+#include "common/bytes/bytes.h"
 
 #include <cstdint>
 

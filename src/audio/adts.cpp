@@ -1,8 +1,8 @@
 #include "audio/adts.h"
 
 #include "audio/aac.h"
-#include "common/bits.h"
-#include "common/text.h"
+#include "common/bytes/bits.h"
+#include "common/text/text.h"
 
 #include <iterator>
 

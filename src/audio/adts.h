@@ -1,8 +1,8 @@
 // The ADTS header of an AAC frame (ISO/IEC 13818-7, 6.2.1) and its line.
 #pragma once
 
-#include "common/bytes.h"
-#include "common/text.h"
+#include "common/bytes/bytes.h"
+#include "common/text/text.h"
 
 #include <cstdint>
 

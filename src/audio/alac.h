@@ -1,7 +1,7 @@
 // The Apple Lossless decoder configuration (Apple Lossless Format Description, "Magic Cookie").
 #pragma once
 
-#include "common/bytes.h"
+#include "common/bytes/bytes.h"
 
 #include <cstdint>
 

@@ -1,6 +1,6 @@
 #include "audio/apple_layout.h"
 
-#include "common/tables.h"
+#include "common/bytes/tables.h"
 
 namespace zat {
 

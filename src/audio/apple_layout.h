@@ -3,7 +3,7 @@
 // of descriptions 4, then for each a label 4, flags 4 and coordinates 12; all big-endian.
 #pragma once
 
-#include "common/bytes.h"
+#include "common/bytes/bytes.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,7 +1,7 @@
 // AudioSpecificConfig, the configuration of MPEG-4 audio (ISO/IEC 14496-3, 1.6.2.1).
 #pragma once
 
-#include "common/bits.h"
+#include "common/bytes/bits.h"
 
 #include <cstdint>
 

@@ -1,7 +1,7 @@
 #include "audio/dts.h"
 
-#include "common/bits.h"
-#include "common/text.h"
+#include "common/bytes/bits.h"
+#include "common/text/text.h"
 
 #include <iterator>
 #include <utility>

@@ -2,8 +2,8 @@
 // its line.
 #pragma once
 
-#include "common/bytes.h"
-#include "common/text.h"
+#include "common/bytes/bytes.h"
+#include "common/text/text.h"
 
 #include <cstdint>
 

@@ -1,7 +1,7 @@
 #include "audio/dts_hd.h"
 
 #include "audio/stream_facts.h"
-#include "common/bits.h"
+#include "common/bytes/bits.h"
 
 #include <bit>
 #include <iterator>

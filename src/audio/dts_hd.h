@@ -2,8 +2,8 @@
 // 7.4 and 7.5).
 #pragma once
 
-#include "common/bytes.h"
-#include "common/details.h"
+#include "common/bytes/bytes.h"
+#include "common/record/details.h"
 
 #include <cstdint>
 

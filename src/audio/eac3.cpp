@@ -3,7 +3,7 @@
 #include "audio/ac3.h"
 #include "audio/stream_facts.h"
 #include "audio/sync_search.h"
-#include "common/bits.h"
+#include "common/bytes/bits.h"
 
 #include <algorithm>
 #include <iterator>

@@ -1,9 +1,9 @@
 // Enhanced AC-3 (ATSC A/52, annex E): the frames of a stream's substreams, and its line.
 #pragma once
 
-#include "common/bytes.h"
-#include "common/details.h"
-#include "common/text.h"
+#include "common/bytes/bytes.h"
+#include "common/record/details.h"
+#include "common/text/text.h"
 
 #include <cstdint>
 

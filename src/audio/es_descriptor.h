@@ -1,7 +1,7 @@
 // The elementary stream descriptor (ISO/IEC 14496-1, 7.2.6.5 to 7.2.6.7).
 #pragma once
 
-#include "common/bytes.h"
+#include "common/bytes/bytes.h"
 
 #include <cstdint>
 

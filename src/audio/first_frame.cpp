@@ -5,7 +5,7 @@
 #include "audio/latm.h"
 #include "audio/stream_facts.h"
 #include "audio/wave_format.h"
-#include "common/tables.h"
+#include "common/bytes/tables.h"
 
 namespace zat {
 

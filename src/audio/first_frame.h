@@ -3,8 +3,8 @@
 #pragma once
 
 #include "audio/mpeg_audio.h"
-#include "common/bytes.h"
-#include "common/text.h"
+#include "common/bytes/bytes.h"
+#include "common/text/text.h"
 #include "zat/details.h"
 
 #include <cstdint>

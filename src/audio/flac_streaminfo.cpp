@@ -1,6 +1,6 @@
 #include "audio/flac_streaminfo.h"
 
-#include "common/bits.h"
+#include "common/bytes/bits.h"
 
 #include <cstring>
 

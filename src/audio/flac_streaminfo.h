@@ -1,7 +1,7 @@
 // The stream information of FLAC (RFC 9639, 8.2).
 #pragma once
 
-#include "common/bytes.h"
+#include "common/bytes/bytes.h"
 
 #include <cstdint>
 

@@ -2,7 +2,7 @@
 // like it stands where its frame ends.
 #pragma once
 
-#include "common/bytes.h"
+#include "common/bytes/bytes.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -3,9 +3,9 @@
 #pragma once
 
 #include "audio/audio_specific_config.h"
-#include "common/bytes.h"
-#include "common/details.h"
-#include "common/text.h"
+#include "common/bytes/bytes.h"
+#include "common/record/details.h"
+#include "common/text/text.h"
 
 #include <cstdint>
 

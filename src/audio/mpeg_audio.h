@@ -3,8 +3,8 @@
 // the first frame, and the description line.
 #pragma once
 
-#include "common/bytes.h"
-#include "common/text.h"
+#include "common/bytes/bytes.h"
+#include "common/text/text.h"
 
 #include <cstdint>
 #include <span>

@@ -1,5 +1,5 @@
 #include "audio/mpeg_audio.h"
-#include "common/text.h"
+#include "common/text/text.h"
 
 namespace zat {
 

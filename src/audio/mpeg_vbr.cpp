@@ -2,7 +2,7 @@
 // silent main data: "Xing" (also written as "Info" by constant-rate encoders) behind the side
 // information, "VBRI" at a fixed place. No standard describes them.
 #include "audio/mpeg_audio.h"
-#include "common/text.h"
+#include "common/text/text.h"
 
 #include <algorithm>
 #include <cstring>

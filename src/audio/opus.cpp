@@ -1,7 +1,7 @@
 #include "audio/opus.h"
 
-#include "common/channel_layout.h"
-#include "common/text.h"
+#include "common/record/channel_layout.h"
+#include "common/text/text.h"
 
 namespace zat {
 

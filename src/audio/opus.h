@@ -2,8 +2,8 @@
 // length of packets (RFC 6716, 3.1).
 #pragma once
 
-#include "common/bytes.h"
-#include "common/details.h"
+#include "common/bytes/bytes.h"
+#include "common/record/details.h"
 
 #include <cstdint>
 

@@ -1,6 +1,6 @@
 #include "audio/speex.h"
 
-#include "common/text.h"
+#include "common/text/text.h"
 
 #include <algorithm>
 #include <iterator>

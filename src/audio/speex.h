@@ -1,8 +1,8 @@
 // The header of a Speex stream (The Speex Codec Manual, 7.2).
 #pragma once
 
-#include "common/bytes.h"
-#include "common/details.h"
+#include "common/bytes/bytes.h"
+#include "common/record/details.h"
 
 #include <cstdint>
 

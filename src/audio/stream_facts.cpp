@@ -1,11 +1,11 @@
 #include "audio/stream_facts.h"
 
-#include "common/bits.h"
-#include "common/channel_layout.h"
-#include "common/codec_names.h"
-#include "common/details.h"
-#include "common/numbers.h"
-#include "common/text.h"
+#include "common/bytes/bits.h"
+#include "common/bytes/numbers.h"
+#include "common/catalogue/codec_names.h"
+#include "common/record/channel_layout.h"
+#include "common/record/details.h"
+#include "common/text/text.h"
 
 #include <algorithm>
 #include <bit>

@@ -14,7 +14,7 @@
 #include "audio/truehd.h"
 #include "audio/vorbis.h"
 #include "audio/wave_format.h"
-#include "common/details.h"
+#include "common/record/details.h"
 
 namespace zat {
 

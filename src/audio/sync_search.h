@@ -1,7 +1,7 @@
 // Where in a payload the first audio frame begins.
 #pragma once
 
-#include "common/bytes.h"
+#include "common/bytes/bytes.h"
 
 #include <cstdint>
 

@@ -1,7 +1,7 @@
 #include "audio/truehd.h"
 
-#include "common/bytes.h"
-#include "common/text.h"
+#include "common/bytes/bytes.h"
+#include "common/text/text.h"
 
 #include <bit>
 #include <iterator>

@@ -2,8 +2,8 @@
 // description, 4.2).
 #pragma once
 
-#include "common/bytes.h"
-#include "common/text.h"
+#include "common/bytes/bytes.h"
+#include "common/text/text.h"
 
 #include <cstdint>
 

@@ -1,8 +1,8 @@
 // The identification header of a Vorbis stream (Vorbis I, 4.2.2).
 #pragma once
 
-#include "common/bytes.h"
-#include "common/text.h"
+#include "common/bytes/bytes.h"
+#include "common/text/text.h"
 
 #include <cstddef>
 #include <cstdint>

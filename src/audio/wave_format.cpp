@@ -1,6 +1,6 @@
 #include "audio/wave_format.h"
 
-#include "common/text.h"
+#include "common/text/text.h"
 
 #include <cstring>
 

@@ -2,8 +2,8 @@
 // Matroska and QuickTime files (Microsoft, "Multiple channel audio data and WAVE files").
 #pragma once
 
-#include "common/bytes.h"
-#include "common/codec_catalogue.h"
+#include "common/bytes/bytes.h"
+#include "common/catalogue/codec_catalogue.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -4,10 +4,10 @@
 #include "audio/first_frame.h"
 #include "audio/stream_facts.h"
 #include "audio/wave_format.h"
-#include "common/codec_catalogue.h"
-#include "common/codec_names.h"
-#include "common/details.h"
-#include "common/stream_lines.h"
+#include "common/catalogue/codec_catalogue.h"
+#include "common/catalogue/codec_names.h"
+#include "common/record/details.h"
+#include "common/record/stream_lines.h"
 
 #include <algorithm>
 

@@ -2,8 +2,8 @@
 // its line and its facts.
 #pragma once
 
-#include "common/bytes.h"
-#include "common/output.h"
+#include "common/bytes/bytes.h"
+#include "common/record/output.h"
 
 #include <cstdint>
 #include <string_view>

@@ -2,10 +2,10 @@
 
 #include "audio/first_frame.h"
 #include "audio/wave_format.h"
-#include "common/extra_info.h"
-#include "common/messages.h"
-#include "common/record_lines.h"
-#include "common/utc_time.h"
+#include "common/record/extra_info.h"
+#include "common/record/record_lines.h"
+#include "common/text/messages.h"
+#include "common/text/utc_time.h"
 #include "container/asf/stream_facts.h"
 
 #include <algorithm>

@@ -1,8 +1,8 @@
 // Advanced Systems Format: Windows Media files (ASF 01.20.06).
 #pragma once
 
-#include "common/file_access.h"
-#include "common/output.h"
+#include "common/file/file_access.h"
+#include "common/record/output.h"
 
 namespace zat {
 

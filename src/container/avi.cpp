@@ -1,9 +1,9 @@
 #include "container/avi.h"
 
-#include "common/extra_info.h"
-#include "common/numbers.h"
-#include "common/output.h"
-#include "common/record_lines.h"
+#include "common/bytes/numbers.h"
+#include "common/record/extra_info.h"
+#include "common/record/output.h"
+#include "common/record/record_lines.h"
 #include "container/avi/index.h"
 #include "container/avi/info_list.h"
 #include "container/avi/media_data.h"

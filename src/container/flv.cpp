@@ -1,10 +1,10 @@
 #include "container/flv.h"
 
-#include "common/fourcc.h"
-#include "common/messages.h"
-#include "common/numbers.h"
-#include "common/record_lines.h"
-#include "common/tables.h"
+#include "common/bytes/numbers.h"
+#include "common/bytes/tables.h"
+#include "common/record/record_lines.h"
+#include "common/text/fourcc.h"
+#include "common/text/messages.h"
 #include "container/flv/details.h"
 #include "container/flv/file.h"
 

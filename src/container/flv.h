@@ -1,8 +1,8 @@
 // Flash Video files (Adobe Flash Video File Format 10.1, annex E).
 #pragma once
 
-#include "common/file_access.h"
-#include "common/output.h"
+#include "common/file/file_access.h"
+#include "common/record/output.h"
 
 namespace zat {
 

@@ -1,8 +1,8 @@
 // Matroska and WebM files (RFC 9559).
 #pragma once
 
-#include "common/file_access.h"
-#include "common/output.h"
+#include "common/file/file_access.h"
+#include "common/record/output.h"
 
 namespace zat {
 

@@ -1,6 +1,6 @@
 #include "container/mpeg_descriptors.h"
 
-#include "common/text.h"
+#include "common/text/text.h"
 #include "zat/details.h"
 
 #include <algorithm>

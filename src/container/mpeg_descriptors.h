@@ -2,7 +2,7 @@
 // program streams have them.
 #pragma once
 
-#include "common/bytes.h"
+#include "common/bytes/bytes.h"
 
 #include <cstdint>
 

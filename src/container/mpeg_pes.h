@@ -2,7 +2,7 @@
 // that their time stamps count on: shared by program and transport streams.
 #pragma once
 
-#include "common/bytes.h"
+#include "common/bytes/bytes.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,8 +1,8 @@
 #include "container/mpeg_ps.h"
 
-#include "common/outer_tags.h"
-#include "common/record_lines.h"
-#include "common/tag_sizes.h"
+#include "common/record/record_lines.h"
+#include "common/tags/outer_tags.h"
+#include "common/tags/tag_sizes.h"
 #include "container/mpeg_ps/elementary.h"
 #include "container/mpeg_ps/program.h"
 

@@ -1,8 +1,8 @@
 // The analyser of MPEG program streams and of bare MPEG elementary streams.
 #pragma once
 
-#include "common/file_access.h"
-#include "common/output.h"
+#include "common/file/file_access.h"
+#include "common/record/output.h"
 
 namespace zat {
 

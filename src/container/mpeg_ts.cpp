@@ -1,6 +1,6 @@
 #include "container/mpeg_ts.h"
 
-#include "common/output.h"
+#include "common/record/output.h"
 #include "container/mpeg_ts/analysis.h"
 #include "container/mpeg_ts/describe.h"
 #include "container/mpeg_ts/output.h"

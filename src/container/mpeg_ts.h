@@ -1,8 +1,8 @@
 // MPEG transport streams (ISO/IEC 13818-1, 2.4), with packets of 188, 192 or 204 bytes.
 #pragma once
 
-#include "common/file_access.h"
-#include "common/output.h"
+#include "common/file/file_access.h"
+#include "common/record/output.h"
 
 namespace zat {
 

@@ -1,8 +1,8 @@
 // Ogg (RFC 3533) with the codings that are found in it, OGM's among them.
 #pragma once
 
-#include "common/file_access.h"
-#include "common/output.h"
+#include "common/file/file_access.h"
+#include "common/record/output.h"
 
 namespace zat {
 

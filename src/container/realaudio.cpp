@@ -1,12 +1,12 @@
 #include "container/realaudio.h"
 
-#include "common/extra_lines.h"
-#include "common/outer_tags.h"
-#include "common/record_lines.h"
-#include "common/stream_lines.h"
-#include "common/tag_texts.h"
-#include "common/text.h"
-#include "common/text_codes.h"
+#include "common/record/extra_lines.h"
+#include "common/record/record_lines.h"
+#include "common/record/stream_lines.h"
+#include "common/tags/outer_tags.h"
+#include "common/tags/tag_texts.h"
+#include "common/text/text.h"
+#include "common/text/text_codes.h"
 #include "container/realaudio_header.h"
 
 #include <algorithm>

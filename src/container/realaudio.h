@@ -1,8 +1,8 @@
 // RealAudio files without RealMedia's chunks: a ".ra" header, then the sound.
 #pragma once
 
-#include "common/file_access.h"
-#include "common/output.h"
+#include "common/file/file_access.h"
+#include "common/record/output.h"
 
 namespace zat {
 

@@ -1,10 +1,10 @@
 #include "container/realaudio_header.h"
 
-#include "common/codec_catalogue.h"
-#include "common/codec_names.h"
-#include "common/fourcc.h"
-#include "common/tables.h"
-#include "common/text.h"
+#include "common/bytes/tables.h"
+#include "common/catalogue/codec_catalogue.h"
+#include "common/catalogue/codec_names.h"
+#include "common/text/fourcc.h"
+#include "common/text/text.h"
 
 #include <iterator>
 

@@ -1,8 +1,8 @@
 // The header of RealAudio, at the start of a ".ra" file and in RealMedia's media properties.
 #pragma once
 
-#include "common/bytes.h"
-#include "common/details.h"
+#include "common/bytes/bytes.h"
+#include "common/record/details.h"
 
 #include <cstddef>
 #include <cstdint>

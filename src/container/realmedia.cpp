@@ -1,11 +1,11 @@
 #include "container/realmedia.h"
 
-#include "common/bytes.h"
-#include "common/details.h"
-#include "common/file_window.h"
-#include "common/fourcc.h"
-#include "common/record_lines.h"
-#include "common/text_codes.h"
+#include "common/bytes/bytes.h"
+#include "common/file/file_window.h"
+#include "common/record/details.h"
+#include "common/record/record_lines.h"
+#include "common/text/fourcc.h"
+#include "common/text/text_codes.h"
 #include "container/realaudio_header.h"
 #include "container/realmedia_details.h"
 

@@ -1,8 +1,8 @@
 // RealMedia files: chunks that begin with ".RMF".
 #pragma once
 
-#include "common/file_access.h"
-#include "common/output.h"
+#include "common/file/file_access.h"
+#include "common/record/output.h"
 
 namespace zat {
 

@@ -1,8 +1,8 @@
 #include "container/realmedia_details.h"
 
-#include "common/codec_names.h"
-#include "common/details.h"
-#include "common/text_codes.h"
+#include "common/catalogue/codec_names.h"
+#include "common/record/details.h"
+#include "common/text/text_codes.h"
 #include "container/realaudio_header.h"
 
 #include <algorithm>

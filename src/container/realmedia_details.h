@@ -1,7 +1,7 @@
 // The typed details of RealMedia files.
 #pragma once
 
-#include "common/bytes.h"
+#include "common/bytes/bytes.h"
 #include "zat/details.h"
 
 #include <cstddef>

@@ -1,8 +1,8 @@
 #include "container/video_cd.h"
 
-#include "common/fourcc.h"
-#include "common/record_lines.h"
-#include "common/riff.h"
+#include "common/file/riff.h"
+#include "common/record/record_lines.h"
+#include "common/text/fourcc.h"
 #include "container/mpeg_ps/program.h"
 
 #include <algorithm>

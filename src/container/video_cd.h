@@ -1,8 +1,8 @@
 // The analyser of VideoCD tracks: raw sectors in a RIFF file of the form CDXA.
 #pragma once
 
-#include "common/file_access.h"
-#include "common/output.h"
+#include "common/file/file_access.h"
+#include "common/record/output.h"
 
 namespace zat {
 

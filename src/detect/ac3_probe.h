@@ -1,7 +1,7 @@
 // Raw AC-3 streams behind something else.
 #pragma once
 
-#include "common/bytes.h"
+#include "common/bytes/bytes.h"
 
 #include <cstdint>
 

@@ -1,9 +1,9 @@
 #include "detect/driver.h"
 
-#include "common/file_window.h"
-#include "common/messages.h"
-#include "common/outer_tags.h"
-#include "common/tag_sizes.h"
+#include "common/file/file_window.h"
+#include "common/tags/outer_tags.h"
+#include "common/tags/tag_sizes.h"
+#include "common/text/messages.h"
 #include "detect/ac3_probe.h"
 #include "detect/mpeg_probes.h"
 #include "detect/quicktime_brand.h"

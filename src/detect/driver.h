@@ -1,8 +1,8 @@
 // Decides from a file's bytes, never from its name, what it is.
 #pragma once
 
-#include "common/file_access.h"
-#include "common/text.h"
+#include "common/file/file_access.h"
+#include "common/text/text.h"
 #include "zat/zat.h"
 
 #include <cstddef>

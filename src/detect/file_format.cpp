@@ -1,7 +1,7 @@
 #include "detect/file_format.h"
 
-#include "common/messages.h"
-#include "common/record_lines.h"
+#include "common/record/record_lines.h"
+#include "common/text/messages.h"
 #include "detect/driver.h"
 
 #include <cstring>

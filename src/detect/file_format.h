@@ -1,7 +1,7 @@
 // Detection as the host sees it.
 #pragma once
 
-#include "common/file_access.h"
+#include "common/file/file_access.h"
 #include "zat/zat.h"
 
 namespace zat {

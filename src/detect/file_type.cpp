@@ -1,7 +1,7 @@
 #include "detect/file_type.h"
 
-#include "common/tables.h"
-#include "common/text.h"
+#include "common/bytes/tables.h"
+#include "common/text/text.h"
 #include "zat/zat.h"
 
 namespace zat {

@@ -1,7 +1,7 @@
 // MPEG audio and video streams without a file header.
 #pragma once
 
-#include "common/bytes.h"
+#include "common/bytes/bytes.h"
 
 #include <cstdint>
 

@@ -1,6 +1,6 @@
 #include "detect/quicktime_brand.h"
 
-#include "common/text.h"
+#include "common/text/text.h"
 #include "zat/zat.h"
 
 #include <algorithm>

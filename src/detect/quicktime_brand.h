@@ -1,7 +1,7 @@
 // Files of boxes: QuickTime and the ISO base media family.
 #pragma once
 
-#include "common/bytes.h"
+#include "common/bytes/bytes.h"
 
 #include <cstdint>
 

@@ -1,8 +1,8 @@
 // Files that begin with a magic number.
 #pragma once
 
-#include "common/bytes.h"
-#include "common/file_window.h"
+#include "common/bytes/bytes.h"
+#include "common/file/file_window.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -3,8 +3,8 @@
 #include "audio/eac3.h"
 #include "audio/frame_search.h"
 #include "audio/latm.h"
-#include "common/bytes.h"
-#include "common/outer_tags.h"
+#include "common/bytes/bytes.h"
+#include "common/tags/outer_tags.h"
 #include "video/video_kind.h"
 
 #include <algorithm>

@@ -2,7 +2,7 @@
 // whether what it looks for begins at `at` of the view, and loads no more of it than that takes.
 #pragma once
 
-#include "common/file_window.h"
+#include "common/file/file_window.h"
 
 #include <cstdint>
 

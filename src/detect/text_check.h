@@ -1,7 +1,7 @@
 // Refusal of plain text files.
 #pragma once
 
-#include "common/file_window.h"
+#include "common/file/file_window.h"
 
 #include <cstdint>
 

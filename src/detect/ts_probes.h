@@ -2,8 +2,8 @@
 // of four bytes in front of each.
 #pragma once
 
-#include "common/bytes.h"
-#include "common/ts_packet.h"
+#include "common/bytes/bytes.h"
+#include "common/bytes/ts_packet.h"
 
 #include <cstdint>
 

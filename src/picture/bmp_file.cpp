@@ -1,6 +1,6 @@
 #include "picture/bmp_file.h"
 
-#include "common/text.h"
+#include "common/text/text.h"
 #include "picture/picture_file.h"
 #include "video/bitmap_info.h"
 

@@ -1,7 +1,7 @@
 #include "picture/gif_file.h"
 
-#include "common/numbers.h"
-#include "common/text.h"
+#include "common/bytes/numbers.h"
+#include "common/text/text.h"
 #include "picture/picture_file.h"
 
 #include <algorithm>

@@ -1,8 +1,8 @@
 // GIF pictures, moving ones among them (CompuServe Graphics Interchange Format 87a and 89a).
 #pragma once
 
-#include "common/file_access.h"
-#include "common/output.h"
+#include "common/file/file_access.h"
+#include "common/record/output.h"
 
 namespace zat {
 

@@ -1,7 +1,7 @@
 #include "picture/jpeg_file.h"
 
-#include "common/tables.h"
-#include "common/text.h"
+#include "common/bytes/tables.h"
+#include "common/text/text.h"
 #include "picture/picture_file.h"
 #include "video/jpeg_frame.h"
 

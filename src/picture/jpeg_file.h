@@ -1,8 +1,8 @@
 // JPEG pictures (ITU-T T.81 | ISO/IEC 10918-1), in JFIF and Exif files among others.
 #pragma once
 
-#include "common/file_access.h"
-#include "common/output.h"
+#include "common/file/file_access.h"
+#include "common/record/output.h"
 
 namespace zat {
 

@@ -1,9 +1,9 @@
 #include "picture/picture_file.h"
 
-#include "common/extra_lines.h"
-#include "common/outer_tags.h"
-#include "common/record_lines.h"
-#include "common/stream_lines.h"
+#include "common/record/extra_lines.h"
+#include "common/record/record_lines.h"
+#include "common/record/stream_lines.h"
+#include "common/tags/outer_tags.h"
 
 #include <algorithm>
 

@@ -1,8 +1,8 @@
 // What the files of pictures have in common: one line without sound, between tags or alone.
 #pragma once
 
-#include "common/details.h"
-#include "common/reader.h"
+#include "common/file/reader.h"
+#include "common/record/details.h"
 
 #include <cstdint>
 

@@ -1,7 +1,7 @@
 #include "text/arib_text.h"
 
-#include "common/text_codes.h"
-#include "common/utf8.h"
+#include "common/text/text_codes.h"
+#include "common/text/utf8.h"
 #include "text/arib_symbols.h"
 #include "text/tidy_blanks.h"
 

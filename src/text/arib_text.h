@@ -2,7 +2,7 @@
 // as service information uses it.
 #pragma once
 
-#include "common/bytes.h"
+#include "common/bytes/bytes.h"
 
 #include <cstddef>
 

@@ -1,7 +1,7 @@
 #include "text/dvb_text.h"
 
-#include "common/text.h"
-#include "common/utf8.h"
+#include "common/text/text.h"
+#include "common/text/utf8.h"
 #include "text/dvb_tables.h"
 #include "text/tidy_blanks.h"
 

@@ -1,7 +1,7 @@
 // Text of DVB service information (ETSI EN 300 468, annex A).
 #pragma once
 
-#include "common/bytes.h"
+#include "common/bytes/bytes.h"
 
 #include <cstddef>
 

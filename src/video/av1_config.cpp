@@ -1,8 +1,8 @@
 #include "video/av1_config.h"
 
-#include "common/bits.h"
-#include "common/details.h"
-#include "common/text.h"
+#include "common/bytes/bits.h"
+#include "common/record/details.h"
+#include "common/text/text.h"
 
 #include <algorithm>
 #include <iterator>

@@ -2,7 +2,7 @@
 // carries it in MP4 and Matroska (AV1 Codec ISO Media File Format Binding, 2.3).
 #pragma once
 
-#include "common/bytes.h"
+#include "common/bytes/bytes.h"
 #include "video/colour_names.h"
 #include "zat/details.h"
 

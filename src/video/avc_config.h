@@ -2,7 +2,7 @@
 // parameter sets.
 #pragma once
 
-#include "common/bytes.h"
+#include "common/bytes/bytes.h"
 
 #include <cstdint>
 

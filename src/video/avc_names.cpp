@@ -1,6 +1,6 @@
 #include "video/avc_names.h"
 
-#include "common/text.h"
+#include "common/text/text.h"
 
 #include <iterator>
 

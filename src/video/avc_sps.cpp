@@ -1,8 +1,8 @@
 #include "video/avc_sps.h"
 
-#include "common/numbers.h"
-#include "common/start_code.h"
-#include "common/text.h"
+#include "common/bytes/numbers.h"
+#include "common/bytes/start_code.h"
+#include "common/text/text.h"
 #include "video/avc_names.h"
 #include "video/avc_vui.h"
 #include "video/rbsp_reader.h"

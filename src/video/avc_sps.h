@@ -1,7 +1,7 @@
 // The H.264 sequence parameter set (ITU-T H.264, 7.3.2.1.1 and Annex E).
 #pragma once
 
-#include "common/bytes.h"
+#include "common/bytes/bytes.h"
 #include "video/avc_names.h"
 
 #include <cstdint>

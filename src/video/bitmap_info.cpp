@@ -1,8 +1,8 @@
 #include "video/bitmap_info.h"
 
-#include "common/codec_catalogue.h"
-#include "common/fourcc.h"
-#include "common/text.h"
+#include "common/catalogue/codec_catalogue.h"
+#include "common/text/fourcc.h"
+#include "common/text/text.h"
 
 #include <cstring>
 

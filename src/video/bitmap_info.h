@@ -2,7 +2,7 @@
 // and OGM, and the codes that name its compression.
 #pragma once
 
-#include "common/bytes.h"
+#include "common/bytes/bytes.h"
 
 #include <cstddef>
 #include <cstdint>

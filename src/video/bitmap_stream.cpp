@@ -1,7 +1,7 @@
 #include "video/bitmap_stream.h"
 
-#include "common/codec_names.h"
-#include "common/stream_lines.h"
+#include "common/catalogue/codec_names.h"
+#include "common/record/stream_lines.h"
 #include "video/av1_config.h"
 #include "video/avc_config.h"
 #include "video/dv.h"

@@ -2,8 +2,8 @@
 // it, or a code that stands for the codec: its codec text and its facts, by what reads its codec.
 #pragma once
 
-#include "common/output.h"
-#include "common/text.h"
+#include "common/record/output.h"
+#include "common/text/text.h"
 #include "video/bitmap_info.h"
 #include "video/container_aspect.h"
 

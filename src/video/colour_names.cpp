@@ -1,6 +1,6 @@
 #include "video/colour_names.h"
 
-#include "common/text.h"
+#include "common/text/text.h"
 
 #include <iterator>
 #include <span>

@@ -1,8 +1,8 @@
 #include "video/container_aspect.h"
 
-#include "common/details.h"
-#include "common/numbers.h"
-#include "common/text.h"
+#include "common/bytes/numbers.h"
+#include "common/record/details.h"
+#include "common/text/text.h"
 #include "video/avc_names.h"
 
 #include <cmath>

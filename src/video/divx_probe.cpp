@@ -1,7 +1,7 @@
 #include "video/divx_probe.h"
 
-#include "common/messages.h"
-#include "common/text.h"
+#include "common/text/messages.h"
+#include "common/text/text.h"
 #include "video/mpeg4_visual.h"
 
 #include <algorithm>

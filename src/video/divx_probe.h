@@ -1,8 +1,8 @@
 // DivX and XviD encodes, told by the user data that those encoders write into the stream.
 #pragma once
 
-#include "common/bytes.h"
-#include "common/file_access.h"
+#include "common/bytes/bytes.h"
+#include "common/file/file_access.h"
 
 #include <cstdint>
 

@@ -1,6 +1,6 @@
 #include "video/dolby_vision.h"
 
-#include "common/text.h"
+#include "common/text/text.h"
 
 namespace zat {
 

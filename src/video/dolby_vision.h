@@ -2,7 +2,7 @@
 // Streams Within the ISO Base Media File Format, 3.2).
 #pragma once
 
-#include "common/bytes.h"
+#include "common/bytes/bytes.h"
 #include "zat/details.h"
 
 namespace zat {

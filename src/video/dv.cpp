@@ -1,6 +1,6 @@
 #include "video/dv.h"
 
-#include "common/codec_names.h"
+#include "common/catalogue/codec_names.h"
 
 #include <bit>
 

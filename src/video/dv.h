@@ -2,8 +2,8 @@
 // and its sound are like.
 #pragma once
 
-#include "common/bytes.h"
-#include "common/details.h"
+#include "common/bytes/bytes.h"
+#include "common/record/details.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,6 +1,6 @@
 #include "video/encoder_message.h"
 
-#include "common/text.h"
+#include "common/text/text.h"
 
 #include <algorithm>
 

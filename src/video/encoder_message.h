@@ -1,7 +1,7 @@
 // The message that an encoder of H.264 or HEVC leaves in its stream.
 #pragma once
 
-#include "common/bytes.h"
+#include "common/bytes/bytes.h"
 #include "zat/details.h"
 
 namespace zat {

@@ -1,8 +1,8 @@
 #include "video/hevc_sps.h"
 
-#include "common/details.h"
-#include "common/start_code.h"
-#include "common/text.h"
+#include "common/bytes/start_code.h"
+#include "common/record/details.h"
+#include "common/text/text.h"
 #include "video/hevc_syntax.h"
 
 #include <iterator>

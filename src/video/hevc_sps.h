@@ -2,7 +2,7 @@
 // record that carries it in MP4 and Matroska (ISO/IEC 14496-15, 8.3.3).
 #pragma once
 
-#include "common/bytes.h"
+#include "common/bytes/bytes.h"
 #include "video/colour_names.h"
 #include "zat/details.h"
 

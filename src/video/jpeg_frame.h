@@ -1,7 +1,7 @@
 // The frame header of a JPEG image (ITU-T T.81, B.2.2), in a picture file or a picture of a video.
 #pragma once
 
-#include "common/bytes.h"
+#include "common/bytes/bytes.h"
 
 #include <cstdint>
 

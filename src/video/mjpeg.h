@@ -2,7 +2,7 @@
 // segment that AVI files have in it (OpenDML AVI File Format Extensions 1.02, "MJPEG DIB").
 #pragma once
 
-#include "common/bytes.h"
+#include "common/bytes/bytes.h"
 #include "video/jpeg_frame.h"
 
 #include <cstdint>

@@ -1,9 +1,9 @@
 #include "video/mpeg4_encoder.h"
 
-#include "common/codec_catalogue.h"
-#include "common/details.h"
-#include "common/start_code.h"
-#include "common/text.h"
+#include "common/bytes/start_code.h"
+#include "common/catalogue/codec_catalogue.h"
+#include "common/record/details.h"
+#include "common/text/text.h"
 #include "video/bitmap_info.h"
 #include "video/divx_probe.h"
 #include "video/mpeg4_vop.h"

@@ -1,7 +1,7 @@
 // The name of an MPEG-4 encode by the strings that its encoder left in it.
 #pragma once
 
-#include "common/bytes.h"
+#include "common/bytes/bytes.h"
 #include "zat/details.h"
 
 #include <cstddef>

@@ -1,8 +1,8 @@
 #include "video/mpeg4_visual.h"
 
-#include "common/bits.h"
-#include "common/start_code.h"
-#include "common/text.h"
+#include "common/bytes/bits.h"
+#include "common/bytes/start_code.h"
+#include "common/text/text.h"
 
 #include <array>
 

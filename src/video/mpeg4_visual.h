@@ -2,7 +2,7 @@
 // ratio of the video object layer header (6.2.3).
 #pragma once
 
-#include "common/bytes.h"
+#include "common/bytes/bytes.h"
 
 #include <cstddef>
 #include <cstdint>

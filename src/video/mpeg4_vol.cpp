@@ -1,7 +1,7 @@
 #include "video/mpeg4_vol.h"
 
-#include "common/bits.h"
-#include "common/start_code.h"
+#include "common/bytes/bits.h"
+#include "common/bytes/start_code.h"
 #include "video/mpeg4_vop.h"
 
 #include <bit>

@@ -1,7 +1,7 @@
 // The video object layer header of MPEG-4 Visual (ISO/IEC 14496-2, 6.2.3), by the standard.
 #pragma once
 
-#include "common/bytes.h"
+#include "common/bytes/bytes.h"
 
 #include <cstdint>
 

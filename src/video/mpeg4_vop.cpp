@@ -1,6 +1,6 @@
 #include "video/mpeg4_vop.h"
 
-#include "common/bits.h"
+#include "common/bytes/bits.h"
 
 namespace zat {
 

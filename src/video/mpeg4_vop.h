@@ -1,7 +1,7 @@
 // When the pictures of MPEG-4 Visual are shown (ISO/IEC 14496-2, 6.2.4, 6.2.5 and 6.3.5).
 #pragma once
 
-#include "common/bytes.h"
+#include "common/bytes/bytes.h"
 
 #include <cstdint>
 

@@ -4,8 +4,8 @@
 // mpeg2_video_line.
 #pragma once
 
-#include "common/bytes.h"
-#include "common/text.h"
+#include "common/bytes/bytes.h"
+#include "common/text/text.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -2,7 +2,7 @@
 // start codes (ISO/IEC 11172-2, 2.4.2; ISO/IEC 13818-2, 6.2).
 #pragma once
 
-#include "common/bytes.h"
+#include "common/bytes/bytes.h"
 #include "video/mpeg_sequence.h"
 
 #include <cstddef>

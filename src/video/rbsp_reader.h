@@ -2,7 +2,7 @@
 // Exp-Golomb codes in them (9.1).
 #pragma once
 
-#include "common/bytes.h"
+#include "common/bytes/bytes.h"
 
 #include <cstdint>
 

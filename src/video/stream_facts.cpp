@@ -1,7 +1,7 @@
 #include "video/stream_facts.h"
 
-#include "common/details.h"
-#include "common/text.h"
+#include "common/record/details.h"
+#include "common/text/text.h"
 #include "video/avc_names.h"
 #include "video/colour_names.h"
 #include "video/mpeg4_visual.h"

@@ -1,6 +1,6 @@
 #include "video/theora.h"
 
-#include "common/text.h"
+#include "common/text/text.h"
 
 #include <algorithm>
 #include <cstring>

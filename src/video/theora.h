@@ -1,8 +1,8 @@
 // The identification header of a Theora stream (Theora I, 6.2).
 #pragma once
 
-#include "common/bytes.h"
-#include "common/details.h"
+#include "common/bytes/bytes.h"
+#include "common/record/details.h"
 
 #include <cstdint>
 

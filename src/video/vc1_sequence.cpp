@@ -1,6 +1,6 @@
 #include "video/vc1_sequence.h"
 
-#include "common/start_code.h"
+#include "common/bytes/start_code.h"
 #include "video/avc_names.h"
 #include "video/rbsp_reader.h"
 

@@ -2,7 +2,7 @@
 // the others beside it (annex J).
 #pragma once
 
-#include "common/bytes.h"
+#include "common/bytes/bytes.h"
 
 #include <cstdint>
 

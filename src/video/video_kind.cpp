@@ -1,6 +1,6 @@
 #include "video/video_kind.h"
 
-#include "common/start_code.h"
+#include "common/bytes/start_code.h"
 #include "video/avc_sps.h"
 #include "video/hevc_sps.h"
 #include "video/mpeg4_vol.h"

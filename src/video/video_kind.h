@@ -1,7 +1,7 @@
 // Which video a stream of start codes is: by its stream type, or by the codes.
 #pragma once
 
-#include "common/bytes.h"
+#include "common/bytes/bytes.h"
 
 #include <cstdint>
 

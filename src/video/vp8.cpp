@@ -1,6 +1,6 @@
 #include "video/vp8.h"
 
-#include "common/text.h"
+#include "common/text/text.h"
 #include "video/colour_names.h"
 
 namespace zat {

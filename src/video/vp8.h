@@ -1,7 +1,7 @@
 // The VP8 key frame header (RFC 6386, 9.1).
 #pragma once
 
-#include "common/bytes.h"
+#include "common/bytes/bytes.h"
 #include "zat/details.h"
 
 #include <cstdint>

@@ -2,7 +2,7 @@
 // configuration, MP4's (VP Codec ISO Media File Format Binding) and WebM's.
 #pragma once
 
-#include "common/bytes.h"
+#include "common/bytes/bytes.h"
 #include "video/colour_names.h"
 #include "zat/details.h"
 

@@ -1,7 +1,7 @@
 #include "audio/aac.h"
 
 #include "audio/adts.h"
-#include "common/text.h"
+#include "common/text/text.h"
 #include "support/audio_builder.h"
 
 #include <cstring>

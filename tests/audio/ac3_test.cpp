@@ -1,6 +1,6 @@
 #include "audio/ac3.h"
 
-#include "audio/ac3_file.h"
+#include "audio/framed/ac3_file.h"
 #include "support/analysed.h"
 #include "support/byte_builder.h"
 #include "support/record_text.h"

@@ -1,6 +1,6 @@
-#include "audio/dsdiff_file.h"
-#include "audio/dsf_file.h"
-#include "audio/wsd_file.h"
+#include "audio/lossless/dsdiff_file.h"
+#include "audio/lossless/dsf_file.h"
+#include "audio/lossless/wsd_file.h"
 #include "support/audio_file_rows.h"
 
 namespace zat::test::dsd_file_test {

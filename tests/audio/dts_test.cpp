@@ -1,6 +1,6 @@
 #include "audio/dts.h"
 
-#include "audio/dts_file.h"
+#include "audio/framed/dts_file.h"
 #include "support/analysed.h"
 #include "support/byte_builder.h"
 #include "support/details_text.h"

@@ -1,11 +1,11 @@
 // Files of one stream of lossless audio: what record and details say of them.
-#include "audio/flac_file.h"
-#include "audio/monkey_file.h"
-#include "audio/optimfrog_file.h"
-#include "audio/tak_file.h"
-#include "audio/tta_file.h"
-#include "audio/wavpack_file.h"
-#include "common/crc.h"
+#include "audio/lossless/flac_file.h"
+#include "audio/lossless/monkey_file.h"
+#include "audio/lossless/optimfrog_file.h"
+#include "audio/lossless/tak_file.h"
+#include "audio/lossless/tta_file.h"
+#include "audio/lossless/wavpack_file.h"
+#include "common/bytes/crc.h"
 #include "support/audio_file_rows.h"
 #include "support/ogg_builder.h"
 

@@ -1,6 +1,6 @@
 #include "audio/lpcm.h"
 
-#include "common/text.h"
+#include "common/text/text.h"
 
 #include <gtest/gtest.h>
 #include <string>

@@ -1,6 +1,6 @@
-#include "audio/mp3_file.h"
+#include "audio/framed/mp3_file.h"
 
-#include "audio/rmp3_file.h"
+#include "audio/framed/rmp3_file.h"
 #include "support/analysed.h"
 #include "support/details_text.h"
 #include "support/mpeg_audio_builder.h"

@@ -1,5 +1,5 @@
 #include "audio/mpeg_audio.h"
-#include "common/text.h"
+#include "common/text/text.h"
 #include "support/mpeg_audio_builder.h"
 
 #include <array>

@@ -1,5 +1,5 @@
-#include "audio/musepack_file.h"
-#include "common/crc.h"
+#include "audio/lossless/musepack_file.h"
+#include "common/bytes/crc.h"
 #include "support/audio_file_rows.h"
 
 namespace zat::test::musepack_file_test {

@@ -1,6 +1,6 @@
 #include "audio/vorbis.h"
 
-#include "common/text.h"
+#include "common/text/text.h"
 #include "support/byte_builder.h"
 
 #include <gtest/gtest.h>

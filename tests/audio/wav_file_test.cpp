@@ -1,6 +1,6 @@
-#include "audio/wav_file.h"
+#include "audio/sound/wav_file.h"
 
-#include "common/catalogue_directory.h"
+#include "common/catalogue/catalogue_directory.h"
 #include "support/analysed.h"
 #include "support/byte_builder.h"
 #include "support/details_text.h"

@@ -1,4 +1,4 @@
-#include "common/bytes.h"
+#include "common/bytes/bytes.h"
 
 #include <gtest/gtest.h>
 #include <vector>

@@ -1,8 +1,8 @@
-#include "common/codec_catalogue.h"
+#include "common/catalogue/codec_catalogue.h"
 
-#include "common/catalogue_directory.h"
-#include "common/kept_text.h"
-#include "common/text.h"
+#include "common/catalogue/catalogue_directory.h"
+#include "common/catalogue/kept_text.h"
+#include "common/text/text.h"
 #include "support/byte_builder.h"
 #include "support/shipped_catalogue.h"
 #include "support/temp_file.h"

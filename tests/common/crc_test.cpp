@@ -1,4 +1,4 @@
-#include "common/crc.h"
+#include "common/bytes/crc.h"
 
 #include "support/byte_builder.h"
 

@@ -1,4 +1,4 @@
-#include "common/fixed_decimal.h"
+#include "common/text/fixed_decimal.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "common/frame_timing.h"
+#include "common/record/frame_timing.h"
 
 #include <gtest/gtest.h>
 #include <vector>

@@ -1,4 +1,4 @@
-#include "common/messages.h"
+#include "common/text/messages.h"
 
 #include "encoding.h"
 

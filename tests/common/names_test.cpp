@@ -1,6 +1,6 @@
-#include "common/codec_names.h"
-#include "common/fourcc.h"
-#include "common/utc_time.h"
+#include "common/catalogue/codec_names.h"
+#include "common/text/fourcc.h"
+#include "common/text/utc_time.h"
 #include "container/matroska/codecs.h"
 #include "container/mpeg_ts/codecs.h"
 

@@ -1,6 +1,6 @@
-#include "common/reader.h"
+#include "common/file/reader.h"
 
-#include "common/riff.h"
+#include "common/file/riff.h"
 #include "support/byte_builder.h"
 #include "support/temp_file.h"
 

@@ -1,4 +1,4 @@
-#include "common/start_code.h"
+#include "common/bytes/start_code.h"
 
 #include <gtest/gtest.h>
 #include <vector>

@@ -1,4 +1,4 @@
-#include "common/tag_sizes.h"
+#include "common/tags/tag_sizes.h"
 #include "support/mpeg_audio_builder.h"
 #include "support/temp_file.h"
 

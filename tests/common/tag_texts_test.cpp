@@ -1,6 +1,6 @@
-#include "common/tag_texts.h"
+#include "common/tags/tag_texts.h"
 
-#include "common/outer_tags.h"
+#include "common/tags/outer_tags.h"
 #include "support/atom_builder.h"
 #include "support/temp_file.h"
 

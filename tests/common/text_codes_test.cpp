@@ -1,6 +1,6 @@
-#include "common/text_codes.h"
+#include "common/text/text_codes.h"
 
-#include "common/utf8.h"
+#include "common/text/utf8.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "common/text.h"
+#include "common/text/text.h"
 
 #include <cmath>
 #include <cstdint>

@@ -1,4 +1,4 @@
-#include "common/messages.h"
+#include "common/text/messages.h"
 #include "support/byte_builder.h"
 #include "support/details_text.h"
 #include "support/record_text.h"

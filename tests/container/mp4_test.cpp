@@ -1,7 +1,7 @@
 #include "container/mp4.h"
 
-#include "common/catalogue_directory.h"
-#include "common/messages.h"
+#include "common/catalogue/catalogue_directory.h"
+#include "common/text/messages.h"
 #include "support/analysed.h"
 #include "support/atom_builder.h"
 #include "support/record_text.h"

@@ -1,4 +1,4 @@
-#include "common/messages.h"
+#include "common/text/messages.h"
 #include "support/audio_builder.h"
 #include "support/details_text.h"
 #include "support/program_builder.h"

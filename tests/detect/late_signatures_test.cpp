@@ -1,4 +1,4 @@
-#include "common/messages.h"
+#include "common/text/messages.h"
 #include "support/audio_builder.h"
 #include "support/mpeg_audio_builder.h"
 #include "support/record_text.h"

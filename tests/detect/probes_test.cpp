@@ -1,4 +1,4 @@
-#include "common/file_window.h"
+#include "common/file/file_window.h"
 #include "detect/ac3_probe.h"
 #include "detect/file_type.h"
 #include "detect/mpeg_probes.h"

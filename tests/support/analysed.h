@@ -1,9 +1,9 @@
 // A record as one analyser leaves it, without the detection that comes before it.
 #pragma once
 
-#include "common/file_access.h"
-#include "common/output.h"
-#include "common/text.h"
+#include "common/file/file_access.h"
+#include "common/record/output.h"
+#include "common/text/text.h"
 #include "support/temp_file.h"
 
 #include <gtest/gtest.h>

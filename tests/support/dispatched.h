@@ -2,7 +2,7 @@
 #pragma once
 
 #include "api/dispatch.h"
-#include "common/file_access.h"
+#include "common/file/file_access.h"
 #include "support/byte_builder.h"
 #include "support/details_text.h"
 #include "support/record_text.h"

@@ -1,7 +1,7 @@
 // Transport streams, packet by packet.
 #pragma once
 
-#include "common/crc.h"
+#include "common/bytes/crc.h"
 #include "container/mpeg_ts/sections.h"
 #include "support/byte_builder.h"
 

@@ -1,4 +1,4 @@
-#include "common/details.h"
+#include "common/record/details.h"
 #include "support/byte_builder.h"
 #include "support/details_text.h"
 #include "video/av1_config.h"

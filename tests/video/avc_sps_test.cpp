@@ -1,6 +1,6 @@
 #include "video/avc_sps.h"
 
-#include "common/text.h"
+#include "common/text/text.h"
 #include "support/byte_builder.h"
 #include "video/avc_names.h"
 

@@ -1,7 +1,7 @@
 #include "video/divx_probe.h"
 
-#include "common/fourcc.h"
-#include "common/text.h"
+#include "common/text/fourcc.h"
+#include "common/text/text.h"
 #include "support/byte_builder.h"
 #include "support/temp_file.h"
 #include "video/mpeg4_visual.h"

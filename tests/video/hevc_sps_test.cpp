@@ -1,6 +1,6 @@
 #include "video/hevc_sps.h"
 
-#include "common/details.h"
+#include "common/record/details.h"
 #include "support/byte_builder.h"
 #include "support/details_text.h"
 

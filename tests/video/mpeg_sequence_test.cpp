@@ -1,6 +1,6 @@
 #include "video/mpeg_sequence.h"
 
-#include "common/text.h"
+#include "common/text/text.h"
 #include "support/byte_builder.h"
 
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
 #include "video/stream_facts.h"
 
-#include "common/details.h"
+#include "common/record/details.h"
 #include "support/details_text.h"
 #include "support/video_builder.h"
 

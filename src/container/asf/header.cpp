@@ -1,8 +1,8 @@
 #include "container/asf/header.h"
 
-#include "common/details.h"
-#include "common/tables.h"
-#include "common/text_codes.h"
+#include "common/bytes/tables.h"
+#include "common/record/details.h"
+#include "common/text/text_codes.h"
 #include "container/asf/tags.h"
 
 #include <algorithm>

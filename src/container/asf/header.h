@@ -1,8 +1,8 @@
 // What the header object of an ASF file says (ASF, 3 and 4).
 #pragma once
 
-#include "common/reader.h"
-#include "common/tag_texts.h"
+#include "common/file/reader.h"
+#include "common/tags/tag_texts.h"
 #include "container/asf/object.h"
 
 #include <cstdint>

@@ -1,7 +1,7 @@
 // What the first data packets of an ASF file hold: how often, how much and when.
 #pragma once
 
-#include "common/frame_timing.h"
+#include "common/record/frame_timing.h"
 #include "container/asf/header.h"
 
 #include <cstdint>

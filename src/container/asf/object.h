@@ -1,7 +1,7 @@
 // The objects that ASF files consist of (ASF, 2.1).
 #pragma once
 
-#include "common/reader.h"
+#include "common/file/reader.h"
 
 #include <cstdint>
 

@@ -1,7 +1,7 @@
 // The data packets of ASF files (ASF, 5.2).
 #pragma once
 
-#include "common/reader.h"
+#include "common/file/reader.h"
 
 #include <cstdint>
 

@@ -2,8 +2,8 @@
 
 #include "audio/first_frame.h"
 #include "audio/wave_stream.h"
-#include "common/details.h"
-#include "common/stream_lines.h"
+#include "common/record/details.h"
+#include "common/record/stream_lines.h"
 #include "video/bitmap_stream.h"
 
 #include <algorithm>

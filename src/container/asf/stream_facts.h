@@ -1,8 +1,8 @@
 // The lines and details of an ASF file's streams.
 #pragma once
 
-#include "common/extra_lines.h"
-#include "common/output.h"
+#include "common/record/extra_lines.h"
+#include "common/record/output.h"
 #include "container/asf/media_scan.h"
 
 namespace zat::asf {

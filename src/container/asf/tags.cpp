@@ -1,6 +1,6 @@
 #include "container/asf/tags.h"
 
-#include "common/text.h"
+#include "common/text/text.h"
 
 namespace zat::asf {
 

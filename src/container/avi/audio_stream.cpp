@@ -1,6 +1,6 @@
 #include "audio/first_frame.h"
 #include "audio/wave_stream.h"
-#include "common/details.h"
+#include "common/record/details.h"
 #include "container/avi/stream_facts.h"
 
 namespace zat::avi {

@@ -1,8 +1,8 @@
 #include "container/avi/info_list.h"
 
-#include "common/extra_info.h"
-#include "common/info_list.h"
-#include "common/text.h"
+#include "common/record/extra_info.h"
+#include "common/tags/info_list.h"
+#include "common/text/text.h"
 
 namespace zat::avi {
 

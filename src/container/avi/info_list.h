@@ -2,8 +2,8 @@
 // 1.0, "INFO List Chunk").
 #pragma once
 
-#include "common/output.h"
-#include "common/riff.h"
+#include "common/file/riff.h"
+#include "common/record/output.h"
 
 namespace zat::avi {
 

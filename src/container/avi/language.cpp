@@ -1,6 +1,6 @@
 #include "container/avi/language.h"
 
-#include "common/text.h"
+#include "common/text/text.h"
 
 namespace zat::avi {
 

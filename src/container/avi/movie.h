@@ -1,8 +1,8 @@
 // What the headers of an AVI file say.
 #pragma once
 
-#include "common/reader.h"
-#include "common/riff.h"
+#include "common/file/reader.h"
+#include "common/file/riff.h"
 
 #include <cstdint>
 

@@ -1,7 +1,7 @@
 #include "container/avi/stream_facts.h"
 
-#include "common/details.h"
-#include "common/text_codes.h"
+#include "common/record/details.h"
+#include "common/text/text_codes.h"
 #include "container/avi/language.h"
 
 #include <algorithm>

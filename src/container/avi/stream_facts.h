@@ -1,8 +1,8 @@
 // What the container tells of a stream, whatever its codec.
 #pragma once
 
-#include "common/extra_lines.h"
-#include "common/output.h"
+#include "common/record/extra_lines.h"
+#include "common/record/output.h"
 #include "container/avi/movie.h"
 
 namespace zat::avi {

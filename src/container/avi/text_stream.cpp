@@ -1,5 +1,5 @@
-#include "common/codec_names.h"
-#include "common/text_codes.h"
+#include "common/catalogue/codec_names.h"
+#include "common/text/text_codes.h"
 #include "container/avi/stream_facts.h"
 
 namespace zat::avi {

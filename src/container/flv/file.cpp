@@ -1,7 +1,7 @@
 #include "container/flv/file.h"
 
-#include "common/file_window.h"
-#include "common/fourcc.h"
+#include "common/file/file_window.h"
+#include "common/text/fourcc.h"
 #include "video/avc_names.h"
 
 #include <algorithm>

@@ -2,7 +2,7 @@
 // Enhanced RTMP, which adds formats that a four-character code names).
 #pragma once
 
-#include "common/reader.h"
+#include "common/file/reader.h"
 #include "container/flv/picture.h"
 #include "container/flv/script.h"
 

@@ -1,6 +1,6 @@
 #include "container/flv/picture.h"
 
-#include "common/bits.h"
+#include "common/bytes/bits.h"
 
 namespace zat {
 

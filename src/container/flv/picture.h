@@ -1,7 +1,7 @@
 // Picture sizes in the video data of Flash Video files.
 #pragma once
 
-#include "common/bytes.h"
+#include "common/bytes/bytes.h"
 
 #include <cstdint>
 

@@ -1,6 +1,6 @@
 #include "container/flv/script.h"
 
-#include "common/text.h"
+#include "common/text/text.h"
 
 #include <iterator>
 #include <string_view>

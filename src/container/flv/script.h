@@ -1,7 +1,7 @@
 // The metadata objects of Flash Video files.
 #pragma once
 
-#include "common/bytes.h"
+#include "common/bytes/bytes.h"
 
 namespace zat {
 

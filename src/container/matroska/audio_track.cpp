@@ -8,11 +8,11 @@
 #include "audio/stream_facts.h"
 #include "audio/wave_format.h"
 #include "audio/wave_stream.h"
-#include "common/codec_catalogue.h"
-#include "common/codec_names.h"
-#include "common/details.h"
-#include "common/numbers.h"
-#include "common/stream_lines.h"
+#include "common/bytes/numbers.h"
+#include "common/catalogue/codec_catalogue.h"
+#include "common/catalogue/codec_names.h"
+#include "common/record/details.h"
+#include "common/record/stream_lines.h"
 #include "container/matroska/track_stream.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 #include "container/matroska/clusters.h"
 
-#include "common/bits.h"
+#include "common/bytes/bits.h"
 #include "container/matroska/ids.h"
 #include "container/matroska/levels.h"
 

@@ -2,7 +2,7 @@
 // is stepped over.
 #pragma once
 
-#include "common/frame_timing.h"
+#include "common/record/frame_timing.h"
 #include "container/matroska/segment.h"
 
 namespace zat::matroska {

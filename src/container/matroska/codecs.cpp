@@ -1,6 +1,6 @@
 #include "container/matroska/codecs.h"
 
-#include "common/fourcc.h"
+#include "common/text/fourcc.h"
 
 #include <algorithm>
 #include <iterator>

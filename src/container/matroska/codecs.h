@@ -1,7 +1,7 @@
 // The codec identifiers of Matroska (RFC 9559, section 12, and the codec mappings of its authors).
 #pragma once
 
-#include "common/codec_names.h"
+#include "common/catalogue/codec_names.h"
 
 #include <cstdint>
 #include <string_view>

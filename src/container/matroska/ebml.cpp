@@ -1,8 +1,8 @@
 #include "container/matroska/ebml.h"
 
-#include "common/bits.h"
-#include "common/text.h"
-#include "common/text_codes.h"
+#include "common/bytes/bits.h"
+#include "common/text/text.h"
+#include "common/text/text_codes.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,7 +1,7 @@
 // The elements of EBML documents (RFC 8794): an identifier, a size and data.
 #pragma once
 
-#include "common/reader.h"
+#include "common/file/reader.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,7 +1,7 @@
 #include "container/matroska/live.h"
 
-#include "common/file_window.h"
-#include "common/numbers.h"
+#include "common/bytes/numbers.h"
+#include "common/file/file_window.h"
 #include "container/matroska/clusters.h"
 #include "container/matroska/ids.h"
 #include "container/matroska/levels.h"

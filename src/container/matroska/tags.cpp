@@ -1,6 +1,6 @@
 #include "container/matroska/tags.h"
 
-#include "common/text.h"
+#include "common/text/text.h"
 #include "container/matroska/ebml.h"
 #include "container/matroska/ids.h"
 

@@ -1,7 +1,7 @@
 #include "container/matroska/track_stream.h"
 
-#include "common/details.h"
-#include "common/text.h"
+#include "common/record/details.h"
+#include "common/text/text.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,8 +1,8 @@
 // What the container tells of a track, whatever its codec, and the lines of tracks.
 #pragma once
 
-#include "common/extra_lines.h"
-#include "common/output.h"
+#include "common/record/extra_lines.h"
+#include "common/record/output.h"
 #include "container/matroska/clusters.h"
 #include "container/matroska/codecs.h"
 

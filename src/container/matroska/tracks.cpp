@@ -1,7 +1,7 @@
 #include "container/matroska/tracks.h"
 
-#include "common/fourcc.h"
-#include "common/text.h"
+#include "common/text/fourcc.h"
+#include "common/text/text.h"
 #include "container/matroska/ids.h"
 #include "zat/details.h"
 

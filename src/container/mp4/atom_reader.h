@@ -1,8 +1,8 @@
 // Reading atoms, the boxes of ISO/IEC 14496-12, 4.2.
 #pragma once
 
-#include "common/fourcc.h"
-#include "common/reader.h"
+#include "common/file/reader.h"
+#include "common/text/fourcc.h"
 
 #include <cstdint>
 

@@ -1,7 +1,7 @@
 #include "container/mp4/codec_text.h"
 
-#include "common/codec_catalogue.h"
-#include "common/fourcc.h"
+#include "common/catalogue/codec_catalogue.h"
+#include "common/text/fourcc.h"
 
 namespace zat::mp4 {
 

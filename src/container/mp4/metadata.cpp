@@ -1,7 +1,7 @@
 #include "container/mp4/metadata.h"
 
-#include "common/tables.h"
-#include "common/text_codes.h"
+#include "common/bytes/tables.h"
+#include "common/text/text_codes.h"
 
 #include <algorithm>
 

@@ -1,6 +1,6 @@
 #include "container/mp4/movie.h"
 
-#include "common/numbers.h"
+#include "common/bytes/numbers.h"
 #include "container/mp4/segment.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 #include "container/mp4/movie_details.h"
 
-#include "common/details.h"
-#include "common/utc_time.h"
+#include "common/record/details.h"
+#include "common/text/utc_time.h"
 #include "container/mp4/metadata.h"
 #include "container/mp4/sample_tables.h"
 #include "container/mp4/segment.h"

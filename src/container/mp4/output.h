@@ -1,7 +1,7 @@
 // The host's record and details, from the movie's.
 #pragma once
 
-#include "common/output.h"
+#include "common/record/output.h"
 #include "container/mp4/movie.h"
 
 namespace zat::mp4 {

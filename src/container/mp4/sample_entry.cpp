@@ -1,6 +1,6 @@
 #include "container/mp4/sample_entry.h"
 
-#include "common/numbers.h"
+#include "common/bytes/numbers.h"
 
 #include <algorithm>
 #include <cstring>

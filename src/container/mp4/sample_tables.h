@@ -1,7 +1,7 @@
 // The tables of a track's samples (ISO/IEC 14496-12, 8.7).
 #pragma once
 
-#include "common/bytes.h"
+#include "common/bytes/bytes.h"
 #include "container/mp4/movie.h"
 
 #include <cstddef>

@@ -1,6 +1,6 @@
 // The names of the codecs of tracks, and the tracks that are neither pictures nor sound.
-#include "common/codec_names.h"
-#include "common/tables.h"
+#include "common/bytes/tables.h"
+#include "common/catalogue/codec_names.h"
 #include "container/mp4/track_details.h"
 
 namespace zat::mp4 {

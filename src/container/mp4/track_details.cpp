@@ -1,9 +1,9 @@
 #include "container/mp4/track_details.h"
 
-#include "common/details.h"
-#include "common/stream_lines.h"
-#include "common/text.h"
-#include "common/text_codes.h"
+#include "common/record/details.h"
+#include "common/record/stream_lines.h"
+#include "common/text/text.h"
+#include "common/text/text_codes.h"
 #include "container/mp4/language.h"
 #include "container/mp4/metadata.h"
 #include "container/mp4/sample_tables.h"

@@ -1,8 +1,8 @@
 // The typed details of video tracks.
-#include "common/details.h"
-#include "common/tables.h"
-#include "common/text.h"
-#include "common/text_codes.h"
+#include "common/bytes/tables.h"
+#include "common/record/details.h"
+#include "common/text/text.h"
+#include "common/text/text_codes.h"
 #include "container/mp4/sample_tables.h"
 #include "container/mp4/track_details.h"
 #include "video/av1_config.h"

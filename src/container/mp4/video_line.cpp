@@ -1,7 +1,7 @@
 #include "container/mp4/video_line.h"
 
-#include "common/start_code.h"
-#include "common/text.h"
+#include "common/bytes/start_code.h"
+#include "common/text/text.h"
 #include "container/mp4/codec_text.h"
 #include "container/mp4/sample_entry.h"
 #include "container/mp4/sample_tables.h"

@@ -1,10 +1,10 @@
 #include "container/mpeg_ps/elementary.h"
 
-#include "common/details.h"
-#include "common/frame_timing.h"
-#include "common/numbers.h"
-#include "common/record_lines.h"
-#include "common/stream_lines.h"
+#include "common/bytes/numbers.h"
+#include "common/record/details.h"
+#include "common/record/frame_timing.h"
+#include "common/record/record_lines.h"
+#include "common/record/stream_lines.h"
 #include "container/mpeg_ps/describe.h"
 #include "container/mpeg_ps/picture_count.h"
 

@@ -1,6 +1,6 @@
 #include "container/mpeg_ps/pack.h"
 
-#include "common/start_code.h"
+#include "common/bytes/start_code.h"
 #include "container/mpeg_descriptors.h"
 #include "container/mpeg_pes.h"
 

@@ -2,7 +2,7 @@
 // map (ISO/IEC 11172-1, 2.4.3; ISO/IEC 13818-1, 2.5.3 and 2.5.4).
 #pragma once
 
-#include "common/bytes.h"
+#include "common/bytes/bytes.h"
 
 #include <cstddef>
 #include <cstdint>

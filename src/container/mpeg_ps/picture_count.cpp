@@ -1,9 +1,9 @@
 #include "container/mpeg_ps/picture_count.h"
 
-#include "common/details.h"
-#include "common/numbers.h"
-#include "common/start_code.h"
-#include "common/stream_lines.h"
+#include "common/bytes/numbers.h"
+#include "common/bytes/start_code.h"
+#include "common/record/details.h"
+#include "common/record/stream_lines.h"
 #include "container/mpeg_ps/stream_table.h"
 #include "video/rbsp_reader.h"
 

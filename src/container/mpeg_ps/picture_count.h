@@ -1,7 +1,7 @@
 // Counting the pictures of a video stream.
 #pragma once
 
-#include "common/frame_timing.h"
+#include "common/record/frame_timing.h"
 #include "container/mpeg_ps/source.h"
 #include "video/mpeg4_vop.h"
 #include "video/mpeg_video_headers.h"

@@ -1,8 +1,8 @@
 #include "container/mpeg_ps/program.h"
 
-#include "common/file_access.h"
-#include "common/output.h"
-#include "common/stream_lines.h"
+#include "common/file/file_access.h"
+#include "common/record/output.h"
+#include "common/record/stream_lines.h"
 #include "container/mpeg_ps/describe.h"
 #include "container/mpeg_ps/walk.h"
 

@@ -2,9 +2,9 @@
 // few places between for the clocks.
 #pragma once
 
-#include "common/output.h"
-#include "common/reader.h"
-#include "common/work_memory.h"
+#include "common/file/reader.h"
+#include "common/file/work_memory.h"
+#include "common/record/output.h"
 #include "container/mpeg_ps/source.h"
 #include "container/mpeg_ps/stream_table.h"
 #include "container/mpeg_ps/timing.h"

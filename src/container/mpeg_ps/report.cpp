@@ -1,7 +1,7 @@
-#include "common/details.h"
-#include "common/extra_lines.h"
-#include "common/record_lines.h"
-#include "common/stream_lines.h"
+#include "common/record/details.h"
+#include "common/record/extra_lines.h"
+#include "common/record/record_lines.h"
+#include "common/record/stream_lines.h"
 #include "container/mpeg_ps/describe.h"
 #include "container/mpeg_ps/program.h"
 

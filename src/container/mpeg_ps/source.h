@@ -2,7 +2,7 @@
 // data of a VideoCD's sectors.
 #pragma once
 
-#include "common/reader.h"
+#include "common/file/reader.h"
 
 #include <cstdint>
 

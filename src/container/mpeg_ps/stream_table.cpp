@@ -1,6 +1,6 @@
 #include "container/mpeg_ps/stream_table.h"
 
-#include "common/details.h"
+#include "common/record/details.h"
 
 #include <algorithm>
 

@@ -2,8 +2,8 @@
 // and enough of the start of each to describe it.
 #pragma once
 
-#include "common/frame_timing.h"
-#include "common/text.h"
+#include "common/record/frame_timing.h"
+#include "common/text/text.h"
 #include "container/mpeg_pes.h"
 #include "container/mpeg_ps/pack.h"
 #include "container/mpeg_ps/picture_count.h"

@@ -1,6 +1,6 @@
 #include "container/mpeg_ps/walk.h"
 
-#include "common/start_code.h"
+#include "common/bytes/start_code.h"
 
 #include <algorithm>
 

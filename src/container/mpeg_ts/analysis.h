@@ -1,8 +1,8 @@
 // What is known of a transport stream while its packets are read.
 #pragma once
 
-#include "common/file_access.h"
-#include "common/work_memory.h"
+#include "common/file/file_access.h"
+#include "common/file/work_memory.h"
 #include "container/mpeg_pes.h"
 #include "container/mpeg_ts/clock.h"
 #include "container/mpeg_ts/packets.h"

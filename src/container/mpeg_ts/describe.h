@@ -1,7 +1,7 @@
 // What a stream is, by the part of its payload that was captured.
 #pragma once
 
-#include "common/text.h"
+#include "common/text/text.h"
 #include "container/mpeg_ts/stream_types.h"
 #include "video/stream_facts.h"
 #include "zat/details.h"

@@ -11,8 +11,8 @@
 #include "audio/stream_facts.h"
 #include "audio/sync_search.h"
 #include "audio/truehd.h"
-#include "common/stream_lines.h"
-#include "common/tables.h"
+#include "common/bytes/tables.h"
+#include "common/record/stream_lines.h"
 
 #include <algorithm>
 #include <iterator>

@@ -1,7 +1,7 @@
 #include "container/mpeg_ts/output.h"
 
-#include "common/extra_lines.h"
-#include "common/record_lines.h"
+#include "common/record/extra_lines.h"
+#include "common/record/record_lines.h"
 #include "container/mpeg_ts/pid_line.h"
 #include "container/mpeg_ts/service_lines.h"
 #include "container/mpeg_ts/stream_output.h"

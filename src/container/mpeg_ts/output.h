@@ -1,7 +1,7 @@
 // The lines and details of a transport stream.
 #pragma once
 
-#include "common/output.h"
+#include "common/record/output.h"
 #include "container/mpeg_ts/analysis.h"
 #include "container/mpeg_ts/timing.h"
 

@@ -2,7 +2,7 @@
 // or in front of sixteen check bytes.
 #pragma once
 
-#include "common/bytes.h"
+#include "common/bytes/bytes.h"
 
 #include <cstddef>
 #include <cstdint>

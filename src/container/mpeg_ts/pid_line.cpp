@@ -1,8 +1,8 @@
 #include "container/mpeg_ts/pid_line.h"
 
-#include "common/codec_catalogue.h"
-#include "common/record_lines.h"
-#include "common/text.h"
+#include "common/catalogue/codec_catalogue.h"
+#include "common/record/record_lines.h"
+#include "common/text/text.h"
 
 #include <bit>
 

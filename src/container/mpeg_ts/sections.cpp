@@ -1,6 +1,6 @@
 #include "container/mpeg_ts/sections.h"
 
-#include "common/crc.h"
+#include "common/bytes/crc.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,7 +1,7 @@
 // Sections of tables over packets (ISO/IEC 13818-1, 2.4.4).
 #pragma once
 
-#include "common/bytes.h"
+#include "common/bytes/bytes.h"
 
 #include <cstddef>
 #include <cstdint>

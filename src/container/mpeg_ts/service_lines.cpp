@@ -1,7 +1,7 @@
 #include "container/mpeg_ts/service_lines.h"
 
-#include "common/details.h"
-#include "common/record_lines.h"
+#include "common/record/details.h"
+#include "common/record/record_lines.h"
 #include "container/mpeg_ts/service_text.h"
 
 namespace zat::ts {

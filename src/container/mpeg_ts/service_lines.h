@@ -1,7 +1,7 @@
 // General and extra lines of service information.
 #pragma once
 
-#include "common/extra_lines.h"
+#include "common/record/extra_lines.h"
 #include "container/mpeg_ts/analysis.h"
 
 namespace zat::ts {

@@ -1,7 +1,7 @@
 #include "container/mpeg_ts/service_text.h"
 
-#include "common/stream_lines.h"
-#include "common/text_codes.h"
+#include "common/record/stream_lines.h"
+#include "common/text/text_codes.h"
 #include "text/arib_text.h"
 #include "text/dvb_text.h"
 

@@ -1,7 +1,7 @@
 // Names of services and descriptions of events, out of service information.
 #pragma once
 
-#include "common/text.h"
+#include "common/text/text.h"
 #include "container/mpeg_ts/service_info.h"
 
 namespace zat::ts {

@@ -1,9 +1,9 @@
 #include "container/mpeg_ts/stream_output.h"
 
-#include "common/details.h"
-#include "common/frame_timing.h"
-#include "common/record_lines.h"
-#include "common/stream_lines.h"
+#include "common/record/details.h"
+#include "common/record/frame_timing.h"
+#include "common/record/record_lines.h"
+#include "common/record/stream_lines.h"
 #include "container/mpeg_descriptors.h"
 #include "container/mpeg_ts/describe.h"
 

@@ -1,7 +1,7 @@
 // The streams of a program as lines and details.
 #pragma once
 
-#include "common/extra_lines.h"
+#include "common/record/extra_lines.h"
 #include "container/mpeg_ts/analysis.h"
 #include "container/mpeg_ts/timing.h"
 

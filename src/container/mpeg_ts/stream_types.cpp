@@ -1,8 +1,8 @@
 #include "container/mpeg_ts/stream_types.h"
 
-#include "common/fourcc.h"
-#include "common/tables.h"
-#include "common/text.h"
+#include "common/bytes/tables.h"
+#include "common/text/fourcc.h"
+#include "common/text/text.h"
 #include "container/mpeg_descriptors.h"
 
 #include <iterator>

@@ -1,7 +1,7 @@
 // What a program map says of an elementary stream: its type and descriptors.
 #pragma once
 
-#include "common/bytes.h"
+#include "common/bytes/bytes.h"
 #include "container/mpeg_ts/codecs.h"
 
 #include <cstdint>

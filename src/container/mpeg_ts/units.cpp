@@ -2,7 +2,7 @@
 // they are.
 #include "container/mpeg_ts/analysis.h"
 
-#include "common/start_code.h"
+#include "common/bytes/start_code.h"
 #include "container/mpeg_ts/describe.h"
 
 #include <algorithm>

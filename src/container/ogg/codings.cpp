@@ -1,6 +1,6 @@
 #include "container/ogg/codings.h"
 
-#include "common/tables.h"
+#include "common/bytes/tables.h"
 
 #include <algorithm>
 #include <cmath>

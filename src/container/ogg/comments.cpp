@@ -1,8 +1,8 @@
 #include "container/ogg/comments.h"
 
-#include "common/tables.h"
-#include "common/text.h"
-#include "common/text_codes.h"
+#include "common/bytes/tables.h"
+#include "common/text/text.h"
+#include "common/text/text_codes.h"
 
 #include <algorithm>
 

@@ -1,7 +1,7 @@
 // The comment packet of a logical bitstream.
 #pragma once
 
-#include "common/tag_texts.h"
+#include "common/tags/tag_texts.h"
 #include "container/ogg/logical_stream.h"
 
 #include <cstdint>

@@ -1,7 +1,7 @@
 // One logical bitstream, described.
 #pragma once
 
-#include "common/extra_lines.h"
+#include "common/record/extra_lines.h"
 #include "container/ogg/comments.h"
 #include "container/ogg/walk.h"
 

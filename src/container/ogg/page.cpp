@@ -1,6 +1,6 @@
 #include "container/ogg/page.h"
 
-#include "common/file_window.h"
+#include "common/file/file_window.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,7 +1,7 @@
 // Pages of an Ogg bitstream and the packets that they carry (RFC 3533, 5 and 6).
 #pragma once
 
-#include "common/reader.h"
+#include "common/file/reader.h"
 
 #include <cstdint>
 

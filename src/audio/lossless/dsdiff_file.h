@@ -1,0 +1,12 @@
+// DSDIFF files (DSDIFF 1.5).
+#pragma once
+
+#include "common/file/file_access.h"
+#include "common/record/output.h"
+
+namespace zat {
+
+// Describes an open file. Returns 0.
+int AnalyzeDsdiffFile(FileRecord* file, const Output& out);
+
+} // namespace zat

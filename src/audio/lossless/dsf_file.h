@@ -1,0 +1,12 @@
+// DSF files (DSF 1.01).
+#pragma once
+
+#include "common/file/file_access.h"
+#include "common/record/output.h"
+
+namespace zat {
+
+// Describes an open file. Returns 0.
+int AnalyzeDsfFile(FileRecord* file, const Output& out);
+
+} // namespace zat
