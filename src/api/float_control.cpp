@@ -10,6 +10,7 @@ namespace {
 // Nothing stops the program, nearest rounding, all bits: as processors start (Intel 64 and IA-32
 // Architectures Software Developer's Manual, volume 1, 8.1.5 and 10.2.3).
 constexpr uint16_t usual_x87 = 0x037F;
+constexpr uint16_t x87_masks = 0x003F;
 constexpr uint32_t usual_sse = 0x1F80;
 constexpr uint32_t sse_flags = 0x003F;
 
@@ -43,8 +44,10 @@ FloatControl::~FloatControl() {
     if (!is_usual_sse(sse)) {
         set_sse(sse);
     }
-    if (x87 != usual_x87) {
+    if ((x87 & x87_masks) != x87_masks) {
         __asm__ volatile("fnclex"); // what arose in the call must not stop the host
+    }
+    if (x87 != usual_x87) {
         set_x87(x87);
     }
 }
